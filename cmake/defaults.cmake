@@ -1,0 +1,40 @@
+# Compiler settings that hold for every target of the tree.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+# Assertions of our own tests and tools stay on in every build type; optimise as -O3 does.
+set(CMAKE_CXX_FLAGS_RELEASE "-O3")
+set(CMAKE_C_FLAGS_RELEASE "-O3")
+
+add_compile_options(-Wall -Wextra -Wconversion -Wshadow)
+if(GWQ_WERROR)
+  add_compile_options(-Werror)
+endif()
+
+# Programs find the library in the build tree by an rpath, which must never
+# become part of what is installed.
+set(CMAKE_SKIP_INSTALL_RPATH ON)
+
+# No path of the building machine in the binaries.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+if(GWQ_SANITIZE)
+  add_compile_options(-fsanitize=${GWQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
+  add_link_options(-fsanitize=${GWQ_SANITIZE})
+else()
+  add_compile_options($<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2> -fstack-protector-strong)
+  add_link_options(-Wl,-z,relro,-z,now)
+endif()
