@@ -1,0 +1,126 @@
+#include "diag/Rwini.h"
+
+#include <cassert>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t kLineSize = 100;
+constexpr std::size_t kLongestSection = 29;
+constexpr std::size_t kLongestKey = 31;
+constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
+constexpr std::string_view kKeyEnds = "=|^ \t";
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Preconditions hold in every build: assert() would be gone where NDEBUG is set.
+void Require(bool held, const char* text, int line = __builtin_LINE(),
+             const char* function = __builtin_FUNCTION()) {
+  if (!held) __assert_fail(text, "Rwini.cpp", static_cast<unsigned>(line), function);
+}
+
+std::string_view WithoutLeadingBlanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(kWhiteSpace);
+  return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+}
+
+void CutTrailingBlanks(char* text) {
+  const std::size_t last = std::string_view(text).find_last_not_of(kWhiteSpace);
+  text[last == std::string_view::npos ? 0 : last + 1] = '\0';
+}
+
+void CopyText(char* out, std::string_view text) {
+  text.copy(out, text.size());
+  out[text.size()] = '\0';
+}
+
+// A header followed by a remark counts as well.
+bool IsSectionHeader(std::string_view line, std::string_view section) {
+  return line.starts_with('[') && line.substr(1).starts_with(section) &&
+         line.substr(1 + section.size()).starts_with(']');
+}
+
+bool IsKeyLine(std::string_view line, std::string_view key) {
+  if (line.starts_with('#') || line.find('=') == std::string_view::npos) return false;
+  return line.substr(0, line.find_first_of(kKeyEnds)) == key;
+}
+
+void CopyValue(std::string_view line, char* out) {
+  std::string_view value = line.substr(line.find('=') + 1);
+  value = value.substr(0, value.find('\n'));
+  if (value.empty()) return;
+  char raw[kLineSize];
+  char trimmed[kLineSize];
+  CopyText(raw, value);
+  CopyText(out, *a_trim(trimmed, raw) != '\0' ? trimmed : raw);
+}
+
+// The next line without its leading blanks; a physical line of more than 99 bytes comes in pieces.
+bool NextLine(std::FILE* file, char (&buffer)[kLineSize], std::string_view& line) {
+  if (std::fgets(buffer, kLineSize, file) == nullptr) return false;
+  line = WithoutLeadingBlanks(buffer);
+  return true;
+}
+
+bool FindSection(std::FILE* file, std::string_view section) {
+  char buffer[kLineSize];
+  std::string_view line;
+  while (NextLine(file, buffer, line)) {
+    if (IsSectionHeader(line, section)) return true;
+  }
+  return false;
+}
+
+bool FindKey(std::FILE* file, std::string_view key, char* value) {
+  char buffer[kLineSize];
+  std::string_view line;
+  while (NextLine(file, buffer, line)) {
+    if (line.starts_with('[')) return false;
+    if (!IsKeyLine(line, key)) continue;
+    CopyValue(line, value);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+char* l_trim(char* szOutput, const char* szInput) {
+  Require(szInput != nullptr, "szInput != NULL");
+  Require(szOutput != nullptr, "szOutput != NULL");
+  Require(szOutput != szInput, "szOutput != szInput");
+  CopyText(szOutput, WithoutLeadingBlanks(szInput));
+  return szOutput;
+}
+
+char* r_trim(char* szOutput, const char* szInput) {
+  Require(szInput != nullptr, "szInput != NULL");
+  Require(szOutput != nullptr, "szOutput != NULL");
+  Require(szOutput != szInput, "szOutput != szInput");
+  CopyText(szOutput, szInput);
+  CutTrailingBlanks(szOutput);
+  return szOutput;
+}
+
+char* a_trim(char* szOutput, const char* szInput) {
+  Require(szInput != nullptr, "szInput != NULL");
+  Require(szOutput != nullptr, "szOutput != NULL");
+  l_trim(szOutput, szInput);
+  CutTrailingBlanks(szOutput);
+  return szOutput;
+}
+
+int GetProfileString(const char* file, const char* section, const char* key, char* value) {
+  if (file == nullptr || section == nullptr || key == nullptr || value == nullptr) return -1;
+  const File ini(std::fopen(file, "r"), &std::fclose);
+  if (!ini) {
+    std::printf("openfile [%s] error [%s]\n", file, std::strerror(errno));  // NOLINT(concurrency-mt-unsafe)
+    return -1;
+  }
+  if (std::strlen(section) > kLongestSection || std::strlen(key) > kLongestKey) return -1;
+  return FindSection(ini.get(), section) && FindKey(ini.get(), key, value) ? 0 : -1;
+}

@@ -1,0 +1,48 @@
+#include "diag/clock_text.h"
+
+#include <cstdio>
+
+namespace gwq {
+namespace {
+
+struct WallClock {
+  std::tm local;
+  int milliseconds;
+};
+
+WallClock Now() {
+  std::timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  WallClock clock{};
+  localtime_r(&now.tv_sec, &clock.local);
+  clock.milliseconds = static_cast<int>(now.tv_nsec / 1'000'000);
+  return clock;
+}
+
+}  // namespace
+
+std::tm LocalDate() {
+  const std::time_t now = time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  return local;
+}
+
+ClockText TimeStamp() {
+  const WallClock now = Now();
+  ClockText text{};
+  std::snprintf(text.data(), text.size(), "%02d:%02d:%02d(%03d)", now.local.tm_hour, now.local.tm_min,
+                now.local.tm_sec, now.milliseconds);
+  return text;
+}
+
+ClockText FullTimeStamp() {
+  const WallClock now = Now();
+  ClockText text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d(%03d)", now.local.tm_year + 1900,
+                now.local.tm_mon + 1, now.local.tm_mday, now.local.tm_hour, now.local.tm_min,
+                now.local.tm_sec, now.milliseconds);
+  return text;
+}
+
+}  // namespace gwq

@@ -1,0 +1,154 @@
+#include "diag/log.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <span>
+
+#include "diag/clock_text.h"
+#include "diag/log_files.h"
+#include "diag/shared_word.h"
+
+namespace gwq {
+namespace {
+
+constexpr std::size_t kMessageSize = 4096;
+
+unsigned int s_uDebugFlag = 0;
+
+bool LogIsOn() {
+  return LoadShared(s_uDebugFlag) != 0;
+}
+
+// Today's log file, open for one line. Opened and closed for every line, so that each line is on disk
+// when the call returns; written by one write, so that lines of several threads do not mix.
+class TodaysLog {
+ public:
+  TodaysLog() : fd_(OpenTodaysLog()) {}
+  ~TodaysLog() {
+    if (fd_ >= 0) close(fd_);
+  }
+  TodaysLog(const TodaysLog&) = delete;
+  TodaysLog& operator=(const TodaysLog&) = delete;
+
+  explicit operator bool() const { return fd_ >= 0; }
+
+  void Write(std::span<const char> line) const {
+    while (!line.empty()) {
+      const ssize_t written = write(fd_, line.data(), line.size());
+      if (written < 0 && errno == EINTR) continue;
+      if (written <= 0) return;
+      line = line.subspan(static_cast<std::size_t>(written));
+    }
+  }
+
+ private:
+  int fd_;
+};
+
+// A line under construction; holds secrets as the caller's arguments may.
+class LineBuffer {
+ public:
+  explicit LineBuffer(std::size_t capacity)
+      : size_(capacity), bytes_(static_cast<char*>(std::malloc(capacity))) {}
+  ~LineBuffer() {
+    if (bytes_ != nullptr) explicit_bzero(bytes_, used_);
+    std::free(bytes_);
+  }
+  LineBuffer(const LineBuffer&) = delete;
+  LineBuffer& operator=(const LineBuffer&) = delete;
+
+  explicit operator bool() const { return bytes_ != nullptr; }
+  char* Free() { return bytes_ + used_; }
+  [[nodiscard]] std::size_t Room() const { return size_ - used_; }
+  void Used(std::size_t count) { used_ += count; }
+  [[nodiscard]] std::span<const char> Text() const { return {bytes_, used_}; }
+
+  void Append(const char* text) {
+    const std::size_t length = std::min(std::strlen(text), Room());
+    std::memcpy(Free(), text, length);
+    used_ += length;
+  }
+
+ private:
+  std::size_t size_;
+  std::size_t used_ = 0;
+  char* bytes_;
+};
+
+void AppendStamp(LineBuffer& line) {
+  const ClockText stamp = TimeStamp();
+  line.Append(stamp.data());
+  line.Append("  ");
+}
+
+void AppendHex(LineBuffer& line, std::span<const unsigned char> data) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  char* out = line.Free();
+  for (const unsigned char byte : data) {
+    *out++ = kDigits[byte >> 4U];
+    *out++ = kDigits[byte & 0x0FU];
+  }
+  line.Used(2 * data.size());
+}
+
+void WriteMessage(const char* format, va_list arguments) {
+  constexpr std::size_t kStampAndEnd = 64;
+  LineBuffer line(kMessageSize + kStampAndEnd);
+  if (!line) return;
+  AppendStamp(line);
+  const int length = std::vsnprintf(line.Free(), kMessageSize, format, arguments);
+  if (length > 0) line.Used(std::min(static_cast<std::size_t>(length), kMessageSize - 1));
+  line.Append("\r\n");
+  const TodaysLog log;
+  if (log) log.Write(line.Text());
+}
+
+void WriteHexDump(const char* label, std::span<const unsigned char> data, int printed_length) {
+  constexpr std::size_t kStampLengthAndEnd = 96;
+  const std::size_t label_length = label == nullptr ? 0 : std::strlen(label) + 2;
+  LineBuffer line(kStampLengthAndEnd + label_length + 2 * data.size());
+  if (!line) return;
+  AppendStamp(line);
+  if (label != nullptr) {
+    line.Append(label);
+    line.Append("  ");
+  }
+  std::array<char, 32> length{};
+  std::snprintf(length.data(), length.size(), "LEN=%d   HEX: ", printed_length);
+  line.Append(length.data());
+  AppendHex(line, data);
+  line.Append("\r\n");
+  const TodaysLog log;
+  if (log) log.Write(line.Text());
+}
+
+}  // namespace
+}  // namespace gwq
+
+void SetDebugFlag(unsigned int flag) {
+  gwq::StoreShared(gwq::s_uDebugFlag, flag);
+}
+
+int ICC_DPrintLogToFile(const char* format, ...) {
+  if (!gwq::LogIsOn() || format == nullptr) return 0;
+  va_list arguments;
+  va_start(arguments, format);
+  gwq::WriteMessage(format, arguments);
+  va_end(arguments);
+  return 0;
+}
+
+void ICC_DPrintDataHexToFile(const char* label, const unsigned char* data, int len) {
+  if (!gwq::LogIsOn()) return;
+  const std::size_t count = data == nullptr || len < 0 ? 0 : static_cast<std::size_t>(len);
+  gwq::WriteHexDump(label, {data, count}, len);
+}

@@ -1,0 +1,161 @@
+#include "diag/log_files.h"
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "diag/clock_text.h"
+#include "diag/log.h"
+
+namespace gwq {
+namespace {
+
+constexpr std::size_t kPathSize = 256;
+constexpr int kDaysKept = 15;
+constexpr mode_t kDirectoryMode = 0777;
+constexpr mode_t kFileMode = 0666;
+
+using Path = std::array<char, kPathSize>;
+
+std::string_view OwnFile() {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<const void*>(&GetModuleCurPath), &info) == 0) return {};
+  return info.dli_fname == nullptr ? std::string_view{} : info.dli_fname;
+}
+
+// The current directory stands in when the loader reports no directory.
+std::string_view OwnDirectory() {
+  const std::string_view file = OwnFile();
+  const std::size_t slash = file.rfind('/');
+  return slash == std::string_view::npos ? "./" : file.substr(0, slash + 1);
+}
+
+Path InOwnDirectory(const char* name) {
+  Path path{};
+  GetFullPath(name, path.data(), static_cast<int>(path.size()));
+  return path;
+}
+
+// Empty when the library stands too deep for the buffer.
+Path TodaysPath() {
+  const Path directory = InOwnDirectory("Log/Gwq_Volkarn");
+  const std::tm today = LocalDate();
+  Path path{};
+  const int length = std::snprintf(path.data(), path.size(), "%s/VK_%04d%02d%02d.log", directory.data(),
+                                   today.tm_year + 1900, today.tm_mon + 1, today.tm_mday);
+  return length < static_cast<int>(path.size()) ? path : Path{};
+}
+
+void MakeDirectories() {
+  mkdir(InOwnDirectory("Log/").data(), kDirectoryMode);
+  mkdir(InOwnDirectory("Log/Gwq_Volkarn").data(), kDirectoryMode);
+}
+
+int OpenToAppend(const Path& path) {
+  return open(path.data(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+}
+
+struct Date {
+  int year = 0;
+  int month = 0;
+  int day = 0;
+
+  [[nodiscard]] bool Incomplete() const { return year == 0 || month == 0 || day == 0; }
+  [[nodiscard]] int Days() const { return GetAbsDays(year, month, day); }
+};
+
+// Fields that the name does not give keep their values: a file whose name is no log's is judged by the
+// date of the one read before it.
+void ReadDateFromName(const char* name, Date& date) {
+  static_cast<void>(std::sscanf(name, "VK_%04d%02d%02d.log", &date.year, &date.month, &date.day));
+}
+
+void RemoveIn(const char* directory, const char* name) {
+  std::array<char, kPathSize + sizeof(dirent::d_name) + 1> path{};
+  const int length = std::snprintf(path.data(), path.size(), "%s/%s", directory, name);
+  if (length < static_cast<int>(path.size())) std::remove(path.data());
+}
+
+bool IsLeapYear(int year) {
+  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
+
+using Directory = std::unique_ptr<DIR, int (*)(DIR*)>;
+
+void PurgeDirectory(DIR* directory, const char* path, int today) {
+  Date date;
+  while (const dirent* entry = readdir(directory)) {
+    if (entry->d_type != DT_REG) continue;
+    ReadDateFromName(entry->d_name, date);
+    if (date.Incomplete() || today - date.Days() > kDaysKept) RemoveIn(path, entry->d_name);
+  }
+}
+
+}  // namespace
+
+int OpenTodaysLog() {
+  const Path path = TodaysPath();
+  const int fd = OpenToAppend(path);
+  if (fd >= 0 || errno != ENOENT) return fd;
+  MakeDirectories();
+  return OpenToAppend(path);
+}
+
+}  // namespace gwq
+
+void GetModuleCurPath(char* path) {
+  const std::string_view directory = gwq::OwnDirectory().substr(0, gwq::kPathSize - 1);
+  directory.copy(path, directory.size());
+  path[directory.size()] = '\0';
+}
+
+int GetFullPath(const char* name, char* path, int /*size*/) {
+  gwq::Path directory{};
+  GetModuleCurPath(directory.data());
+  if (char* slash = std::strrchr(directory.data(), '/')) slash[1] = '\0';
+  const int length = std::snprintf(path, gwq::kPathSize, "%s%s", directory.data(), name);
+  return std::min(length, static_cast<int>(gwq::kPathSize) - 1);
+}
+
+char* pGetLogPath() {
+  static gwq::Path s_szLogPath{};
+  gwq::MakeDirectories();
+  s_szLogPath = gwq::TodaysPath();
+  return s_szLogPath.data();
+}
+
+int GetAbsDays(int year, int month, int day) {
+  static constexpr std::array kMonthDays{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  const long long n = static_cast<long long>(year) - 1;
+  long long days = 365 * n + n / 4 - n / 100 + n / 400;
+  for (int m = 1; m < month && m <= static_cast<int>(kMonthDays.size()); ++m) {
+    days += kMonthDays[static_cast<std::size_t>(m - 1)];
+    if (m == 2 && gwq::IsLeapYear(year)) ++days;
+  }
+  return static_cast<int>(days + day - 1);
+}
+
+void DelOutTimeLogFile() {
+  std::puts("DelOutTimeLogFile");
+  const std::tm today = gwq::LocalDate();
+  const gwq::Path path = gwq::InOwnDirectory("Log/Gwq_Volkarn");
+  const gwq::Directory directory(opendir(path.data()), &closedir);
+  if (!directory) {
+    ICC_DPrintLogToFile("open dir error...");
+    return;
+  }
+  gwq::PurgeDirectory(directory.get(), path.data(),
+                      GetAbsDays(today.tm_year + 1900, today.tm_mon + 1, today.tm_mday));
+}
+
+void GetTempPath(int /*size*/, char* path) {
+  std::strcpy(path, "/tmp");
+}

@@ -1,0 +1,29 @@
+/* gwq: drives the customer terminal at a bank counter. Includes the whole interface.
+ *
+ * Conventions that hold throughout, unless a declaration says otherwise:
+ *
+ * - Results are statuses (frame/port.h): 0 is success, negatives are failures; where a function
+ *   returns a count, the count is 0 or more.
+ * - Port number: 0 is the USB link; n of 1 or more is the serial device /dev/ttyS(n-1).
+ * - Text is NUL-terminated. Pointers must not be NULL where no NULL rule is given.
+ * - One thread at a time calls the interface. Exceptions, callable from any thread at any time:
+ *   CancelRead, CancelWrite and the log functions. Exchanges of two threads do not harm each
+ *   other, though: the second waits until the first has closed its link.
+ * - On failure, outputs are untouched.
+ */
+#ifndef GWQ_H
+#define GWQ_H
+
+#include "codec/packet.h"
+#include "codec/text_forms.h"
+#include "diag/Rwini.h"
+#include "diag/log.h"
+#include "files/pull.h"
+#include "frame/load.h"
+#include "frame/port.h"
+#include "frame/transaction.h"
+#include "links/serial.h"
+#include "links/usb_hid.h"
+#include "pinpad/counter.h"
+
+#endif
