@@ -1,0 +1,164 @@
+#include "codec/packet.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "codec/secret.h"
+#include "codec/split_form.h"
+
+namespace gwq {
+namespace {
+
+constexpr unsigned char kStx = 0x02;
+constexpr unsigned char kEtx = 0x03;
+constexpr int kBadFrame = -8;
+constexpr int kFailed = -2;
+constexpr int kRefused = -14;
+constexpr std::size_t kBodySize = 2048;
+
+using Bytes = std::span<const std::uint8_t>;
+
+std::uint8_t Xor(Bytes bytes) {
+  std::uint8_t folded = 0;
+  for (const std::uint8_t byte : bytes) folded = static_cast<std::uint8_t>(folded ^ byte);
+  return folded;
+}
+
+unsigned char* AppendSplit(unsigned char* out, Bytes bytes) {
+  SplitBytes(bytes, reinterpret_cast<char*>(out));
+  return out + 2 * bytes.size();
+}
+
+// What stands between the first `start` and the next `end`. A start byte in the last place leaves no room
+// for a body.
+Bytes FindBody(Bytes received, std::uint8_t start, std::uint8_t end) {
+  const auto mark = std::find(received.begin(), received.end(), start);
+  if (mark == received.end() || received.end() - mark <= 2) return {};
+  const auto body = mark + 1;
+  const auto body_end = std::find(body, received.end(), end);
+  if (body_end == received.end()) return {};
+  return {body, body_end};
+}
+
+void MergeLowNibbles(Bytes in, unsigned char* out) {
+  for (std::size_t i = 0; i + 1 < in.size(); i += 2) {
+    *out++ = static_cast<unsigned char>(((in[i] & 0x0FU) << 4U) | (in[i + 1] & 0x0FU));
+  }
+}
+
+// A merged answer: length, status, data, XOR. Reads as zeros behind its `size` bytes.
+struct MergedAnswer {
+  SecretArray<std::uint8_t, kBodySize> bytes;
+  std::size_t size = 0;
+
+  [[nodiscard]] unsigned Word(std::size_t at) const { return bytes[at] * 256U + bytes[at + 1]; }
+
+  [[nodiscard]] bool XorHolds() {
+    const std::size_t covered = size > 3 ? size - 3 : 0;
+    return Xor(bytes.span().subspan(2, covered)) == bytes[size - 1];
+  }
+
+  // The declared length is the terminal's word; what it may reach is what arrived.
+  [[nodiscard]] Bytes Data() {
+    const std::size_t declared = Word(0) > 2 ? Word(0) - 2 : 0;
+    const std::size_t arrived = size > 4 ? size - 4 : 0;
+    return bytes.span().subspan(4, std::min(declared, arrived));
+  }
+};
+
+bool MarkMatchesLength(Bytes merged) {
+  if (merged.empty()) return false;
+  return (merged[0] == 0x10 && merged.size() <= 9) || (merged[0] == 0x20 && merged.size() > 9);
+}
+
+}  // namespace
+}  // namespace gwq
+
+using gwq::BytesOf;
+
+int PackData(const unsigned char* body, int n, unsigned char* out) {
+  const gwq::Bytes bytes = BytesOf(body, n);
+  const auto size = static_cast<unsigned>(bytes.size());
+  const std::uint8_t length[] = {static_cast<std::uint8_t>(size >> 8U), static_cast<std::uint8_t>(size)};
+  const std::uint8_t check[] = {gwq::Xor(bytes)};
+  unsigned char* end = out;
+  *end++ = gwq::kStx;
+  end = gwq::AppendSplit(end, length);
+  end = gwq::AppendSplit(end, bytes);
+  end = gwq::AppendSplit(end, check);
+  *end++ = gwq::kEtx;
+  return static_cast<int>(end - out);
+}
+
+int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* dataLen) {
+  const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), gwq::kStx, gwq::kEtx);
+  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > gwq::kBodySize) return gwq::kBadFrame;
+  gwq::MergedAnswer answer;
+  gwq::MergeLowNibbles(body, answer.bytes.data());
+  answer.size = body.size() / 2;
+  if (!answer.XorHolds()) return gwq::kBadFrame;
+  const gwq::Bytes found = answer.Data();
+  if (data != nullptr) std::copy(found.begin(), found.end(), data);
+  if (dataLen != nullptr) *dataLen = static_cast<int>(found.size());
+  return static_cast<int>(answer.Word(2));
+}
+
+int GetPacketBody(unsigned char start, unsigned char end, const unsigned char* buf, int count,
+                  unsigned char* out) {
+  const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), start, end);
+  if (body.empty()) return -1;
+  std::copy(body.begin(), body.end(), out);
+  return static_cast<int>(body.size());
+}
+
+int GetDataLRC(const unsigned char* data, int count) {
+  return gwq::Xor(BytesOf(data, count));
+}
+
+unsigned char getLRC(const unsigned char* data, int count) {
+  return gwq::Xor(BytesOf(data, count));
+}
+
+void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out) {
+  if (out == nullptr) return;
+  gwq::AppendSplit(out, BytesOf(in, len));
+}
+
+void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
+  if (out == nullptr || len % 2 != 0) return;
+  gwq::MergeLowNibbles(BytesOf(in, len), out);
+}
+
+int CheckAndGetResponse(const unsigned char* buf, int count) {
+  const gwq::Bytes answer = BytesOf(buf, count);
+  if (answer.empty()) return gwq::kFailed;
+  if (answer.size() < 2 || answer.front() != gwq::kStx || answer.back() != gwq::kEtx) return gwq::kRefused;
+  if (answer[1] == 'U') return gwq::kRefused;
+  if (answer.size() > 2 && answer[1] == 0xAA && answer[2] == '1') return gwq::kFailed;
+  return 0;
+}
+
+int CheckAndGetResponseForTY(unsigned char stx, unsigned char etx, const unsigned char* buf, int count,
+                             unsigned char* out, int* outLen) {
+  const gwq::Bytes answer = BytesOf(buf, count);
+  if (answer.size() < 2 || answer.front() != stx || answer.back() != etx) return gwq::kRefused;
+  const gwq::Bytes body = answer.subspan(1, answer.size() - 2);
+  gwq::SecretArray<unsigned char, 1024> merged;
+  if (body.size() > 2 * merged.size()) return gwq::kRefused;
+  // The last character of an odd body is paired with the end mark behind it.
+  const gwq::Bytes joined = merged.span().first(gwq::JoinPairs(body, etx, merged.span()));
+  if (!gwq::MarkMatchesLength(joined)) return gwq::kRefused;
+  std::copy(joined.begin() + 1, joined.end(), out);
+  *outLen = static_cast<int>(joined.size()) - 1;
+  return 0;
+}
+
+int CheckDeviceId(const char* id) {
+  if (id == nullptr) return 0;
+  const std::string_view text(id);
+  if (text.size() != 11 || !text.starts_with("st_")) return 0;
+  return text.find_first_not_of("0123456789", 3) == std::string_view::npos ? 1 : 0;
+}

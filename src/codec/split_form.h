@@ -1,0 +1,28 @@
+// The split form inside the library: spans in, no reading or writing beyond them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace gwq {
+
+// Bytes of a C pointer and length, where a null pointer or a length below 1 means none.
+template <typename T>
+std::span<T> BytesOf(T* data, int length) {
+  if (data == nullptr || length < 1) return {};
+  return {data, static_cast<std::size_t>(length)};
+}
+
+inline std::span<const std::uint8_t> AsBytes(std::span<const char> text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+// Writes two characters for each byte; `out` has room for all.
+void SplitBytes(std::span<const std::uint8_t> in, char* out);
+
+// Joins pairs of characters as GetAsciStr does, as many as `out` holds, the last character of an odd
+// count with `following`. Returns the bytes written.
+std::size_t JoinPairs(std::span<const std::uint8_t> in, std::uint8_t following, std::span<std::uint8_t> out);
+
+}  // namespace gwq
