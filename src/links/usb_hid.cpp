@@ -1,0 +1,197 @@
+#include "links/usb_hid.h"
+
+#include <libusb-1.0/libusb.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "codec/secret.h"
+#include "diag/log.h"
+#include "diag/shared_word.h"
+#include "links/read_end.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kInterface = 0;
+constexpr unsigned char kEndpointOut = 0x02;
+constexpr unsigned char kEndpointIn = 0x81;
+constexpr int kReportSize = 1024;
+constexpr unsigned kWriteTimeoutMs = 1000;
+constexpr unsigned kReadTimeoutMs = 200;
+constexpr int kWriteAttempts = 5;
+constexpr useconds_t kPauseAfterErrorUs = 20'000;
+
+constexpr int kBadArgument = -2;
+constexpr int kOpenFailed = -3;
+constexpr int kWriteFailed = -5;
+constexpr int kNoDevice = -7;
+constexpr int kCancelled = -27;
+
+libusb_device* m_targetDev = nullptr;  // non-null means open
+libusb_device_handle* m_devHandle = nullptr;
+libusb_device** m_devList = nullptr;
+int s_bIsReading = 0;
+int s_bCancelRead = 0;
+
+using Report = SecretArray<unsigned char, kReportSize>;
+
+void ForgetDevice() {
+  if (m_devList != nullptr) libusb_free_device_list(m_devList, 1);
+  m_devList = nullptr;
+  StoreShared<libusb_device*>(m_targetDev, nullptr);
+  StoreShared<libusb_device_handle*>(m_devHandle, nullptr);
+}
+
+bool HasIds(libusb_device* device, int vid, int pid) {
+  libusb_device_descriptor descriptor{};
+  if (libusb_get_device_descriptor(device, &descriptor) < 0) return false;
+  return descriptor.idVendor == vid && descriptor.idProduct == pid;
+}
+
+libusb_device* FindInList(int vid, int pid) {
+  for (libusb_device** device = m_devList; *device != nullptr; ++device) {
+    if (HasIds(*device, vid, pid)) return *device;
+  }
+  return nullptr;
+}
+
+// The list is kept while the device is open: it holds the reference to it.
+int FindDevice(int vid, int pid) {
+  const ssize_t count = libusb_get_device_list(nullptr, &m_devList);
+  ICC_DPrintLogToFile("libusb_get_device_list:%d", static_cast<int>(count));
+  if (count <= 0 || m_devList == nullptr) {
+    ICC_DPrintLogToFile("libusb_get_device_list failed......");
+    ForgetDevice();
+    return kNoDevice;
+  }
+  StoreShared(m_targetDev, FindInList(vid, pid));
+  if (m_targetDev == nullptr) {
+    ICC_DPrintLogToFile("Not find target device, return\n");
+    ForgetDevice();
+    return kNoDevice;
+  }
+  ICC_DPrintLogToFile("find target device!!");
+  return 0;
+}
+
+int OpenHandle() {
+  libusb_device_handle* handle = nullptr;
+  const int result = libusb_open(m_targetDev, &handle);
+  if (result != 0) {
+    ICC_DPrintLogToFile("libusb_open failed ,nRet=%d\n", result);
+    ForgetDevice();
+    return kOpenFailed;
+  }
+  StoreShared(m_devHandle, handle);
+  ICC_DPrintLogToFile("libusb_open success ,nRet=%d", result);
+  return 0;
+}
+
+void DetachKernelDriver() {
+  const int active = libusb_kernel_driver_active(m_devHandle, kInterface);
+  ICC_DPrintLogToFile("driver_active  Cnt1=%d\n", active);
+  if (active != 1) return;
+  const int detached = libusb_detach_kernel_driver(m_devHandle, kInterface);
+  ICC_DPrintLogToFile("driver_active  Cnt2=%d\n", detached);
+}
+
+int ClaimInterface() {
+  const int result = libusb_claim_interface(m_devHandle, kInterface);
+  ICC_DPrintLogToFile("libusb_claim_interface  nRet=%d\n", result);
+  if (result >= 0) return 0;
+  libusb_close(m_devHandle);
+  ForgetDevice();
+  ICC_DPrintLogToFile("Cannot Claim Interface:%d\n", result);
+  return kOpenFailed;
+}
+
+// One transfer in. Only what arrived counts, not the transfer's own result; a transfer that fails at once
+// (the device is gone) is followed by a pause, lest the wait for the time-out spin.
+int TransferIn(Report& report) {
+  report.Wipe();
+  libusb_device_handle* const handle = LoadShared(m_devHandle);
+  int transferred = 0;
+  const int result = handle == nullptr ? static_cast<int>(LIBUSB_ERROR_NO_DEVICE)
+                                       : libusb_bulk_transfer(handle, kEndpointIn, report.data(), kReportSize,
+                                                              &transferred, kReadTimeoutMs);
+  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) usleep(kPauseAfterErrorUs);
+  return std::clamp(transferred, 0, kReportSize);
+}
+
+int ReadUntilEnd(unsigned char* buffer, const ReadEnd& end) {
+  Report report;
+  int count = 0;
+  while (true) {
+    if (LoadShared(s_bCancelRead) != 0) return kCancelled;
+    const int transferred = TransferIn(report);
+    std::memcpy(buffer + count, report.data(), static_cast<std::size_t>(transferred));
+    count += transferred;
+    if (const auto result = end.Reached(buffer, count)) return *result;
+  }
+}
+
+}  // namespace
+}  // namespace gwq
+
+using gwq::LoadShared;
+using gwq::StoreShared;
+
+int ICC_OpenLinuxHid(int vid, int pid) {
+  ICC_DPrintLogToFile("\nOpen Device:%x,%x, begin\n", static_cast<unsigned>(vid), static_cast<unsigned>(pid));
+  if (gwq::m_targetDev != nullptr) {
+    ICC_DPrintLogToFile("m_targetDev != NULL, return !!");
+    return 0;
+  }
+  if (const int result = gwq::FindDevice(vid, pid); result != 0) return result;
+  if (const int result = gwq::OpenHandle(); result != 0) return result;
+  gwq::DetachKernelDriver();
+  if (const int result = gwq::ClaimInterface(); result != 0) return result;
+  ICC_DPrintLogToFile("Open device success!  End\n");
+  return 0;
+}
+
+int ICC_CloseLinuxHid() {
+  ICC_DPrintLogToFile("\nClose Device Begin");
+  if (gwq::m_targetDev == nullptr) {
+    ICC_DPrintLogToFile("m_targetDev == NULL, not need clsoe, return\n");
+    return 0;
+  }
+  // The interface goes with the handle; the kernel's driver stays detached on purpose.
+  libusb_close(gwq::m_devHandle);
+  gwq::ForgetDevice();
+  ICC_DPrintLogToFile("Close Device Success! End\n");
+  return 0;
+}
+
+int ICC_WriteLinuxHid(unsigned char* data, int length) {
+  if (gwq::m_devHandle == nullptr) return gwq::kNoDevice;
+  if (length < 0 || (data == nullptr && length > 0)) return gwq::kWriteFailed;
+  int sent = 0;
+  for (int attempt = 0; attempt < gwq::kWriteAttempts; ++attempt) {
+    int transferred = 0;
+    libusb_bulk_transfer(gwq::m_devHandle, gwq::kEndpointOut, data + sent, length - sent, &transferred,
+                         gwq::kWriteTimeoutMs);
+    sent += std::clamp(transferred, 0, length - sent);
+    if (sent == length) return length;
+  }
+  return gwq::kWriteFailed;
+}
+
+int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
+  if (buffer == nullptr) return gwq::kBadArgument;
+  StoreShared(gwq::s_bCancelRead, 0);
+  StoreShared(gwq::s_bIsReading, 1);
+  const int result = gwq::ReadUntilEnd(buffer, gwq::ReadEnd(maximum, timeout_s, end));
+  StoreShared(gwq::s_bIsReading, 0);
+  return result;
+}
+
+int ICC_CancelLinuxHidRead() {
+  const int reading = LoadShared(gwq::s_bIsReading);
+  ICC_DPrintLogToFile("[ICC_CancelLinuxHidRead] begin s_bIsReading=%d\n", reading);
+  if (LoadShared(gwq::m_devHandle) == nullptr) return gwq::kNoDevice;
+  if (reading == 1) StoreShared(gwq::s_bCancelRead, 1);
+  return 0;
+}

@@ -1,0 +1,43 @@
+/* The USB HID link through libusb: interface 0, 1024-byte transfers, endpoint 0x02 out, 0x81 in. One
+ * open device per process.
+ *
+ * One thread at a time; ICC_CancelLinuxHidRead may come from another. The transaction functions
+ * (frame/transaction.h) open and close this link themselves. */
+#ifndef GWQ_LINKS_USB_HID_H
+#define GWQ_LINKS_USB_HID_H
+
+#include "../export.h"
+#include "serial.h"
+
+GWQ_C_BEGIN
+
+/* Opens the first device with these ids, takes it from the kernel's driver and claims interface 0.
+ * Returns 0, also when a device is open already, which is then kept whatever its ids; -7 if there is no
+ * such device; -3 if it cannot be opened or claimed. */
+GWQ_API int ICC_OpenLinuxHid(int vid, int pid);
+
+/* Closes the device. The kernel's driver stays detached. Returns 0 always. */
+GWQ_API int ICC_CloseLinuxHid(void);
+
+/* Writes in at most 5 transfers of 1000 ms.
+ *   data  in; `length` bytes
+ * Returns `length` when all bytes went out, else -5; -7 if no device is open. */
+GWQ_API int ICC_WriteLinuxHid(unsigned char* data, int length);
+
+/* Reads reports until `maximum` bytes are there, the predicate accepts, or the time is over.
+ *   buffer     out; `maximum` + 1023 bytes: the report that reaches the maximum is kept whole
+ *   maximum    count that ends the read
+ *   timeout_s  whole seconds; 0 waits until the clock's second changes
+ *   end        predicate, called after every transfer, also an empty one; NULL reads on
+ * Returns the bytes received, at most `maximum`; -2 for a NULL buffer; -4 time-out, also when no device is
+ * open; -27 cancelled.
+ * Bytes received before a failure stand in the buffer. */
+GWQ_API int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
+
+/* Makes a read that is waiting in another thread give up within one transfer of 200 ms; without one it
+ * has no effect. Returns 0, or -7 if no device is open. Any thread; never waits. */
+GWQ_API int ICC_CancelLinuxHidRead(void);
+
+GWQ_C_END
+
+#endif
