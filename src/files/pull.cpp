@@ -1,0 +1,87 @@
+#include "files/pull.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+#include "files/pull_reception.h"
+#include "frame/exchange.h"
+#include "frame/port.h"
+
+namespace gwq {
+namespace {
+
+constexpr useconds_t kPausePerReportUs = 10'000;
+
+constexpr std::string_view kAcceptance =
+    "\x1B[0RESPONSE\x02"
+    "0"
+    "\x03";
+constexpr std::string_view kRejection =
+    "\x1B[0RESPONSE\x02"
+    "1"
+    "\x03";
+
+constexpr Member kPull{
+    .opening_log = nullptr, .logs_identities = false, .logs_before_send = false, .sends = true};
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+// Receives one file on the open link.
+class FileReceiver final : public Receiver, private PullPort {
+ public:
+  explicit FileReceiver(const char* path) : path_(path) {}
+
+  int Receive() override {
+    int got = ReadReport();
+    file_.reset(path_ == nullptr ? nullptr : std::fopen(path_, "wb"));
+    if (!file_) return GWQ_READ_FAILED;
+    PullReception reception(*this);
+    while (got >= 1) {
+      switch (reception.Take(ReportView(report_.data(), kReportSize))) {
+        case PullReception::Result::kFileDone:
+          return GWQ_OK;
+        case PullReception::Result::kRejected:
+          std::remove(path_);
+          return GWQ_REFUSED;
+        default:
+          got = ReadReport();
+          usleep(kPausePerReportUs);
+      }
+    }
+    return GWQ_READ_FAILED;  // what has come so far stays in the file
+  }
+
+ private:
+  int ReadReport() {
+    report_.fill(0);
+    return ICC_ReadDataFromTransPort(report_.data(), static_cast<int>(kReportSize));
+  }
+
+  void Store(std::span<const std::uint8_t> payload) override {
+    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+  }
+
+  void Acknowledge(bool accepted) override {
+    std::array<unsigned char, kReportSize> block{};
+    const std::string_view text = accepted ? kAcceptance : kRejection;
+    text.copy(reinterpret_cast<char*>(block.data()), text.size());
+    ICC_WriteDataToTransPort(block.data(), static_cast<int>(block.size()));
+  }
+
+  const char* path_;
+  File file_{nullptr, &std::fclose};
+  std::array<unsigned char, 2 * kReportSize> report_{};  // a read may bring up to a report more
+};
+
+}  // namespace
+}  // namespace gwq
+
+int TransProcHW(int commandLen, char* command, int timeout_ms, char* path) {
+  gwq::FileReceiver receiver(path);
+  return gwq::RunExchange(gwq::kPull, {.port = 0, .baud = 0, .timeout_ms = timeout_ms, .predicate = nullptr},
+                          {command, commandLen}, &receiver);
+}

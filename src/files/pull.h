@@ -1,0 +1,21 @@
+/* Receiving files from the terminal. */
+#ifndef GWQ_FILES_PULL_H
+#define GWQ_FILES_PULL_H
+
+#include "../export.h"
+
+GWQ_C_BEGIN
+
+/* Sends a pull command on the USB link and stores the file that the terminal streams back.
+ *   commandLen  0 means the command's length as text
+ *   command     in
+ *   timeout_ms  longest wait for each report, cut down to whole seconds
+ *   path        in; local file, written anew
+ * Returns 0; -3 the link could not be opened; -10 the command was not sent, or NULL command; -11 a report did
+ * not come (what was received stays in the file) or the file could not be created; -14 a packet failed its
+ * check (the file is removed). */
+GWQ_API int TransProcHW(int commandLen, char* command, int timeout_ms, char* path);
+
+GWQ_C_END
+
+#endif

@@ -1,0 +1,73 @@
+// What every device function does: drain, build a command, ask, look at the answer.
+#pragma once
+
+#include <charconv>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "codec/secret.h"
+#include "frame/transaction.h"
+
+namespace gwq {
+
+// A command under construction in a buffer of a fixed size; what does not fit is cut.
+template <std::size_t N>
+class CommandText {
+ public:
+  CommandText& operator<<(std::string_view text) {
+    const std::size_t length = std::min(text.size(), N - 1 - size_);
+    text.copy(bytes_.data() + size_, length);
+    size_ += length;
+    return *this;
+  }
+  CommandText& operator<<(int number) {
+    char digits[12];
+    const auto [end, error] = std::to_chars(digits, digits + sizeof digits, number);
+    return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
+  }
+
+  char* data() { return bytes_.data(); }
+  [[nodiscard]] int size() const { return static_cast<int>(size_); }
+
+ private:
+  SecretArray<char, N> bytes_;
+  std::size_t size_ = 0;
+};
+
+// Room for an answer of at most N bytes, and for the report that a USB read may bring beyond.
+template <std::size_t N>
+class AnswerText {
+ public:
+  char* data() { return bytes_.data(); }
+  int* length() { return &length_; }
+  [[nodiscard]] std::string_view text() const { return {bytes_.data(), static_cast<std::size_t>(length_)}; }
+  [[nodiscard]] std::span<const unsigned char> bytes() const {
+    return {reinterpret_cast<const unsigned char*>(bytes_.data()), static_cast<std::size_t>(length_)};
+  }
+
+ private:
+  SecretArray<char, N + 1024> bytes_;
+  int length_ = N;
+};
+
+struct Line {
+  int port;
+  int baud;
+};
+
+template <std::size_t C, std::size_t A>
+int Ask(Line line, CommandText<C>& command, AnswerText<A>& answer, GwqEndOfRead end, int timeout_ms) {
+  return TransProcByEnd(line.port, line.baud, command.data(), command.size(), answer.data(), answer.length(),
+                        end, timeout_ms);
+}
+
+template <std::size_t C>
+int Tell(Line line, CommandText<C>& command, int timeout_ms) {
+  return TransProcOnlySend(line.port, line.baud, command.data(), command.size(), timeout_ms);
+}
+
+// Reads and throws away what an earlier screen left on the USB link. Returns the read's status.
+int Drain(Line line);
+
+}  // namespace gwq

@@ -1,0 +1,37 @@
+#include "frame/cancel.h"
+
+#include <atomic>
+
+#include "diag/shared_word.h"
+#include "frame/port.h"
+#include "frame/transaction.h"
+
+namespace gwq {
+namespace {
+
+int g_bCancelRead = 0;
+
+}  // namespace
+
+void ForgetReadCancel() {
+  StoreShared(g_bCancelRead, 0);
+}
+
+bool ReadCancelRequested() {
+  return LoadShared(g_bCancelRead) == 1;
+}
+
+}  // namespace gwq
+
+int g_CancelWrite = 0;
+
+int CancelRead() {
+  // A request that is still standing is not made twice; the next exchange drops it.
+  if (std::atomic_ref<int>(gwq::g_bCancelRead).exchange(1) != 0) return 0;
+  ICC_CancelReadTransPort();
+  return 0;
+}
+
+void CancelWrite() {
+  gwq::StoreShared(g_CancelWrite, 1);
+}

@@ -1,0 +1,156 @@
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "diag/log.h"
+#include "diag/shared_word.h"
+#include "frame/port.h"
+#include "links/serial.h"
+#include "links/usb_hid.h"
+
+namespace gwq {
+namespace {
+
+// What is remembered of the descriptor of the link in use. The field order is given: SetBackUpParam copies
+// a descriptor's leading bytes over it.
+struct SavedParameters {
+  std::int32_t timeout_s;
+  GwqEndOfRead predicate;
+  std::int32_t link_type;
+  std::int32_t parameter;
+};
+static_assert(offsetof(SavedParameters, predicate) == 8 && offsetof(SavedParameters, link_type) == 16 &&
+              sizeof(SavedParameters) == 24);
+
+SavedParameters g_BackUpParam{};
+
+// A link, as the dispatcher calls it. All but `cancel` belong to the one thread that exchanges and may block;
+// `cancel` comes from any thread and never waits.
+struct Link {
+  int (*open)(const TransMssionLinux_t& port);
+  int (*write)(unsigned char* data, int length);
+  int (*read)(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
+  int (*close)();
+  int (*cancel)();
+};
+
+int OpenUsb(const TransMssionLinux_t& port) {
+  return ICC_OpenLinuxHid(port.nVid, port.nPid);
+}
+
+int OpenSerial(const TransMssionLinux_t& port) {
+  return ICC_OpenLinuxCom(port.szTtyName, port.nBaud);
+}
+
+int WriteSerial(unsigned char* data, int length) {
+  return ICC_WriteLinuxCom(data, length);
+}
+
+int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
+  const int result = ICC_ReadLinuxCom(buffer, maximum, timeout_s, end);
+  ICC_DPrintDataHexToFile("COM PACKGET READ", buffer, result);
+  return result;
+}
+
+// By link type.
+constexpr std::array kLinks{
+    Link{&OpenUsb, &ICC_WriteLinuxHid, &ICC_ReadLinuxHid, &ICC_CloseLinuxHid, &ICC_CancelLinuxHidRead},
+    Link{&OpenSerial, &WriteSerial, &ReadSerial, &ICC_CloseLinuxCom, &ICC_CancelLinuxComRead},
+};
+static_assert(GWQ_LINK_USB == 0 && GWQ_LINK_SERIAL == 1);
+
+constexpr int kNoSuchLink = -1;
+
+const Link* LinkOfType(std::int32_t type) {
+  return type >= 0 && type < static_cast<std::int32_t>(kLinks.size())
+             ? &kLinks[static_cast<std::size_t>(type)]
+             : nullptr;
+}
+
+const Link* LinkInUse() {
+  return LinkOfType(LoadShared(g_BackUpParam.link_type));
+}
+
+// The link type alone is read by a cancelling thread.
+void Remember(const SavedParameters& parameters) {
+  g_BackUpParam.timeout_s = parameters.timeout_s;
+  g_BackUpParam.predicate = parameters.predicate;
+  g_BackUpParam.parameter = parameters.parameter;
+  StoreShared(g_BackUpParam.link_type, parameters.link_type);
+}
+
+SavedParameters FromDescriptor(const TransMssionLinux_t& port) {
+  return {port.nTimeOut, port.pfnEndOfRead, port.nLinkType, port.nParam};
+}
+
+}  // namespace
+}  // namespace gwq
+
+int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
+  const gwq::Link* link = port == nullptr ? nullptr : gwq::LinkOfType(port->nLinkType);
+  if (link == nullptr) return gwq::kNoSuchLink;
+  const int result = link->open(*port);
+  if (result == 0) gwq::Remember(gwq::FromDescriptor(*port));
+  return result;
+}
+
+int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
+  const gwq::Link* link = gwq::LinkInUse();
+  return link == nullptr ? gwq::kNoSuchLink : link->write(data, length);
+}
+
+int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {
+  const gwq::Link* link = gwq::LinkInUse();
+  if (link == nullptr) return gwq::kNoSuchLink;
+  return link->read(buffer, maximum, gwq::g_BackUpParam.timeout_s, gwq::g_BackUpParam.predicate);
+}
+
+int ICC_CloseLinuxTransPort() {
+  const gwq::Link* link = gwq::LinkInUse();
+  return link == nullptr ? gwq::kNoSuchLink : link->close();
+}
+
+int ICC_CancelReadLinuxTransPort() {
+  const gwq::Link* link = gwq::LinkInUse();
+  return link == nullptr ? gwq::kNoSuchLink : link->cancel();
+}
+
+int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port) {
+  if (port != nullptr) gwq::Remember(gwq::FromDescriptor(*port));
+  return 0;
+}
+
+void SetBackUpParam(TransMssionLinux_t* port) {
+  if (port == nullptr) return;
+  gwq::SavedParameters raw;
+  std::memcpy(&raw, port, sizeof raw);
+  gwq::Remember(raw);
+}
+
+int ICC_OpenTransPort(TransMssionLinux_t* port) {
+  return ICC_OpenLinuxTransPort(port);
+}
+
+int ICC_WriteDataToTransPort(unsigned char* data, int length) {
+  return ICC_WriteDataToLinuxTransPort(data, length);
+}
+
+int ICC_ReadDataFromTransPort(unsigned char* buffer, int maximum) {
+  return ICC_ReadDataFromLinuxTransPort(buffer, maximum);
+}
+
+int ICC_CloseTransPort() {
+  return ICC_CloseLinuxTransPort();
+}
+
+int ICC_CancelReadTransPort() {
+  return ICC_CancelReadLinuxTransPort();
+}
+
+int ICC_ChangeTermParam(TransMssionLinux_t* port) {
+  return ICC_ChangeLinuxTermParam(port);
+}
+
+int WriteData(int len, unsigned char* data) {
+  return ICC_WriteDataToTransPort(data, len) < len ? GWQ_SEND_FAILED : GWQ_OK;
+}

@@ -1,0 +1,44 @@
+#include <cstring>
+
+#include "diag/log.h"
+#include "frame/transaction.h"
+
+namespace {
+
+constexpr int kComplete = 0;
+constexpr int kReadOn = 1;
+constexpr int kFrameOverhead = 7;
+
+// The last byte of what was read, as text; zero when there is none.
+unsigned char LastOfText(const unsigned char* data) {
+  const std::size_t length = data == nullptr ? 0 : std::strlen(reinterpret_cast<const char*>(data));
+  return length == 0 ? static_cast<unsigned char>(0) : data[length - 1];
+}
+
+}  // namespace
+
+int EndOfRead(unsigned char* data, int count) {
+  if (count < kFrameOverhead) return kReadOn;
+  const int body = data[5] * 256 + data[6];
+  return body <= count - kFrameOverhead ? kComplete : kReadOn;
+}
+
+int EndOfRead2(unsigned char* data, int /*count*/) {
+  if (LastOfText(data) != 0x03) return kReadOn;
+  ICC_DPrintLogToFile("[EndOfRead2] return 0");
+  return kComplete;
+}
+
+int EndOfRead3(unsigned char* data, int /*count*/) {
+  if (LastOfText(data) != 'F') return kReadOn;
+  ICC_DPrintLogToFile("[EndOfRead3] return 0");
+  return kComplete;
+}
+
+int EndOfCondition4(unsigned char* /*data*/, int count) {
+  return count >= 1 ? kComplete : kReadOn;
+}
+
+int EndOfConditionD(unsigned char* data, int count) {
+  return count >= 1 && data[count - 1] == '\r' ? kComplete : kReadOn;
+}

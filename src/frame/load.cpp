@@ -1,0 +1,55 @@
+#include "frame/load.h"
+
+#include <libusb-1.0/libusb.h>
+
+#include <array>
+#include <cstdio>
+
+#include "diag/Rwini.h"
+#include "diag/log.h"
+
+const char dllversion[] = GWQ_VERSION;
+
+int ICC_INIT_LIBUSB() {
+  libusb_init(nullptr);
+  return 0;
+}
+
+int ICC_UINIT_LIBUSB() {
+  libusb_exit(nullptr);
+  return 0;
+}
+
+int test_init() {
+  std::array<char, 256> ini_path{};
+  std::array<char, 256> log_flag{};
+  GetFullPath("GWQ_LOG.ini", ini_path.data(), static_cast<int>(ini_path.size()));
+  GetProfileString(ini_path.data(), "Gwq", "Log", log_flag.data());
+  if (log_flag[0] == '1') {
+    DelOutTimeLogFile();
+    SetDebugFlag(1);
+  }
+  std::printf("szIniPath=%s\n", ini_path.data());
+  std::printf("szLogFlag=%s\n", log_flag.data());
+  ICC_INIT_LIBUSB();
+  std::puts("------dlopen OK------");
+  return 0;
+}
+
+int test_deinit() {
+  ICC_UINIT_LIBUSB();
+  std::puts("------dlclose OK------");
+  return 0;
+}
+
+namespace {
+
+// The loader runs these; nothing in the library needs another initialiser before them.
+[[gnu::constructor]] void OnLoad() {
+  test_init();
+}
+[[gnu::destructor]] void OnUnload() {
+  test_deinit();
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+/* Statuses, the port descriptor, and the calls that work on whichever link it opened. */
+#ifndef GWQ_FRAME_PORT_H
+#define GWQ_FRAME_PORT_H
+
+#include <stdint.h>
+
+#include "../export.h"
+#include "../links/serial.h"
+
+GWQ_C_BEGIN
+
+/* Statuses shared by the interface; each function says which it returns. */
+enum GwqStatus {
+  GWQ_OK = 0,
+  GWQ_BAD_ARGUMENT = -1,    /* an argument is out of range; nothing was sent */
+  GWQ_NO_ANSWER = -2,       /* nothing was read; on a link: not open, or a bad argument */
+  GWQ_NOT_OPENED = -3,      /* the serial device, or neither USB identity, could be opened */
+  GWQ_LINK_TIMEOUT = -4,    /* link: the answer did not come, or not whole, in time */
+  GWQ_LINK_WRITE = -5,      /* link: not all bytes went out */
+  GWQ_LINK_READ = -6,       /* serial link: reading failed */
+  GWQ_LINK_NO_DEVICE = -7,  /* link: no such USB device, or none open */
+  GWQ_BAD_FRAME = -8,       /* a damaged PIN-pad frame */
+  GWQ_EVALUATION_READ = -9, /* TransProcForEva: the read failed */
+  GWQ_SEND_FAILED = -10,    /* the command was not sent whole */
+  GWQ_READ_FAILED = -11,    /* the answer could not be read: time-out, error, or serial cancel */
+  GWQ_REFUSED = -14,        /* the terminal refused or failed, or its answer was not the expected one */
+  GWQ_NO_FILE = -15,        /* a file is missing */
+  GWQ_BAD_ACCOUNT = -21,    /* an account number is missing or not all digits */
+  GWQ_CANCELLED = -23,      /* cancelled */
+  GWQ_TOO_SMALL = -24,      /* out of memory, or the caller's buffer is too small */
+  GWQ_LINK_CANCELLED = -27  /* USB link: the read was cancelled */
+};
+
+/* Values of nLinkType. */
+enum GwqLinkType { GWQ_LINK_USB = 0, GWQ_LINK_SERIAL = 1 };
+
+/* Describes the link to open. Clear it whole before filling it. */
+typedef struct TransMssionLinux_t {
+  int32_t nHead;             /* a marker, 170; no link reads it */
+  int32_t nLinkType;         /* enum GwqLinkType; any other value selects no link */
+  int32_t nReserved;         /* 0 */
+  int32_t nPid;              /* USB: product id */
+  int32_t nVid;              /* USB: vendor id */
+  int32_t nPortIndex;        /* serial: port number minus 1; informational */
+  int32_t nBaud;             /* serial: bits per second */
+  char szTtyName[136];       /* serial: device path, NUL-terminated */
+  int32_t nParam;            /* kept beside the others, never read */
+  int32_t nTimeOut;          /* read time-out in whole seconds */
+  GwqEndOfRead pfnEndOfRead; /* end-of-answer predicate, or NULL */
+  char szReserved[840];      /* cleared with the rest, never read */
+} TransMssionLinux_t;
+
+/* Opens the link that the descriptor names. Only success makes it the link that the calls below use, with
+ * the descriptor's time-out and predicate; after a failure they go on using the one before.
+ * Returns the link's status (links/serial.h, links/usb_hid.h), -1 for an unknown link type or NULL.
+ * Each of these calls exists under two names that behave alike. */
+GWQ_API int ICC_OpenTransPort(TransMssionLinux_t* port);
+GWQ_API int ICC_OpenLinuxTransPort(TransMssionLinux_t* port);
+
+/* Writes on the link in use.
+ *   data  in; `length` bytes
+ * Returns the bytes written or the link's failure. */
+GWQ_API int ICC_WriteDataToTransPort(unsigned char* data, int length);
+GWQ_API int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length);
+
+/* Reads on the link in use, with the time-out and predicate it was opened with.
+ *   buffer   out; `maximum` + 1023 bytes
+ *   maximum  count that ends the read
+ * Returns the bytes received or the link's failure. */
+GWQ_API int ICC_ReadDataFromTransPort(unsigned char* buffer, int maximum);
+GWQ_API int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum);
+
+/* Closes the link in use; which link that is stays remembered. Returns 0. */
+GWQ_API int ICC_CloseTransPort(void);
+GWQ_API int ICC_CloseLinuxTransPort(void);
+
+/* Makes a read on the link in use give up. Returns 0, or -7 if it is not open. Any thread; never waits. */
+GWQ_API int ICC_CancelReadTransPort(void);
+GWQ_API int ICC_CancelReadLinuxTransPort(void);
+
+/* Takes link type, time-out, predicate and parameter from the descriptor without opening or closing
+ * anything. Returns 0 always. */
+GWQ_API int ICC_ChangeTermParam(TransMssionLinux_t* port);
+GWQ_API int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port);
+
+/* Copies the descriptor's leading bytes over the remembered parameters as raw memory, field boundaries
+ * disregarded: bytes 0-3 become the time-out, 8-15 the predicate, 16-19 the link type, 20-23 the parameter.
+ */
+GWQ_API void SetBackUpParam(TransMssionLinux_t* port);
+
+/* Writes on the link in use.
+ *   len   count of bytes
+ *   data  in; `len` bytes
+ * Returns 0, or -10 if fewer bytes were written. */
+GWQ_API int WriteData(int len, unsigned char* data);
+
+GWQ_C_END
+
+#endif
