@@ -1,0 +1,14 @@
+/* Asks the terminal on USB for its build date. */
+#include <gwq.h>
+#include <stdio.h>
+
+int main(void) {
+  char date[9] = "";
+  const int status = GWQ_GetVerBuildDate(0, 0, 9600, date);
+  if (status != GWQ_OK) {
+    fprintf(stderr, "no terminal: status %d\n", status);
+    return 1;
+  }
+  printf("terminal software of %s\n", date);
+  return 0;
+}
