@@ -17,17 +17,19 @@ std::array<std::uint8_t, N> TripleDes(const std::array<std::uint8_t, N>& in, con
   const Cipher cipher(EVP_CIPHER_CTX_new(), &EVP_CIPHER_CTX_free);
   std::array<std::uint8_t, N> out{};
   int length = 0;
-  const bool done =
-      cipher &&
-      EVP_CipherInit_ex(cipher.get(), EVP_des_ede_ecb(), nullptr, key.data(), nullptr, encipher ? 1 : 0) == 1 &&
-      EVP_CIPHER_CTX_set_padding(cipher.get(), 0) == 1 &&
-      EVP_CipherUpdate(cipher.get(), out.data(), &length, in.data(), static_cast<int>(N)) == 1;
+  const bool done = cipher &&
+                    EVP_CipherInit_ex(cipher.get(), EVP_des_ede_ecb(), nullptr, key.data(), nullptr,
+                                      encipher ? 1 : 0) == 1 &&
+                    EVP_CIPHER_CTX_set_padding(cipher.get(), 0) == 1 &&
+                    EVP_CipherUpdate(cipher.get(), out.data(), &length, in.data(), static_cast<int>(N)) == 1;
   if (!done) throw std::runtime_error("triple DES is not available");
   return out;
 }
 
 // The command set ends a key at its first zero byte, so a key with one in it could not be sent whole.
-bool HasZero(const Key& key) { return std::find(key.begin(), key.end(), 0) != key.end(); }
+bool HasZero(const Key& key) {
+  return std::find(key.begin(), key.end(), 0) != key.end();
+}
 
 // 0000 and the twelve digits before the account's check digit, one digit a nibble.
 Block AccountField(const std::string& account) {
@@ -49,12 +51,15 @@ unsigned Nibble(const Block& block, std::size_t i) {
 Key NewKey() {
   Key key{};
   do {
-    if (RAND_bytes(key.data(), static_cast<int>(key.size())) != 1) throw std::runtime_error("no random numbers");
+    if (RAND_bytes(key.data(), static_cast<int>(key.size())) != 1)
+      throw std::runtime_error("no random numbers");
   } while (HasZero(key));
   return key;
 }
 
-Key Encipher(const Key& key, const Key& master) { return TripleDes(key, master, true); }
+Key Encipher(const Key& key, const Key& master) {
+  return TripleDes(key, master, true);
+}
 
 std::string Hex(const Key& key) {
   static constexpr char kDigits[] = "0123456789ABCDEF";

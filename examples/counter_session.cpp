@@ -36,13 +36,17 @@ void Check(int status, const char* step) {
   throw std::runtime_error(std::string(step) + " failed with status " + std::to_string(status));
 }
 
-void Say(const char* asked, const std::string& came_back) { std::printf("  %-34s %s\n", asked, came_back.c_str()); }
+void Say(const char* asked, const std::string& came_back) {
+  std::printf("  %-34s %s\n", asked, came_back.c_str());
+}
 
 void ShowTerminal(const Session& session) {
   char command[] = "\x1B[0GETVERSION";
   std::string answer(4096 + 1024, '\0');
   int length = 4096;
-  Check(TransProc(session.port, kBaud, command, 0, answer.data(), &length, 2000), "asking for the version");
+  const int command_length = static_cast<int>(std::strlen(command));
+  Check(TransProc(session.port, kBaud, command, command_length, answer.data(), &length, 2000),
+        "asking for the version");
   const std::string version = length < 2 ? "" : answer.substr(1, static_cast<std::size_t>(length) - 2);
   Say("terminal version | build date", version);
 }
@@ -71,7 +75,8 @@ void LoadKeys(Session& session) {
   const example::Key master = example::NewKey();
   std::string new_key = example::Hex(master);
   std::string old_key(kFactoryKey);
-  Check(GWQ_UpdateMKey(session.port, kBaud, kMaster, new_key.data(), old_key.data()), "loading the master key");
+  Check(GWQ_UpdateMKey(session.port, kBaud, kMaster, new_key.data(), old_key.data()),
+        "loading the master key");
   Say("new master key", "accepted in place 3");
   session.working = NewWorkingKey(master);
   std::string sent = example::Hex(example::Encipher(session.working, master));
