@@ -1,0 +1,17 @@
+#include "customer/agreeable.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace gwq::terminal {
+
+AgreeableCustomer::AgreeableCustomer(std::string pin, std::chrono::milliseconds after)
+    : pin_(std::move(pin)), after_(after) {}
+
+PinAction AgreeableCustomer::KeyPin(const PinRequest& request) {
+  const auto room = static_cast<std::size_t>(std::max(request.max_digits, 0));
+  return {PinAction::Kind::kEnter, pin_.substr(0, room), after_};
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,25 @@
+// The customer that stands there unless another is scripted: quick, and happy to
+// key a PIN whenever asked.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "device/customer.h"
+
+namespace gwq::terminal {
+
+class AgreeableCustomer : public Customer {
+ public:
+  explicit AgreeableCustomer(std::string pin = "123456",
+                             std::chrono::milliseconds after = std::chrono::milliseconds(200));
+
+  // Keys as much of the PIN as there is room for.
+  PinAction KeyPin(const PinRequest& request) override;
+
+ private:
+  std::string pin_;
+  std::chrono::milliseconds after_;
+};
+
+}  // namespace gwq::terminal

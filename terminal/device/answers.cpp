@@ -1,0 +1,15 @@
+#include "device/bytes.h"
+#include "device/outlet.h"
+
+namespace gwq::terminal {
+
+void AnswerRefusal(Outlet& outlet) {
+  outlet.Answer({kStx, kRefusalMark, kEtx}, "refusal");
+}
+
+void AnswerKeyCommand(Outlet& outlet, bool accepted) {
+  if (accepted) return outlet.Answer({kAccepted}, "accepted");
+  outlet.Answer({kNotAccepted}, "not accepted");
+}
+
+}  // namespace gwq::terminal

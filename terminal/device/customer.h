@@ -1,0 +1,33 @@
+// The person in front of the terminal, as the device sees them.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace gwq::terminal {
+
+// A request to key a PIN, as it stands on the terminal's screen.
+struct PinRequest {
+  int min_digits = 4;
+  int max_digits = 12;
+  std::chrono::milliseconds time_left{0};
+  bool again = false;           // the screen asks for the PIN once more
+  bool ends_when_full = false;  // the last of `max_digits` ends the entry without Enter
+};
+
+// What the person does about it, and how long after the request appeared.
+// Walking away means that the terminal's own time-out will end the entry.
+struct PinAction {
+  enum class Kind { kEnter, kCancel, kWalkAway };
+  Kind kind = Kind::kEnter;
+  std::string digits;
+  std::chrono::milliseconds after{0};
+};
+
+class Customer {
+ public:
+  virtual ~Customer() = default;
+  virtual PinAction KeyPin(const PinRequest& request) = 0;
+};
+
+}  // namespace gwq::terminal

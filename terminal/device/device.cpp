@@ -1,0 +1,154 @@
+#include "device/device.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <deque>
+#include <utility>
+
+#include "device/command_reader.h"
+#include "device/counter_commands.h"
+#include "device/framed_commands.h"
+#include "device/outlet.h"
+#include "device/pin_entry.h"
+#include "device/pinpad_frame.h"
+#include "device/secret.h"
+#include "device/text_commands.h"
+
+namespace gwq::terminal {
+namespace {
+
+// A host that never reads must not make the terminal grow: like any device with
+// a small output buffer, it then loses its oldest answers.
+constexpr std::size_t kMostAnswers = 256;
+
+std::string Hex(std::uint16_t word) {
+  char text[5] = {};
+  std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(word));
+  return text;
+}
+
+std::string_view AsText(const SecretBytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+}  // namespace
+
+class Device::Impl : private Outlet {
+ public:
+  Impl(Line line, Customer& customer, Settings settings, TraceSink trace)
+      : trace_(std::move(trace)),
+        entry_(customer, *this),
+        counter_(*this, entry_, std::move(settings)),
+        reader_(line, [this](Command&& command) { CarryOut(command); }) {
+    counter_.AddTo(text_commands_);
+  }
+
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  ~Impl() override {
+    for (Bytes& answer : answers_) Wipe(answer);
+  }
+
+  void Receive(std::span<const std::uint8_t> bytes, Time now) {
+    Advance(now);
+    reader_.Feed(bytes, now_);
+    Advance(now_);
+  }
+
+  // In steps from one event to the next, so that everything happens at its own
+  // time and in its own order however rarely the owner calls.
+  void Advance(Time now) {
+    for (auto next = NextDeadline(); next && *next <= now; next = NextDeadline()) {
+      now_ = std::max(now_, *next);
+      reader_.Advance(now_);
+      entry_.Advance(now_);
+    }
+    now_ = std::max(now_, now);
+  }
+
+  [[nodiscard]] std::optional<Time> NextDeadline() const {
+    const auto reader = reader_.NextDeadline();
+    const auto entry = entry_.NextDeadline();
+    if (!reader || !entry) return reader ? reader : entry;
+    return std::min(*reader, *entry);
+  }
+
+  [[nodiscard]] std::optional<Bytes> TakeAnswer() {
+    if (answers_.empty()) return std::nullopt;
+    Bytes answer = std::move(answers_.front());
+    answers_.pop_front();
+    return answer;
+  }
+
+ private:
+  [[nodiscard]] Time Now() const override { return now_; }
+
+  void Answer(Bytes answer, const std::string& what) override {
+    Trace(TraceEvent::Direction::kToHost, "answer: " + what);
+    answers_.push_back(std::move(answer));
+    if (answers_.size() <= kMostAnswers) return;
+    Wipe(answers_.front());
+    answers_.pop_front();
+    Note("an answer that nobody took is lost");
+  }
+
+  void Trace(TraceEvent::Direction direction, const std::string& text) override {
+    if (trace_) trace_({direction, now_, text});
+  }
+
+  void CarryOut(const Command& command) {
+    switch (command.kind) {
+      case Command::Kind::kText:
+        return CarryOutText(AsText(command.bytes));
+      case Command::Kind::kFrame:
+        return CarryOutFrame(command.bytes);
+      case Command::Kind::kNoise:
+        Heard("noise (" + std::to_string(command.noise_size) + " bytes)");
+        return AnswerRefusal(*this);
+    }
+  }
+
+  void CarryOutText(std::string_view command) {
+    if (text_commands_.Run(command)) return;
+    Heard("unknown command " + NameOf(command) + " (" + std::to_string(command.size()) + " bytes)");
+    AnswerRefusal(*this);
+  }
+
+  void CarryOutFrame(std::span<const std::uint8_t> frame) {
+    Heard("PIN-pad frame (" + std::to_string(frame.size()) + " bytes)");
+    FramedAnswer answer = framed_commands_.Run(frame);
+    Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
+    Wipe(answer.data);
+  }
+
+  TraceSink trace_;
+  Time now_{0};
+  std::deque<Bytes> answers_;
+  PinEntry entry_;
+  CounterCommands counter_;
+  TextCommands text_commands_;
+  FramedCommands framed_commands_;
+  CommandReader reader_;
+};
+
+Device::Device(Line line, Customer& customer, Settings settings, TraceSink trace)
+    : impl_(std::make_unique<Impl>(line, customer, std::move(settings), std::move(trace))) {}
+Device::~Device() = default;
+Device::Device(Device&&) noexcept = default;
+Device& Device::operator=(Device&&) noexcept = default;
+
+void Device::Receive(std::span<const std::uint8_t> bytes, Time now) {
+  impl_->Receive(bytes, now);
+}
+void Device::Advance(Time now) {
+  impl_->Advance(now);
+}
+std::optional<Time> Device::NextDeadline() const {
+  return impl_->NextDeadline();
+}
+std::optional<Bytes> Device::TakeAnswer() {
+  return impl_->TakeAnswer();
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,74 @@
+// The virtual terminal's behaviour, without any I/O: bytes in, bytes out, and a
+// clock that the owner moves. Transports (USB by umockdev, pseudo-terminals)
+// and tests own a Device and feed it; nothing in here opens, reads, sleeps or
+// looks at a clock.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "device/customer.h"
+
+namespace gwq::terminal {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Time since the terminal was switched on, given from outside.
+using Time = std::chrono::milliseconds;
+
+// How the bytes of the host arrive, which decides where a command without an
+// end mark of its own ends: at the zero padding of a USB report, or where a
+// serial line falls silent for a moment.
+enum class Line { kUsb, kSerial };
+
+// What passes on the line, in readable form. Key material and PINs are masked.
+struct TraceEvent {
+  enum class Direction { kFromHost, kToHost, kCustomer, kNote };
+  Direction direction;
+  Time time;
+  std::string text;
+};
+using TraceSink = std::function<void(const TraceEvent&)>;
+
+struct Settings {
+  std::string version = "V1.0.0";       // answered by GETVERSION, before the "|"
+  std::string build_date = "20240615";  // answered by GETVERSION, behind the "|"
+};
+
+class Device {
+ public:
+  // `customer` answers for the person in front of the terminal and must outlive the device.
+  Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {});
+  ~Device();
+  Device(Device&&) noexcept;
+  Device& operator=(Device&&) noexcept;
+
+  // Bytes from the host at `now`: on a USB line one report as it came (up to
+  // 1024 bytes, zero-padded), on a serial line any piece of the stream. Any
+  // bytes at all are allowed. Lets time pass up to `now` first.
+  void Receive(std::span<const std::uint8_t> bytes, Time now);
+
+  // Lets time pass: a serial command whose line fell silent is carried out,
+  // the customer acts, time-outs run down. `now` never goes backwards.
+  void Advance(Time now);
+
+  // When Advance should be called next at the latest; nothing if the terminal
+  // only waits for the host.
+  [[nodiscard]] std::optional<Time> NextDeadline() const;
+
+  // The oldest answer not yet taken, without padding; nothing when there is none.
+  // A USB transport pads it with zeros to whole 1024-byte reports.
+  [[nodiscard]] std::optional<Bytes> TakeAnswer();
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace gwq::terminal

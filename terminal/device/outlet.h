@@ -1,0 +1,31 @@
+// What the rooms of the terminal share: the time, the way back to the host, and
+// the trace.
+#pragma once
+
+#include <string>
+
+#include "device/device.h"
+
+namespace gwq::terminal {
+
+class Outlet {
+ public:
+  Outlet() = default;
+  Outlet(const Outlet&) = delete;
+  Outlet& operator=(const Outlet&) = delete;
+  virtual ~Outlet() = default;
+
+  [[nodiscard]] virtual Time Now() const = 0;
+  // `what` describes the answer in the trace, without any secret in it.
+  virtual void Answer(Bytes answer, const std::string& what) = 0;
+  virtual void Trace(TraceEvent::Direction direction, const std::string& text) = 0;
+
+  void Heard(const std::string& text) { Trace(TraceEvent::Direction::kFromHost, text); }
+  void Note(const std::string& text) { Trace(TraceEvent::Direction::kNote, text); }
+};
+
+// The answers that many commands have in common.
+void AnswerRefusal(Outlet& outlet);                    // STX 'U' ETX
+void AnswerKeyCommand(Outlet& outlet, bool accepted);  // 0xAA or 0x55
+
+}  // namespace gwq::terminal

@@ -1,0 +1,38 @@
+#include "device/text_commands.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kLongestName = 40;
+
+bool IsPrintable(char c) {
+  return c >= ' ' && c <= '~';
+}
+
+}  // namespace
+
+bool TextCommands::Run(std::string_view command) const {
+  return std::any_of(rows_.begin(), rows_.end(), [command](const TextCommand& row) {
+    const auto match = MatchPattern(row.pattern, command);
+    if (match) row.run(*match);
+    return match.has_value();
+  });
+}
+
+// Behind "ESC letter" the data follows at once, and may be a key.
+std::string NameOf(std::string_view command) {
+  if (command.empty() || command.front() != '\x1b') return "control byte";
+  const bool word = command.size() > 1 && command[1] == '[';
+  const std::string_view seen = command.substr(1, word ? kLongestName : 1);
+  std::string name = "\"\\e";
+  for (const char c : seen) {
+    if (!IsPrintable(c)) break;
+    name += c;
+  }
+  return name + '"';
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,86 @@
+// The small parts that every command goes through.
+#include <gtest/gtest.h>
+
+#include "device/pattern.h"
+#include "device/secret.h"
+#include "device/split_form.h"
+#include "device/text_commands.h"
+#include "rig.h"
+
+namespace gwq::terminal::test {
+namespace {
+
+TEST(Pattern, WithoutArgumentsFitsOnlyItself) {
+  EXPECT_TRUE(MatchPattern("abc", "abc"));
+  EXPECT_FALSE(MatchPattern("abc", "ab"));
+  EXPECT_FALSE(MatchPattern("abc", "abcd"));
+  EXPECT_FALSE(MatchPattern("abc", ""));
+}
+
+TEST(Pattern, ReadsNumbersUpToSixDigits) {
+  EXPECT_EQ(MatchPattern("a%db%d", "a12b003").value().numbers, (std::vector<int>{12, 3}));
+  EXPECT_EQ(MatchPattern("%d", "999999").value().numbers, std::vector<int>{999999});
+  EXPECT_FALSE(MatchPattern("%d", "1000000"));
+  EXPECT_FALSE(MatchPattern("%d", ""));
+  EXPECT_FALSE(MatchPattern("%d", "-1"));
+}
+
+TEST(Pattern, ReadsSingleDigits) {
+  EXPECT_EQ(MatchPattern("F%1%1", "F01").value().numbers, (std::vector<int>{0, 1}));
+  EXPECT_FALSE(MatchPattern("F%1%1", "F0"));
+  EXPECT_FALSE(MatchPattern("F%1%1", "F012"));
+}
+
+TEST(Pattern, GivesTheTextBeforeTheLiteralEnd) {
+  EXPECT_EQ(MatchPattern("M%s\r\n", "M012\r\n").value().text, "012");
+  EXPECT_EQ(MatchPattern("M%s\r\n", "M\r\n").value().text, "");
+  EXPECT_EQ(MatchPattern("M%s", "Mx").value().text, "x");
+  EXPECT_FALSE(MatchPattern("M%s\r\n", "M012"));
+  EXPECT_FALSE(MatchPattern("M%s\r\n", "M\n"));
+}
+
+TEST(TextTable, CarriesOutTheFirstRowThatFits) {
+  TextCommands table;
+  std::string seen;
+  table.Add({"a%d", [&](const Match& match) { seen += "number " + std::to_string(match.numbers[0]); }});
+  table.Add({"a%s", [&](const Match& match) { seen += "text " + std::string(match.text); }});
+  EXPECT_TRUE(table.Run("a7"));
+  EXPECT_TRUE(table.Run("ab"));
+  EXPECT_FALSE(table.Run("b"));
+  EXPECT_EQ(seen, "number 7text b");
+}
+
+TEST(Name, OfACommandHasNothingOfWhatItCarries) {
+  EXPECT_EQ(NameOf("\033[0X\x02secret\x03"), "\"\\e[0X\"");
+  EXPECT_EQ(NameOf("\033Msecret\r\n"), "\"\\eM\"");
+  EXPECT_EQ(NameOf("\033"), "\"\\e\"");
+  EXPECT_EQ(NameOf("\033[" + std::string(500, 'A')), "\"\\e[" + std::string(39, 'A') + "\"");
+}
+
+TEST(SplitForm, GoesThereAndBackForEveryByte) {
+  Bytes all;
+  for (int i = 0; i < 256; ++i) all.push_back(static_cast<std::uint8_t>(i));
+  Bytes split;
+  AppendSplit(split, all);
+  EXPECT_EQ(ToText(split), Split(all));
+  const auto merged = MergeSplit(split);
+  ASSERT_TRUE(merged);
+  EXPECT_EQ(Bytes(merged->begin(), merged->end()), all);
+}
+
+TEST(SplitForm, OfOddCountOrOtherCharactersIsNotMerged) {
+  EXPECT_TRUE(MergeSplit(ToBytes("0?")));
+  for (const char* text : {"0", "0@", "/0", "A0"}) EXPECT_FALSE(MergeSplit(ToBytes(text))) << text;
+}
+
+TEST(Wipe, ClearsWhatAContainerHeld) {
+  std::string pin = "123456";
+  const char* memory = pin.data();
+  Wipe(pin);
+  EXPECT_TRUE(pin.empty());
+  // The bytes behind a string's end are its own as long as it does not grow.
+  for (int i = 1; i < 6; ++i) EXPECT_EQ(memory[i], '\0');
+}
+
+}  // namespace
+}  // namespace gwq::terminal::test
