@@ -133,8 +133,8 @@ void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
 }
 
 int CheckAndGetResponse(const unsigned char* buf, int count) {
+  if (buf == nullptr || count == 0) return gwq::kFailed;
   const gwq::Bytes answer = BytesOf(buf, count);
-  if (answer.empty()) return gwq::kFailed;
   if (answer.size() < 2 || answer.front() != gwq::kStx || answer.back() != gwq::kEtx) return gwq::kRefused;
   if (answer[1] == 'U') return gwq::kRefused;
   if (answer.size() > 2 && answer[1] == 0xAA && answer[2] == '1') return gwq::kFailed;

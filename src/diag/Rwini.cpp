@@ -1,5 +1,6 @@
 #include "diag/Rwini.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cerrno>
 #include <cstdio>
@@ -24,8 +25,8 @@ void Require(bool held, const char* text, int line = __builtin_LINE(),
 }
 
 std::string_view WithoutLeadingBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kWhiteSpace);
-  return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+  text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+  return text;
 }
 
 void CutTrailingBlanks(char* text) {
@@ -40,8 +41,11 @@ void CopyText(char* out, std::string_view text) {
 
 // A header followed by a remark counts as well.
 bool IsSectionHeader(std::string_view line, std::string_view section) {
-  return line.starts_with('[') && line.substr(1).starts_with(section) &&
-         line.substr(1 + section.size()).starts_with(']');
+  if (!line.starts_with('[')) return false;
+  line.remove_prefix(1);
+  if (!line.starts_with(section)) return false;
+  line.remove_prefix(section.size());
+  return line.starts_with(']');
 }
 
 bool IsKeyLine(std::string_view line, std::string_view key) {
@@ -50,7 +54,8 @@ bool IsKeyLine(std::string_view line, std::string_view key) {
 }
 
 void CopyValue(std::string_view line, char* out) {
-  std::string_view value = line.substr(line.find('=') + 1);
+  std::string_view value = line;
+  value.remove_prefix(line.find('=') + 1);
   value = value.substr(0, value.find('\n'));
   if (value.empty()) return;
   char raw[kLineSize];

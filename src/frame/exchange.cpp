@@ -1,5 +1,7 @@
 #include "frame/exchange.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -16,7 +18,8 @@ namespace {
 constexpr int kHeadMark = 170;
 constexpr int kChunkSize = 1024;
 
-constinit std::mutex g_turn;
+// Not a std::mutex, which would bring the C++ runtime's exceptions into the library.
+constinit pthread_mutex_t g_turn = PTHREAD_MUTEX_INITIALIZER;
 
 TransMssionLinux_t DescriptorFor(const Target& target) {
   TransMssionLinux_t descriptor{};
@@ -85,8 +88,13 @@ bool Send(int port, const Command& command) {
 
 }  // namespace
 
-ExchangeTurn::ExchangeTurn() : lock_(g_turn) {
+ExchangeTurn::ExchangeTurn() {
+  pthread_mutex_lock(&g_turn);
   ForgetReadCancel();
+}
+
+ExchangeTurn::~ExchangeTurn() {
+  pthread_mutex_unlock(&g_turn);
 }
 
 OpenLink::OpenLink(const Target& target, bool logs_identities)

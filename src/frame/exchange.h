@@ -5,8 +5,6 @@
 // The public members of the family are descriptions handed to it.
 #pragma once
 
-#include <mutex>
-
 #include "frame/port.h"
 #include "frame/usb_ids.h"
 
@@ -50,9 +48,9 @@ int RunExchange(const Member& member, const Target& target, const Command& comma
 class ExchangeTurn {
  public:
   ExchangeTurn();
-
- private:
-  std::lock_guard<std::mutex> lock_;
+  ~ExchangeTurn();
+  ExchangeTurn(const ExchangeTurn&) = delete;
+  ExchangeTurn& operator=(const ExchangeTurn&) = delete;
 };
 
 // The link of a port, held open. Its owner has the turn.
