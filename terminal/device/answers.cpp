@@ -12,4 +12,12 @@ void AnswerKeyCommand(Outlet& outlet, bool accepted) {
   outlet.Answer({kNotAccepted}, "not accepted");
 }
 
+void AnswerDone(Outlet& outlet) {
+  outlet.Answer({kStx, kAccepted, kEtx}, "done");
+}
+
+void AnswerFailure(Outlet& outlet) {
+  outlet.Answer({kStx, kAccepted, '1', kEtx}, "failure");
+}
+
 }  // namespace gwq::terminal

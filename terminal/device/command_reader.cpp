@@ -12,6 +12,17 @@ bool IsEntryControl(std::uint8_t byte) {
   return byte >= kEntryMode1 && byte <= kEntryEnd;
 }
 
+// In a PIN-pad frame nibbles follow the STX, in a packet its type.
+bool IsNibble(std::uint8_t byte) {
+  return byte >= 0x30 && byte <= 0x3F;
+}
+
+// There is no ESC in what a command carries, so this is a new command, and the one
+// before it was cut off: hosts send long pieces of text with their end missing.
+bool BeginsWord(std::span<const std::uint8_t> report) {
+  return report.size() > 1 && report[0] == kEsc && report[1] == '[';
+}
+
 bool BeginsCommand(std::uint8_t byte) {
   return byte == kEsc || byte == kStx || IsEntryControl(byte);
 }
@@ -24,26 +35,44 @@ void CommandReader::Feed(std::span<const std::uint8_t> bytes, Time now) {
   if (bytes.empty()) return;
   last_byte_ = now;
   if (line_ == Line::kUsb) return FeedReports(bytes);
-  for (const std::uint8_t byte : bytes) Take(byte);
+  TakeAll(bytes);
 }
 
-// A report that is not full is the last one of its command.
+// A report that is not full is the last one of its command. Only packets know
+// their length better than that.
 void CommandReader::FeedReports(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const auto report = bytes.first(std::min(bytes.size(), kReportSize));
-    for (const std::uint8_t byte : report) Take(byte);
-    if (report.size() < kReportSize) Finish();
+    if (state_ == State::kPayload && BeginsWord(report)) Finish();
+    TakeAll(report);
+    const bool in_packet = state_ == State::kPacketHeader || state_ == State::kPacketBody;
+    if (report.size() < kReportSize && !in_packet) Finish();
     bytes = bytes.subspan(report.size());
+  }
+}
+
+void CommandReader::TakeAll(std::span<const std::uint8_t> bytes) {
+  while (!bytes.empty()) {
+    std::size_t taken = 1;
+    if (state_ == State::kPacketBody) {
+      taken = TakePacketBody(bytes);
+    } else {
+      Take(bytes.front());
+    }
+    bytes = bytes.subspan(taken);
   }
 }
 
 void CommandReader::Advance(Time now) {
   const auto deadline = NextDeadline();
-  if (deadline && *deadline <= now) Finish();
+  if (!deadline || *deadline > now) return;
+  if (state_ == State::kIdle) return StopPackets("silence");
+  Finish();
 }
 
 std::optional<Time> CommandReader::NextDeadline() const {
-  if (state_ == State::kIdle) return std::nullopt;
+  if (state_ == State::kIdle && packets_ == nullptr) return std::nullopt;
+  if (state_ == State::kIdle) return last_byte_ + kPacketPatience;
   return last_byte_ + (EndsBySilence() ? kGap : kPatience);
 }
 
@@ -67,11 +96,21 @@ void CommandReader::Take(std::uint8_t byte) {
     case State::kSkip:
       if (byte == 0 || byte == kEtx) Finish();
       return;
+    case State::kPacketHeader:
+    case State::kPacketBody:  // taken in larger pieces
+      return TakePacketHeader(byte);
   }
 }
 
 void CommandReader::Begin(std::uint8_t byte) {
   if (byte == 0) return;
+  if (packets_ != nullptr && byte == kStx) {
+    state_ = State::kPacketHeader;
+    header_[0] = byte;
+    header_size_ = 1;
+    return;
+  }
+  StopPackets("another command");
   if (!BeginsCommand(byte)) {
     state_ = State::kNoise;
     noise_size_ = 1;
@@ -104,6 +143,40 @@ void CommandReader::TakeUntilEtx(std::uint8_t byte) {
   }
   Store(byte);
   if (byte == kEtx) Finish();
+}
+
+void CommandReader::TakePacketHeader(std::uint8_t byte) {
+  if (header_size_ == 1 && IsNibble(byte)) {
+    StopPackets("another command");
+    state_ = State::kFrame;
+    bytes_.push_back(kStx);
+    return TakeUntilEtx(byte);
+  }
+  header_[header_size_++] = byte;
+  if (header_size_ < kPacketHeaderSize) return;
+  const PacketHeader header = ReadPacketHeader(header_);
+  body_left_ = header.length;
+  state_ = State::kPacketBody;
+  packets_->BeginPacket(header);
+  if (body_left_ == 0) FinishPacket();
+}
+
+std::size_t CommandReader::TakePacketBody(std::span<const std::uint8_t> bytes) {
+  const auto piece = bytes.first(std::min(bytes.size(), body_left_));
+  body_left_ -= piece.size();
+  packets_->TakePayload(piece);
+  if (body_left_ == 0) FinishPacket();
+  return piece.size();
+}
+
+// The reader is ready for the next byte before the packet is judged.
+void CommandReader::FinishPacket() {
+  state_ = State::kIdle;
+  packets_->EndPacket();
+}
+
+void CommandReader::StopPackets(const char* why) {
+  if (packets_ != nullptr) std::exchange(packets_, nullptr)->PacketsOver(why);
 }
 
 void CommandReader::TakeNoise(std::uint8_t byte) {
@@ -139,6 +212,10 @@ void CommandReader::Finish() {
     case State::kSkip:
       state_ = State::kIdle;
       return;
+    case State::kPacketHeader:
+    case State::kPacketBody:
+      state_ = State::kIdle;
+      return StopPackets("a packet was cut off");
   }
 }
 

@@ -9,8 +9,20 @@
 //
 // A command may come in any number of pieces. Bytes that begin none of these are
 // reported as one piece of noise, as is a command longer than any real one.
+//
+// While a file is expected, packets (transfer_packet.h) are read too. Their length
+// says where they end, so they may hold any byte; zeros between them are padding.
+//
+//              ExpectPackets                    STX, type
+//   (commands) -------------> (between packets) ---------> (in a packet)
+//        ^                          |     ^                  |      |
+//        |  any other command,      |     +------------------+      |
+//        |  EndPackets, silence     |        length reached         | silence:
+//        +--------------------------+                               | cut, and no more expected
+//        +----------------------------------------------------------+
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -19,6 +31,7 @@
 
 #include "device/device.h"
 #include "device/secret.h"
+#include "device/transfer_packet.h"
 
 namespace gwq::terminal {
 
@@ -28,6 +41,19 @@ struct Command {
   Kind kind = Kind::kNoise;
   SecretBytes bytes;           // empty for noise
   std::size_t noise_size = 0;  // how many bytes of noise there were
+};
+
+// Takes packets as they come.
+class PacketSink {
+ public:
+  virtual void BeginPacket(const PacketHeader& header) = 0;
+  virtual void TakePayload(std::span<const std::uint8_t> piece) = 0;
+  virtual void EndPacket() = 0;
+  // No packet is expected any more, for a reason other than EndPackets.
+  virtual void PacketsOver(const char* why) = 0;
+
+ protected:
+  ~PacketSink() = default;
 };
 
 class CommandReader {
@@ -40,6 +66,8 @@ class CommandReader {
   static constexpr Time kGap{20};
   // ... and silence after which the rest of a marked one will not come any more.
   static constexpr Time kPatience{1000};
+  // ... and silence between packets after which no more are expected.
+  static constexpr Time kPacketPatience{30000};
 
   CommandReader(Line line, Sink sink);
 
@@ -48,15 +76,24 @@ class CommandReader {
   void Advance(Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
 
+  // From the next byte on; also out of a Sink. `sink` must outlive the reader.
+  void ExpectPackets(PacketSink& sink) { packets_ = &sink; }
+  void EndPackets() { packets_ = nullptr; }
+
  private:
-  enum class State { kIdle, kText, kPayload, kFrame, kNoise, kSkip };
+  enum class State { kIdle, kText, kPayload, kFrame, kNoise, kSkip, kPacketHeader, kPacketBody };
 
   void FeedReports(std::span<const std::uint8_t> bytes);
+  void TakeAll(std::span<const std::uint8_t> bytes);
   void Take(std::uint8_t byte);
   void Begin(std::uint8_t byte);
   void TakeText(std::uint8_t byte);
   void TakeNoise(std::uint8_t byte);
   void TakeUntilEtx(std::uint8_t byte);
+  void TakePacketHeader(std::uint8_t byte);
+  [[nodiscard]] std::size_t TakePacketBody(std::span<const std::uint8_t> bytes);
+  void FinishPacket();
+  void StopPackets(const char* why);
   void Store(std::uint8_t byte);
   void Finish();
   void Emit(Command::Kind kind);
@@ -68,6 +105,10 @@ class CommandReader {
   SecretBytes bytes_;
   std::size_t noise_size_ = 0;
   Time last_byte_{0};
+  PacketSink* packets_ = nullptr;
+  std::array<std::uint8_t, kPacketHeaderSize> header_{};
+  std::size_t header_size_ = 0;
+  std::size_t body_left_ = 0;
 };
 
 }  // namespace gwq::terminal

@@ -49,8 +49,8 @@ std::string Place(const KeyRecord& record) {
 
 }  // namespace
 
-CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, Settings settings)
-    : outlet_(outlet), entry_(entry), settings_(std::move(settings)) {}
+CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, const Settings& settings)
+    : outlet_(outlet), entry_(entry), settings_(settings) {}
 
 void CounterCommands::AddTo(TextCommands& table) {
   table.Add({"\033[0GETVERSION", [this](const Match&) { TellVersion(); }});

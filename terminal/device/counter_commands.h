@@ -21,7 +21,8 @@ namespace gwq::terminal {
 
 class CounterCommands {
  public:
-  CounterCommands(Outlet& outlet, PinEntry& entry, Settings settings);
+  // All must outlive this object.
+  CounterCommands(Outlet& outlet, PinEntry& entry, const Settings& settings);
 
   // This object must outlive the table.
   void AddTo(TextCommands& table);
@@ -52,7 +53,7 @@ class CounterCommands {
 
   Outlet& outlet_;
   PinEntry& entry_;
-  Settings settings_;
+  const Settings& settings_;
   KeyStore keys_;
   int pin_digits_ = 12;
   Time timeout_{30000};

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <deque>
+#include <initializer_list>
 #include <utility>
 
 #include "device/command_reader.h"
 #include "device/counter_commands.h"
+#include "device/file_commands.h"
 #include "device/framed_commands.h"
 #include "device/outlet.h"
 #include "device/pin_entry.h"
@@ -27,6 +29,15 @@ std::string Hex(std::uint16_t word) {
   return text;
 }
 
+// The earliest of those that there are.
+std::optional<Time> Earliest(std::initializer_list<std::optional<Time>> times) {
+  std::optional<Time> earliest;
+  for (const auto& time : times) {
+    if (time && (!earliest || *time < *earliest)) earliest = time;
+  }
+  return earliest;
+}
+
 std::string_view AsText(const SecretBytes& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -35,12 +46,16 @@ std::string_view AsText(const SecretBytes& bytes) {
 
 class Device::Impl : private Outlet {
  public:
-  Impl(Line line, Customer& customer, Settings settings, TraceSink trace)
-      : trace_(std::move(trace)),
+  Impl(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage)
+      : settings_(std::move(settings)),
+        trace_(std::move(trace)),
+        reader_(line, [this](Command&& command) { CarryOut(command); }),
         entry_(customer, *this),
-        counter_(*this, entry_, std::move(settings)),
-        reader_(line, [this](Command&& command) { CarryOut(command); }) {
+        counter_(*this, entry_, settings_),
+        files_(*this, reader_, storage.files != nullptr ? *storage.files : no_files_,
+               std::move(storage.faults), settings_) {
     counter_.AddTo(text_commands_);
+    files_.AddTo(text_commands_);
   }
 
   Impl(const Impl&) = delete;
@@ -63,16 +78,16 @@ class Device::Impl : private Outlet {
       now_ = std::max(now_, *next);
       reader_.Advance(now_);
       entry_.Advance(now_);
+      files_.Advance(now_);
     }
     now_ = std::max(now_, now);
   }
 
   [[nodiscard]] std::optional<Time> NextDeadline() const {
-    const auto reader = reader_.NextDeadline();
-    const auto entry = entry_.NextDeadline();
-    if (!reader || !entry) return reader ? reader : entry;
-    return std::min(*reader, *entry);
+    return Earliest({reader_.NextDeadline(), entry_.NextDeadline(), files_.NextDeadline()});
   }
+
+  [[nodiscard]] bool TakeWithdrawal() { return std::exchange(withdrawn_, false); }
 
   [[nodiscard]] std::optional<Bytes> TakeAnswer() {
     if (answers_.empty()) return std::nullopt;
@@ -93,11 +108,18 @@ class Device::Impl : private Outlet {
     Note("an answer that nobody took is lost");
   }
 
+  void Withdraw() override {
+    withdrawn_ = true;
+    for (Bytes& answer : answers_) Wipe(answer);
+    answers_.clear();
+  }
+
   void Trace(TraceEvent::Direction direction, const std::string& text) override {
     if (trace_) trace_({direction, now_, text});
   }
 
   void CarryOut(const Command& command) {
+    files_.Hear(AsText(command.bytes));
     switch (command.kind) {
       case Command::Kind::kText:
         return CarryOutText(AsText(command.bytes));
@@ -122,18 +144,23 @@ class Device::Impl : private Outlet {
     Wipe(answer.data);
   }
 
+  Settings settings_;
   TraceSink trace_;
   Time now_{0};
   std::deque<Bytes> answers_;
+  bool withdrawn_ = false;
+  NoFiles no_files_;
+  CommandReader reader_;
   PinEntry entry_;
   CounterCommands counter_;
+  FileCommands files_;
   TextCommands text_commands_;
   FramedCommands framed_commands_;
-  CommandReader reader_;
 };
 
-Device::Device(Line line, Customer& customer, Settings settings, TraceSink trace)
-    : impl_(std::make_unique<Impl>(line, customer, std::move(settings), std::move(trace))) {}
+Device::Device(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage)
+    : impl_(std::make_unique<Impl>(line, customer, std::move(settings), std::move(trace),
+                                   std::move(storage))) {}
 Device::~Device() = default;
 Device::Device(Device&&) noexcept = default;
 Device& Device::operator=(Device&&) noexcept = default;
@@ -146,6 +173,9 @@ void Device::Advance(Time now) {
 }
 std::optional<Time> Device::NextDeadline() const {
   return impl_->NextDeadline();
+}
+bool Device::TakeWithdrawal() {
+  return impl_->TakeWithdrawal();
 }
 std::optional<Bytes> Device::TakeAnswer() {
   return impl_->TakeAnswer();

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "device/customer.h"
+#include "device/file_faults.h"
+#include "device/file_system.h"
 
 namespace gwq::terminal {
 
@@ -41,10 +43,16 @@ struct Settings {
   std::string build_date = "20240615";  // answered by GETVERSION, behind the "|"
 };
 
+// The terminal's storage; must outlive the device. Without one nothing can be stored.
+struct Storage {
+  FileSystem* files = nullptr;
+  FileFaults faults;
+};
+
 class Device {
  public:
   // `customer` answers for the person in front of the terminal and must outlive the device.
-  Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {});
+  Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {}, Storage storage = {});
   ~Device();
   Device(Device&&) noexcept;
   Device& operator=(Device&&) noexcept;
@@ -61,6 +69,11 @@ class Device {
   // When Advance should be called next at the latest; nothing if the terminal
   // only waits for the host.
   [[nodiscard]] std::optional<Time> NextDeadline() const;
+
+  // True once after the terminal has taken its answers back: those that the
+  // transport holds ready and the host has not read are to be dropped. To be
+  // asked before TakeAnswer; over serial there is nothing left to drop.
+  [[nodiscard]] bool TakeWithdrawal();
 
   // The oldest answer not yet taken, without padding; nothing when there is none.
   // A USB transport pads it with zeros to whole 1024-byte reports.

@@ -18,6 +18,8 @@ class Outlet {
   [[nodiscard]] virtual Time Now() const = 0;
   // `what` describes the answer in the trace, without any secret in it.
   virtual void Answer(Bytes answer, const std::string& what) = 0;
+  // Takes back every answer that the host has not taken yet.
+  virtual void Withdraw() = 0;
   virtual void Trace(TraceEvent::Direction direction, const std::string& text) = 0;
 
   void Heard(const std::string& text) { Trace(TraceEvent::Direction::kFromHost, text); }
@@ -27,5 +29,7 @@ class Outlet {
 // The answers that many commands have in common.
 void AnswerRefusal(Outlet& outlet);                    // STX 'U' ETX
 void AnswerKeyCommand(Outlet& outlet, bool accepted);  // 0xAA or 0x55
+void AnswerDone(Outlet& outlet);                       // STX 0xAA ETX
+void AnswerFailure(Outlet& outlet);                    // STX 0xAA '1' ETX
 
 }  // namespace gwq::terminal

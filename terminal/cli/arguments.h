@@ -1,0 +1,36 @@
+// The command line of gwq-terminal.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "transports/options.h"
+
+namespace gwq::terminal {
+
+struct PtyRequest {
+  TerminalOptions terminal;
+};
+
+// How the supervisor starts its server; not for people.
+struct ServeRequest {
+  TerminalOptions terminal;
+  int control_fd = -1;
+};
+
+// Nothing is left to do but to exit with this.
+struct ExitRequest {
+  int status = 0;
+};
+
+using Request = std::variant<ExecOptions, PtyRequest, ServeRequest, ExitRequest>;
+
+// Prints help, version and complaints itself.
+[[nodiscard]] Request ParseArguments(int argc, const char* const* argv);
+
+// The command line that ParseArguments turns into a ServeRequest.
+[[nodiscard]] std::vector<std::string> ServerArguments(const TerminalOptions& options, int control_fd);
+
+}  // namespace gwq::terminal

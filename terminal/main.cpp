@@ -1,0 +1,37 @@
+// gwq-terminal: a customer terminal that exists only in software.
+#include <cstdio>
+#include <exception>
+#include <variant>
+
+#include "cli/arguments.h"
+#include "transports/server.h"
+#include "transports/supervisor.h"
+
+namespace gwq::terminal {
+namespace {
+
+int Run(const ExecOptions& options) {
+  return RunCommand(options);
+}
+int Run(const PtyRequest& request) {
+  return RunPty(request.terminal);
+}
+int Run(const ServeRequest& request) {
+  return RunServer(request.terminal, request.control_fd);
+}
+int Run(const ExitRequest& request) {
+  return request.status;
+}
+
+}  // namespace
+}  // namespace gwq::terminal
+
+int main(int argc, char** argv) {
+  try {
+    return std::visit([](const auto& request) { return gwq::terminal::Run(request); },
+                      gwq::terminal::ParseArguments(argc, argv));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,15 @@
+// What is in the terminal when it is switched on:
+//
+//   /tmp/hw.png       the default customer's signature
+//   /tmp/hw.txt       its strokes (customer/signature.h tells the layout)
+//   /tmp/capture.png  a picture of the screen
+#pragma once
+
+#include "device/file_system.h"
+
+namespace gwq::terminal {
+
+// Leaves alone what is there already, and what cannot be written.
+void PutInitialFiles(FileSystem& files);
+
+}  // namespace gwq::terminal

@@ -1,0 +1,30 @@
+// What the command line asks of the transports.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace gwq::terminal {
+
+struct UsbId {
+  std::uint16_t vendor = 0;
+  std::uint16_t product = 0;
+};
+
+struct TerminalOptions {
+  std::optional<UsbId> usb;          // nothing: no terminal on USB
+  std::optional<int> serial_port;    // n: a terminal at /dev/ttyS(n-1)
+  std::string customer_file;         // empty: the agreeable customer
+  std::optional<std::string> trace;  // a file, or "-" for standard error
+};
+
+struct ExecOptions {
+  TerminalOptions terminal;
+  std::vector<std::string> command;
+  // Starts this program as the server of `terminal`, given the control descriptor.
+  std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
+};
+
+}  // namespace gwq::terminal

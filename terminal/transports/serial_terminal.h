@@ -1,0 +1,46 @@
+// A terminal at the end of a serial line, which is a pseudo-terminal.
+#pragma once
+
+#include <string>
+
+#include "device/device.h"
+#include "transports/clock.h"
+#include "transports/event_loop.h"
+#include "transports/unique_fd.h"
+
+namespace gwq::terminal {
+
+// A pseudo-terminal that passes bytes as they are, until a host sets it otherwise.
+struct PtyPair {
+  PtyPair();
+
+  UniqueFd master;
+  UniqueFd slave;  // held open, so that the line stays up between two hosts
+  std::string slave_path;
+};
+
+class SerialTerminal final : public Timed {
+ public:
+  SerialTerminal(Device device, const Clock& clock) : clock_(clock), device_(std::move(device)) {}
+
+  // What a host opens.
+  [[nodiscard]] const std::string& Path() const { return pty_.slave_path; }
+
+  // Serves the line from `loop`, which must not outlive this object.
+  void Join(EventLoop& loop);
+
+  std::optional<Time> NextDeadline() override { return device_.NextDeadline(); }
+  void Advance(Time now) override;
+
+ private:
+  void ReadLine();
+  void CollectAnswers();
+  void WriteLine();
+
+  const Clock& clock_;
+  Device device_;
+  PtyPair pty_;
+  Bytes unsent_;  // what the line had no room for yet
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,173 @@
+#include "transports/server.h"
+
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "transports/control_channel.h"
+#include "transports/device_factory.h"
+#include "transports/errors.h"
+#include "transports/event_loop.h"
+#include "transports/private_dir.h"
+#include "transports/processes.h"
+#include "transports/serial_terminal.h"
+#include "transports/testbed.h"
+#include "transports/usb_terminal.h"
+#include "transports/usbfs_handler.h"
+
+namespace gwq::terminal {
+namespace {
+
+// An event that any thread can raise to wake the loop.
+class Wakeup {
+ public:
+  Wakeup() : fd_(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {}
+  void Raise() const { eventfd_write(fd_.Get(), 1); }
+  void Join(EventLoop& loop) {
+    // Waking is all: the loop asks for the deadlines anew before it waits again.
+    loop.OnReadable(fd_.Get(), [this] {
+      eventfd_t count = 0;
+      eventfd_read(fd_.Get(), &count);
+    });
+  }
+
+ private:
+  UniqueFd fd_;
+};
+
+// The USB terminal in its testbed. Members are destroyed from the last to the
+// first, the testbed and its thread before what that thread uses.
+class Server {
+ public:
+  explicit Server(const TerminalOptions& options);
+
+  [[nodiscard]] const std::string& TestbedDir() const { return testbed_->RootDir(); }
+
+  // True when the supervisor ended it in good order.
+  bool Run(ControlChannel& control);
+
+ private:
+  void AddUsb(UsbId id);
+  void AddSerial(int port);
+  void Obey(const std::string& message);
+  void Plug();
+  void Unplug();
+
+  Clock clock_;
+  DeviceFactory devices_;
+  EventLoop loop_;
+  Wakeup wakeup_;
+  std::optional<UsbId> usb_id_;
+  std::unique_ptr<UsbTerminal> usb_;
+  std::unique_ptr<UsbfsHandler> handler_;
+  std::unique_ptr<SerialTerminal> serial_;
+  std::unique_ptr<Testbed> testbed_;
+  bool plugged_ = false;
+  bool done_ = false;
+};
+
+Server::Server(const TerminalOptions& options)
+    : devices_(options), usb_id_(options.usb), testbed_(std::make_unique<Testbed>()) {
+  if (options.usb) AddUsb(*options.usb);
+  if (options.serial_port) AddSerial(*options.serial_port);
+  wakeup_.Join(loop_);
+}
+
+void Server::AddUsb(UsbId id) {
+  usb_ = std::make_unique<UsbTerminal>(id, devices_.Make(Line::kUsb, "usb"), clock_,
+                                       [this] { wakeup_.Raise(); });
+  handler_ = std::make_unique<UsbfsHandler>(*usb_);
+  testbed_->AttachUsbNode(handler_->Base());
+  loop_.Add(*usb_);
+  Plug();
+}
+
+void Server::AddSerial(int port) {
+  serial_ = std::make_unique<SerialTerminal>(devices_.Make(Line::kSerial, "serial"), clock_);
+  serial_->Join(loop_);
+  testbed_->LinkSerial(port, serial_->Path());
+}
+
+void Server::Plug() {
+  if (!usb_ || plugged_) return;
+  usb_->Plug(testbed_->Plug(*usb_id_));
+  plugged_ = true;
+}
+
+void Server::Unplug() {
+  if (!usb_ || !plugged_) return;
+  plugged_ = false;
+  usb_->Unplug();
+  testbed_->Unplug();
+}
+
+void Server::Obey(const std::string& message) {
+  if (message == "unplug") Unplug();
+  if (message == "replug") Plug();
+  if (message != "done") return;
+  done_ = true;
+  loop_.Stop();
+}
+
+bool Server::Run(ControlChannel& control) {
+  loop_.OnReadable(control.Fd(), [&] {
+    const std::optional<std::string> message = control.Receive();
+    if (!message) return loop_.Stop();
+    Obey(*message);
+  });
+  loop_.Run(clock_);
+  return done_;
+}
+
+// Losing the reader of the trace, or the right to write to the keyboard's
+// terminal, is no reason to stop.
+void IgnoreOutputSignals() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGTTOU, SIG_IGN);
+}
+
+// The supervisor can no longer do it.
+void CleanUpAlone(const std::string& testbed_dir) {
+  SignalProcessesOf(testbed_dir, SIGKILL);
+  if (const char* dir = std::getenv("TMPDIR")) PrivateDir::Remove(dir);
+}
+
+}  // namespace
+
+int RunServer(const TerminalOptions& options, int control_fd) {
+  IgnoreOutputSignals();
+  ControlChannel control{UniqueFd(control_fd)};
+  try {
+    Server server(options);
+    const std::string dir = server.TestbedDir();
+    control.Send("ready " + dir);
+    if (!server.Run(control)) CleanUpAlone(dir);
+    return 0;
+  } catch (const std::exception& error) {
+    control.Send(std::string("failed ") + error.what());
+    return 1;
+  }
+}
+
+int RunPty(const TerminalOptions& options) {
+  IgnoreOutputSignals();
+  const SignalWatch signals({SIGINT, SIGTERM, SIGHUP});
+  const Clock clock;
+  DeviceFactory devices(options);
+  SerialTerminal terminal(devices.Make(Line::kSerial, "serial"), clock);
+  EventLoop loop;
+  terminal.Join(loop);
+  loop.OnReadable(signals.Fd(), [&loop] { loop.Stop(); });
+  if (std::printf("%s\n", terminal.Path().c_str()) < 0 || std::fflush(stdout) != 0)
+    ThrowErrno("standard output");
+  loop.Run(clock);
+  return 0;
+}
+
+}  // namespace gwq::terminal

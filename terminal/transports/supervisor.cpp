@@ -1,0 +1,210 @@
+#include "transports/supervisor.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "transports/control_channel.h"
+#include "transports/errors.h"
+#include "transports/private_dir.h"
+#include "transports/processes.h"
+
+namespace gwq::terminal {
+namespace {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+constexpr const char* kPreload = "libumockdev-preload.so.0";
+// How long a command that was asked to end may take.
+constexpr std::chrono::seconds kGrace{2};
+constexpr int kServerStartLimitMs = 10'000;
+constexpr int kServerExitLimitMs = 2000;
+
+// What is there stays in front: a sanitizer's runtime insists on being first.
+void AddPreload(Environment& environment) {
+  const std::string present = environment.Get("LD_PRELOAD");
+  if (present.find(kPreload) != std::string::npos) return;
+  environment.Set("LD_PRELOAD", present.empty() ? kPreload : present + ":" + kPreload);
+}
+
+// The process that is the terminal. Ended, and reaped, on every way out.
+class ServerProcess {
+ public:
+  ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals)
+      : ServerProcess(options, dir, signals, ControlChannel::Pair()) {}
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+  ~ServerProcess() { End(); }
+
+  [[nodiscard]] const ControlChannel& Control() const { return control_; }
+
+  // Ends it in good order and tells its exit status.
+  int End();
+
+  // Waits for the testbed and returns its directory.
+  [[nodiscard]] std::string AwaitReady() const;
+
+ private:
+  ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
+                std::pair<ControlChannel, ControlChannel> ends);
+
+  ControlChannel control_;
+  pid_t pid_ = -1;
+  std::optional<int> status_;
+};
+
+ServerProcess::ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
+                             std::pair<ControlChannel, ControlChannel> ends)
+    : control_(std::move(ends.first)) {
+  SpawnRequest request;
+  request.arguments = options.server_arguments(options.terminal, ends.second.Fd());
+  // Nothing else: what was preloaded is meant for the command, and a sanitizer's
+  // runtime in a program that was not built for it can lock up the testbed.
+  request.environment.Set("LD_PRELOAD", kPreload);
+  request.environment.Unset("UMOCKDEV_DIR");
+  request.environment.Set("TMPDIR", dir.Path());
+  request.signal_mask = signals.OriginalMask();
+  request.passed_fd = ends.second.Fd();
+  pid_ = Spawn(request);
+}
+
+std::string ServerProcess::AwaitReady() const {
+  constexpr std::string_view kReady = "ready ";
+  constexpr std::string_view kFailed = "failed ";
+  pollfd news{control_.Fd(), POLLIN, 0};
+  if (poll(&news, 1, kServerStartLimitMs) == 0) throw std::runtime_error("the terminal does not start");
+  const std::optional<std::string> message = control_.Receive();
+  if (!message)
+    throw std::runtime_error("the terminal did not start (is " + std::string(kPreload) + " installed?)");
+  if (message->starts_with(kFailed)) throw std::runtime_error(message->substr(kFailed.size()));
+  return message->substr(kReady.size());
+}
+
+int ServerProcess::End() {
+  if (status_) return *status_;
+  control_.Send("done");
+  control_.Close();
+  status_ = WaitFor(pid_, kServerExitLimitMs);
+  if (!status_) {
+    kill(pid_, SIGKILL);
+    status_ = WaitFor(pid_, kServerExitLimitMs);
+  }
+  return status_.value_or(128 + SIGKILL);
+}
+
+// The command, from its start to its end.
+class CommandRun {
+ public:
+  CommandRun(const SignalWatch& signals, const ServerProcess& server, std::string testbed_dir)
+      : signals_(signals), server_(server), dir_(std::move(testbed_dir)) {}
+  CommandRun(const CommandRun&) = delete;
+  CommandRun& operator=(const CommandRun&) = delete;
+  ~CommandRun() { EndProcessesOf(dir_); }
+
+  int Run(const std::vector<std::string>& command);
+
+ private:
+  void Start(const std::vector<std::string>& command);
+  void WaitForEvent();
+  void OnSignal(const signalfd_siginfo& info);
+  void AskToEnd(int signal);
+  void OnServerMessage();
+  void CheckGrace();
+
+  const SignalWatch& signals_;
+  const ServerProcess& server_;
+  const std::string dir_;
+  pid_t pid_ = -1;
+  bool server_lost_ = false;
+  std::optional<SteadyTime> kill_at_;
+};
+
+int StatusOfFailedStart(const std::system_error& error) {
+  std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
+  return error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
+}
+
+int CommandRun::Run(const std::vector<std::string>& command) {
+  try {
+    Start(command);
+  } catch (const std::system_error& error) {
+    return StatusOfFailedStart(error);
+  }
+  std::optional<int> status;
+  while (!(status = TryWait(pid_))) WaitForEvent();
+  if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly");
+  return *status;
+}
+
+void CommandRun::Start(const std::vector<std::string>& command) {
+  SpawnRequest request;
+  request.arguments = command;
+  AddPreload(request.environment);
+  request.environment.Set("UMOCKDEV_DIR", dir_);
+  request.environment.Set("GWQ_TERMINAL_PID", std::to_string(getpid()));
+  request.signal_mask = signals_.OriginalMask();
+  pid_ = Spawn(request);
+}
+
+void CommandRun::WaitForEvent() {
+  constexpr int kGraceStepMs = 50;
+  std::array<pollfd, 2> fds{
+      {{signals_.Fd(), POLLIN, 0}, {server_lost_ ? -1 : server_.Control().Fd(), POLLIN, 0}}};
+  if (poll(fds.data(), fds.size(), kill_at_ ? kGraceStepMs : -1) < 0 && errno != EINTR) ThrowErrno("poll");
+  while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
+  if (fds[1].revents != 0) OnServerMessage();
+  CheckGrace();
+}
+
+void CommandRun::OnSignal(const signalfd_siginfo& info) {
+  const int signal = static_cast<int>(info.ssi_signo);
+  // A key at the keyboard has reached the command too, which decides what it means.
+  const bool from_keyboard = info.ssi_code == SI_KERNEL && (signal == SIGINT || signal == SIGQUIT);
+  if (signal == SIGUSR1) {
+    server_.Control().Send("unplug");
+  } else if (signal == SIGUSR2) {
+    server_.Control().Send("replug");
+  } else if (signal != SIGCHLD && !from_keyboard) {
+    AskToEnd(signal);
+  }
+}
+
+void CommandRun::AskToEnd(int signal) {
+  SignalProcessesOf(dir_, signal);
+  if (!kill_at_) kill_at_ = std::chrono::steady_clock::now() + kGrace;
+}
+
+// The server says nothing after its start: this is its end.
+void CommandRun::OnServerMessage() {
+  if (server_.Control().Receive()) return;
+  server_lost_ = true;
+  AskToEnd(SIGTERM);
+}
+
+void CommandRun::CheckGrace() {
+  if (!kill_at_ || std::chrono::steady_clock::now() < *kill_at_) return;
+  SignalProcessesOf(dir_, SIGKILL);
+  kill(pid_, SIGKILL);
+}
+
+}  // namespace
+
+int RunCommand(const ExecOptions& options) {
+  // An ignored SIGCHLD, which a parent may hand down, would hide how children end.
+  std::signal(SIGCHLD, SIG_DFL);
+  const SignalWatch signals({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD, SIGUSR1, SIGUSR2});
+  const PrivateDir dir;
+  ServerProcess server(options, dir, signals);
+  const int status = CommandRun(signals, server, server.AwaitReady()).Run(options.command);
+  if (const int server_status = server.End(); server_status != 0)
+    throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
+  return status;
+}
+
+}  // namespace gwq::terminal

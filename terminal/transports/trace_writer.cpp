@@ -1,0 +1,60 @@
+#include "transports/trace_writer.h"
+
+#include <fcntl.h>
+
+#include <cstdio>
+#include <string_view>
+
+#include "transports/errors.h"
+
+namespace gwq::terminal {
+namespace {
+
+std::string_view Speaker(TraceEvent::Direction direction) {
+  switch (direction) {
+    case TraceEvent::Direction::kFromHost:
+      return "host     > ";
+    case TraceEvent::Direction::kToHost:
+      return "terminal > ";
+    case TraceEvent::Direction::kCustomer:
+      return "customer : ";
+    case TraceEvent::Direction::kNote:
+      break;
+  }
+  return "         : ";
+}
+
+std::string TimeText(Time time) {
+  char text[32];
+  const auto ms = static_cast<long long>(time.count());
+  std::snprintf(text, sizeof text, "%6lld.%03lld ", ms / 1000, ms % 1000);
+  return text;
+}
+
+// One write for a line, so that lines of several threads and of the command
+// itself do not run into each other.
+void WriteLine(int fd, const std::string& line) {
+  [[maybe_unused]] const ssize_t lost_trace_is_no_failure = write(fd, line.data(), line.size());
+}
+
+}  // namespace
+
+TraceWriter::TraceWriter(const std::optional<std::string>& target) {
+  if (!target) return;
+  if (*target == "-") {
+    fd_ = STDERR_FILENO;
+    return;
+  }
+  file_.Reset(Checked(open(target->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), *target));
+  fd_ = file_.Get();
+}
+
+TraceSink TraceWriter::Sink(const std::string& line_name) const {
+  if (fd_ < 0) return {};
+  return [fd = fd_, line_name](const TraceEvent& event) {
+    WriteLine(fd, TimeText(event.time) + line_name + " " + std::string(Speaker(event.direction)) +
+                      event.text + "\n");
+  };
+}
+
+}  // namespace gwq::terminal

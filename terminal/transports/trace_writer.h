@@ -1,0 +1,26 @@
+// The readable record of what passes between host and terminal.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "device/device.h"
+#include "transports/unique_fd.h"
+
+namespace gwq::terminal {
+
+class TraceWriter {
+ public:
+  // A file to append to, "-" for standard error, nothing for no trace at all.
+  explicit TraceWriter(const std::optional<std::string>& target);
+
+  // Lines of the returned sink begin with `line_name`. It may be called on any
+  // thread and must not outlive the writer.
+  [[nodiscard]] TraceSink Sink(const std::string& line_name) const;
+
+ private:
+  UniqueFd file_;
+  int fd_ = -1;
+};
+
+}  // namespace gwq::terminal

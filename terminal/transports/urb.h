@@ -1,0 +1,49 @@
+// A transfer that a host has submitted, and its copy in this process.
+#pragma once
+
+#include <umockdev.h>
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "device/device.h"
+#include "transports/gobject_ptr.h"
+
+namespace gwq::terminal {
+
+class Urb {
+ public:
+  // Reads the transfer that a SUBMITURB names; nothing when the host's memory cannot be read.
+  static std::optional<Urb> Fetch(UMockdevIoctlData* argument);
+
+  // Where it stands in the host's memory, by which the host discards it.
+  [[nodiscard]] gulong Address() const { return record_->client_addr; }
+  [[nodiscard]] unsigned char Endpoint() const { return endpoint_; }
+  [[nodiscard]] unsigned char Type() const { return type_; }
+  [[nodiscard]] std::span<const std::uint8_t> Payload() const;
+
+  // Data towards the host is collected until the transfer finishes.
+  [[nodiscard]] std::size_t Room() const { return Payload().size() - received_.size(); }
+  void Collect(std::span<const std::uint8_t> bytes);
+
+  // `status` as the kernel puts it: 0 or a negative error number.
+  void Finish(int status, std::size_t transferred);
+  void FinishWithCollected(int status) { Finish(status, received_.size()); }
+
+  // Hands the outcome to the host as the result of a reap.
+  void Deliver(UMockdevIoctlData* reap_argument) const;
+
+ private:
+  Urb(GObjectPtr<UMockdevIoctlData> record, GObjectPtr<UMockdevIoctlData> buffer);
+
+  GObjectPtr<UMockdevIoctlData> record_;
+  GObjectPtr<UMockdevIoctlData> buffer_;  // null for an empty transfer
+  Bytes received_;
+  unsigned char type_ = 0;
+  unsigned char endpoint_ = 0;
+  int status_ = 0;
+  int transferred_ = 0;
+};
+
+}  // namespace gwq::terminal

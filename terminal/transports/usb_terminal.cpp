@@ -1,0 +1,224 @@
+#include "transports/usb_terminal.h"
+
+#include <linux/usbdevice_fs.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "transports/usb_control.h"
+#include "transports/usb_descriptors.h"
+
+namespace gwq::terminal {
+
+UsbTerminal::UsbTerminal(UsbId id, Device device, const Clock& clock, std::function<void()> deadline_moved)
+    : id_(id), clock_(clock), deadline_moved_(std::move(deadline_moved)), device_(std::move(device)) {}
+
+void UsbTerminal::Plug(ReapGate gate) {
+  const Lock lock(mutex_);
+  gate_ = std::move(gate);
+  interface_.Reset();
+  reports_.clear();
+  plugged_ = true;
+}
+
+void UsbTerminal::Unplug() {
+  const Lock lock(mutex_);
+  plugged_ = false;
+  for (UsbClient* client : clients_) {
+    client->unplugged = true;
+    FinishAllWaiting(*client, -ESHUTDOWN);
+  }
+  interface_.Reset();
+  UpdateGate();
+}
+
+std::optional<Time> UsbTerminal::NextDeadline() {
+  const Lock lock(mutex_);
+  return device_.NextDeadline();
+}
+
+void UsbTerminal::Advance(Time now) {
+  const Lock lock(mutex_);
+  device_.Advance(now);
+  CollectAnswers();
+  PassReports();
+}
+
+void UsbTerminal::Connect(UsbClient& client) {
+  const Lock lock(mutex_);
+  client.unplugged = !plugged_;
+  clients_.insert(&client);
+}
+
+void UsbTerminal::Disconnect(UsbClient& client) {
+  const Lock lock(mutex_);
+  clients_.erase(&client);
+  if (interface_.Owner() == &client) interface_.Release(client, 0);
+  UpdateGate();
+}
+
+bool UsbTerminal::IsUnplugged(const UsbClient& client) {
+  const Lock lock(mutex_);
+  return client.unplugged;
+}
+
+std::string_view UsbTerminal::Driver() {
+  const Lock lock(mutex_);
+  return interface_.Driver();
+}
+
+int UsbTerminal::DetachDriver() {
+  const Lock lock(mutex_);
+  if (UsbClient* owner = interface_.Owner()) FinishAllWaiting(*owner, -ENOENT);
+  UpdateGate();
+  return interface_.Detach();
+}
+
+int UsbTerminal::AttachDriver() {
+  const Lock lock(mutex_);
+  return interface_.Attach();
+}
+
+int UsbTerminal::Claim(UsbClient& client, unsigned interface_number) {
+  const Lock lock(mutex_);
+  return interface_.Claim(client, interface_number);
+}
+
+int UsbTerminal::Release(UsbClient& client, unsigned interface_number) {
+  const Lock lock(mutex_);
+  const int error = interface_.Release(client, interface_number);
+  if (error == 0) FinishAllWaiting(client, -ENOENT);
+  UpdateGate();
+  return error;
+}
+
+int UsbTerminal::Submit(UsbClient& client, Urb urb) {
+  const Lock lock(mutex_);
+  if (urb.Type() == USBDEVFS_URB_TYPE_ISO) return EINVAL;
+  if (urb.Type() == USBDEVFS_URB_TYPE_CONTROL) {
+    FinishControl(client, std::move(urb));
+    return 0;
+  }
+  if (urb.Endpoint() != kEndpointOut && urb.Endpoint() != kEndpointIn) return ENOENT;
+  // usbfs claims for a host that forgot to.
+  if (const int error = interface_.Claim(client, 0); error != 0) return error;
+  if (urb.Endpoint() == kEndpointOut) {
+    FinishOut(client, std::move(urb));
+  } else {
+    client.waiting.push_back(std::move(urb));
+  }
+  PassReports();
+  return 0;
+}
+
+int UsbTerminal::Discard(UsbClient& client, gulong address) {
+  const Lock lock(mutex_);
+  const auto found = std::find_if(client.waiting.begin(), client.waiting.end(),
+                                  [address](const Urb& urb) { return urb.Address() == address; });
+  if (found == client.waiting.end()) return EINVAL;
+  found->FinishWithCollected(-ENOENT);
+  client.finished.push_back(std::move(*found));
+  client.waiting.erase(found);
+  UpdateGate();
+  return 0;
+}
+
+std::optional<Urb> UsbTerminal::Reap(UsbClient& client) {
+  const Lock lock(mutex_);
+  if (client.finished.empty()) return std::nullopt;
+  std::optional<Urb> urb(std::move(client.finished.front()));
+  client.finished.pop_front();
+  UpdateGate();
+  return urb;
+}
+
+void UsbTerminal::FinishOut(UsbClient& client, Urb urb) {
+  ReceiveReports(urb.Payload());
+  urb.Finish(0, urb.Payload().size());
+  client.finished.push_back(std::move(urb));
+}
+
+void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
+  const std::optional<ControlRequest> request = ControlRequest::Parse(urb.Payload());
+  const std::optional<Bytes> answer = request ? AnswerControl(id_, *request) : std::nullopt;
+  if (!answer) {
+    urb.Finish(-EPIPE, 0);
+  } else if ((request->type & 0x80) == 0) {
+    if (request->IsSetReport()) ReceiveReports(request->data);
+    urb.Finish(0, request->data.size());
+  } else {
+    urb.Collect(*answer);
+    urb.FinishWithCollected(0);
+  }
+  client.finished.push_back(std::move(urb));
+  PassReports();
+}
+
+void UsbTerminal::FinishAllWaiting(UsbClient& client, int status) {
+  for (Urb& urb : client.waiting) {
+    urb.FinishWithCollected(status);
+    client.finished.push_back(std::move(urb));
+  }
+  client.waiting.clear();
+}
+
+// A transfer longer than a report arrives as several.
+void UsbTerminal::ReceiveReports(std::span<const std::uint8_t> bytes) {
+  const std::optional<Time> before = device_.NextDeadline();
+  while (!bytes.empty()) {
+    const std::size_t size = std::min(bytes.size(), kReportSize);
+    device_.Receive(bytes.first(size), clock_.Now());
+    bytes = bytes.subspan(size);
+  }
+  CollectAnswers();
+  if (device_.NextDeadline() != before) deadline_moved_();
+}
+
+// Cuts answers into reports, the last one padded with zeros.
+void UsbTerminal::CollectAnswers() {
+  while (const std::optional<Bytes> answer = device_.TakeAnswer()) {
+    if (!plugged_) continue;  // nobody is at the other end of the cable
+    for (std::size_t offset = 0; offset < answer->size(); offset += kReportSize) {
+      const auto first = answer->begin() + static_cast<std::ptrdiff_t>(offset);
+      const std::size_t size = std::min(kReportSize, answer->size() - offset);
+      Bytes report(first, first + static_cast<std::ptrdiff_t>(size));
+      report.resize(kReportSize);
+      reports_.push_back(std::move(report));
+    }
+  }
+}
+
+void UsbTerminal::PassReports() {
+  UsbClient* client = interface_.Owner();
+  while (client != nullptr && !client->waiting.empty() &&
+         (!reports_.empty() || client->waiting.front().Room() == 0)) {
+    FillOldest(*client);
+  }
+  UpdateGate();
+}
+
+// Moves one report into the oldest waiting transfer. A transfer with less room
+// than a report fails, as on a bus, and the report is lost.
+void UsbTerminal::FillOldest(UsbClient& client) {
+  Urb& urb = client.waiting.front();
+  int status = 0;
+  if (urb.Room() >= kReportSize) {
+    urb.Collect(reports_.front());
+    reports_.pop_front();
+  } else if (urb.Room() > 0) {
+    reports_.pop_front();
+    status = -EOVERFLOW;
+  }
+  if (status == 0 && urb.Room() > 0) return;
+  urb.FinishWithCollected(status);
+  client.finished.push_back(std::move(urb));
+  client.waiting.pop_front();
+}
+
+void UsbTerminal::UpdateGate() {
+  gate_.SetReapable(std::any_of(clients_.begin(), clients_.end(),
+                                [](const UsbClient* client) { return !client->finished.empty(); }));
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,81 @@
+// A terminal at the end of a USB cable, as usbfs shows it to hosts.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <set>
+
+#include "device/device.h"
+#include "transports/clock.h"
+#include "transports/event_loop.h"
+#include "transports/options.h"
+#include "transports/reap_gate.h"
+#include "transports/urb.h"
+#include "transports/usb_interface.h"
+
+namespace gwq::terminal {
+
+// One opening of the device node by a host.
+struct UsbClient {
+  bool unplugged = false;    // the device it opened is gone, even if a new one is there
+  std::deque<Urb> waiting;   // for data from the terminal, oldest first
+  std::deque<Urb> finished;  // to be reaped, oldest first
+};
+
+// All members may be called on any thread, and none of them waits for a host.
+// Those that return an int return 0 or the error number for the host.
+class UsbTerminal final : public Timed {
+ public:
+  // `deadline_moved` is called, on any thread, when NextDeadline has changed by
+  // what a host did.
+  UsbTerminal(UsbId id, Device device, const Clock& clock, std::function<void()> deadline_moved);
+
+  void Plug(ReapGate gate);
+  void Unplug();
+
+  std::optional<Time> NextDeadline() override;
+  void Advance(Time now) override;
+
+  // A client must be disconnected before it is destroyed.
+  void Connect(UsbClient& client);
+  void Disconnect(UsbClient& client);
+
+  [[nodiscard]] bool IsUnplugged(const UsbClient& client);
+  [[nodiscard]] std::string_view Driver();
+  int DetachDriver();
+  int AttachDriver();
+  int Claim(UsbClient& client, unsigned interface_number);
+  int Release(UsbClient& client, unsigned interface_number);
+
+  int Submit(UsbClient& client, Urb urb);
+  int Discard(UsbClient& client, gulong address);
+  [[nodiscard]] std::optional<Urb> Reap(UsbClient& client);
+
+ private:
+  using Lock = std::lock_guard<std::mutex>;
+
+  void FinishOut(UsbClient& client, Urb urb);
+  void FinishControl(UsbClient& client, Urb urb);
+  void FinishAllWaiting(UsbClient& client, int status);
+  void ReceiveReports(std::span<const std::uint8_t> bytes);
+  void CollectAnswers();
+  void PassReports();
+  void FillOldest(UsbClient& client);
+  void UpdateGate();
+
+  const UsbId id_;
+  const Clock& clock_;
+  const std::function<void()> deadline_moved_;
+
+  std::mutex mutex_;  // guards everything below, and every UsbClient
+  Device device_;
+  bool plugged_ = false;
+  UsbInterface interface_;
+  ReapGate gate_;
+  std::set<UsbClient*> clients_;
+  std::deque<Bytes> reports_;  // for the host, not yet taken
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,141 @@
+// The command line of gwq-terminal, and what it does for its command.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+
+#include "child.h"
+
+namespace gwq::test {
+namespace {
+
+struct Outcome {
+  int status;
+  std::string output;
+  std::string errors;
+};
+
+Outcome RunTerminal(std::vector<std::string> arguments, const std::vector<std::string>& environment = {}) {
+  arguments.insert(arguments.begin(), GWQ_TERMINAL);
+  Child child(arguments, environment);
+  Outcome outcome;
+  outcome.output = child.ReadRest();
+  outcome.status = child.Wait();
+  outcome.errors = child.Errors();
+  return outcome;
+}
+
+Outcome RunShell(const std::string& script, const std::vector<std::string>& environment = {}) {
+  return RunTerminal({"exec", "--", "/bin/sh", "-c", script}, environment);
+}
+
+TEST(Runner, passes_the_exit_status_of_the_command) {
+  EXPECT_EQ(RunShell("exit 0").status, 0);
+  EXPECT_EQ(RunShell("exit 7").status, 7);
+}
+
+TEST(Runner, tells_the_signal_that_ended_the_command) {
+  EXPECT_EQ(RunShell("kill -KILL $$").status, 128 + SIGKILL);
+  EXPECT_EQ(RunShell("kill -SEGV $$").status, 128 + SIGSEGV);
+}
+
+TEST(Runner, ends_with_127_when_the_command_is_not_found) {
+  const Outcome outcome = RunTerminal({"exec", "--", "no-such-command"});
+  EXPECT_EQ(outcome.status, 127);
+  EXPECT_NE(outcome.errors.find("no-such-command"), std::string::npos);
+}
+
+TEST(Runner, ends_with_126_when_the_command_cannot_be_run) {
+  EXPECT_EQ(RunTerminal({"exec", "--", "/etc/passwd"}).status, 126);
+}
+
+TEST(Runner, ends_with_2_and_a_message_for_a_wrong_command_line) {
+  const std::vector<std::vector<std::string>> wrong = {{},
+                                                       {"dance"},
+                                                       {"exec"},
+                                                       {"exec", "--"},
+                                                       {"exec", "true"},
+                                                       {"exec", "--vid-pid", "1209", "--", "true"},
+                                                       {"exec", "--vid-pid", "12091:1", "--", "true"},
+                                                       {"exec", "--serial", "0", "--", "true"},
+                                                       {"exec", "--customer", "/no/such/file", "--", "true"},
+                                                       {"pty", "--", "true"},
+                                                       {"pty", "--serial", "1"}};
+  for (const auto& arguments : wrong) {
+    const Outcome outcome = RunTerminal(arguments);
+    EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
+    EXPECT_FALSE(outcome.errors.empty()) << testing::PrintToString(arguments);
+    EXPECT_EQ(outcome.output, "") << testing::PrintToString(arguments);
+  }
+}
+
+TEST(Runner, ends_with_1_when_the_customer_file_is_no_good) {
+  const TempDir dir;
+  const std::string file = dir.Path() + "/customer.json";
+  std::ofstream(file) << "{";
+  const Outcome outcome = RunTerminal({"exec", "--customer", file, "--", "true"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.errors.find("customer.json"), std::string::npos);
+}
+
+TEST(Runner, prints_help_and_version) {
+  EXPECT_EQ(RunTerminal({"--version"}).status, 0);
+  EXPECT_EQ(RunTerminal({"--version"}).output, "gwq-terminal " GWQ_VERSION "\n");
+  const Outcome help = RunTerminal({"exec", "--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const char* option : {"--vid-pid", "--serial", "--no-usb", "--customer", "--trace"})
+    EXPECT_NE(help.output.find(option), std::string::npos) << option;
+}
+
+TEST(Runner, leaves_arguments_behind_the_mark_to_the_command) {
+  const Outcome outcome = RunTerminal({"exec", "--", "echo", "--help", "--", "--trace"});
+  EXPECT_EQ(outcome.output, "--help -- --trace\n");
+}
+
+TEST(Runner, keeps_what_was_preloaded_in_front) {
+  const Outcome outcome = RunShell("echo $LD_PRELOAD", {"LD_PRELOAD=libdl.so.2"});
+  EXPECT_EQ(outcome.output, "libdl.so.2:libumockdev-preload.so.0\n");
+}
+
+TEST(Runner, gives_the_command_its_own_signal_mask_and_temporary_directory) {
+  const Outcome outcome = RunShell("grep SigBlk /proc/self/status; echo $TMPDIR", {"TMPDIR=/tmp"});
+  EXPECT_EQ(outcome.output, "SigBlk:\t0000000000000000\n/tmp\n");
+}
+
+TEST(Runner, can_leave_the_usb_terminal_out) {
+  EXPECT_EQ(RunShell("test -e /dev/bus/usb/001/005").status, 0);
+  EXPECT_EQ(RunTerminal({"exec", "--no-usb", "--", "test", "-e", "/dev/bus/usb/001/005"}).status, 1);
+}
+
+TEST(Runner, works_inside_itself) {
+  EXPECT_EQ(RunTerminal(
+                {"exec", "--no-usb", "--", GWQ_TERMINAL, "exec", "--", "test", "-e", "/dev/bus/usb/001/005"})
+                .status,
+            0);
+}
+
+TEST(Runner, falls_back_to_tmp_when_the_temporary_directory_has_a_long_path) {
+  const TempDir dir;
+  const std::string deep = dir.Path() + "/" + std::string(60, 'd');
+  std::filesystem::create_directory(deep);
+  EXPECT_EQ(RunShell("test -e /dev/bus/usb/001/005", {"TMPDIR=" + deep}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_empty(deep));
+}
+
+TEST(Runner, traces_what_passes_to_a_file) {
+  const TempDir dir;
+  const std::string trace = dir.Path() + "/trace";
+  const Outcome outcome =
+      RunTerminal({"exec", "--serial", "78", "--trace=" + trace, "--", "/bin/sh", "-c",
+                   "printf '\\033[0GETVERSION' >/dev/ttyS77; head -c 4 /dev/ttyS77 >/dev/null"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.errors, "");
+  std::ifstream file(trace);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_NE(text.find("host     > GETVERSION"), std::string::npos) << text;
+  EXPECT_NE(text.find("terminal > "), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace gwq::test
