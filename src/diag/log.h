@@ -32,12 +32,12 @@ GWQ_API int ICC_DPrintLogToFile(const char* format, ...) __attribute__((format(p
 GWQ_API void ICC_DPrintDataHexToFile(const char* label, const unsigned char* data, int len);
 
 /* The directory of the library's file, with its trailing "/".
- *   path  out; at least 256 bytes */
+ *   path  out; at least 256 bytes; empty when the directory does not fit */
 GWQ_API void GetModuleCurPath(char* path);
 
 /* The full path of a file in the library's directory.
  *   name  in; relative name
- *   path  out; at least 256 bytes; a longer path is cut there
+ *   path  out; at least 256 bytes; empty when the path does not fit
  *   size  ignored
  * Returns the length of the path. */
 GWQ_API int GetFullPath(const char* name, char* path, int size);

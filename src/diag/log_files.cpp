@@ -38,20 +38,25 @@ std::string_view OwnDirectory() {
   return slash == std::string_view::npos ? "./" : file.substr(0, slash + 1);
 }
 
+// Empty when it does not fit: a path that is cut would name something else.
 Path InOwnDirectory(const char* name) {
+  const std::string_view directory = OwnDirectory();
   Path path{};
-  GetFullPath(name, path.data(), static_cast<int>(path.size()));
-  return path;
+  const int length = std::snprintf(path.data(), path.size(), "%.*s%s", static_cast<int>(directory.size()),
+                                   directory.data(), name);
+  return length < static_cast<int>(path.size()) ? path : Path{};
 }
 
-// Empty when the library stands too deep for the buffer.
+void CopyText(const Path& path, char* out) {
+  std::strcpy(out, path.data());
+}
+
 Path TodaysPath() {
-  const Path directory = InOwnDirectory("Log/Gwq_Volkarn");
   const std::tm today = LocalDate();
-  Path path{};
-  const int length = std::snprintf(path.data(), path.size(), "%s/VK_%04d%02d%02d.log", directory.data(),
-                                   today.tm_year + 1900, today.tm_mon + 1, today.tm_mday);
-  return length < static_cast<int>(path.size()) ? path : Path{};
+  std::array<char, 64> name{};
+  std::snprintf(name.data(), name.size(), "Log/Gwq_Volkarn/VK_%04d%02d%02d.log", today.tm_year + 1900,
+                today.tm_mon + 1, today.tm_mday);
+  return InOwnDirectory(name.data());
 }
 
 void MakeDirectories() {
@@ -112,17 +117,12 @@ int OpenTodaysLog() {
 }  // namespace gwq
 
 void GetModuleCurPath(char* path) {
-  const std::string_view directory = gwq::OwnDirectory().substr(0, gwq::kPathSize - 1);
-  directory.copy(path, directory.size());
-  path[directory.size()] = '\0';
+  gwq::CopyText(gwq::InOwnDirectory(""), path);
 }
 
 int GetFullPath(const char* name, char* path, int /*size*/) {
-  gwq::Path directory{};
-  GetModuleCurPath(directory.data());
-  if (char* slash = std::strrchr(directory.data(), '/')) slash[1] = '\0';
-  const int length = std::snprintf(path, gwq::kPathSize, "%s%s", directory.data(), name);
-  return std::min(length, static_cast<int>(gwq::kPathSize) - 1);
+  gwq::CopyText(gwq::InOwnDirectory(name), path);
+  return static_cast<int>(std::strlen(path));
 }
 
 char* pGetLogPath() {

@@ -1,0 +1,173 @@
+// What the library exports: the checked-in list, the library file, the version script and the headers agree.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
+
+#include "abi/programs.h"
+#include "support/temp_dir.h"
+
+namespace gwq::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+const fs::path kSource = fs::path(GWQ_SOURCE_DIR) / "src";
+
+Names Without(const Names& left, const Names& right) {
+  Names rest;
+  std::set_difference(left.begin(), left.end(), right.begin(), right.end(), std::inserter(rest, rest.end()));
+  return rest;
+}
+
+void ExpectSame(const Names& expected, const std::string& expected_in, const Names& actual,
+                const std::string& actual_in) {
+  EXPECT_FALSE(actual.empty());
+  for (const auto& name : Without(expected, actual)) {
+    ADD_FAILURE() << "- " << name << "  is in " << expected_in << ", not in " << actual_in;
+  }
+  for (const auto& name : Without(actual, expected)) {
+    ADD_FAILURE() << "+ " << name << "  is in " << actual_in << ", not in " << expected_in;
+  }
+}
+
+Names CheckedIn() {
+  const auto lines = Lines(ReadFile(fs::path(GWQ_SOURCE_DIR) / "tests" / "abi" / "exports.txt"));
+  return {lines.begin(), lines.end()};
+}
+
+// "0000000000004a10 T AsciiToHex"
+Names InLibrary() {
+  const Outcome nm = RunProgram({GWQ_NM, "-D", "--defined-only", "--demangle", GWQ_LIBRARY});
+  EXPECT_EQ(nm.exit_status, 0);
+  Names names;
+  for (const std::string& line : Lines(nm.standard_output)) names.insert(line.substr(line.find(' ') + 3));
+  return names;
+}
+
+Names InVersionScript() {
+  const std::string script = ReadFile(kSource / "gwq.map");
+  const std::string global = script.substr(0, script.find("local:"));
+  const std::regex entry(R"re(^\s*"?([A-Za-z_][^;":]*)"?;)re", std::regex::multiline);
+  Names names;
+  for (std::sregex_iterator at(global.begin(), global.end(), entry); at != std::sregex_iterator(); ++at) {
+    names.insert((*at)[1]);
+  }
+  return names;
+}
+
+std::string WithoutComments(const std::string& text) {
+  return std::regex_replace(text, std::regex(R"(/\*[^*]*\*+([^/*][^*]*\*+)*/|//[^\n]*)"), " ");
+}
+
+// "const char* in" to "char const*", as symbols are written.
+std::string ParameterType(const std::string& parameter) {
+  const std::string type = std::regex_replace(parameter, std::regex(R"(^\s+|\s*\b[A-Za-z_]\w*\s*$)"), "");
+  return std::regex_replace(type, std::regex(R"(^const (\w+))"), "$1 const");
+}
+
+std::string CxxSymbol(const std::string& name, std::string parameters) {
+  std::string symbol = name + "(";
+  const std::regex comma(",");
+  std::sregex_token_iterator at(parameters.begin(), parameters.end(), comma, -1);
+  for (const char* between = ""; at != std::sregex_token_iterator(); ++at, between = ", ") {
+    symbol += between + ParameterType(*at);
+  }
+  return symbol + ")";
+}
+
+// Declarations for C++ alone stand behind their header's C part.
+void AddDeclared(const std::string& text, Names& names) {
+  const std::size_t cxx_part = text.find("#ifdef __cplusplus");
+  const std::regex declaration(
+      R"(GWQ_API\s+[^;(\[]*?\b(\w+)\s*(\(([^;]*)\)|\[\])?\s*(__attribute__[^;]*)?;)");
+  for (std::sregex_iterator at(text.begin(), text.end(), declaration); at != std::sregex_iterator(); ++at) {
+    const bool is_cxx = static_cast<std::size_t>(at->position()) > cxx_part;
+    names.insert(is_cxx ? CxxSymbol((*at)[1], (*at)[3]) : (*at)[1].str());
+  }
+}
+
+Names PublicHeaders() {
+  Names headers;
+  const std::string list = GWQ_HEADERS;
+  const std::regex comma(",");
+  for (std::sregex_token_iterator at(list.begin(), list.end(), comma, -1); at != std::sregex_token_iterator();
+       ++at) {
+    headers.insert(*at);
+  }
+  return headers;
+}
+
+Names InHeaders() {
+  Names names;
+  for (const std::string& header : PublicHeaders())
+    AddDeclared(WithoutComments(ReadFile(kSource / header)), names);
+  return names;
+}
+
+TEST(Exports, OfTheLibraryAreTheCheckedInList) {
+  ExpectSame(CheckedIn(), "tests/abi/exports.txt", InLibrary(), "the library");
+}
+
+TEST(Exports, OfTheVersionScriptAreTheCheckedInList) {
+  ExpectSame(CheckedIn(), "tests/abi/exports.txt", InVersionScript(), "src/gwq.map");
+}
+
+TEST(Exports, AreAllDeclaredInThePublicHeaders) {
+  ExpectSame(CheckedIn(), "tests/abi/exports.txt", InHeaders(), "the headers");
+}
+
+TEST(Exports, HaveNoVersionAndNoUniqueOrWeakSymbol) {
+  const Outcome nm = RunProgram({GWQ_NM, "-D", "--defined-only", GWQ_LIBRARY});
+  for (const std::string& line : Lines(nm.standard_output)) {
+    EXPECT_TRUE(std::regex_match(line, std::regex(R"([0-9a-f]+ [TBDR] \w+)"))) << line;
+  }
+}
+
+TEST(Exports, HavePlainCNamesButForTheThreeOfCxxLinkage) {
+  const Outcome nm = RunProgram({GWQ_NM, "-D", "--defined-only", GWQ_LIBRARY});
+  Names mangled;
+  for (const std::string& line : Lines(nm.standard_output)) {
+    const std::string name = line.substr(line.rfind(' ') + 1);
+    if (name.starts_with("_Z")) mangled.insert(name);
+  }
+  EXPECT_EQ(mangled, (Names{"_Z13AsciiToHexStrPKciPci", "_Z13AsciiToHexStrPciS_i", "_Z3minii"}));
+}
+
+TEST(PublicHeaders, AreAllThatDeclareSomethingExported) {
+  Names declaring{"gwq.h"};
+  for (const auto& entry : fs::recursive_directory_iterator(kSource)) {
+    if (entry.path().extension() != ".h") continue;
+    if (ReadFile(entry.path()).find("GWQ_API ") == std::string::npos) continue;
+    declaring.insert(fs::relative(entry.path(), kSource).string());
+  }
+  ExpectSame(declaring, "src", PublicHeaders(), "GWQ_PUBLIC_HEADERS");
+}
+
+TEST(PublicHeaders, AreAllIncludedByTheUmbrella) {
+  const std::string umbrella = ReadFile(kSource / "gwq.h");
+  for (const std::string& header : PublicHeaders()) {
+    if (header == "gwq.h" || header == "export.h") continue;
+    EXPECT_NE(umbrella.find("#include \"" + header + "\""), std::string::npos) << header;
+  }
+}
+
+TEST(PublicHeaders, IncludeNothingOfTheLibrarysOwnAffairs) {
+  const Names headers = PublicHeaders();
+  const std::regex include(R"re(#include "([^"]+)")re");
+  for (const std::string& header : headers) {
+    const std::string text = ReadFile(kSource / header);
+    for (std::sregex_iterator at(text.begin(), text.end(), include); at != std::sregex_iterator(); ++at) {
+      const fs::path included = (fs::path(header).parent_path() / (*at)[1].str()).lexically_normal();
+      EXPECT_TRUE(headers.contains(included.string())) << header << " includes " << included;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace gwq::test
