@@ -55,6 +55,8 @@ struct RawOptions {
   bool no_usb = false;
   int serial = 0;
   std::string customer;
+  std::string storage;
+  std::string faults;
   std::string trace;
   int control_fd = -1;
 };
@@ -68,12 +70,19 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   if (!raw.no_usb) options.usb = ParseUsbId(raw.vid_pid);
   if (raw.serial > 0) options.serial_port = raw.serial;
   options.customer_file = Absolute(raw.customer);
+  options.storage_dir = Absolute(raw.storage);
+  options.faults_file = Absolute(raw.faults);
   if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
 }
 
 void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--customer", raw.customer, "JSON script of the person at the terminal")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  app.add_option("--storage", raw.storage, "Directory of the terminal's files; else they are gone at the end")
+      ->type_name("DIR");
+  app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
@@ -163,6 +172,8 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   arguments.push_back(options.usb ? "--vid-pid=" + UsbIdText(*options.usb) : "--no-usb");
   if (options.serial_port) arguments.push_back("--serial=" + std::to_string(*options.serial_port));
   if (!options.customer_file.empty()) arguments.push_back("--customer=" + options.customer_file);
+  if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
+  if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   return arguments;
 }

@@ -72,7 +72,7 @@ class Device {
 
   // True once after the terminal has taken its answers back: those that the
   // transport holds ready and the host has not read are to be dropped. To be
-  // asked before TakeAnswer; over serial there is nothing left to drop.
+  // asked before TakeAnswer.
   [[nodiscard]] bool TakeWithdrawal();
 
   // The oldest answer not yet taken, without padding; nothing when there is none.

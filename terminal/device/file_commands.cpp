@@ -128,7 +128,8 @@ bool FileCommands::Remove(int type, std::string_view name) {
 
 void FileCommands::RemoveAll(int type) {
   const std::string directory = MediaDirectory(type);
-  for (const std::string& name : files_.List(directory)) files_.Remove(directory + "/" + name);
+  for (const std::string& name : files_.List(directory))
+    files_.Remove(std::string(directory).append("/").append(name));
 }
 
 // In the split form there is no "|".

@@ -3,6 +3,7 @@
 #include <iconv.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -29,8 +30,8 @@ struct Closer {
 // No character takes more than four bytes in any of the encodings here, and none
 // less than one.
 std::optional<std::string> Convert(const char* to, const char* from, std::string_view text) {
-  const iconv_t opened = iconv_open(to, from);
-  if (opened == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
+  iconv_t opened = iconv_open(to, from);
+  if (std::bit_cast<std::intptr_t>(opened) == -1) return std::nullopt;
   const std::unique_ptr<void, Closer> converter(opened);
   std::string in(text);
   std::string out(text.size() * kMostBytesOfACharacter + kMostBytesOfACharacter, '\0');

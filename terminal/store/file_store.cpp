@@ -84,13 +84,13 @@ class FileStore::Reader final : public FileReader {
 
 class FileStore::Writer final : public FileWriter {
  public:
-  Writer(FileStore& store, UniqueFd file, std::string name)
-      : store_(store), file_(std::move(file)), name_(std::move(name)) {}
+  Writer(FileStore& store, UniqueFd incoming, UniqueFd file, std::string name)
+      : store_(store), incoming_(std::move(incoming)), file_(std::move(file)), name_(std::move(name)) {}
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
 
   ~Writer() override {
-    if (!moved_) unlinkat(store_.incoming_.Get(), name_.c_str(), 0);
+    if (!moved_) unlinkat(incoming_.Get(), name_.c_str(), 0);
     store_.pending_ -= size_;
   }
 
@@ -103,13 +103,16 @@ class FileStore::Writer final : public FileWriter {
 
   [[nodiscard]] FileResult StoreAs(const std::string& path) override {
     if (broken_ || moved_) return FileResult::kFailed;
-    const FileResult result = store_.MoveIn(name_, path);
-    moved_ = result == FileResult::kDone;
-    return result;
+    const auto place = Find(store_.root_.Get(), path, Missing::kMake);
+    if (!place) return FileResult::kBadPath;
+    moved_ = place->directory &&
+             renameat(incoming_.Get(), name_.c_str(), place->directory.Get(), place->name.c_str()) == 0;
+    return moved_ ? FileResult::kDone : FileResult::kFailed;
   }
 
  private:
   FileStore& store_;
+  UniqueFd incoming_;
   UniqueFd file_;
   std::string name_;
   std::uint64_t size_ = 0;
@@ -119,14 +122,20 @@ class FileStore::Writer final : public FileWriter {
 
 FileStore::FileStore(const std::string& directory, StoreLimits limits)
     : root_(OpenRoot(directory)), limits_(limits) {
-  mkdirat(root_.Get(), kIncomingName, 0700);
-  incoming_ = OpenDirectory(root_.Get(), kIncomingName);
-  if (!incoming_) return;  // nothing can be written then, but much be read
-  for (const std::string& name : NamesIn(incoming_.Get())) unlinkat(incoming_.Get(), name.c_str(), 0);
+  const UniqueFd incoming = OpenIncoming();
+  if (!incoming) return;  // nothing can be written then, but much be read
+  for (const std::string& name : NamesIn(incoming.Get())) unlinkat(incoming.Get(), name.c_str(), 0);
 }
 
+// Succeeds only when nothing is coming, for this store or another.
 FileStore::~FileStore() {
-  if (incoming_) unlinkat(root_.Get(), kIncomingName, AT_REMOVEDIR);
+  unlinkat(root_.Get(), kIncomingName, AT_REMOVEDIR);
+}
+
+// Each time anew, because another store of this directory may have removed it.
+UniqueFd FileStore::OpenIncoming() const {
+  mkdirat(root_.Get(), kIncomingName, 0700);
+  return OpenDirectory(root_.Get(), kIncomingName);
 }
 
 // Opening must not wait for the other end of a pipe that lies there.
@@ -142,14 +151,15 @@ std::unique_ptr<FileReader> FileStore::Open(const std::string& path) {
 
 // What lies in the directory may have been changed by others, so it is counted anew.
 std::unique_ptr<FileWriter> FileStore::Create() {
-  if (!incoming_) return nullptr;
+  UniqueFd incoming = OpenIncoming();
+  if (!incoming) return nullptr;
   std::string name = IncomingName();
   UniqueFd file(
-      openat(incoming_.Get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+      openat(incoming.Get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file) return nullptr;
   const std::uint64_t all = SizeBelow(root_.Get());
-  stored_ = all - std::min(all, SizeBelow(incoming_.Get()));
-  return std::make_unique<Writer>(*this, std::move(file), std::move(name));
+  stored_ = all - std::min(all, SizeBelow(incoming.Get()));
+  return std::make_unique<Writer>(*this, std::move(incoming), std::move(file), std::move(name));
 }
 
 FileResult FileStore::Remove(const std::string& path) {
@@ -174,14 +184,6 @@ bool FileStore::Reserve(std::uint64_t so_far, std::uint64_t size) {
   const bool fits = so_far + size <= limits_.file && stored_ + pending_ + size <= limits_.total;
   if (fits) pending_ += size;
   return fits;
-}
-
-FileResult FileStore::MoveIn(const std::string& incoming, const std::string& path) {
-  const auto place = Find(root_.Get(), path, Missing::kMake);
-  if (!place) return FileResult::kBadPath;
-  if (!place->directory) return FileResult::kFailed;
-  const int failed = renameat(incoming_.Get(), incoming.c_str(), place->directory.Get(), place->name.c_str());
-  return failed == 0 ? FileResult::kDone : FileResult::kFailed;
 }
 
 }  // namespace gwq::terminal

@@ -45,10 +45,9 @@ class FileStore final : public FileSystem {
 
   // Takes the room for `size` more bytes of a file that has `so_far`.
   [[nodiscard]] bool Reserve(std::uint64_t so_far, std::uint64_t size);
-  [[nodiscard]] FileResult MoveIn(const std::string& incoming, const std::string& path);
+  [[nodiscard]] UniqueFd OpenIncoming() const;
 
   UniqueFd root_;
-  UniqueFd incoming_;
   StoreLimits limits_;
   std::uint64_t stored_ = 0;   // when it was last counted
   std::uint64_t pending_ = 0;  // in the files that are coming

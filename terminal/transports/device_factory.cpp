@@ -2,6 +2,8 @@
 
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
+#include "store/fault_script.h"
+#include "store/initial_files.h"
 
 namespace gwq::terminal {
 
@@ -11,7 +13,25 @@ Device DeviceFactory::Make(Line line, const std::string& line_name) {
   } else {
     customers_.push_back(LoadCustomer(customer_file_));
   }
-  return Device(line, *customers_.back(), Settings{}, trace_.Sink(line_name));
+  return Device(line, *customers_.back(), Settings{}, trace_.Sink(line_name), MakeStorage());
+}
+
+std::string DeviceFactory::StorageDir() {
+  if (!storage_dir_.empty()) return storage_dir_;
+  fresh_dirs_.push_back(std::make_unique<PrivateDir>());
+  return fresh_dirs_.back()->Path();
+}
+
+// The limit is for hosts, not for what the terminal begins with.
+Storage DeviceFactory::MakeStorage() {
+  const FaultScript script = faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
+  const std::string directory = StorageDir();
+  FileStore unlimited(directory);
+  PutInitialFiles(unlimited);
+  StoreLimits limits;
+  limits.total = script.storage_limit.value_or(limits.total);
+  stores_.push_back(std::make_unique<FileStore>(directory, limits));
+  return {stores_.back().get(), script.faults};
 }
 
 }  // namespace gwq::terminal

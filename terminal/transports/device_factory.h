@@ -7,7 +7,9 @@
 
 #include "device/customer.h"
 #include "device/device.h"
+#include "store/file_store.h"
 #include "transports/options.h"
+#include "transports/private_dir.h"
 #include "transports/trace_writer.h"
 
 namespace gwq::terminal {
@@ -16,15 +18,26 @@ namespace gwq::terminal {
 class DeviceFactory {
  public:
   explicit DeviceFactory(const TerminalOptions& options)
-      : customer_file_(options.customer_file), trace_(options.trace) {}
+      : customer_file_(options.customer_file),
+        storage_dir_(options.storage_dir),
+        faults_file_(options.faults_file),
+        trace_(options.trace) {}
 
-  // Each device has a customer of its own. Throws when the customer's file is no good.
+  // Each device has a customer of its own, and files of its own unless there is a
+  // storage directory. Throws when that or one of the scripts is no good.
   [[nodiscard]] Device Make(Line line, const std::string& line_name);
 
  private:
+  [[nodiscard]] std::string StorageDir();
+  [[nodiscard]] Storage MakeStorage();
+
   std::string customer_file_;
+  std::string storage_dir_;
+  std::string faults_file_;
   TraceWriter trace_;
   std::vector<std::unique_ptr<Customer>> customers_;
+  std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
+  std::vector<std::unique_ptr<FileStore>> stores_;
 };
 
 }  // namespace gwq::terminal

@@ -17,6 +17,8 @@ struct TerminalOptions {
   std::optional<UsbId> usb;          // nothing: no terminal on USB
   std::optional<int> serial_port;    // n: a terminal at /dev/ttyS(n-1)
   std::string customer_file;         // empty: the agreeable customer
+  std::string storage_dir;           // the terminals' files; empty: fresh ones, gone at the end
+  std::string faults_file;           // what goes wrong with them; empty: nothing
   std::optional<std::string> trace;  // a file, or "-" for standard error
 };
 

@@ -58,6 +58,7 @@ void SerialTerminal::ReadLine() {
 }
 
 void SerialTerminal::CollectAnswers() {
+  if (device_.TakeWithdrawal()) unsent_.clear();
   while (const std::optional<Bytes> answer = device_.TakeAnswer())
     unsent_.insert(unsent_.end(), answer->begin(), answer->end());
   WriteLine();

@@ -177,6 +177,7 @@ void UsbTerminal::ReceiveReports(std::span<const std::uint8_t> bytes) {
 
 // Cuts answers into reports, the last one padded with zeros.
 void UsbTerminal::CollectAnswers() {
+  if (device_.TakeWithdrawal()) reports_.clear();
   while (const std::optional<Bytes> answer = device_.TakeAnswer()) {
     if (!plugged_) continue;  // nobody is at the other end of the cable
     for (std::size_t offset = 0; offset < answer->size(); offset += kReportSize) {

@@ -84,7 +84,8 @@ TEST(Runner, prints_help_and_version) {
   EXPECT_EQ(RunTerminal({"--version"}).output, "gwq-terminal " GWQ_VERSION "\n");
   const Outcome help = RunTerminal({"exec", "--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--vid-pid", "--serial", "--no-usb", "--customer", "--trace"})
+  for (const char* option :
+       {"--vid-pid", "--serial", "--no-usb", "--customer", "--storage", "--faults", "--trace"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
 }
 
@@ -135,6 +136,25 @@ TEST(Runner, traces_what_passes_to_a_file) {
   const std::string text{std::istreambuf_iterator<char>(file), {}};
   EXPECT_NE(text.find("host     > GETVERSION"), std::string::npos) << text;
   EXPECT_NE(text.find("terminal > "), std::string::npos) << text;
+}
+
+TEST(Runner, keeps_the_files_of_a_storage_directory) {
+  const TempDir dir;
+  const std::string storage = dir.Path() + "/storage";
+  EXPECT_EQ(RunTerminal({"exec", "--storage", storage, "--", "true"}).status, 0);
+  for (const char* file : {"/tmp/hw.png", "/tmp/hw.txt", "/tmp/capture.png"})
+    EXPECT_TRUE(std::filesystem::is_regular_file(storage + file)) << file;
+}
+
+TEST(Runner, fails_when_the_storage_directory_or_the_faults_are_no_good) {
+  const TempDir dir;
+  const std::string file = dir.Path() + "/file";
+  std::ofstream(file) << R"({"refuse": ["nothing"]})";
+  for (const char* option : {"--storage", "--faults"}) {
+    const Outcome outcome = RunTerminal({"exec", option, file, "--", "true"});
+    EXPECT_EQ(outcome.status, 1) << option;
+    EXPECT_NE(outcome.errors.find(file), std::string::npos) << outcome.errors;
+  }
 }
 
 }  // namespace

@@ -56,10 +56,12 @@ PinAction WalksAway() {
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
-Rig::Rig(Line line, Settings settings)
-    : line_(line), device_(line, customer, std::move(settings), [this](const TraceEvent& event) {
-        trace_.push_back(Name(event.direction) + event.text);
-      }) {}
+Rig::Rig(Line line, Settings settings, Storage storage)
+    : line_(line),
+      device_(
+          line, customer, std::move(settings),
+          [this](const TraceEvent& event) { trace_.push_back(Name(event.direction) + event.text); },
+          std::move(storage)) {}
 
 void Rig::Send(std::string_view command) {
   if (line_ == Line::kSerial) {

@@ -38,7 +38,7 @@ PinAction WalksAway();
 
 class Rig {
  public:
-  explicit Rig(Line line = Line::kUsb, Settings settings = {});
+  explicit Rig(Line line = Line::kUsb, Settings settings = {}, Storage storage = {});
 
   // A command as the host's link sends it: in zero-padded reports over USB, as
   // it is over serial, followed there by the silence that ends it.
