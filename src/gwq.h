@@ -14,11 +14,16 @@
 #ifndef GWQ_H
 #define GWQ_H
 
+#include "codec/encodings.h"
 #include "codec/packet.h"
 #include "codec/text_forms.h"
 #include "diag/Rwini.h"
 #include "diag/log.h"
+#include "files/host_files.h"
+#include "files/media.h"
+#include "files/media_functions.h"
 #include "files/pull.h"
+#include "files/push.h"
 #include "frame/load.h"
 #include "frame/port.h"
 #include "frame/transaction.h"

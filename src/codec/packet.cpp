@@ -122,6 +122,13 @@ unsigned char getLRC(const unsigned char* data, int count) {
   return gwq::Xor(BytesOf(data, count));
 }
 
+unsigned char* Endian_intToChar(int value, unsigned char* out) {
+  for (const unsigned shift : {24U, 16U, 8U, 0U}) {
+    *out++ = static_cast<unsigned char>(static_cast<unsigned>(value) >> shift);
+  }
+  return out - 1;
+}
+
 void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out) {
   if (out == nullptr) return;
   gwq::AppendSplit(out, BytesOf(in, len));

@@ -42,6 +42,11 @@ GWQ_API int GetPacketBody(unsigned char start, unsigned char end, const unsigned
 GWQ_API int GetDataLRC(const unsigned char* data, int count);
 GWQ_API unsigned char getLRC(const unsigned char* data, int count);
 
+/* Writes a 32-bit value big-endian.
+ *   out  out; 4 bytes
+ * Returns a pointer to the last byte written. */
+GWQ_API unsigned char* Endian_intToChar(int value, unsigned char* out);
+
 /* Bytes to split form; nothing if an argument is NULL or `len` < 1.
  *   out  out; 2 x `len` bytes */
 GWQ_API void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out);

@@ -4,9 +4,9 @@
 
 #include <array>
 #include <cstdio>
-#include <memory>
 #include <string_view>
 
+#include "files/file.h"
 #include "files/pull_reception.h"
 #include "frame/exchange.h"
 #include "frame/port.h"
@@ -28,8 +28,6 @@ constexpr std::string_view kRejection =
 constexpr Member kPull{
     .opening_log = nullptr, .logs_identities = false, .logs_before_send = false, .sends = true};
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
 // Receives one file on the open link.
 class FileReceiver final : public Receiver, private PullPort {
  public:
@@ -37,13 +35,13 @@ class FileReceiver final : public Receiver, private PullPort {
 
   int Receive() override {
     int got = ReadReport();
-    file_.reset(path_ == nullptr ? nullptr : std::fopen(path_, "wb"));
+    file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
     PullReception reception(*this);
     while (got >= 1) {
       switch (reception.Take(ReportView(report_.data(), kReportSize))) {
         case PullReception::Result::kFileDone:
-          return GWQ_OK;
+          return StoredWhole() ? GWQ_OK : GWQ_READ_FAILED;
         case PullReception::Result::kRejected:
           std::remove(path_);
           return GWQ_REFUSED;
@@ -65,6 +63,12 @@ class FileReceiver final : public Receiver, private PullPort {
     std::fwrite(payload.data(), 1, payload.size(), file_.get());
   }
 
+  // A full disk must not pass for a whole file.
+  bool StoredWhole() {
+    const bool written = std::ferror(file_.get()) == 0;
+    return std::fclose(file_.release()) == 0 && written;
+  }
+
   void Acknowledge(bool accepted) override {
     std::array<unsigned char, kReportSize> block{};
     const std::string_view text = accepted ? kAcceptance : kRejection;
@@ -73,7 +77,7 @@ class FileReceiver final : public Receiver, private PullPort {
   }
 
   const char* path_;
-  File file_{nullptr, &std::fclose};
+  File file_;
   std::array<unsigned char, 2 * kReportSize> report_{};  // a read may bring up to a report more
 };
 
@@ -84,4 +88,9 @@ int TransProcHW(int commandLen, char* command, int timeout_ms, char* path) {
   gwq::FileReceiver receiver(path);
   return gwq::RunExchange(gwq::kPull, {.port = 0, .baud = 0, .timeout_ms = timeout_ms, .predicate = nullptr},
                           {command, commandLen}, &receiver);
+}
+
+int PullFile(int /*port*/, char /*channel*/, int /*baud*/, int timeout_ms, int commandLen, char* command,
+             char* path) {
+  return TransProcHW(commandLen, command, timeout_ms, path);
 }

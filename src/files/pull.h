@@ -12,9 +12,14 @@ GWQ_C_BEGIN
  *   timeout_ms  longest wait for each report, cut down to whole seconds
  *   path        in; local file, written anew
  * Returns 0; -3 the link could not be opened; -10 the command was not sent, or NULL command; -11 a report did
- * not come (what was received stays in the file) or the file could not be created; -14 a packet failed its
- * check (the file is removed). */
+ * not come, or the file could not be created or written whole (what was received stays in it); -14 a packet
+ * failed its check (the file is removed). */
 GWQ_API int TransProcHW(int commandLen, char* command, int timeout_ms, char* path);
+
+/* As TransProcHW; port, channel and baud are without meaning here. The command is "\e[0PULLFILE", STX, the
+ * path on the terminal, ETX. */
+GWQ_API int PullFile(int port, char channel, int baud, int timeout_ms, int commandLen, char* command,
+                     char* path);
 
 GWQ_C_END
 

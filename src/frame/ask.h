@@ -29,6 +29,7 @@ class CommandText {
 
   char* data() { return bytes_.data(); }
   [[nodiscard]] int size() const { return static_cast<int>(size_); }
+  [[nodiscard]] std::string_view text() const { return {bytes_.data(), size_}; }
 
  private:
   SecretArray<char, N> bytes_;
@@ -67,7 +68,13 @@ int Tell(Line line, CommandText<C>& command, int timeout_ms) {
   return TransProcOnlySend(line.port, line.baud, command.data(), command.size(), timeout_ms);
 }
 
-// Reads and throws away what an earlier screen left on the USB link. Returns the read's status.
+// Reads and throws away what an earlier screen left on the link. Returns the read's status.
 int Drain(Line line);
+
+// Drains USB and logs the status, as the multimedia functions do.
+int DrainLogged(int baud);
+
+// What stands between the first and the last byte of an answer, STX and ETX.
+std::string_view WithoutMarks(std::string_view answer);
 
 }  // namespace gwq

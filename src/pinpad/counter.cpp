@@ -164,11 +164,6 @@ int ReadPinBlock(Line line, int timeout_s, Text& command, char* pin_block) {
   return result == GWQ_OK ? TakePinBlock(answer, pin_block) : result;
 }
 
-// The text between STX and ETX.
-std::string_view WithoutMarks(std::string_view answer) {
-  return answer.size() < 2 ? std::string_view("") : answer.substr(1, answer.size() - 2);
-}
-
 // At most 8 characters behind the first "|", which counts as standing first when there is none.
 std::string_view BuildDateIn(std::string_view data) {
   const std::size_t bar = data.find('|');

@@ -85,7 +85,7 @@ std::string CxxSymbol(const std::string& name, std::string parameters) {
 void AddDeclared(const std::string& text, Names& names) {
   const std::size_t cxx_part = text.find("#ifdef __cplusplus");
   const std::regex declaration(
-      R"(GWQ_API\s+[^;(\[]*?\b(\w+)\s*(\(([^;]*)\)|\[\])?\s*(__attribute__[^;]*)?;)");
+      R"(GWQ_API\s+[^;(\[]*?\b(\w+)\s*(\(([^;]*)\)|\[\d*\])?\s*(__attribute__[^;]*)?;)");
   for (std::sregex_iterator at(text.begin(), text.end(), declaration); at != std::sregex_iterator(); ++at) {
     const bool is_cxx = static_cast<std::size_t>(at->position()) > cxx_part;
     names.insert(is_cxx ? CxxSymbol((*at)[1], (*at)[3]) : (*at)[1].str());

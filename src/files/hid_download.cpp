@@ -1,0 +1,116 @@
+// The download of a file or firmware image as the terminal's boot program takes it.
+#include <array>
+#include <cstring>
+#include <string_view>
+
+#include "codec/transfer_packet.h"
+#include "diag/log.h"
+#include "diag/shared_word.h"
+#include "files/file.h"
+#include "files/media.h"
+#include "files/path_list.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "frame/transaction.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kBaud = 9600;
+constexpr int kTimeoutMs = 3000;
+constexpr int kCannotOpen = -12;
+constexpr int kFirmware = 4;
+constexpr std::size_t kPieceSize = 30300;
+constexpr std::size_t kLongestName = 1022;
+constexpr std::string_view kDone = "\x02\xAA\x03";
+
+// A zero byte behind the packet, so that it is always a text.
+using Packet = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
+
+std::span<std::uint8_t> Payload(Packet& packet, std::size_t count) {
+  return {reinterpret_cast<std::uint8_t*>(packet.data()) + kPacketHeaderSize, count};
+}
+
+// Sends what is text of the packet: it is cut at its first zero byte, as this download is built.
+bool Send(char* packet) {
+  AnswerText<1024> answer;
+  const int length = static_cast<int>(std::strlen(packet));
+  const int result = TransProc(0, kBaud, packet, length, answer.data(), answer.length(), kTimeoutMs);
+  return result == GWQ_OK && answer.text().starts_with(kDone);
+}
+
+void Complete(Packet& packet, PacketType type, std::size_t count) {
+  WritePacketHeader(type, Payload(packet, count),
+                    std::span<std::uint8_t, kPacketHeaderSize>(reinterpret_cast<std::uint8_t*>(packet.data()),
+                                                               kPacketHeaderSize));
+}
+
+bool ChangeMode() {
+  char command[] = "\x1B[0HIDCHANGE";
+  if (Send(command)) return true;
+  ICC_DPrintLogToFile(" changge mode");
+  return false;
+}
+
+bool Start() {
+  char packet[] = "\x02\x01\x00\x00\x00";
+  return Send(packet);
+}
+
+bool cmdDownLoad(std::FILE* file) {
+  Packet packet{};
+  const std::size_t count = std::fread(Payload(packet, kPieceSize).data(), 1, kPieceSize, file);
+  Complete(packet, PacketType::kData, count);
+  return Send(packet.data());
+}
+
+bool cmdEnd(int file_type, std::string_view name) {
+  Packet packet{};
+  const auto payload = Payload(packet, std::min(name.size(), kLongestName) + 1);
+  payload[0] = static_cast<std::uint8_t>(file_type);
+  name.copy(reinterpret_cast<char*>(payload.data()) + 1, payload.size() - 1);
+  Complete(packet, PacketType::kEnd, payload.size());
+  return Send(packet.data());
+}
+
+// False when the terminal did not take a piece.
+bool SendPieces(std::FILE* file) {
+  while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
+    if (!cmdDownLoad(file)) return false;
+  }
+  return true;
+}
+
+std::string_view NameOnTerminal(const char* path, int file_type) {
+  if (file_type == kFirmware) return "update.dat";
+  const char* slash = std::strrchr(path, '/');
+  const char* mark = slash == nullptr ? std::strrchr(path, '\\') : slash;
+  const std::string_view name = mark == nullptr ? "" : mark + 1;
+  if (slash != nullptr) ICC_DPrintLogToFile(" szFileName = %s", slash + 1);
+  return name;
+}
+
+}  // namespace
+}  // namespace gwq
+
+int HIDDownLoad(const char* path, int fileType) {
+  gwq::StoreShared(g_CancelWrite, 0);
+  ICC_DPrintLogToFile("szFilePath%s", path);
+  const gwq::File file = gwq::OpenFile(path, "rb");
+  if (!file) {
+    ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
+    return gwq::kCannotOpen;
+  }
+  const std::string_view name = gwq::NameOnTerminal(path, fileType);
+  if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get())) return GWQ_REFUSED;
+  const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
+  if (cancelled) ICC_DPrintLogToFile(" cancel write");
+  const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
+  if (!gwq::cmdEnd(fileType, name)) return GWQ_REFUSED;
+  ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);
+  return result;
+}
+
+int DownVideoFile(int port, char /*channel*/, int /*baud*/, int fileType, const char* path) {
+  return port == 0 ? HIDDownLoad(path, fileType) : static_cast<int>(GWQ_BAD_ARGUMENT);
+}

@@ -1,0 +1,115 @@
+#include "files/host_files.h"
+
+#include <sys/stat.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "codec/encodings.h"
+#include "codec/secret.h"
+#include "codec/split_form.h"
+#include "diag/log.h"
+#include "files/file.h"
+#include "frame/port.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kBadArgument = -2;
+
+// The part behind the last `mark`; null when there is none.
+const char* Behind(const char* path, char mark) {
+  const char* found = path == nullptr ? nullptr : std::strrchr(path, mark);
+  return found == nullptr ? nullptr : found + 1;
+}
+
+void CopyBehind(const char* path, char mark, char* out) {
+  if (const char* name = Behind(path, mark)) std::strcpy(out, name);
+}
+
+// At most as many bytes as `buffer` holds, even if the file has grown since its size was asked for.
+int ReadAtMost(std::span<unsigned char> buffer, const char* path, const char* mode) {
+  const File file = OpenFile(path, mode);
+  return file ? static_cast<int>(std::fread(buffer.data(), 1, buffer.size(), file.get())) : 0;
+}
+
+int SizeAsBase64(int size) {
+  return (size + 2) / 3 * 4;
+}
+
+}  // namespace
+}  // namespace gwq
+
+void GetFileName(const char* path, char* out) {
+  gwq::CopyBehind(path, '/', out);
+}
+
+void GetFileNameEx(const char* path, char* out) {
+  gwq::CopyBehind(path, '\\', out);
+}
+
+void GetFileExtendName(const char* path, char* out) {
+  *out = '\0';
+  gwq::CopyBehind(path, '.', out);
+}
+
+void GetFileExtenName(const char* path, char* out) {
+  GetFileExtendName(path, out);
+}
+
+int get_file_size(const char* path) {
+  struct stat status {};
+  if (path == nullptr || stat(path, &status) != 0) return -1;
+  return status.st_size > INT_MAX ? INT_MAX : static_cast<int>(status.st_size);
+}
+
+int WriteFileData(const char* path, const unsigned char* data, int count) {
+  gwq::File file = gwq::OpenFile(path, "wb");
+  if (!file) return 0;
+  const auto bytes = gwq::BytesOf(data, count);
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+  return std::fclose(file.release()) == 0 && written ? 1 : 0;
+}
+
+int ReadFileData(unsigned char* buffer, const char* path, const char* mode) {
+  const int size = get_file_size(path);
+  if (buffer == nullptr || size < 1) return 0;
+  return gwq::ReadAtMost({buffer, static_cast<std::size_t>(size)}, path, mode);
+}
+
+int GetBase46FromFile(const char* path, char* out, int* len) {
+  const int size = get_file_size(path);
+  if (size < 0) return GWQ_NO_FILE;
+  if (len == nullptr) return gwq::kBadArgument;
+  const int need = gwq::SizeAsBase64(size);
+  if (out == nullptr || need > *len) {
+    ICC_DPrintLogToFile("GetBase46FromFile szBase == NULL");
+    *len = need;
+    return gwq::kBadArgument;
+  }
+  gwq::SecretHeap<unsigned char> data(static_cast<std::size_t>(size));
+  if (!data) {
+    ICC_DPrintLogToFile("GetBase46FromFile NULL == pData");
+    return GWQ_TOO_SMALL;
+  }
+  const int count = gwq::ReadAtMost({data.data(), data.size()}, path, "rb");
+  if (count == 0) return gwq::kBadArgument;
+  std::memset(out, 0, static_cast<std::size_t>(*len));
+  const int length = EncryptBase64(data.data(), count, out, *len);
+  if (length > 0) *len = length;
+  ICC_DPrintLogToFile("GetBase46FromFile nBaseLen=%d \r\n", length);
+  return length > 0 ? GWQ_OK : length;
+}
+
+int WriteBase64ToFile(const char* path, const char* text, int len) {
+  if (path == nullptr || text == nullptr || len < 0) return gwq::kBadArgument;
+  gwq::SecretHeap<unsigned char> data(static_cast<std::size_t>(len) / 4 * 3);
+  if (!data) return GWQ_TOO_SMALL;
+  const int count = DecryptBase64(text, len, data.data(), static_cast<int>(data.size()));
+  if (count <= 0) return count;
+  WriteFileData(path, data.data(), count);
+  return GWQ_OK;
+}

@@ -1,0 +1,299 @@
+#include "files/media_functions.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+
+#include "codec/encodings.h"
+#include "diag/log.h"
+#include "diag/log_gbk.h"
+#include "files/host_files.h"
+#include "files/media.h"
+#include "files/path_list.h"
+#include "files/push.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kTimeoutMs = 3000;
+constexpr int kHeadPhotos = 2;
+constexpr int kFirmwareImage = 4;
+constexpr int kPictures = 0;
+constexpr int kNamedFile = 255;
+constexpr int kPushBaud = 9600;
+constexpr char kPushChannel = '9';
+constexpr useconds_t kPauseAfterUpdateUs = 200'000;
+constexpr std::string_view kRefusal = "\x02U\x03";
+
+using Text = CommandText<1024 + 64>;
+
+bool Given(const char* text) {
+  return text != nullptr && *text != '\0';
+}
+
+bool Exists(const char* path) {
+  return access(path, F_OK) == 0;
+}
+
+template <std::size_t N>
+int AskUsb(int baud, Text& command, AnswerText<N>& answer) {
+  return Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
+}
+
+int PushPicture(const char* path) {
+  const int result = Z11DownLoadFile(0, kPushChannel, kPushBaud, kPictures, path, nullptr);
+  if (result != GWQ_OK) ICC_DPrintLogToFile("Z11DownLoadFile Error nRet=%d", result);
+  return result;
+}
+
+int DeletePicture(const char* name) {
+  return DeleteMediaFile(0, '\0', 0, kPictures, name);
+}
+
+bool IsFirmwarePackage(const char* path) {
+  const char* dot = std::strrchr(path, '.');
+  return dot != nullptr && std::string_view(dot + 1).starts_with("dat");
+}
+
+int UpdateFirmware(int baud, const char* path) {
+  if (!Given(path) || !Exists(path)) {
+    LogGbk(Gbk("文件不存在"));
+    return GWQ_NO_FILE;
+  }
+  if (!IsFirmwarePackage(path)) {
+    LogGbk(Gbk("升级包类型错误"));
+    return GWQ_BAD_ARGUMENT;
+  }
+  const int result = Z11DownLoadFile(0, kPushChannel, kPushBaud, kFirmwareImage, path, nullptr);
+  if (result != GWQ_OK) {
+    LogGbk(Gbk("升级包下载失败 nRet=%d"), result);
+    return result;
+  }
+  LogGbk(Gbk("升级包下载成功"));
+  Text command;
+  Tell({0, baud}, command << "\x1B[0UPDATE\x02/mnt/sdcard/media/data/update.dat\x03", kTimeoutMs);
+  usleep(kPauseAfterUpdateUs);
+  return GWQ_OK;
+}
+
+// What a list of pictures needs, and what was done of it.
+struct Tally {
+  int needed = 0;
+  int done = 0;
+
+  // They cannot differ, for every failure returns before; the check stays as the last word on it.
+  [[nodiscard]] int Close() const {
+    ICC_DPrintLogToFile("nNeedDown=%d", needed);
+    ICC_DPrintLogToFile("nHavedDown=%d", done);
+    ICC_DPrintLogToFile(needed == done ? "OK" : "Error");
+    return needed == done ? GWQ_OK : GWQ_REFUSED;
+  }
+};
+
+int AddPicture(const char* list, const char* path) {
+  if (!Exists(path)) {
+    LogGbk(Gbk("文件不存在 szFilePath = %s"), list);
+    LogGbk(Gbk("文件不存在 szFilePathUTF8 = %s"), path);
+    return GWQ_NO_FILE;
+  }
+  if (std::strchr(path, '/') == nullptr) {
+    LogGbk(Gbk("路径格式异常"));
+    return GWQ_NO_FILE;
+  }
+  return PushPicture(path);
+}
+
+int AddPictures(char* list) {
+  PathList paths(list);
+  Tally tally;
+  while (const char* path = paths.Next()) {
+    ++tally.needed;
+    if (const int result = AddPicture(list, path); result != GWQ_OK) return result;
+    ++tally.done;
+  }
+  return tally.Close();
+}
+
+// Asks whether the terminal has the picture.
+int QueryPicture(int baud, const char* path, bool& on_terminal) {
+  Text place;
+  place << "/mnt/internal_sd/media/picture/" << BaseName(path);
+  ICC_DPrintLogToFile("query File szDevicePath=%s", place.data());
+  Text command;
+  AnswerText<4096> answer;
+  const int result = AskUsb(baud, command << "\x1B[0SPECQUERYFILE\x02" << place.text() << "\x03", answer);
+  if (result != GWQ_OK) {
+    ICC_DPrintLogToFile("SPECQUERYFILE\tError  nRet=%d", result);
+    return result;
+  }
+  on_terminal = !answer.text().starts_with(kRefusal) && answer.text().size() > 9;
+  ICC_DPrintLogToFile("query File  OK");
+  ICC_DPrintLogToFile("query File nExist=%d", on_terminal ? 1 : 0);
+  return GWQ_OK;
+}
+
+int AddMissingPicture(int baud, const char* path) {
+  if (!Exists(path)) {
+    LogGbk(Gbk("文件不存在"));
+    return GWQ_NO_FILE;
+  }
+  if (std::strchr(path, '/') == nullptr) {
+    LogGbk(Gbk("路径格式异常"));
+    return GWQ_NO_FILE;
+  }
+  bool on_terminal = false;
+  if (const int result = QueryPicture(baud, path, on_terminal); result != GWQ_OK) return result;
+  return on_terminal ? GWQ_OK : PushPicture(path);
+}
+
+int AddMissingPictures(int baud, char* list) {
+  PathList paths(list);
+  while (const char* path = paths.Next()) {
+    if (const int result = AddMissingPicture(baud, path); result != GWQ_OK) return result;
+  }
+  ICC_DPrintLogToFile("OK");
+  return GWQ_OK;
+}
+
+int DeletePictures(char* list) {
+  PathList names(list);
+  Tally tally;
+  while (const char* name = names.Next()) {
+    ++tally.needed;
+    if (const int result = DeletePicture(name); result != GWQ_OK) {
+      ICC_DPrintLogToFile("DeleteMediaFile Error nRet=%d", result);
+      return result;
+    }
+    ++tally.done;
+  }
+  return tally.Close();
+}
+
+int DeleteAllPictures(const char* log) {
+  const int result = DeletePicture("*");
+  ICC_DPrintLogToFile(log, result);
+  return result;
+}
+
+int ReplacePictures(char* list) {
+  const int result = DeleteAllPictures("DeleteMediaFile nRet=%d");
+  return result == GWQ_OK ? AddPictures(list) : result;
+}
+
+int UnknownType() {
+  ICC_DPrintLogToFile("Z11DownLoadFile Error nRet=%d", GWQ_BAD_ARGUMENT);
+  return GWQ_BAD_ARGUMENT;
+}
+
+int ChangePictures(int baud, char* list, int save_type) {
+  char none[] = "";
+  if (list == nullptr) list = none;
+  switch (save_type) {
+    case 0:
+      return DeleteAllPictures("nRet=%d");
+    case 1:
+      return ReplacePictures(list);
+    case 2:
+      return AddPictures(list);
+    case 3:
+      return AddMissingPictures(baud, list);
+    case 4:
+      return DeletePictures(list);
+    default:
+      return UnknownType();
+  }
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int baud, char* list, int* length) {
+  ICC_DPrintLogToFile("MP_FindHeadPhoto");
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::Text command;
+  gwq::AnswerText<1024> answer;
+  command << "\x1B[0GETFILELIST\x02" << gwq::kHeadPhotos << "\x03";
+  if (const int result = gwq::AskUsb(baud, command, answer); result != GWQ_OK) return result;
+  const std::string_view names = gwq::WithoutMarks(answer.text());
+  if (list == nullptr || length == nullptr || *length < static_cast<int>(names.size())) return GWQ_TOO_SMALL;
+  *length = static_cast<int>(names.size());
+  list[names.copy(list, names.size())] = '\0';
+  return GWQ_OK;
+}
+
+int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* name) {
+  ICC_DPrintLogToFile("MP_DelHeadFile");
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::Text command;
+  gwq::AnswerText<1024> answer;
+  command << "\x1B[0DELETE\x02" << gwq::kHeadPhotos << "|" << (name == nullptr ? "" : name) << "\x03";
+  const int result = gwq::AskUsb(baud, command, answer);
+  if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
+  return answer.text() == gwq::kRefusal ? GWQ_REFUSED : GWQ_OK;
+}
+
+int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, const char* path,
+                    const char* name) {
+  ICC_DPrintLogToFile("MP_DownHeadFile");
+  if (!gwq::Given(path)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::Exists(path)) {
+    gwq::LogGbk(gwq::Gbk("[MP_DownHeadFile]文件不存在"));
+    return GWQ_NO_FILE;
+  }
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::CommandText<256> stored;
+  stored << (gwq::Given(name) ? std::string_view(name) : gwq::BaseName(path));
+  if (!gwq::Given(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
+  const int result = Z11DownLoadHead(0, channel == nullptr ? '\0' : *channel, baud, gwq::kHeadPhotos, path,
+                                     gwq::Given(name) ? name : stored.data());
+  ICC_DPrintLogToFile("nRet=%d", result);
+  return result;
+}
+
+int MP_SetBarcodePic(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* path) {
+  ICC_DPrintLogToFile("[MP_SetBarcodePic]");
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  if (!gwq::Given(path)) {
+    gwq::Text command;
+    return Tell({0, baud}, command << "\x1B[4QRCODEDELETE", gwq::kTimeoutMs) == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
+  }
+  if (!gwq::Exists(path)) return GWQ_NO_FILE;
+  const int result = Z11DownLoadFile(0, gwq::kPushChannel, gwq::kPushBaud, gwq::kNamedFile, path,
+                                     "/mnt/sdcard/media/file/QRcode.jpg");
+  ICC_DPrintLogToFile("nRet=%d", result);
+  return result;
+}
+
+int MP_GetFileList(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* /*ignored3*/,
+                   int nFileType, char* list) {
+  constexpr int kCapacity = 1024;
+  ICC_DPrintLogToFile("[MP_GetFileList]");
+  ICC_DPrintLogToFile("nFileType=%d", nFileType);
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::Text command;
+  gwq::AnswerText<4096> answer;
+  const int result = gwq::AskUsb(baud, command << "\x1B[0GETFILELIST\x02" << nFileType << "\x03", answer);
+  ICC_DPrintLogToFile("TransProc nRet=%d", result);
+  if (result != GWQ_OK) return result;
+  const std::string_view names = gwq::WithoutMarks(answer.text()).substr(0, kCapacity - 1);
+  std::array<char, kCapacity + 1> converted{};
+  g2u(names.data(), static_cast<int>(names.size()), converted.data(), kCapacity - 1);
+  if (list != nullptr) std::copy_n(converted.data(), kCapacity, list);
+  ICC_DPrintLogToFile("szFileList=%s", converted.data());
+  return GWQ_OK;
+}
+
+int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* /*ignored3*/,
+                    int nFileType, char* szFilePath, int nSaveType) {
+  ICC_DPrintLogToFile("[MP_DownloadFile]");
+  ICC_DPrintLogToFile("nFileType=%d,szFilePath=%s,nSaveType=%d", nFileType, szFilePath, nSaveType);
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  if (nFileType == 1) return gwq::UpdateFirmware(baud, szFilePath);
+  if (nFileType == 0) return gwq::ChangePictures(baud, szFilePath, nSaveType);
+  return gwq::UnknownType();
+}
