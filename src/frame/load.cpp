@@ -42,8 +42,8 @@ int test_deinit() {
   return 0;
 }
 
-// Gives back the memory that the C++ runtime keeps for exceptions, where it is part of the library at all: each loading
-// would take it anew. Hidden, so that it can never be the host's.
+// Gives back the memory that the C++ runtime keeps for exceptions, where it is part of the library at all:
+// each loading would take it anew. Hidden, so that it can never be the host's.
 namespace __gnu_cxx {
 [[gnu::weak, gnu::visibility("hidden")]] void __freeres();
 }
