@@ -85,7 +85,8 @@ SignalWatch::SignalWatch(std::initializer_list<int> signals) {
   sigset_t set;
   sigemptyset(&set);
   for (const int signal : signals) sigaddset(&set, signal);
-  Checked(sigprocmask(SIG_BLOCK, &set, &original_), "sigprocmask");
+  const int error = pthread_sigmask(SIG_BLOCK, &set, &original_);
+  if (error != 0) throw std::system_error(error, std::generic_category(), "pthread_sigmask");
   fd_.Reset(Checked(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd"));
 }
 

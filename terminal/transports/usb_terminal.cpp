@@ -10,6 +10,11 @@
 #include "transports/usb_descriptors.h"
 
 namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kMostReports = 4096;
+
+}  // namespace
 
 UsbTerminal::UsbTerminal(UsbId id, Device device, const Clock& clock, std::function<void()> deadline_moved)
     : id_(id), clock_(clock), deadline_moved_(std::move(deadline_moved)), device_(std::move(device)) {}
@@ -185,6 +190,7 @@ void UsbTerminal::CollectAnswers() {
       const std::size_t size = std::min(kReportSize, answer->size() - offset);
       Bytes report(first, first + static_cast<std::ptrdiff_t>(size));
       report.resize(kReportSize);
+      if (reports_.size() >= kMostReports) reports_.pop_front();  // a host that asks and never reads
       reports_.push_back(std::move(report));
     }
   }

@@ -58,7 +58,7 @@ class UsbTerminal final : public Timed {
 
   void FinishOut(UsbClient& client, Urb urb);
   void FinishControl(UsbClient& client, Urb urb);
-  void FinishAllWaiting(UsbClient& client, int status);
+  static void FinishAllWaiting(UsbClient& client, int status);
   void ReceiveReports(std::span<const std::uint8_t> bytes);
   void CollectAnswers();
   void PassReports();
