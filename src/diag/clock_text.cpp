@@ -36,13 +36,19 @@ ClockText TimeStamp() {
   return text;
 }
 
-ClockText FullTimeStamp() {
+const char* FullTimeStamp() {
+  static ClockText s_szFullTime;
   const WallClock now = Now();
-  ClockText text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d(%03d)", now.local.tm_year + 1900,
-                now.local.tm_mon + 1, now.local.tm_mday, now.local.tm_hour, now.local.tm_min,
-                now.local.tm_sec, now.milliseconds);
-  return text;
+  std::snprintf(s_szFullTime.data(), s_szFullTime.size(), "%04d-%02d-%02d %02d:%02d:%02d(%03d)",
+                now.local.tm_year + 1900, now.local.tm_mon + 1, now.local.tm_mday, now.local.tm_hour,
+                now.local.tm_min, now.local.tm_sec, now.milliseconds);
+  return s_szFullTime.data();
+}
+
+char* ScratchText() {
+  static std::array<char, 512> s_szScratch;
+  s_szScratch.fill('\0');
+  return s_szScratch.data();
 }
 
 }  // namespace gwq

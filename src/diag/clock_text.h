@@ -14,7 +14,10 @@ std::tm LocalDate();
 // "09:41:07(052)"
 ClockText TimeStamp();
 
-// "2024-03-05 09:41:07(052)"
-ClockText FullTimeStamp();
+// "2024-03-05 09:41:07(052)", in a buffer that each call writes anew. Kept, though nothing calls it today.
+const char* FullTimeStamp();
+
+// 512 zeroed bytes, the same ones at each call. Kept, though nothing calls it today.
+char* ScratchText();
 
 }  // namespace gwq

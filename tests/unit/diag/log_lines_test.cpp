@@ -1,8 +1,10 @@
 // What one call writes to the log.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cstring>
 
 #include <array>
 #include <ctime>
@@ -245,10 +247,17 @@ TEST(LogOfThreads, TheSwitchMayBeTurnedWhileOthersWrite) {
 }
 
 TEST(ClockText, FullStampIsDateAndTime) {
-  const std::string text = FullTimeStamp().data();
+  const std::string text = FullTimeStamp();
   EXPECT_TRUE(std::regex_match(text, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\(\d\d\d\))"))) << text;
   const std::string time = TimeStamp().data();
   EXPECT_TRUE(std::regex_match(time, std::regex(R"(\d\d:\d\d:\d\d\(\d\d\d\))"))) << time;
+}
+
+TEST(ScratchText, IsTheSame512BytesZeroedAtEachCall) {
+  char* scratch = ScratchText();
+  std::memset(scratch, 'x', 512);
+  EXPECT_EQ(ScratchText(), scratch);
+  EXPECT_EQ(std::string(scratch, 512), std::string(512, '\0'));
 }
 
 }  // namespace
