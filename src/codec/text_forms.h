@@ -40,10 +40,11 @@ GWQ_API int Merge(const char* in, int inLen, unsigned char* out, int outCap);
 GWQ_API int HexStrToAscii(const char* in, int inLen, unsigned char* out, int outCap);
 GWQ_API int GetAsciString(const char* in, int inLen, unsigned char* out, int outCap);
 
-/* Split form to upper-case hexadecimal text. The name is kept for its callers; no BCD is involved. */
+/* Split form to upper-case hexadecimal text, with GetHexString's rule on `outCap`; 0 if out of memory. The
+ * name is kept for its callers; no BCD is involved. */
 GWQ_API int HexToBCD(const char* in, int inLen, char* out, int outCap);
 
-/* Hexadecimal text to split form. */
+/* Hexadecimal text to split form, as HexToBCD. */
 GWQ_API int BCDToHex(const char* in, int inLen, char* out, int outCap);
 
 /* Bytes to upper-case hexadecimal text with a terminator.

@@ -11,8 +11,8 @@ GWQ_C_BEGIN
  *   file     in; path; on failure to open it, a line goes to standard output
  *   section  in; at most 29 characters, case-sensitive
  *   key      in; at most 31 characters, case-sensitive
- *   value    out; at least 100 bytes; the value without white space around it, untouched if the key
- *            is not found or nothing follows its "="
+ *   value    out; at least 100 bytes; the value without white space around it (a value of blanks only as
+ *            it is), untouched if the key is not found or nothing follows its "="
  * Returns 0 when the key was found, else -1 (also for a NULL argument).
  *
  * A key ends at "=", "|", "^", blank or tab; "#" begins a comment line inside the section. Lines

@@ -5,6 +5,14 @@
 namespace gwq {
 namespace {
 
+// Local time as localtime tells it, which follows a change of the time zone; localtime_r alone need not.
+std::tm Local(std::time_t time) {
+  tzset();
+  std::tm local{};
+  localtime_r(&time, &local);
+  return local;
+}
+
 struct WallClock {
   std::tm local;
   int milliseconds;
@@ -14,7 +22,7 @@ WallClock Now() {
   std::timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   WallClock clock{};
-  localtime_r(&now.tv_sec, &clock.local);
+  clock.local = Local(now.tv_sec);
   clock.milliseconds = static_cast<int>(now.tv_nsec / 1'000'000);
   return clock;
 }
@@ -22,10 +30,7 @@ WallClock Now() {
 }  // namespace
 
 std::tm LocalDate() {
-  const std::time_t now = time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  return local;
+  return Local(time(nullptr));
 }
 
 ClockText TimeStamp() {

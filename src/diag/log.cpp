@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdarg>
@@ -102,21 +103,22 @@ void AppendHex(LineBuffer& line, std::span<const unsigned char> data) {
 
 void WriteMessage(const char* format, va_list arguments) {
   constexpr std::size_t kStampAndEnd = 64;
+  const TodaysLog log;
   LineBuffer line(kMessageSize + kStampAndEnd);
-  if (!line) return;
+  if (!log || !line) return;
   AppendStamp(line);
   const int length = std::vsnprintf(line.Free(), kMessageSize, format, arguments);
   if (length > 0) line.Used(std::min(static_cast<std::size_t>(length), kMessageSize - 1));
   line.Append("\r\n");
-  const TodaysLog log;
-  if (log) log.Write(line.Text());
+  log.Write(line.Text());
 }
 
 void WriteHexDump(const char* label, std::span<const unsigned char> data, int printed_length) {
   constexpr std::size_t kStampLengthAndEnd = 96;
   const std::size_t label_length = label == nullptr ? 0 : std::strlen(label) + 2;
+  const TodaysLog log;
   LineBuffer line(kStampLengthAndEnd + label_length + 2 * data.size());
-  if (!line) return;
+  if (!log || !line) return;
   AppendStamp(line);
   if (label != nullptr) {
     line.Append(label);
@@ -127,8 +129,7 @@ void WriteHexDump(const char* label, std::span<const unsigned char> data, int pr
   line.Append(length.data());
   AppendHex(line, data);
   line.Append("\r\n");
-  const TodaysLog log;
-  if (log) log.Write(line.Text());
+  log.Write(line.Text());
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
  *     09:41:07(052)  message CR LF
  *
  * Texts in the log are GBK. The log may hold PINs, keys and account numbers in clear.
- * All functions here may be called from any thread.
+ * All functions here but pGetLogPath may be called from any thread.
  */
 #ifndef GWQ_DIAG_LOG_H
 #define GWQ_DIAG_LOG_H
@@ -50,7 +50,9 @@ GWQ_API char* pGetLogPath(void);
  * month 0 counts like month 1, day 0 is the day before day 1. */
 GWQ_API int GetAbsDays(int year, int month, int day);
 
-/* Prints "DelOutTimeLogFile" to standard output and removes the log files older than 15 days. */
+/* Prints "DelOutTimeLogFile" to standard output and removes the log files older than 15 days. Keep nothing
+ * else in the log's directory: a regular file of another name is judged by the date of the file read before
+ * it, and removed if there was none. */
 GWQ_API void DelOutTimeLogFile(void);
 
 /* The directory for temporary files, "/tmp".

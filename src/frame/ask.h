@@ -1,6 +1,7 @@
 // What every device function does: drain, build a command, ask, look at the answer.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <span>

@@ -56,6 +56,7 @@ namespace {
 }
 [[gnu::destructor]] void OnUnload() {
   test_deinit();
+  if (&__gnu_cxx::__freeres != nullptr) __gnu_cxx::__freeres();
 }
 
 }  // namespace

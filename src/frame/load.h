@@ -10,7 +10,7 @@ GWQ_C_BEGIN
 GWQ_API extern const char dllversion[];
 
 /* Run on load: switches the log on if GWQ_LOG.ini beside the library says so (section [Gwq], key Log,
- * a value that begins with "1"), after removing logs older than 15 days; prints what it found to standard
+ * a value that begins with "1"), after DelOutTimeLogFile; prints what it found to standard
  * output; initialises libusb's default context. Returns 0. */
 GWQ_API int test_init(void);
 

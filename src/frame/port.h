@@ -12,7 +12,8 @@ GWQ_C_BEGIN
 /* Statuses shared by the interface; each function says which it returns. */
 enum GwqStatus {
   GWQ_OK = 0,
-  GWQ_BAD_ARGUMENT = -1,    /* an argument is out of range; nothing was sent */
+  GWQ_BAD_ARGUMENT =
+      -1, /* an argument is out of range, nothing was sent; on a link: unknown type, or settings failed */
   GWQ_NO_ANSWER = -2,       /* nothing was read; on a link: not open, or a bad argument */
   GWQ_NOT_OPENED = -3,      /* the serial device, or neither USB identity, could be opened */
   GWQ_LINK_TIMEOUT = -4,    /* link: the answer did not come, or not whole, in time */
@@ -53,7 +54,8 @@ typedef struct TransMssionLinux_t {
 /* Opens the link that the descriptor names. Only success makes it the link that the calls below use, with
  * the descriptor's time-out and predicate; after a failure they go on using the one before.
  * Returns the link's status (links/serial.h, links/usb_hid.h), -1 for an unknown link type or NULL.
- * Each of these calls exists under two names that behave alike. */
+ * Each of these calls exists under two names that behave alike. Those below return -1 as well when the link
+ * in use is of an unknown type, as ICC_ChangeTermParam and SetBackUpParam can make it. */
 GWQ_API int ICC_OpenTransPort(TransMssionLinux_t* port);
 GWQ_API int ICC_OpenLinuxTransPort(TransMssionLinux_t* port);
 
@@ -66,7 +68,7 @@ GWQ_API int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length);
 /* Reads on the link in use, with the time-out and predicate it was opened with.
  *   buffer   out; `maximum` + 1023 bytes
  *   maximum  count that ends the read
- * Returns the bytes received or the link's failure. */
+ * Returns the bytes received or the link's failure; what arrived before a failure stands in the buffer. */
 GWQ_API int ICC_ReadDataFromTransPort(unsigned char* buffer, int maximum);
 GWQ_API int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum);
 

@@ -2,19 +2,18 @@
  *
  * Common arguments
  *   port       0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a
- *              negative port opens USB but sends without cutting into 1024-byte reports
- *   command    in; on USB, `commandLen` 0 means its length as text
- *   answer     out; pass it zeroed, with 1024 bytes of room beyond *answerLen: a USB read keeps the
- *              report that reaches the maximum whole. NULL (or NULL answerLen) skips the read.
- *   answerLen  in: most bytes to read; out: length of the answer as text (up to its first zero
- *              byte); untouched on failure
+ *              negative port opens USB but sends as on a serial device: one write, not cut into 1024-byte
+ * reports command    in; on port 0, `commandLen` 0 means its length as text answer     out; pass it zeroed,
+ * with 1024 bytes of room beyond *answerLen: a USB read keeps the report that reaches the maximum whole. NULL
+ * (or NULL answerLen) skips the read. After a failed read it may hold what had arrived. answerLen  in: most
+ * bytes to read; out: length of the answer as text (up to its first zero byte); untouched on failure
  *   timeout_ms cut down to whole seconds; below 1000 the read ends when the clock's second changes
  *
  * Common results
  *   0    the answer is there
  *   -2   the read brought nothing
  *   -3   the link could not be opened
- *   -10  the command was not sent; NULL command on USB; cancelled between two reports
+ *   -10  the command was not sent; NULL command on port 0; cancelled between two reports
  *   -11  the read failed: time-out, error, or a cancelled serial read
  *   -23  a USB read was cancelled
  *
@@ -55,9 +54,10 @@ GWQ_API int TransProcOnlySend(int port, int baud, char* command, int commandLen,
 /* Reads only, until the answer ends with "F". */
 GWQ_API int TransProcOnlyRead(int port, int baud, char* answer, int* answerLen, int timeout_ms);
 
-/* Makes the running transaction give up: a waiting read ends with -23 (USB) or -11 (serial), a command
- * being sent with -10. Without a running transaction it is lost: each clears the request when it starts.
- * A request that is still standing makes further calls do nothing. Returns 0 always. */
+/* Makes the running transaction give up: a waiting read ends with -23 (USB) or as any failed read (serial), a
+ * command being sent in several reports with -10. At any other moment it is lost: a transaction clears the
+ * request when it starts, and so does its read. A request that is still standing makes further calls do
+ * nothing. Returns 0 always. */
 GWQ_API int CancelRead(void);
 
 /* Asks a running file upload to stop: sets g_CancelWrite. */

@@ -189,9 +189,8 @@ int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxHidRead() {
-  const int reading = LoadShared(gwq::s_bIsReading);
-  ICC_DPrintLogToFile("[ICC_CancelLinuxHidRead] begin s_bIsReading=%d\n", reading);
+  ICC_DPrintLogToFile("[ICC_CancelLinuxHidRead] begin s_bIsReading=%d\n", LoadShared(gwq::s_bIsReading));
   if (LoadShared(gwq::m_devHandle) == nullptr) return gwq::kNoDevice;
-  if (reading == 1) StoreShared(gwq::s_bCancelRead, 1);
+  if (LoadShared(gwq::s_bIsReading) == 1) StoreShared(gwq::s_bCancelRead, 1);
   return 0;
 }

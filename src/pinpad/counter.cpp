@@ -21,6 +21,8 @@ constexpr std::string_view kUnknownCommand = "\x02U\x03";
 constexpr std::string_view kEndEntry = "\x83";
 
 using Text = CommandText<1024>;
+// The letter and line end stand around a whole buffer of split form.
+using KeyCommand = CommandText<1024 + 8>;
 using Answer = AnswerText<1024>;
 
 bool Within(int value, int low, int high) {
@@ -68,7 +70,7 @@ class KeyRecord {
   }
 
   // In split form; a record of more than 512 bytes does not fit and is left out whole.
-  void SplitInto(Text& command) const {
+  void SplitInto(KeyCommand& command) const {
     SecretArray<char, kSize> split;
     const int length =
         HexAsc1Split(bytes_.data(), static_cast<int>(size_), split.data(), static_cast<int>(split.size()));
@@ -82,7 +84,7 @@ class KeyRecord {
 };
 
 // Sends a key command and awaits its one-byte acknowledgement.
-int SendKeyCommand(Line line, Text& command) {
+int SendKeyCommand(Line line, KeyCommand& command) {
   Answer answer;
   const int result = Ask(line, command, answer, &EndOfCondition4, kCommandTimeoutMs);
   if (result != GWQ_OK) return result;
@@ -90,7 +92,7 @@ int SendKeyCommand(Line line, Text& command) {
 }
 
 int SendKeyRecord(Line line, std::string_view letter, const KeyRecord& record) {
-  Text command;
+  KeyCommand command;
   command << "\x1B" << letter;
   record.SplitInto(command);
   command << "\r\n";
@@ -195,7 +197,7 @@ int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, char* NewMKey, cha
 int GWQ_ResetKey(int iPortNo, int iBaudRate) {
   const gwq::Line line{iPortNo, iBaudRate};
   gwq::DrainUsb(line);
-  gwq::Text command;
+  gwq::KeyCommand command;
   return gwq::SendKeyCommand(line, command << "\x1BR\r\n");
 }
 

@@ -66,6 +66,8 @@ TEST(TrimDeathTest, TrimInsistsOnInputThenOutput) {
   EXPECT_DEATH(a_trim(out, nullptr), "Rwini.*a_trim.*szInput != NULL");
   EXPECT_DEATH(a_trim(nullptr, nullptr), "Rwini.*a_trim.*szInput != NULL");
   EXPECT_DEATH(a_trim(nullptr, "x"), "Rwini.*a_trim.*szOutput != NULL");
+  // It has no check of its own that the two differ, but begins with l_trim.
+  EXPECT_DEATH(a_trim(out, out), "Rwini.*l_trim.*szOutput != szInput");
 }
 
 TEST(TrimDeathTest, TheMessageIsTheStandardOne) {
