@@ -69,18 +69,18 @@ void SayTravelled(const Session& session, const fs::path& local, const std::stri
 void PushDocuments(const Session& session) {
   const fs::path paper = session.files / "agreement.pdf";
   const fs::path page = session.files / "welcome.html";
-  std::string places(4096, '\0');
+  std::array<char, 4096> places{};
   Check(pushFileToZ11((paper.string() + "|" + page.string()).c_str(), places.data()),
         "pushing the documents");
-  Say("pushed", places.c_str());
+  Say("pushed", places.data());
   SayTravelled(session, paper, "/tmp/agreement.pdf");
   SayTravelled(session, page, "/tmp/welcome.html");
 }
 
 void SayPictures(const char* when) {
-  std::string names(1024, '\0');
+  std::array<char, 1024> names{};
   Check(MP_GetFileList("", "", kBaud, "", kPictures, names.data()), "listing the pictures");
-  Say(std::string("idle pictures ") + when, names.c_str());
+  Say(std::string("idle pictures ") + when, names.data());
 }
 
 // The lists are cut into pieces by the calls, so each gets its own.

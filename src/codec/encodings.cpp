@@ -32,7 +32,8 @@ class Conversion {
   [[nodiscard]] bool Run(std::span<const char> in, std::span<char> out) const {
     char* from = const_cast<char*>(in.data());  // iconv's signature; it does not write there
     std::size_t from_left = in.size();
-    char* to = out.data();
+    char none = '\0';  // iconv insists on a place, even without room
+    char* to = out.empty() ? &none : out.data();
     std::size_t to_left = out.size();
     return iconv(handle_, &from, &from_left, &to, &to_left) != static_cast<std::size_t>(-1);
   }
@@ -141,7 +142,7 @@ int DecryptBase64(const char* in, int len, unsigned char* out, int cap) {
     for (std::size_t k = 0; k < 3; ++k) {
       if (text[k] == '=' || text[k + 1] == '=') return static_cast<int>(count);
       // The count may pass the capacity by one before it is refused; that byte is not stored.
-      if (count > room.size()) return -1;
+      if (cap < 0 || count > room.size()) return -1;
       if (count < room.size()) room[count] = gwq::DecodedByte(k, text[k], text[k + 1]);
       ++count;
     }

@@ -1,6 +1,8 @@
 // The download of a file or firmware image as the terminal's boot program takes it.
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 #include "codec/transfer_packet.h"
@@ -103,6 +105,7 @@ int HIDDownLoad(const char* path, int fileType) {
   }
   const std::string_view name = gwq::NameOnTerminal(path, fileType);
   if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get())) return GWQ_REFUSED;
+  if (std::ferror(file.get()) != 0) return gwq::kCannotOpen;  // half a file must not pass for a whole one
   const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <span>
@@ -36,8 +37,13 @@ int ReadAtMost(std::span<unsigned char> buffer, const char* path, const char* mo
   return file ? static_cast<int>(std::fread(buffer.data(), 1, buffer.size(), file.get())) : 0;
 }
 
-int SizeAsBase64(int size) {
+std::int64_t SizeAsBase64(std::int64_t size) {
   return (size + 2) / 3 * 4;
+}
+
+int NoMemory() {
+  ICC_DPrintLogToFile("GetBase46FromFile NULL == pData");
+  return GWQ_TOO_SMALL;
 }
 
 }  // namespace
@@ -84,17 +90,15 @@ int GetBase46FromFile(const char* path, char* out, int* len) {
   const int size = get_file_size(path);
   if (size < 0) return GWQ_NO_FILE;
   if (len == nullptr) return gwq::kBadArgument;
-  const int need = gwq::SizeAsBase64(size);
+  const std::int64_t need = gwq::SizeAsBase64(size);
+  if (need > INT_MAX) return gwq::NoMemory();  // more than the interface can count
   if (out == nullptr || need > *len) {
     ICC_DPrintLogToFile("GetBase46FromFile szBase == NULL");
-    *len = need;
+    *len = static_cast<int>(need);
     return gwq::kBadArgument;
   }
   gwq::SecretHeap<unsigned char> data(static_cast<std::size_t>(size));
-  if (!data) {
-    ICC_DPrintLogToFile("GetBase46FromFile NULL == pData");
-    return GWQ_TOO_SMALL;
-  }
+  if (!data) return gwq::NoMemory();
   const int count = gwq::ReadAtMost({data.data(), data.size()}, path, "rb");
   if (count == 0) return gwq::kBadArgument;
   std::memset(out, 0, static_cast<std::size_t>(*len));

@@ -8,8 +8,9 @@
 
 GWQ_C_BEGIN
 
-/* Copies the part of a path behind its last "/" (GetFileName) or its last "\" (GetFileNameEx), with its
- * terminator; without one, `out` is untouched. out  out; as large as the path */
+/* Copies the part of a path behind its last "/" (GetFileName) or its last "\" (GetFileNameEx), with its terminator;
+ * without one, `out` is untouched.
+ *   out  out; as large as the path */
 GWQ_API void GetFileName(const char* path, char* out);
 GWQ_API void GetFileNameEx(const char* path, char* out);
 
@@ -31,15 +32,17 @@ GWQ_API int WriteFileData(const char* path, const unsigned char* data, int count
 GWQ_API int ReadFileData(unsigned char* buffer, const char* path, const char* mode);
 
 /* Reads a file as Base64 text (RFC 4648), without a terminator.
- *   out  out; *len bytes, zeroed first; NULL asks for the size
- *   len  in: capacity; out: length of the text, also when -2 says that it is needed
- * Returns 0; -2 when `out` is NULL or too small, or nothing could be read; -15 no such file; -24 out of
- * memory. */
+ *   path  in; NULL gives -15
+ *   out   out; *len bytes, zeroed first; NULL asks for the size
+ *   len   in: capacity; out: length of the text, also when -2 says that it is needed; NULL gives -2
+ * Returns 0; -2 when `out` is NULL or too small, or nothing could be read; -15 no such file; -24 out of memory, or a
+ * text longer than an int can count. */
 GWQ_API int GetBase46FromFile(const char* path, char* out, int* len);
 
-/* Writes the bytes of a Base64 text to a file; no file when there are none. A file that cannot be written is
- * not reported. len  length of the text Returns 0; -1 a text that cannot be decoded; -2 NULL or a negative
- * length; -24 out of memory. */
+/* Writes the bytes of a Base64 text to a file; no file when there are none. A file that cannot be written is not
+ * reported.
+ *   len  length of the text
+ * Returns 0; -1 a text that cannot be decoded; -2 NULL or a negative length; -24 out of memory. */
 GWQ_API int WriteBase64ToFile(const char* path, const char* text, int len);
 
 GWQ_C_END

@@ -3,6 +3,7 @@
  * Common arguments
  *   port, baud  of the exchange; 0 is USB
  *   channel     passed on, without meaning here
+ *   name        in; a name on the terminal; NULL is an empty one
  *   fileType    0 pictures, 2 head photos, 4 firmware image; others are the terminal's
  *
  * Common results: 0, and -2, -3, -10, -11, -23 of the exchange (frame/transaction.h). One thread at a time.
@@ -17,19 +18,19 @@ GWQ_C_BEGIN
 /* Lists the terminal's files of a type.
  *   out       out; the terminal's list (GBK), without a terminator
  *   capacity  size of `out`
- * Also -24: the list is longer than `capacity`. */
+ * Also -24: the list is longer than `capacity`, or `out` is NULL. */
 GWQ_API int GetVideoList(int port, char channel, int baud, int fileType, char* out, int capacity);
 
-/* Sends a text as a file, in pieces of 1024 characters, on USB whatever the port. A piece that fails does not
- * stop it. Returns the status of the last piece (DownFile), 0 for an empty text, -3 if the link could not be
- * opened. */
+/* Sends a text as a file, in pieces of 1024 characters, on USB whatever the port. A piece that fails does not stop it.
+ *   text  in; NULL is an empty one
+ * Returns the status of the last piece (DownFile), 0 for an empty text, -3 if the link could not be opened. */
 GWQ_API int DownVideoInfo(int port, char channel, int baud, int fileType, const char* text, const char* name);
 
 /* Sends one piece on the link in use: a command of 1024 bytes, cut there.
  *   total, index  number of pieces, and this one's number from 1
  *   data          in; `count` bytes, at most 1024 are sent
- * Returns 0; -10 not written whole; -11 the read gave anything but 0, which an answer does as well; -14 the
- * answer is not the three bytes 0x02 0xAA 0x03. */
+ * Returns 0; -10 not written whole; -11 the read gave anything but 0, which an answer does as well; -14 the answer is
+ * not the three bytes 0x02 0xAA 0x03. */
 GWQ_API int DownFile(int fileType, int total, int index, const unsigned char* data, int count,
                      const char* name);
 
@@ -48,9 +49,10 @@ GWQ_API int DeleteMediaFile(int port, char channel, int baud, int fileType, cons
 /* Sends a file or firmware image on USB. Returns -1 unless `port` is 0, else what HIDDownLoad returns. */
 GWQ_API int DownVideoFile(int port, char channel, int baud, int fileType, const char* path);
 
-/* Sends a file or, with type 4, the firmware image "update.dat". Each packet is sent up to its first zero
- * byte. path  in; local file Returns 0; -12 the file cannot be opened; -14 a wrong or missing answer; -23
- * stopped by CancelWrite. */
+/* Sends a file or, with type 4, the firmware image "update.dat". Each packet is sent up to its first zero byte.
+ *   path  in; local file; NULL gives -12
+ * Returns 0; -12 the file cannot be opened or read; -14 a wrong or missing answer, or any other failure of an exchange;
+ * -23 stopped by CancelWrite. */
 GWQ_API int HIDDownLoad(const char* path, int fileType);
 
 GWQ_C_END

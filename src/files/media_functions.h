@@ -1,5 +1,5 @@
-/* The files that the terminal shows: head photos of the tellers, the QR code, the pictures of the idle
- * screen, and its firmware package. All on USB; arguments named ignored are ignored.
+/* The files that the terminal shows: head photos of the tellers, the QR code, the pictures of the idle screen, and its
+ * firmware package. All on USB; arguments named ignored are ignored.
  *
  * Common results
  *   0    success
@@ -8,8 +8,7 @@
  *   -15  a local file does not exist
  *   others  of the exchange (frame/transaction.h), the push (files/push.h) or DeleteMediaFile
  *
- * Names and lists handed in are UTF-8 as the host's files are. On failure outputs are untouched. One thread
- * at a time.
+ * Names and lists handed in are UTF-8 as the host's files are. On failure outputs are untouched. One thread at a time.
  */
 #ifndef GWQ_FILES_MEDIA_FUNCTIONS_H
 #define GWQ_FILES_MEDIA_FUNCTIONS_H
@@ -21,10 +20,10 @@ GWQ_C_BEGIN
 /* Lists the head photos on the terminal.
  *   list    out; names as the terminal gives them (GBK), with a terminator: capacity + 1 bytes
  *   length  in: capacity without the terminator; out: length of the list
- * Also -24: the list is longer than the capacity. */
+ * Also -24: the list is longer than the capacity, or an argument is NULL. */
 GWQ_API int MP_FindHeadPhoto(const char* ignored1, const char* ignored2, int baud, char* list, int* length);
 
-/* Deletes a head photo. Returns 0, -3 or -14. */
+/* Deletes a head photo; a NULL name is an empty one. Returns 0, -3 or -14. */
 GWQ_API int MP_DelHeadFile(const char* ignored1, const char* ignored2, int baud, const char* name);
 
 /* Sends a head photo.
@@ -40,16 +39,16 @@ GWQ_API int MP_SetBarcodePic(const char* ignored1, const char* ignored2, int bau
 
 /* Lists the terminal's files of a type.
  *   nFileType  0 pictures, 2 head photos; others are the terminal's
- *   list       out; UTF-8 with a terminator; 1024 bytes; a longer list is cut */
+ *   list       out; UTF-8 with a terminator; 1024 bytes; a longer list is cut; NULL is passed over */
 GWQ_API int MP_GetFileList(const char* ignored1, const char* ignored2, int baud, const char* ignored3,
                            int nFileType, char* list);
 
 /* Updates the firmware, or changes the pictures of the idle screen.
  *   nFileType   1: `szFilePath` is a firmware package, a file whose extension begins with "dat"
  *               0: pictures, as `nSaveType` says
- *   szFilePath  in; local paths separated by "|"; the text is cut into pieces in place
- *   nSaveType   0 delete all; 1 replace all; 2 add; 3 add those that the terminal lacks; 4 delete those
- * listed Also -1: unknown type, or not a firmware package; -15 also for a path without "/". */
+ *   szFilePath  in; local paths separated by "|"; the text is cut into pieces in place; NULL is an empty list
+ *   nSaveType   0 delete all; 1 replace all; 2 add; 3 add those that the terminal lacks; 4 delete those listed
+ * Also -1: unknown type, or not a firmware package; -15 also for a path without "/". */
 GWQ_API int MP_DownloadFile(const char* ignored1, const char* ignored2, int baud, const char* ignored3,
                             int nFileType, char* szFilePath, int nSaveType);
 

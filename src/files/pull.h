@@ -13,7 +13,8 @@ GWQ_C_BEGIN
  *   path        in; local file, written anew
  * Returns 0; -3 the link could not be opened; -10 the command was not sent, or NULL command; -11 a report did
  * not come, or the file could not be created or written whole (what was received stays in it); -14 a packet
- * failed its check (the file is removed). */
+ * failed its check (the file is removed). Cancelled by CancelRead it gives -10 while sending and -11 while receiving.
+ *   path NULL gives -11, once the command is sent. */
 GWQ_API int TransProcHW(int commandLen, char* command, int timeout_ms, char* path);
 
 /* As TransProcHW; port, channel and baud are without meaning here. The command is "\e[0PULLFILE", STX, the

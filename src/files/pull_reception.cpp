@@ -3,15 +3,13 @@
 #include <algorithm>
 
 #include "codec/packet.h"
+#include "codec/transfer_packet.h"
 
 namespace gwq {
 namespace {
 
 constexpr std::uint8_t kStx = 0x02;
-constexpr std::size_t kHeaderSize = 6;
 constexpr std::size_t kLongestPayload = 256'000;
-
-enum PacketType : std::uint8_t { kNone = 0, kStart = 1, kData = 2, kEnd = 3 };
 
 std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
   return getLRC(bytes.data(), static_cast<int>(bytes.size()));
@@ -21,19 +19,21 @@ std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
 
 struct PullReception::Header {
   std::uint8_t mark;
-  std::uint8_t type;
+  PacketType type;
   std::uint8_t check;
   std::size_t length;
   std::span<const std::uint8_t> payload;  // as far as it stands in this report
 
   explicit Header(ReportView report)
       : mark(report[0]),
-        type(report[1]),
+        type(static_cast<PacketType>(report[1])),
         check(report[2]),
         length(report[3] * 65536U + report[4] * 256U + report[5]),
-        payload(report.subspan(kHeaderSize, std::min(length, kReportSize - kHeaderSize))) {}
+        payload(report.subspan(kPacketHeaderSize, std::min(length, kReportSize - kPacketHeaderSize))) {}
 
-  [[nodiscard]] bool WellFormed() const { return mark == kStx && type <= kEnd && length <= kLongestPayload; }
+  [[nodiscard]] bool WellFormed() const {
+    return mark == kStx && type <= PacketType::kEnd && length <= kLongestPayload;
+  }
 };
 
 PullReception::Result PullReception::Take(ReportView report) {
@@ -44,11 +44,11 @@ PullReception::Result PullReception::TakeHeader(ReportView report) {
   const Header header(report);
   if (!header.WellFormed()) return Settle(false, Result::kRejected);
   switch (header.type) {
-    case kData:
+    case PacketType::kData:
       return TakeData(header);
-    case kStart:
+    case PacketType::kStart:
       return Settle(Xor(header.payload) == header.check, Result::kPacketDone);
-    case kEnd:
+    case PacketType::kEnd:
       return Settle(Xor(header.payload) == header.check, Result::kFileDone);
     default:
       return Result::kReportTaken;

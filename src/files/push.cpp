@@ -53,9 +53,9 @@ int StartDownload(Line line) {
   return result;
 }
 
-// The packet in m_szCMD around the first `count` bytes behind its header.
-std::span<unsigned char> Packed(PacketType type, std::size_t count) {
-  const std::span<unsigned char> packet(m_szCMD, kPacketHeaderSize + count);
+// Completes a packet in whose first `count` bytes behind the header the payload stands already.
+std::span<unsigned char> Packed(std::span<unsigned char> room, PacketType type, std::size_t count) {
+  const std::span<unsigned char> packet = room.first(kPacketHeaderSize + count);
   WritePacketHeader(type, packet.subspan(kPacketHeaderSize), packet.first<kPacketHeaderSize>());
   return packet;
 }
@@ -63,7 +63,7 @@ std::span<unsigned char> Packed(PacketType type, std::size_t count) {
 int SendPiece(Line line, std::size_t count) {
   ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
   std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
-  return Step(line, Packed(PacketType::kData, count), kStepTimeoutMs);
+  return Step(line, Packed(m_szCMD, PacketType::kData, count), kStepTimeoutMs);
 }
 
 bool IsEmpty(std::FILE* file) {
@@ -103,9 +103,10 @@ int EndDownload(Line line, int type, std::string_view name) {
   name = name.substr(0, kLongestName);
   ICC_DPrintLogToFile("Z11EndDownload szTempName=%.*s", static_cast<int>(name.size()), name.data());
   ICC_DPrintLogToFile("cmdEnd type=%d\r\n", type);
-  m_szCMD[kPacketHeaderSize] = static_cast<unsigned char>(type);
-  name.copy(reinterpret_cast<char*>(m_szCMD) + kPacketHeaderSize + 1, name.size());
-  const int result = Step(line, Packed(PacketType::kEnd, name.size() + 1), kEndTimeoutMs);
+  std::array<unsigned char, kPacketHeaderSize + 1 + kLongestName> packet{};
+  packet[kPacketHeaderSize] = static_cast<unsigned char>(type);
+  name.copy(reinterpret_cast<char*>(packet.data()) + kPacketHeaderSize + 1, name.size());
+  const int result = Step(line, Packed(packet, PacketType::kEnd, name.size() + 1), kEndTimeoutMs);
   ICC_DPrintLogToFile("Z11DownLoadFile Z11EndDownload nRet=%d", result);
   return result;
 }

@@ -3,9 +3,9 @@
  * Common results of a push
  *   0    the file is on the terminal
  *   -1   the local file cannot be opened or read
- *   -2   the terminal reports a failure, or did not answer
+ *   -2   the terminal reports a failure, or its answer is empty
  *   -14  the terminal refuses, or its answer has no frame
- *   -3, -10, -11, -23  an exchange failed (frame/transaction.h)
+ *   -3, -10, -11, -23  an exchange failed, -11 also when no answer came in time (frame/transaction.h)
  *
  * One thread at a time: pushes share m_szBuf and m_szCMD. Memory does not grow with the file.
  */
@@ -24,7 +24,7 @@ GWQ_API extern unsigned char m_szCMD[204800];
  *   port, baud  of the exchanges
  *   channel     passed on, without meaning here
  *   type        255: stored as `name`; else a media type, stored under the local file's base name
- *   localPath   in
+ *   localPath   in; NULL gives -1 once the terminal is ready for it
  *   name        in; name on the terminal, at most 1022 bytes; may be NULL where it is not used */
 GWQ_API int Z11DownLoadFile(int port, char channel, int baud, int type, const char* localPath,
                             const char* name);
@@ -34,7 +34,7 @@ GWQ_API int Z11DownLoadHead(int port, char channel, int baud, int type, const ch
                             const char* name);
 
 /* Sends files on USB, each to "/tmp/" and its base name.
- *   pathList  in; local paths separated by "|"; cut after 1023 bytes
+ *   pathList  in; NULL gives -1, as NULL outList does; local paths separated by "|"; cut after 1023 bytes
  *   outList   out; the terminal's paths separated by "|", no terminator: pass 4096 zeroed bytes
  * Also -15: a listed file does not exist; those before it were sent. */
 GWQ_API int pushFileToZ11(const char* pathList, char* outList);

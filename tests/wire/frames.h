@@ -120,4 +120,50 @@ inline constexpr std::string_view kRejected =
     "\x1B[0RESPONSE\x02"
     "1\x03"sv;
 
+// ---------------------------------------------------------------- file push
+
+//  Mode change       ESC "[0HIDCHANGE"
+inline constexpr std::string_view kModeChange = "\x1B[0HIDCHANGE"sv;
+
+//  Packets           as for the pull, host to terminal; the start packet has a zero byte behind it
+inline constexpr std::string_view kPushStart = "\x02\x01\x00\x00\x00\x00\x00"sv;
+
+//  End packet        payload: media type, name
+inline test::Bytes PushEnd(std::uint8_t type, std::string_view name) {
+  return TransferPacket(3, test::Concat({type}, test::BytesOf(name)));
+}
+
+//  Acknowledgements  STX mark ETX                     mark: 0xAA done, 0xAA "1" failed, "U" refused
+inline constexpr std::string_view kDone = "\x02\xAA\x03"sv;
+inline constexpr std::string_view kFailed = "\x02\xAA\x31\x03"sv;
+inline constexpr std::string_view kRefused = "\x02U\x03"sv;
+
+// ---------------------------------------------------------------- media on the terminal
+
+//  List              ESC "[0GETFILELIST" STX type ETX            type: decimal
+inline constexpr std::string_view kListPictures = "\x1B[0GETFILELIST\x02\x30\x03"sv;
+inline constexpr std::string_view kListHeadPhotos = "\x1B[0GETFILELIST\x02\x32\x03"sv;
+//    answer          STX names, between them "|" ETX
+inline constexpr std::string_view kTwoNames = "\x02\x61.jpg|b.jpg\x03"sv;
+
+//  Delete            ESC "[0DELETE" STX type "|" name ETX        name "*": all of the type
+inline constexpr std::string_view kDeleteAllPictures = "\x1B[0DELETE\x02\x30|*\x03"sv;
+inline constexpr std::string_view kDeletePicture = "\x1B[0DELETE\x02\x30|x.jpg\x03"sv;
+inline constexpr std::string_view kDeleteHeadPhoto = "\x1B[0DELETE\x02\x32|x.jpg\x03"sv;
+
+//  Piece             ESC "[0DOWNLOAD" STX type "|" name "|" split(record) ETX
+//    record, little-endian:  total   remaining  bytes  XOR of all before
+//                            2       1          41     42
+inline constexpr std::string_view kPiece = "\x1B[0DOWNLOAD\x02\x30|n.txt|02000000010000004142\x03"sv;
+
+//  Query             ESC "[0SPECQUERYFILE" STX path ETX          known: an answer of more than 9 bytes
+inline constexpr std::string_view kQueryPicture =
+    "\x1B[0SPECQUERYFILE\x02/mnt/internal_sd/media/picture/x.jpg\x03"sv;
+
+//  QR code           ESC "[4QRCODEDELETE"
+inline constexpr std::string_view kDeleteQrCode = "\x1B[4QRCODEDELETE"sv;
+
+//  Update            ESC "[0UPDATE" STX path ETX
+inline constexpr std::string_view kUpdate = "\x1B[0UPDATE\x02/mnt/sdcard/media/data/update.dat\x03"sv;
+
 }  // namespace gwq::wire

@@ -17,6 +17,7 @@
 
 #include "diag/clock_text.h"
 #include "diag/log.h"
+#include "support/as_user.h"
 #include "support/log_capture.h"
 #include "support/temp_dir.h"
 
@@ -189,10 +190,11 @@ TEST(LogDirectories, AFileInTheirPlaceDropsTheLine) {
 TEST(LogDirectories, OnesThatMayNotBeWrittenDropTheLine) {
   const LogCapture log;
   fs::permissions(ModuleDirectory(), fs::perms(0555));
-  const uid_t user = geteuid();
-  ASSERT_EQ(0, seteuid(user == 0 ? 65534 : user));  // root may write anywhere
-  ICC_DPrintLogToFile("dropped");
-  ASSERT_EQ(0, seteuid(user));
+  {
+    const AsOrdinaryUser user;
+    ASSERT_TRUE(user.Holds());
+    ICC_DPrintLogToFile("dropped");
+  }
   fs::permissions(ModuleDirectory(), fs::perms::owner_all);
   EXPECT_FALSE(fs::exists(ModuleDirectory() / "Log"));
 }
