@@ -170,6 +170,7 @@ using CorruptPull = Files;
 using OversizedPull = Files;
 using OddPacketPull = Files;
 using StoppedPull = Files;
+using EmptyPackets = Files;
 using CutPackets = Files;
 
 TEST_F(RefusedPush, GivesRefusedAndStoresNothing) {
@@ -207,6 +208,12 @@ TEST_F(StoppedPull, GivesReadFailedAndKeepsWhatCame) {
   ASSERT_EQ(0, Push(LocalFile("out.bin", 250'000), "/tmp/out.bin"));
   EXPECT_EQ(GWQ_READ_FAILED, Pull("/tmp/out.bin", Local("in.bin")));
   EXPECT_EQ(3066U, fs::file_size(Local("in.bin")));  // 1018 + 1024 + 1024
+}
+
+TEST_F(EmptyPackets, OfTypes0And1BeforeTheDataDoNoHarm) {
+  ASSERT_EQ(0, Push(LocalFile("out.bin", 5000), "/tmp/out.bin"));
+  EXPECT_EQ(0, Pull("/tmp/out.bin", Local("in.bin")));
+  EXPECT_EQ(ReadFile(Local("out.bin")), ReadFile(Local("in.bin")));
 }
 
 TEST_F(CutPackets, TheDownloadThatCutsItsPacketsReachesItsEnd) {
