@@ -233,9 +233,7 @@ int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, i
   ICC_DPrintLogToFile("[GWQ_ReadPinDES]");
   if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   gwq::Text command;
-  command << "\x1B"
-             "F"
-          << iCmdDigit1 << iCmdDigit2 << "\r\n";
+  command << "\033F" << iCmdDigit1 << iCmdDigit2 << "\r\n";
   return gwq::ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
@@ -245,9 +243,7 @@ int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, 
   if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;
   gwq::Text command;
-  command << "\x1B"
-             "I"
-          << iCmdDigit1 << iCmdDigit2 << (*szAccount == '\0' ? "000000" : szAccount) << "\r\n";
+  command << "\033I" << iCmdDigit1 << iCmdDigit2 << (*szAccount == '\0' ? "000000" : szAccount) << "\r\n";
   return gwq::ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
