@@ -5,9 +5,9 @@
 namespace gwq {
 namespace {
 
-// Local time as localtime tells it, which follows a change of the time zone; localtime_r alone need not.
+// The zone is the one at the process's first look at local time: to read it anew each time would read the
+// environment under the host's hands.
 std::tm Local(std::time_t time) {
-  tzset();
   std::tm local{};
   localtime_r(&time, &local);
   return local;
