@@ -24,7 +24,6 @@ constexpr int kCannotOpen = -12;
 constexpr int kFirmware = 4;
 constexpr std::size_t kPieceSize = 30300;
 constexpr std::size_t kLongestName = 1022;
-constexpr std::string_view kDone = "\x02\xAA\x03";
 
 // A zero byte behind the packet, so that it is always a text.
 using Packet = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
@@ -38,7 +37,7 @@ bool Send(char* packet) {
   AnswerText<1024> answer;
   const int length = static_cast<int>(std::strlen(packet));
   const int result = TransProc(0, kBaud, packet, length, answer.data(), answer.length(), kTimeoutMs);
-  return result == GWQ_OK && answer.text().starts_with(kDone);
+  return result == GWQ_OK && answer.text().starts_with(kDoneAnswer);
 }
 
 void Complete(Packet& packet, PacketType type, std::size_t count) {

@@ -19,7 +19,6 @@ constexpr int kDeleteTimeoutMs = 3000;
 constexpr int kPieceLinkTimeoutMs = 5000;
 constexpr int kPieceSize = 1024;
 constexpr std::size_t kRecordOverhead = 9;
-constexpr std::string_view kDone = "\x02\xAA\x03";
 
 template <std::size_t N>
 void BuildDelete(CommandText<N>& command, int file_type, const char* name) {
@@ -96,7 +95,7 @@ int DownFile(int fileType, int total, int index, const unsigned char* data, int 
   auto* bytes = reinterpret_cast<unsigned char*>(answer.data());
   // A read that brings something counts as failed; callers live with it.
   if (ICC_ReadDataFromTransPort(bytes, *answer.length()) != 0) return GWQ_READ_FAILED;
-  if (std::string_view(answer.data(), gwq::kDone.size()) == gwq::kDone) return GWQ_OK;
+  if (std::string_view(answer.data(), gwq::kDoneAnswer.size()) == gwq::kDoneAnswer) return GWQ_OK;
   ICC_DPrintLogToFile(" read fail ");
   return GWQ_REFUSED;
 }

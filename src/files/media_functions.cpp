@@ -28,7 +28,6 @@ constexpr int kNamedFile = 255;
 constexpr int kPushBaud = 9600;
 constexpr char kPushChannel = '9';
 constexpr useconds_t kPauseAfterUpdateUs = 200'000;
-constexpr std::string_view kRefusal = "\x02U\x03";
 
 using Text = CommandText<1024 + 64>;
 
@@ -131,7 +130,7 @@ int QueryPicture(int baud, const char* path, bool& on_terminal) {
     ICC_DPrintLogToFile("SPECQUERYFILE\tError  nRet=%d", result);
     return result;
   }
-  on_terminal = !answer.text().starts_with(kRefusal) && answer.text().size() > 9;
+  on_terminal = !answer.text().starts_with(kRefusalAnswer) && answer.text().size() > 9;
   ICC_DPrintLogToFile("query File  OK");
   ICC_DPrintLogToFile("query File nExist=%d", on_terminal ? 1 : 0);
   return GWQ_OK;
@@ -234,7 +233,7 @@ int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
   command << "\x1B[0DELETE\x02" << gwq::kHeadPhotos << "|" << (name == nullptr ? "" : name) << "\x03";
   const int result = gwq::AskUsb(baud, command, answer);
   if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
-  return answer.text() == gwq::kRefusal ? GWQ_REFUSED : GWQ_OK;
+  return answer.text() == gwq::kRefusalAnswer ? GWQ_REFUSED : GWQ_OK;
 }
 
 int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, const char* path,

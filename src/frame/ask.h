@@ -53,6 +53,10 @@ class AnswerText {
   int length_ = N;
 };
 
+// The terminal's short answers.
+inline constexpr std::string_view kDoneAnswer = "\x02\xAA\x03";
+inline constexpr std::string_view kRefusalAnswer = "\x02U\x03";
+
 struct Line {
   int port;
   int baud;

@@ -17,7 +17,6 @@ namespace {
 
 constexpr int kCommandTimeoutMs = 3000;
 constexpr std::string_view kAcknowledged = "\xAA";
-constexpr std::string_view kUnknownCommand = "\x02U\x03";
 constexpr std::string_view kEndEntry = "\x83";
 
 using Text = CommandText<1024>;
@@ -256,7 +255,7 @@ int GWQ_GetVerBuildDate(int /*iPort*/, char /*cReserved*/, int iBaudRate, char* 
   const int result =
       Ask({0, iBaudRate}, command << "\x1B[0GETVERSION", answer, &EndOfRead2, kVersionTimeoutMs);
   if (result != GWQ_OK) return result;
-  if (answer.text() == gwq::kUnknownCommand) return GWQ_REFUSED;
+  if (answer.text() == gwq::kRefusalAnswer) return GWQ_REFUSED;
   const std::string_view data = gwq::WithoutMarks(answer.text());
   ICC_DPrintLogToFile("szData=%.*s", static_cast<int>(data.size()), data.data());
   const std::string_view date = gwq::BuildDateIn(data);
