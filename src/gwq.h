@@ -30,5 +30,8 @@
 #include "links/serial.h"
 #include "links/usb_hid.h"
 #include "pinpad/counter.h"
+#include "pinpad/entry.h"
+#include "pinpad/keys.h"
+#include "pinpad/settings.h"
 
 #endif
