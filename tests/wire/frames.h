@@ -88,6 +88,131 @@ inline constexpr std::string_view kVersion20231114 = "\x02V1.2|20231114\x03"sv;
 //  Not known         STX "U" ETX
 inline constexpr std::string_view kUnknownCommand = "\x02U\x03"sv;
 
+// ---------------------------------------------------------------- framed PIN-pad commands
+
+//  Command           STX split(length, body, XOR of the body) ETX              length: of the body, 16-bit,
+//  Answer            STX split(length, status, data, XOR of status and data) ETX        big-endian
+//                    length: of status and data; status: 16-bit, big-endian, 0 accepted
+inline constexpr std::string_view kReadDeviceIdFrame =
+    "\x02"
+    "0002"
+    "3018"
+    "28"
+    "\x03"sv;
+inline constexpr std::string_view kAnswer1234Frame =
+    "\x02"
+    "0004"
+    "0000"
+    "1234"
+    "26"
+    "\x03"sv;
+
+inline void AppendSplit(test::Bytes& frame, const test::Bytes& bytes) {
+  for (const std::uint8_t byte : bytes) {
+    frame.push_back(static_cast<std::uint8_t>((byte >> 4U) + 0x30U));
+    frame.push_back(static_cast<std::uint8_t>((byte & 0x0FU) + 0x30U));
+  }
+}
+
+inline test::Bytes PinPadFrame(const test::Bytes& body) {
+  std::uint8_t check = 0;
+  for (const std::uint8_t byte : body) check = static_cast<std::uint8_t>(check ^ byte);
+  test::Bytes frame{0x02};
+  AppendSplit(frame, {static_cast<std::uint8_t>(body.size() >> 8U), static_cast<std::uint8_t>(body.size())});
+  AppendSplit(frame, body);
+  AppendSplit(frame, {check});
+  frame.push_back(0x03);
+  return frame;
+}
+
+inline test::Bytes PinPadFrame(std::string_view body) {
+  return PinPadFrame(test::BytesOf(body));
+}
+
+inline test::Bytes PinPadAnswer(unsigned status, const test::Bytes& data = {}) {
+  return PinPadFrame(
+      test::Concat({static_cast<std::uint8_t>(status >> 8U), static_cast<std::uint8_t>(status)}, data));
+}
+
+//  Bodies            a body ends before its first zero byte, so that a value of 0 is left out
+//    settings          30 code value
+inline constexpr std::string_view kGetEnType = "\x30\x33"sv;
+inline constexpr std::string_view kSetEnType1 = "\x30\x10\x01"sv;
+inline constexpr std::string_view kSetEnType0 = "\x30\x10"sv;
+inline constexpr std::string_view kGetPinLen = "\x30\x35"sv;
+inline constexpr std::string_view kSetPinLen6 = "\x30\x12\x06"sv;
+inline constexpr std::string_view kSetPinLen0 = "\x30\x12"sv;
+inline constexpr std::string_view kSetEndRule2 = "\x30\x13\x02"sv;
+inline constexpr std::string_view kSetEndRule0 = "\x30\x13"sv;
+inline constexpr std::string_view kFillWithOnes = "\x30\x11\xFF"sv;
+inline constexpr std::string_view kFillWithZeros = "\x30\x11"sv;
+inline constexpr std::string_view kSetPinMode1 = "\x30\x32\x01"sv;
+inline constexpr std::string_view kSetPinMode5 = "\x30\x32\x05"sv;
+inline constexpr std::string_view kSetPinMode6 = "\x30\x32\x06"sv;
+inline constexpr std::string_view kSetPinMode0 = "\x30\x32"sv;
+inline constexpr std::string_view kSetSound1 = "\x30\x14\x01"sv;
+inline constexpr std::string_view kSetSound2 = "\x30\x14\x02"sv;
+inline constexpr std::string_view kSetSound3 = "\x30\x14\x03"sv;
+inline constexpr std::string_view kSetSound0 = "\x30\x14"sv;
+//    account           30 16 length digits
+inline constexpr std::string_view kAccount19 =
+    "\x30\x16\x13"
+    "1234567890123456789"sv;
+inline constexpr std::string_view kAccountField =
+    "\x30\x16\x0C"
+    "789012345678"sv;
+inline constexpr std::string_view kEmptyAccountField = "\x30\x16\x0C"sv;
+//    serial number
+inline constexpr std::string_view kReadDeviceId = "\x30\x18"sv;
+//    factor            read; make one of type 1, of type 2
+inline constexpr std::string_view kReadFactor = "\x30\x19"sv;
+inline constexpr std::string_view kMakeFactor1 = "\x30\x03"sv;
+inline constexpr std::string_view kMakeFactor2 = "\x30\x3A"sv;
+//    public key        30 02 algorithm length      length: bytes, 2048 bits as 1
+inline constexpr std::string_view kPublicKey1024 = "\x30\x02\x01\x80"sv;
+inline constexpr std::string_view kPublicKey256 = "\x30\x02\x02\x20"sv;
+//    digest            30 15 algorithm length data
+inline constexpr std::string_view kDigestOfAbc =
+    "\x30\x15\x04\x03"
+    "abc"sv;
+//    working key       30 04 (type 1) or 30 39 (type 2), length, key, factor, verify key
+inline constexpr std::string_view kLoadKeyType1 =
+    "\x30\x04\x10"
+    "\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF\x01"
+    "FACTOR"
+    "VERIFY"sv;
+inline constexpr std::string_view kLoadKeyType2 =
+    "\x30\x39\x10"
+    "\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF\x01"
+    "FACTOR"
+    "VERIFY"sv;
+//      its confirmation: the command's own code as status, then one byte
+inline constexpr unsigned kKeyType1Confirmed = 0x3004;
+inline constexpr unsigned kKeyType2Confirmed = 0x3039;
+//    PIN entry         30 05 seconds; with a text on the screen 40 30 seconds text
+inline constexpr std::string_view kEnterPin30 = "\x30\x05\x1E"sv;
+inline constexpr std::string_view kEnterPinNoTime = "\x30\x05"sv;
+inline constexpr std::string_view kEnterPinShowing =
+    "\x40\x30\x1E"
+    "Key your PIN"sv;
+inline constexpr std::string_view kEnterPinShowingNothing = "\x40\x30\x1E"sv;
+
+//  Give the terminal a serial number    ESC "[0BJPOSTSETSN" STX number ETX
+inline constexpr std::string_view kWriteDeviceId = "\x1B[0BJPOSTSETSN\x02SN-20231114\x03"sv;
+
+//  Encipher          ESC "[1GETFIRMVERSION", then ESC "[1GETENCDATA" STX algorithm "|" length "|" hex ETX
+inline constexpr std::string_view kFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
+inline constexpr std::string_view kEncipher = "\x1B[1GETENCDATA\x02\x37|6|616263\x03"sv;
+inline constexpr std::string_view kPullEnciphered = "\x1B[0PULLFILE\x02/tmp/encdata.txt\x03"sv;
+
+//  Ask for a number  ESC "[5GETINNO" STX seconds "|" param "|" param "|" split(prompt in GBK) ETX
+inline constexpr std::string_view kAskNumber = "\x1B[5GETINNO\x02\x33\x30|20|2|<7>;4142\x03"sv;
+inline constexpr std::string_view kAskNumberPrompt =
+    "\u8bf7"
+    "AB"sv;
+//    answer          byte, number, "F"
+inline constexpr std::string_view kNumberKeyed = "B12345F"sv;
+
 // ---------------------------------------------------------------- file pull
 
 //  Request           ESC "[0PULLFILE" STX path ETX

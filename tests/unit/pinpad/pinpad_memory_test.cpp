@@ -1,0 +1,124 @@
+// Without memory for a command's buffers the call fails and sends nothing.
+#include <functional>
+
+#include "pinpad/entry.h"
+#include "pinpad/keys.h"
+#include "pinpad/settings.h"
+#include "unit/pinpad/pinpad_rig.h"
+
+namespace gwq::test {
+namespace {
+
+constexpr int kBaud = 9600;
+
+// How many zeroed blocks the library still gets; negative: all that it asks for.
+int g_blocks_left = -1;
+int g_blocks_refused = 0;
+
+bool NextBlockIsRefused() {
+  if (g_blocks_left < 0) return false;
+  if (g_blocks_left-- > 0) return false;
+  g_blocks_left = 0;
+  ++g_blocks_refused;
+  return true;
+}
+
+class OutOfMemory {
+ public:
+  explicit OutOfMemory(int blocks_left) {
+    g_blocks_refused = 0;
+    g_blocks_left = blocks_left;
+  }
+  ~OutOfMemory() { g_blocks_left = -1; }
+  OutOfMemory(const OutOfMemory&) = delete;
+  OutOfMemory& operator=(const OutOfMemory&) = delete;
+};
+
+class MemoryRig : public PinPadRig {
+ public:
+  char* Text(std::string_view text) { return In(text); }
+
+  GuardedBuffer out_{1021, kFill};
+  int number_ = kUntouched;
+};
+
+struct Call {
+  const char* name;
+  std::function<int(MemoryRig& rig)> call;
+  int result;
+};
+
+void PrintTo(const Call& call, std::ostream* out) {
+  *out << call.name;
+}
+
+class PinPadMemory : public MemoryRig, public testing::WithParamInterface<Call> {};
+
+// With the first block refused, then the second, and so on until the call needs no more.
+TEST_P(PinPadMemory, ThatIsWantingEndsTheCallWithNothingSent) {
+  int refusals = 0;
+  for (int blocks = 0; blocks < 8; ++blocks) {
+    const OutOfMemory wanting(blocks);
+    const int result = GetParam().call(*this);
+    if (g_blocks_refused == 0) break;
+    ++refusals;
+    EXPECT_EQ(result, GetParam().result) << blocks;
+    EXPECT_EQ(usb_.Count("out"), 0) << blocks;
+  }
+  EXPECT_GT(refusals, 0);
+  EXPECT_TRUE(out_.AllAre(kFill));
+  EXPECT_EQ(number_, kUntouched);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, PinPadMemory,
+    testing::Values(
+        Call{"SetEndRule", [](MemoryRig&) { return PN_SetEndRule(0, nullptr, kBaud, 1); }, -1},
+        Call{"GetPinLen", [](MemoryRig& rig) { return PN_GetPinLen(0, nullptr, kBaud, &rig.number_); }, -1},
+        Call{"ReadDeviceId",
+             [](MemoryRig& rig) { return PN_ReadDeviceId(0, nullptr, kBaud, rig.out_.text()); }, -1},
+        Call{
+            "CreateFactor",
+            [](MemoryRig& rig) { return PN_CreateAndGetPinPadFactor(0, nullptr, kBaud, 1, rig.out_.text()); },
+            -1},
+        Call{"PublicKey",
+             [](MemoryRig& rig) { return PN_ObtainPublicKey(0, nullptr, kBaud, 1, 8, rig.out_.text()); }, -1},
+        Call{"Digest",
+             [](MemoryRig& rig) {
+               return PN_ObtainDigest(0, nullptr, kBaud, 4, rig.Text("abc"), rig.out_.text());
+             },
+             -1},
+        Call{"WorkingKey",
+             [](MemoryRig& rig) {
+               return PN_DownloadPinPadWK(0, nullptr, kBaud, rig.Text("F"), nullptr, rig.Text("11"),
+                                          rig.Text("V"));
+             },
+             -1},
+        Call{"GetPin",
+             [](MemoryRig& rig) { return PN_GetPin(0, nullptr, kBaud, 30, &rig.number_, rig.out_.text()); },
+             -1},
+        Call{"GetPinShowing",
+             [](MemoryRig& rig) {
+               return GetPinblockShowString(0, nullptr, kBaud, rig.out_.data(), &rig.number_, 30,
+                                            rig.Text("text"));
+             },
+             -1},
+        Call{"GetInNo",
+             [](MemoryRig& rig) {
+               return PN_GetInNo(0, nullptr, kBaud, 30, 0, 0, rig.Text("text"), rig.out_.text());
+             },
+             -24}),
+    [](const auto& each) { return std::string(each.param.name); });
+
+}  // namespace
+}  // namespace gwq::test
+
+extern "C" {
+
+void* __real_calloc(std::size_t count, std::size_t size);
+
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+  return gwq::test::NextBlockIsRefused() ? nullptr : __real_calloc(count, size);
+}
+
+}  // extern "C"
