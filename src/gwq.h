@@ -30,5 +30,7 @@
 #include "links/serial.h"
 #include "links/usb_hid.h"
 #include "pinpad/counter.h"
+#include "screens/documents.h"
+#include "screens/signing.h"
 
 #endif

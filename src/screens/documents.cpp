@@ -1,0 +1,84 @@
+#include "screens/documents.h"
+
+#include <string_view>
+
+#include "diag/log.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "screens/document_steps.h"
+
+namespace gwq {
+namespace {
+
+// Room for the list and what stands around it.
+using Text = CommandText<1024 + 128>;
+using List = DocumentList<1024>;
+
+// pnDisplayResult: what the customer decided.
+enum Decision { kAgreed = 0, kDeclined = 1, kUndecided = 2 };
+
+struct Meaning {
+  std::string_view answer;
+  Decision decision;
+  int status;
+};
+
+constexpr Meaning kMeanings[] = {
+    {kDoneAnswer, kAgreed, GWQ_OK},
+    {kCancelAnswer, kDeclined, GWQ_OK},
+    {kTimeoutAnswer, kUndecided, GWQ_NO_ANSWER},
+    {kRefusalAnswer, kUndecided, GWQ_REFUSED},
+};
+
+Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {
+  return command << "\x1B[2" << word << "\x02" << 0 << "|" << timeout_s << "|" << list.data() << "\x03";
+}
+
+int Undecided(int status, int& decision) {
+  decision = kUndecided;
+  return status;
+}
+
+int TakeDecision(std::string_view answer, int& decision) {
+  for (const Meaning& meaning : kMeanings) {
+    if (answer != meaning.answer) continue;
+    decision = meaning.decision;
+    return meaning.status;
+  }
+  return GWQ_OK;
+}
+
+int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
+  Text command;
+  AnswerText<1024> answer;
+  const int result = Ask({0, baud}, Fill(command, "YCNEWSTARTFILE", timeout_s, list), answer, &EndOfRead2,
+                         WaitMs(timeout_s));
+  ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
+  return result == GWQ_OK ? TakeDecision(answer.text(), decision) : Undecided(result, decision);
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath) {
+  if (!gwq::Given(szFilePath) || !gwq::IsScreenTimeout(nTimeout)) return GWQ_BAD_ARGUMENT;
+  if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::List list;
+  if (const int result = gwq::PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
+  gwq::Text command;
+  return Tell({0, iBaudRate}, gwq::Fill(command, "YCNEWSHOWFILE", nTimeout, list), gwq::kSendTimeoutMs);
+}
+
+int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath,
+                  int* pnDisplayResult) {
+  if (pnDisplayResult == nullptr || !gwq::Given(szFilePath) || !gwq::IsScreenTimeout(nTimeout)) {
+    ICC_DPrintLogToFile("param Error,return\n");
+    if (pnDisplayResult != nullptr) *pnDisplayResult = gwq::kUndecided;
+    return GWQ_BAD_ARGUMENT;
+  }
+  if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::List list;
+  const int pushed = gwq::PushDocuments(szFilePath, list.span());
+  if (pushed != GWQ_OK) return gwq::Undecided(pushed, *pnDisplayResult);
+  return gwq::AskToConfirm(iBaudRate, nTimeout, list, *pnDisplayResult);
+}
