@@ -30,6 +30,9 @@
 #include "links/serial.h"
 #include "links/usb_hid.h"
 #include "pinpad/counter.h"
+#include "pinpad/entry.h"
+#include "pinpad/keys.h"
+#include "pinpad/settings.h"
 #include "screens/documents.h"
 #include "screens/signing.h"
 

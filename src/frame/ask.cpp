@@ -1,5 +1,9 @@
 #include "frame/ask.h"
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
 #include "diag/log.h"
 
 namespace gwq {
@@ -14,6 +18,11 @@ int DrainLogged(int baud) {
   const int result = Drain({0, baud});
   ICC_DPrintLogToFile("TransProcOnlyRead iRet=%d", result);
   return result;
+}
+
+int WaitMs(int seconds, int margin_ms) {
+  const std::int64_t wait = std::int64_t{seconds} * 1000 + margin_ms;
+  return static_cast<int>(std::clamp<std::int64_t>(wait, INT_MIN, INT_MAX));
 }
 
 std::string_view WithoutMarks(std::string_view answer) {

@@ -79,6 +79,10 @@ int Drain(Line line);
 // Drains USB and logs the status, as the multimedia functions do.
 int DrainLogged(int baud);
 
+// How long to wait for the customer, who has so many seconds, and for the terminal to tell. Never beyond what an
+// int holds.
+int WaitMs(int seconds, int margin_ms);
+
 // What stands between the first and the last byte of an answer, STX and ETX.
 std::string_view WithoutMarks(std::string_view answer);
 

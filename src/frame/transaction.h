@@ -1,12 +1,14 @@
 /* Transactions: open the link of a port, send a command, read the answer, close the link.
  *
  * Common arguments
- *   port       0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a
- *              negative port opens USB but sends as on a serial device: one write, not cut into 1024-byte
- * reports command    in; on port 0, `commandLen` 0 means its length as text answer     out; pass it zeroed,
- * with 1024 bytes of room beyond *answerLen: a USB read keeps the report that reaches the maximum whole. NULL
- * (or NULL answerLen) skips the read. After a failed read it may hold what had arrived. answerLen  in: most
- * bytes to read; out: length of the answer as text (up to its first zero byte); untouched on failure
+ *   port       0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a negative port
+ *              opens USB but sends as on a serial device: one write, not cut into 1024-byte reports
+ *   command    in; on port 0, `commandLen` 0 means its length as text
+ *   answer     out; pass it zeroed, with 1024 bytes of room beyond *answerLen: a USB read keeps the report that
+ *              reaches the maximum whole. NULL (or NULL answerLen) skips the read. After a failed read it may
+ *              hold what had arrived.
+ *   answerLen  in: most bytes to read; out: length of the answer as text (up to its first zero byte);
+ *              untouched on failure
  *   timeout_ms cut down to whole seconds; below 1000 the read ends when the clock's second changes
  *
  * Common results

@@ -37,7 +37,7 @@ bool IsEntryTimeout(int seconds) {
 }
 
 int EntryTimeoutMs(int seconds) {
-  return seconds * 1000 + 3000;
+  return WaitMs(seconds, 3000);
 }
 
 void DrainUsb(Line line) {

@@ -1,0 +1,90 @@
+/* PIN entry: the customer keys a PIN and the host gets its PIN block (ISO 9564 or what the pad is set to), a
+ * text enciphered by the terminal, or a number in clear.
+ *
+ * Common arguments
+ *   iPortNo     USB is used whatever the port, but for PN_GetPin: 0 USB, n >= 1 serial port n
+ *   szReserved  not read; may be NULL
+ *   iBaudRate   bits per second on a serial port
+ *
+ * Common results, besides those named with each function
+ *   0    success
+ *   -1   an argument is out of range or an output NULL, or out of memory; nothing was sent
+ *   -2, -3, -10, -11, -23  the exchange failed (frame/transaction.h)
+ *
+ * Outputs are untouched on failure unless stated. Settings sent before a failure stay set in the pad. One
+ * thread at a time; CancelRead from another thread ends the customer's entry.
+ */
+#ifndef GWQ_PINPAD_ENTRY_H
+#define GWQ_PINPAD_ENTRY_H
+
+#include "../export.h"
+
+GWQ_C_BEGIN
+
+/* Lets the customer key a PIN and returns its PIN block. Frame with body 30 05 seconds.
+ *   iTimeout    seconds, of which the pad gets the low byte; waits 2 s longer
+ *   piPinLen    out; the block's length in bytes
+ *   szPinBlock  out; the block and a terminator; at most 1021 bytes
+ * Also -18, -2, -22: the pad's own refusals 1, 2, 3 (the first byte of an answer that is not a good one; so
+ * -2 for any refusal that comes in a frame); -14 any other. */
+GWQ_API int PN_GetPin(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int* piPinLen,
+                      char* szPinBlock);
+
+/* As PN_GetPin, with a text on the pad's screen. Body 40 30 seconds text.
+ *   pPinBlock, pnPinLen  out; as szPinBlock, piPinLen
+ *   szShowString         in; sent as it is, at most 40956 bytes; NULL or empty: none */
+GWQ_API int GetPinblockShowString(int iPortNo, char* szReserved, int iBaudRate, unsigned char* pPinBlock,
+                                  int* pnPinLen, int nTimeout, char* szShowString);
+
+/* Checks and sets the pad's entry parameters, reads its factor, then lets the customer key a PIN. In order:
+ * encryption type, PIN length, entry mode, sound, account (type 1), factor, PN_GetPin.
+ *   iTimeout        seconds, as PN_GetPin
+ *   iAlgoType       the encryption type that the pad must be set to
+ *   nModex          at most 2; the pad gets nModex + 1 as its sound
+ *   iPinType        1 bound to an account, 5, or 6
+ *   szAccountNo     in; digits, for type 1 only. Of more than 12 the 12 before the last are used; fewer than
+ *                   12 reach the pad as an empty account
+ *   szPinPadFactor  out; the pad's factor and a terminator; at most 1021 bytes; also written when a later
+ *                   step fails
+ *   pPinBlock       out; as PN_GetPin
+ *   pnPinLen        in: the PIN's length, which must be the pad's: 6 for type 6, else 4 to 14; out: the
+ *                   block's length in bytes
+ * Also -1 if the pad is set to another type or length; -14 if a setting or the factor was refused; -21 if
+ * the account is NULL or holds anything but digits; and PN_GetPin's results. */
+GWQ_API int PN_GetPinBlock(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
+                           int nModex, int iPinType, char* szAccountNo, char* szPinPadFactor, void* pPinBlock,
+                           int* pnPinLen);
+
+/* As PN_GetPinBlock, with a text on the pad's screen while the PIN is keyed.
+ *   szShowString  in; as GetPinblockShowString
+ * `nModex` is looked at only after the entry mode is set; a refused entry mode gives -1 here. */
+GWQ_API int PN_GetPinBlockShowString(int iPortNo, char* szReserved, int iBaudRate, int nTimeout,
+                                     int iAlgoType, int nModex, int iPinType, char* szAccountNo,
+                                     char* szPinPadFactor, void* pPinBlock, int* pnPinLen,
+                                     char* szShowString);
+
+/* Has the terminal encipher bytes and fetches the result, a file, by way of "/tmp/enctemp.data" on the host.
+ *   nTimeout   seconds; waits 3 s longer
+ *   iAlgoType  passed to the terminal
+ *   szInfo     in; bytes, as many as `pnLen` says; at most 20480 are sent
+ *   pFileData  in/out; cleared as far as the text that it holds, then the whole file and a terminator: the
+ *              caller makes room for both
+ *   pnLen      in: bytes in `szInfo`; out: the file's size, written before the file is read
+ *   szEncData  out; the terminal's answer text and a terminator; at most 4096 bytes
+ * Also -14 if the terminal failed or the file could not be fetched; -406 if it holds no encryption key. */
+GWQ_API int PN_GetStringBlock(int iPortNo, char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
+                              char* szInfo, char* pFileData, int* pnLen, char* szEncData);
+
+/* Asks the customer for a number.
+ *   iTimeout            1 to 999 seconds; waits 2 s longer
+ *   iInParam1, iInParam2  0 to 20 and 0 to 2, passed to the terminal
+ *   szPrompt            in; UTF-8, not empty; sent as GBK in split form; a prompt of more than 512 bytes of
+ *                       GBK is sent empty
+ *   szResult            out; the answer without its first and last byte, and a terminator; at most 1024 bytes
+ * Also -1 if the prompt is not UTF-8; -24 out of memory. */
+GWQ_API int PN_GetInNo(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int iInParam1,
+                       int iInParam2, char* szPrompt, char* szResult);
+
+GWQ_C_END
+
+#endif

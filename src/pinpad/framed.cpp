@@ -1,0 +1,53 @@
+#include "pinpad/framed.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "codec/packet.h"
+
+namespace gwq {
+
+PadBody::PadBody(int command, std::size_t room) : bytes_(std::max<std::size_t>(room, 3)) {
+  *this << (command >> 8) << command;
+}
+
+PadBody& PadBody::operator<<(std::string_view bytes) {
+  if (!bytes_) return *this;
+  const std::size_t length = std::min(bytes.size(), bytes_.size() - 1 - size_);
+  bytes.copy(bytes_.data() + size_, length);
+  size_ += length;
+  return *this;
+}
+
+PadBody& PadBody::operator<<(int number) {
+  const char byte = static_cast<char>(number & 0xFF);
+  return *this << std::string_view(&byte, 1);
+}
+
+std::span<const unsigned char> PadBody::Sent() const {
+  return {reinterpret_cast<const unsigned char*>(bytes_.data()), std::strlen(bytes_.data())};
+}
+
+void PadAnswer::Unpack() {
+  const auto bytes = raw_.bytes();
+  status_ = UnPackData(bytes.data(), static_cast<int>(bytes.size()), data_.data(), &length_);
+}
+
+int AskPad(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer) {
+  if (!body) return GWQ_BAD_ARGUMENT;
+  const auto sent = body.Sent();
+  SecretHeap<unsigned char> frame((sent.size() + 5) * 2);
+  if (!frame) return GWQ_BAD_ARGUMENT;
+  const int length = PackData(sent.data(), static_cast<int>(sent.size()), frame.data());
+  const int result = TransProcByEnd(line.port, line.baud, reinterpret_cast<char*>(frame.data()), length,
+                                    answer.raw_.data(), answer.raw_.length(), &EndOfRead2, timeout_ms);
+  if (result == GWQ_OK) answer.Unpack();
+  return result;
+}
+
+void CopyOut(std::span<const unsigned char> data, char* out) {
+  std::memcpy(out, data.data(), data.size());
+  out[data.size()] = '\0';
+}
+
+}  // namespace gwq

@@ -1,0 +1,217 @@
+#include "pinpad/keys.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "codec/text_forms.h"
+#include "diag/log.h"
+#include "pinpad/framed.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kReadFactor = 0x3019;
+constexpr int kCreateFactor1 = 0x3003;
+constexpr int kCreateFactor2 = 0x303A;
+constexpr int kReadPublicKey = 0x3002;
+constexpr int kDigest = 0x3015;
+constexpr int kLoadKey1 = 0x3004;
+constexpr int kLoadKey2 = 0x3039;
+
+constexpr int kFactorTimeoutMs = 2000;
+constexpr int kPublicKeyTimeoutMs = 6000;
+constexpr int kDigestTimeoutMs = 3000;
+constexpr int kLoadKeyTimeoutMs = 4000;
+
+constexpr std::size_t kLongestBody = 65535;  // as far as a frame's length counts
+
+int AskFactor(Line line, int command, PadAnswer& answer) {
+  const int result = AskPad(line, PadBody(command), kFactorTimeoutMs, answer);
+  return result == GWQ_OK ? RefusedUnlessDone(answer.status()) : result;
+}
+
+int TakeFactor(Line line, int command, char* factor) {
+  PadAnswer answer;
+  const int result = AskFactor(line, command, answer);
+  if (result == GWQ_OK) CopyOut(answer.data(), factor);
+  return result;
+}
+
+int WorkingKeyType(const char* text) {
+  return text != nullptr && *text == '2' ? 2 : 1;
+}
+
+// Exchanges, logs both results and gives back the first that is not success.
+int AskPadLogged(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer) {
+  const int result = AskPad(line, body, timeout_ms, answer);
+  ICC_DPrintLogToFile("TransProc iRet=%d", result);
+  if (result != GWQ_OK) return result;
+  ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());
+  return answer.status();
+}
+
+// Of an RSA key the exponent, the last three bytes, is left out.
+std::span<const unsigned char> KeyBytes(int algorithm, std::span<const unsigned char> data) {
+  constexpr std::size_t kExponentSize = 3;
+  if (algorithm != 1) return data;
+  return data.first(data.size() - std::min(data.size(), kExponentSize));
+}
+
+std::string_view AsText(std::span<const unsigned char> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// An SM2 ciphertext as the host prepares it; C2 has a fixed field, of which the first bytes count.
+class Sm2Record {
+ public:
+  static constexpr std::size_t kSize = 234;
+  static constexpr int kLengthByte = 0x70;
+
+  explicit Sm2Record(std::span<const unsigned char> bytes) : bytes_(bytes) {}
+
+  void AppendTo(PadBody& body) const {
+    Log("c1:", C1());
+    Log("c2:", C2());
+    Log("c3:", C3());
+    body << AsText(C1()) << AsText(C2().first(MeaningfulBytes())) << AsText(C3());
+  }
+
+ private:
+  static void Log(const char* label, std::span<const unsigned char> part) {
+    ICC_DPrintDataHexToFile(label, part.data(), static_cast<int>(part.size()));
+  }
+  [[nodiscard]] std::size_t MeaningfulBytes() const {
+    const std::size_t told = bytes_[0] + 256U * bytes_[1];
+    return std::min(told, C2().size());
+  }
+  [[nodiscard]] std::span<const unsigned char> C1() const { return bytes_.subspan(2, 64); }
+  [[nodiscard]] std::span<const unsigned char> C2() const { return bytes_.subspan(66, 136); }
+  [[nodiscard]] std::span<const unsigned char> C3() const { return bytes_.subspan(202, 32); }
+
+  std::span<const unsigned char> bytes_;
+};
+
+void AppendKey(std::span<const unsigned char> key, PadBody& body) {
+  constexpr std::size_t kSizeToldAsOne = 256;
+  if (key.size() == Sm2Record::kSize) {
+    body << Sm2Record::kLengthByte;
+    return Sm2Record(key).AppendTo(body);
+  }
+  body << (key.size() == kSizeToldAsOne ? 1 : static_cast<int>(key.size())) << AsText(key);
+}
+
+struct WorkingKey {
+  std::string_view enciphered;  // hexadecimal
+  std::string_view factor;
+  std::string_view verify_key;
+};
+
+int AskToLoad(Line line, int command, const WorkingKey& wk, PadAnswer& answer) {
+  SecretHeap<unsigned char> key(wk.enciphered.size() / 2);
+  const std::size_t room = 4 + key.size() + wk.factor.size() + wk.verify_key.size();
+  if (!key || room > kLongestBody) return GWQ_BAD_ARGUMENT;
+  AsciiToHex(wk.enciphered.data(), static_cast<int>(2 * key.size()), key.data());
+  PadBody body(command, room);
+  AppendKey({key.data(), key.size()}, body);
+  body << wk.factor << wk.verify_key;
+  DrainLogged(line.baud);
+  return AskPad(line, body, kLoadKeyTimeoutMs, answer);
+}
+
+// The pad confirms a key load with the command's own two bytes as status word and a result behind it.
+int JudgeLoad(int command, const PadAnswer& answer) {
+  constexpr int kConfirmedWithoutResult = 3;
+  int result = answer.status();
+  if (result == command && answer.data().empty()) result = kConfirmedWithoutResult;
+  if (answer.status() == command && !answer.data().empty()) {
+    result = answer.data()[0];
+    ICC_DPrintLogToFile("UnPackData  szRes[0]=%d,", result);
+    if (result == 1) return GWQ_BAD_ARGUMENT;
+    if (result == 2 || result == 3) return GWQ_BAD_FRAME;
+  }
+  ICC_DPrintLogToFile("PN_DownloadPinPadWK iRet=%d", result);
+  return result;
+}
+
+}  // namespace
+}  // namespace gwq
+
+int PN_GetPinPadFactor(int iPortNo, char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
+  if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
+  return gwq::TakeFactor({iPortNo, iBaudRate}, gwq::kReadFactor, szPinPadFactor);
+}
+
+int PN_CreateAndGetPinPadFactor(int iPortNo, char* /*szReserved*/, int iBaudRate, int iFactorType,
+                                char* szPinPadFactor) {
+  if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
+  const gwq::Line line{iPortNo, iBaudRate};
+  if (iFactorType != 1) return gwq::TakeFactor(line, gwq::kCreateFactor2, szPinPadFactor);
+  gwq::PadAnswer created;
+  if (const int result = gwq::AskFactor(line, gwq::kCreateFactor1, created); result != GWQ_OK) return result;
+  return gwq::TakeFactor(line, gwq::kReadFactor, szPinPadFactor);
+}
+
+int PN_ObtainFactor(int /*iPortNo*/, char* szReserved, int iBaudRate, char* szWKType, char* szPinPadFactor) {
+  ICC_DPrintLogToFile("PN_ObtainFactor");
+  ICC_DPrintLogToFile("szWKType=%s", szWKType);
+  if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  const int type = gwq::WorkingKeyType(szWKType);
+  const int result = PN_CreateAndGetPinPadFactor(0, szReserved, iBaudRate, type, szPinPadFactor);
+  ICC_DPrintLogToFile("PN_ObtainFactor iRet=%d", result);
+  return result;
+}
+
+int PN_ObtainPublicKey(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iAlgoType, int iKeyLen,
+                       char* szPublicKey) {
+  constexpr int kBitsToldAsOne = 2048;
+  ICC_DPrintLogToFile("PN_ObtainPublicKey  iAlgoType=%d,iKeyLen=%d", iAlgoType, iKeyLen);
+  if ((iAlgoType != 1 && iAlgoType != 2) || szPublicKey == nullptr) return GWQ_BAD_ARGUMENT;
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::PadBody body(gwq::kReadPublicKey);
+  body << iAlgoType << (iKeyLen == kBitsToldAsOne ? 1 : iKeyLen / 8);
+  gwq::PadAnswer answer;
+  const int result = gwq::AskPadLogged({0, iBaudRate}, body, gwq::kPublicKeyTimeoutMs, answer);
+  if (result != GWQ_OK) return result;
+  const auto key = gwq::KeyBytes(iAlgoType, answer.data());
+  HexToAscii(key.data(), static_cast<int>(key.size()), szPublicKey);
+  ICC_DPrintLogToFile("PN_ObtainPublicKey iRet=%d", GWQ_OK);
+  return GWQ_OK;
+}
+
+int PN_ObtainDigest(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iHashAlgo, char* szData,
+                    char* pDigest) {
+  ICC_DPrintLogToFile("PN_ObtainDigest  iHashAlgo=%d", iHashAlgo);
+  if (szData == nullptr || pDigest == nullptr) return GWQ_BAD_ARGUMENT;
+  const std::string_view data(szData);
+  const std::size_t room = data.size() + 5;
+  if (room > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
+  gwq::PadBody body(gwq::kDigest, room);
+  body << iHashAlgo << static_cast<int>(data.size()) << data;
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::PadAnswer answer;
+  const int result = gwq::AskPadLogged({0, iBaudRate}, body, gwq::kDigestTimeoutMs, answer);
+  if (result != GWQ_OK) return result;
+  gwq::CopyOut(answer.data(), pDigest);
+  ICC_DPrintLogToFile("PN_ObtainDigest iRet=%d", GWQ_OK);
+  return GWQ_OK;
+}
+
+int PN_DownloadPinPadWK(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, char* szPinPadFactor,
+                        char* szWKType, char* encWKData, char* szVerifyKey) {
+  ICC_DPrintLogToFile("PN_DownloadPinPadWK");
+  ICC_DPrintLogToFile("szPinPadFactor=%s,encWKData=%s,szVerifyKey=%s", szPinPadFactor, encWKData,
+                      szVerifyKey);
+  if (szVerifyKey == nullptr || encWKData == nullptr) return GWQ_BAD_ARGUMENT;
+  const int command = gwq::WorkingKeyType(szWKType) == 2 ? gwq::kLoadKey2 : gwq::kLoadKey1;
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  const gwq::WorkingKey wk{encWKData, szPinPadFactor == nullptr ? "" : szPinPadFactor, szVerifyKey};
+  gwq::PadAnswer answer;
+  const int result = gwq::AskToLoad({0, iBaudRate}, command, wk, answer);
+  ICC_DPrintLogToFile("TransProc  iRet=%d,", result);
+  if (result != GWQ_OK) return result;
+  ICC_DPrintLogToFile("UnPackData  iRet=%d,", answer.status());
+  return gwq::JudgeLoad(command, answer);
+}

@@ -1,0 +1,62 @@
+// A number keyed by the customer, with a prompt.
+#include <cstring>
+#include <string_view>
+
+#include "codec/encodings.h"
+#include "codec/secret.h"
+#include "codec/text_forms.h"
+#include "diag/log.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "pinpad/entry.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kSplitRoom = 1024;
+
+bool Within(int value, int low, int high) {
+  return value >= low && value <= high;
+}
+
+bool NumberArgumentsHold(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
+  if (prompt == nullptr || *prompt == '\0' || result == nullptr) return false;
+  return Within(timeout_s, 1, 999) && Within(param1, 0, 20) && Within(param2, 0, 2);
+}
+
+// The prompt in the terminal's character set and in split form. A prompt that is too long for it stays empty.
+int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& split) {
+  SecretHeap<char> gbk(2 * prompt.size() + 255);
+  if (!gbk) return GWQ_TOO_SMALL;
+  if (u2g(prompt.data(), static_cast<int>(prompt.size()), gbk.data(), static_cast<int>(gbk.size())) != 0) {
+    return GWQ_BAD_ARGUMENT;
+  }
+  HexAsc1Split(reinterpret_cast<unsigned char*>(gbk.data()), static_cast<int>(std::strlen(gbk.data())),
+               split.data(), kSplitRoom);
+  return GWQ_OK;
+}
+
+}  // namespace
+}  // namespace gwq
+
+int PN_GetInNo(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
+               int iInParam2, char* szPrompt, char* szResult) {
+  constexpr int kMarginMs = 2000;
+  ICC_DPrintLogToFile("PN_GetInNo ");
+  if (!gwq::NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  gwq::SecretArray<char, gwq::kSplitRoom + 1> prompt;
+  if (const int result = gwq::SplitPrompt(szPrompt, prompt); result != GWQ_OK) return result;
+  gwq::CommandText<2048> command;
+  command << "\x1B[5GETINNO\x02" << iTimeout << "|" << iInParam1 << "|" << iInParam2 << "|" << prompt.data()
+          << "\x03";
+  gwq::AnswerText<1024> answer;
+  const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, gwq::WaitMs(iTimeout, kMarginMs));
+  if (result == GWQ_OK) {
+    const std::string_view number = gwq::WithoutMarks(answer.text());
+    number.copy(szResult, number.size());
+    szResult[number.size()] = '\0';
+  }
+  ICC_DPrintLogToFile("iRet = %d", result);
+  return result;
+}

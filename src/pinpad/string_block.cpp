@@ -1,0 +1,121 @@
+// A text enciphered by the terminal, which hands the result over as a file.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "codec/text_forms.h"
+#include "diag/log.h"
+#include "files/file.h"
+#include "files/host_files.h"
+#include "files/pull.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "pinpad/entry.h"
+
+namespace gwq {
+namespace {
+
+constexpr std::string_view kRemoteFile = "/tmp/encdata.txt";
+constexpr char kLocalFile[] = "/tmp/enctemp.data";
+constexpr useconds_t kPauseBeforePullUs = 200'000;
+constexpr int kEncipherBaud = 9600;
+
+using Answer = AnswerText<4096>;
+
+// Only whether the link opens counts here; what the terminal answers does not.
+bool TerminalIsThere(int baud) {
+  constexpr int kTimeoutMs = 1000;
+  CommandText<64> command;
+  AnswerText<1024> answer;
+  const int result = Ask({0, baud}, command << "\x1B[1GETFIRMVERSION", answer, &EndOfRead2, kTimeoutMs);
+  if (result == GWQ_NO_ANSWER) ICC_DPrintLogToFile("Timeout -405");
+  if (result != GWQ_NOT_OPENED) return true;
+  ICC_DPrintLogToFile("ERR_OPEN -3");
+  return false;
+}
+
+int Failed(int code) {
+  ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", code);
+  return code;
+}
+
+int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& answer) {
+  constexpr int kHexRoom = 40960;
+  SecretArray<char, kHexRoom> hex;
+  const int digits = GetHexString(reinterpret_cast<const unsigned char*>(info.data()),
+                                  static_cast<int>(info.size()), hex.data(), kHexRoom);
+  CommandText<49152> command;
+  command << "\x1B[1GETENCDATA\x02" << algorithm << "|" << digits << "|"
+          << std::string_view(hex.data(), static_cast<std::size_t>(digits)) << "\x03";
+  const int result = Ask({0, kEncipherBaud}, command, answer, &EndOfRead2, WaitMs(timeout_s, 3000));
+  ICC_DPrintLogToFile("TransProc nRet=%d", result);
+  if (result == GWQ_NOT_OPENED) return result;
+  if (result != GWQ_OK) return Failed(GWQ_REFUSED);
+  if (!answer.text().starts_with(kRefusalAnswer)) return GWQ_OK;
+  ICC_DPrintLogToFile("[PN_GetStringBlock] EncKey not exist,nRet=%d", GWQ_NO_ENCRYPTION_KEY);
+  return GWQ_NO_ENCRYPTION_KEY;
+}
+
+int PullResult() {
+  constexpr int kTimeoutMs = 3000;
+  CommandText<256> command;
+  command << "\x1B[0PULLFILE\x02" << kRemoteFile << "\x03";
+  usleep(kPauseBeforePullUs);
+  char path[sizeof kLocalFile];
+  std::memcpy(path, kLocalFile, sizeof path);
+  const int result = PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), path);
+  ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
+  if (result == GWQ_OK) return GWQ_OK;
+  ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
+  return GWQ_REFUSED;
+}
+
+// The whole file, terminated, into a buffer that is cleared first as far as its present text.
+int ReadResult(char* data, int* size) {
+  const File file = OpenFile(kLocalFile, "rb");
+  if (!file) {
+    ICC_DPrintLogToFile("[PN_GetStringBlock] open file failed");
+    return GWQ_REFUSED;
+  }
+  *size = std::max(get_file_size(kLocalFile), 0);
+  std::memset(data, 0, std::strlen(data));
+  ICC_DPrintLogToFile("file_size = %d", *size);
+  const std::size_t got = std::fread(data, 1, static_cast<std::size_t>(*size), file.get());
+  data[got] = '\0';
+  return GWQ_OK;
+}
+
+// The answer without STX, the code behind it, and ETX.
+void TakeAnswer(const Answer& answer, char* out) {
+  constexpr std::size_t kMarks = 3;
+  const std::string_view text = answer.text();
+  const std::size_t length = text.size() < kMarks ? 0 : text.size() - kMarks;
+  if (length > 0) text.copy(out, length, 2);
+  out[length] = '\0';
+}
+
+}  // namespace
+}  // namespace gwq
+
+int PN_GetStringBlock(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
+                      char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
+  if (szInfo == nullptr || pFileData == nullptr || pnLen == nullptr || szEncData == nullptr) {
+    return GWQ_BAD_ARGUMENT;
+  }
+  const std::string_view info(szInfo, static_cast<std::size_t>(std::max(*pnLen, 0)));
+  ICC_DPrintLogToFile("PN_GetStringBlock  iAlgoType=%d,szInfo=%.*s", iAlgoType, static_cast<int>(info.size()),
+                      szInfo);
+  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  if (!gwq::TerminalIsThere(iBaudRate)) return GWQ_NOT_OPENED;
+  gwq::Answer answer;
+  if (const int result = gwq::AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK)
+    return result;
+  if (const int result = gwq::PullResult(); result != GWQ_OK) return result;
+  if (const int result = gwq::ReadResult(pFileData, pnLen); result != GWQ_OK) return result;
+  gwq::TakeAnswer(answer, szEncData);
+  ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", GWQ_OK);
+  return GWQ_OK;
+}
