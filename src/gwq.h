@@ -33,6 +33,7 @@
 #include "pinpad/entry.h"
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
+#include "screens/comm_call.h"
 #include "screens/documents.h"
 #include "screens/signing.h"
 

@@ -10,17 +10,16 @@
 
 namespace gwq {
 
-bool Given(const char* text) {
-  return text != nullptr && *text != '\0';
+void LogIfAny(const char* text) {
+  if (text != nullptr) ICC_DPrintLogToFile("%s", text);
 }
 
-bool IsScreenTimeout(int seconds) {
-  return seconds >= 1 && seconds <= 999;
-}
-
-int WaitMs(int seconds) {
-  constexpr int kMarginMs = 3000;
-  return seconds * 1000 + kMarginMs;
+int Begin(Line line, bool arguments_hold, const char* complaint) {
+  if (!arguments_hold) {
+    LogIfAny(complaint);
+    return GWQ_BAD_ARGUMENT;
+  }
+  return Drain(line) == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_OK;
 }
 
 int PushDocuments(const char* paths, std::span<char> list) {
@@ -32,11 +31,6 @@ int PushDocuments(const char* paths, std::span<char> list) {
   ICC_DPrintLogToFile("pushFileToZ11 nRet = %d", result);
   if (result != GWQ_OK) ICC_DPrintLogToFile("pushFileToZ11  nRet= %d", result);
   return result;
-}
-
-void CloseScreen(int baud) {
-  CommandText<8> command;
-  Tell({0, baud}, command << "\x1B[2C", kSendTimeoutMs);
 }
 
 }  // namespace gwq

@@ -14,26 +14,17 @@ namespace gwq {
 inline constexpr std::string_view kCancelAnswer = "\x02\x66\x03";
 inline constexpr std::string_view kTimeoutAnswer = "\x02w\x03";
 
-inline constexpr int kSendTimeoutMs = 3000;
-
 // A list of documents as the terminal gets it, with a terminator behind its N bytes.
 template <std::size_t N>
 using DocumentList = SecretArray<char, N + 1>;
 
-bool Given(const char* text);
-bool IsScreenTimeout(int seconds);
-// How long to wait for a customer who has so many seconds.
-int WaitMs(int seconds);
+// What every call begins with. Returns 0; -1 for arguments that do not hold, with a complaint in the log where there is
+// one; -3 when the link could not be opened to drain it.
+int Begin(Line line, bool arguments_hold, const char* complaint);
 
-// The text that stands in the answer's buffer, also after a failed exchange.
-template <std::size_t N>
-std::string_view Arrived(AnswerText<N>& answer) {
-  return answer.data();
-}
+void LogIfAny(const char* text);
 
 // Sends the documents and tells their places on the terminal, in GBK; what does not fit or convert is left out.
 int PushDocuments(const char* paths, std::span<char> list);
-
-void CloseScreen(int baud);
 
 }  // namespace gwq

@@ -6,6 +6,7 @@
 #include "frame/ask.h"
 #include "frame/port.h"
 #include "screens/document_steps.h"
+#include "screens/screen.h"
 
 namespace gwq {
 namespace {
@@ -17,18 +18,22 @@ using List = DocumentList<1024>;
 // pnDisplayResult: what the customer decided.
 enum Decision { kAgreed = 0, kDeclined = 1, kUndecided = 2 };
 
-struct Meaning {
+struct Outcome {
   std::string_view answer;
   Decision decision;
   int status;
 };
 
-constexpr Meaning kMeanings[] = {
+constexpr Outcome kOutcomes[] = {
     {kDoneAnswer, kAgreed, GWQ_OK},
     {kCancelAnswer, kDeclined, GWQ_OK},
     {kTimeoutAnswer, kUndecided, GWQ_NO_ANSWER},
     {kRefusalAnswer, kUndecided, GWQ_REFUSED},
 };
+
+bool ArgumentsHold(const char* paths, int timeout_s) {
+  return Given(paths) && IsScreenTimeout(timeout_s);
+}
 
 Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {
   return command << "\x1B[2" << word << "\x02" << 0 << "|" << timeout_s << "|" << list.data() << "\x03";
@@ -40,10 +45,10 @@ int Undecided(int status, int& decision) {
 }
 
 int TakeDecision(std::string_view answer, int& decision) {
-  for (const Meaning& meaning : kMeanings) {
-    if (answer != meaning.answer) continue;
-    decision = meaning.decision;
-    return meaning.status;
+  for (const Outcome& outcome : kOutcomes) {
+    if (answer != outcome.answer) continue;
+    decision = outcome.decision;
+    return outcome.status;
   }
   return GWQ_OK;
 }
@@ -52,7 +57,7 @@ int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
   Text command;
   AnswerText<1024> answer;
   const int result = Ask({0, baud}, Fill(command, "YCNEWSTARTFILE", timeout_s, list), answer, &EndOfRead2,
-                         WaitMs(timeout_s));
+                         WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
   return result == GWQ_OK ? TakeDecision(answer.text(), decision) : Undecided(result, decision);
 }
@@ -61,24 +66,25 @@ int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
 }  // namespace gwq
 
 int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath) {
-  if (!gwq::Given(szFilePath) || !gwq::IsScreenTimeout(nTimeout)) return GWQ_BAD_ARGUMENT;
-  if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  const gwq::Line line{0, iBaudRate};
+  const bool hold = gwq::ArgumentsHold(szFilePath, nTimeout);
+  if (const int result = gwq::Begin(line, hold, nullptr); result != GWQ_OK) return result;
   gwq::List list;
   if (const int result = gwq::PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
   gwq::Text command;
-  return Tell({0, iBaudRate}, gwq::Fill(command, "YCNEWSHOWFILE", nTimeout, list), gwq::kSendTimeoutMs);
+  return Tell(line, gwq::Fill(command, "YCNEWSHOWFILE", nTimeout, list), gwq::kSendTimeoutMs);
 }
 
 int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath,
                   int* pnDisplayResult) {
-  if (pnDisplayResult == nullptr || !gwq::Given(szFilePath) || !gwq::IsScreenTimeout(nTimeout)) {
-    ICC_DPrintLogToFile("param Error,return\n");
-    if (pnDisplayResult != nullptr) *pnDisplayResult = gwq::kUndecided;
-    return GWQ_BAD_ARGUMENT;
-  }
-  if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  int nowhere = 0;
+  int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
+  const bool hold = pnDisplayResult != nullptr && gwq::ArgumentsHold(szFilePath, nTimeout);
+  const int begun = gwq::Begin({0, iBaudRate}, hold, "param Error,return\n");
+  if (begun == GWQ_BAD_ARGUMENT) return gwq::Undecided(begun, decision);
+  if (begun != GWQ_OK) return begun;
   gwq::List list;
   const int pushed = gwq::PushDocuments(szFilePath, list.span());
-  if (pushed != GWQ_OK) return gwq::Undecided(pushed, *pnDisplayResult);
-  return gwq::AskToConfirm(iBaudRate, nTimeout, list, *pnDisplayResult);
+  if (pushed != GWQ_OK) return gwq::Undecided(pushed, decision);
+  return gwq::AskToConfirm(iBaudRate, nTimeout, list, decision);
 }

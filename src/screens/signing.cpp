@@ -13,19 +13,22 @@
 #include "diag/log.h"
 #include "diag/log_gbk.h"
 #include "files/file.h"
-#include "files/host_files.h"
+#include "files/private_file.h"
 #include "files/pull.h"
 #include "files/push.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 #include "screens/document_steps.h"
-#include "screens/long_command.h"
+#include "screens/screen.h"
 
 namespace gwq {
 namespace {
 
 constexpr int kPullTimeoutMs = 3000;
 constexpr useconds_t kPauseBeforePullUs = 200'000;
+
+// The command word, numbers and marks around the parts whose length is the caller's.
+constexpr std::size_t kAroundParts = 128;
 
 using List = DocumentList<4096>;
 using Answer = AnswerText<4096>;
@@ -46,9 +49,13 @@ int PullPicture(Line line, char channel, char* path) {
   return result;
 }
 
+void LogStrokesFailure(int result) {
+  LogGbk(Gbk("[GWQ_CallShowPDF]获取矢量数据失败 nRet=%d"), result);
+}
+
 int PullStrokes(Line line, char channel, char* path) {
   const int result = Pull(line, channel, "/tmp/hw.txt", path);
-  if (result < 0) LogGbk(Gbk("[GWQ_CallShowPDF]获取矢量数据失败 nRet=%d"), result);
+  if (result < 0) LogStrokesFailure(result);
   return result;
 }
 
@@ -79,6 +86,7 @@ int ReadStrokes(const char* path, bool clears, char* data) {
 
 // How the functions differ in what they write to the log, and in the caller's buffer.
 struct Manner {
+  const char* bad_argument;
   const char* timeout;
   const char* cancelled;
   const char* failed;
@@ -88,7 +96,8 @@ struct Manner {
   bool clears_data;
 };
 
-constexpr Manner kPlain{.timeout = "ERR_TIMEOUT,return\n",
+constexpr Manner kPlain{.bad_argument = "param Error,return\n",
+                        .timeout = "ERR_TIMEOUT,return\n",
                         .cancelled = "ERR_CANCAL,return\n",
                         .failed = "ERR_FAILD,return\n",
                         .signed_log = nullptr,
@@ -96,11 +105,13 @@ constexpr Manner kPlain{.timeout = "ERR_TIMEOUT,return\n",
                         .empty_answer_fails = false,
                         .clears_data = true};
 
+constexpr auto kVoiceBadArgument = Gbk("参数错误");
 constexpr auto kVoiceTimeout = Gbk("电子签名超时");
 constexpr auto kVoiceCancelled = Gbk("电子签名取消");
 constexpr auto kVoiceFailed = Gbk("电子签名返回失败");
 constexpr auto kVoiceSigned = Gbk("启动电子签名成功");
-constexpr Manner kVoice{.timeout = kVoiceTimeout.c_str(),
+constexpr Manner kVoice{.bad_argument = kVoiceBadArgument.c_str(),
+                        .timeout = kVoiceTimeout.c_str(),
                         .cancelled = kVoiceCancelled.c_str(),
                         .failed = kVoiceFailed.c_str(),
                         .signed_log = kVoiceSigned.c_str(),
@@ -108,7 +119,8 @@ constexpr Manner kVoice{.timeout = kVoiceTimeout.c_str(),
                         .empty_answer_fails = false,
                         .clears_data = false};
 
-constexpr Manner kTzg{.timeout = kPlain.timeout,
+constexpr Manner kTzg{.bad_argument = nullptr,
+                      .timeout = kPlain.timeout,
                       .cancelled = kPlain.cancelled,
                       .failed = kPlain.failed,
                       .signed_log = nullptr,
@@ -127,13 +139,9 @@ struct Signing {
   char* data;
 };
 
-void LogIfAny(const char* text) {
-  if (text != nullptr) ICC_DPrintLogToFile("%s", text);
-}
-
 int GiveUp(const Signing& signing, const char* log, int status) {
   LogIfAny(log);
-  CloseScreen(signing.line.baud);
+  CloseScreen(signing.line, Channel::kInformation);
   return status;
 }
 
@@ -149,13 +157,13 @@ int Judge(const Signing& signing, const Manner& manner, int result, std::string_
   return GWQ_OK;
 }
 
-// Waits for the customer.
-int AwaitSignature(const Signing& signing, const Manner& manner, LongCommand& command) {
-  if (!command) return GWQ_TOO_SMALL;
+// Waits for the customer. What arrived counts also when the exchange failed.
+int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& command) {
   Answer answer;
-  const int result = Ask(signing.line, command, answer, &EndOfRead2, WaitMs(signing.timeout_s));
+  const int result =
+      Ask(signing.line, command, answer, &EndOfRead2, WaitMs(signing.timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
-  return Judge(signing, manner, result, Arrived(answer));
+  return Judge(signing, manner, result, answer.data());
 }
 
 int FetchPicture(const Signing& signing) {
@@ -189,11 +197,10 @@ int FetchSignature(const Signing& signing, const Manner& manner) {
 int SignDocuments(const Signing& signing, const Manner& manner) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
-  LongCommand command(std::strlen(signing.location) + list.size());
-  if (command) {
-    command << "\x1B[2YCNEWSTARTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << signing.location << "|"
-            << list.data() << "\x03";
-  }
+  HeapCommand command(std::strlen(signing.location) + list.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  command << "\x1B[2YCNEWSTARTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << signing.location << "|"
+          << list.data() << "\x03";
   const int result = AwaitSignature(signing, manner, command);
   return result == GWQ_OK ? FetchSignature(signing, manner) : result;
 }
@@ -208,7 +215,7 @@ char ChannelOf(const char* link) {
 
 // ------------------------------------------------------------------ the spoken prompt
 
-void FillVoice(LongCommand& command, const char* text) {
+void FillVoice(HeapCommand& command, const char* text) {
   command << "\x1B[2YCSETVOICECONTENT\x02" << text << "\x03";
 }
 
@@ -219,7 +226,7 @@ int SendVoice(Line line, const char* text) {
   if (u2g(text, static_cast<int>(length), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
     return GWQ_BAD_ARGUMENT;
   }
-  LongCommand command(gbk.size());
+  HeapCommand command(gbk.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   FillVoice(command, gbk.data());
   AnswerText<1024> answer;
@@ -239,12 +246,15 @@ struct TzgMode {
   int flag;
   int length;
 
-  [[nodiscard]] bool Sent() const {
-    const std::int64_t mode = Value();
-    return mode >= 2 && mode <= 4 && !(mode == 2 && flag == 1);
+  [[nodiscard]] bool Exists() const {
+    return length >= 1 && length <= 4 && Value() >= 2 && Value() <= 4 && !(Value() == 2 && flag == 1);
   }
-  [[nodiscard]] std::int64_t Value() const { return std::int64_t{length} + (flag == 1 ? 1 : 0); }
+  [[nodiscard]] int Value() const { return length + (flag == 1 ? 1 : 0); }
 };
+
+const char* TextOrNone(const char* text) {
+  return text == nullptr ? "" : text;
+}
 
 bool SupportsTzg(Line line) {
   constexpr int kQueryTimeoutMs = 1000;
@@ -256,34 +266,34 @@ bool SupportsTzg(Line line) {
 
 // In this mode the text goes as it is, and whether it arrived does not matter.
 int TellVoice(Line line, const char* text) {
-  LongCommand command(std::strlen(text));
+  HeapCommand command(std::strlen(text) + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   FillVoice(command, text);
   Tell(line, command, kSendTimeoutMs);
   return GWQ_OK;
 }
 
+// Everyone may write to /tmp: the file is made anew there, and this user's alone.
 int FetchTzgSignature(const Signing& signing) {
   char path[] = "/tmp/data.txt";
-  const int result = FetchPicture(signing);
-  return result == GWQ_OK ? FetchStrokes(signing, kTzg, path) : result;
+  if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
+  if (!PreparePrivateFile(path)) {
+    LogStrokesFailure(GWQ_READ_FAILED);
+    return GWQ_REFUSED;
+  }
+  return FetchStrokes(signing, kTzg, path);
 }
 
 int SignInTzgMode(const Signing& signing, const TzgMode& mode, const char* voice) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
   if (const int result = TellVoice(signing.line, voice); result != GWQ_OK) return result;
-  LongCommand command(std::strlen(signing.location) + list.size());
-  if (command) {
-    command << "\x1B[2YCNEWSTARTZGTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << mode.flag << "|"
-            << static_cast<int>(mode.Value()) << "|" << signing.location << "|" << list.data() << "\x03";
-  }
+  HeapCommand command(std::strlen(signing.location) + list.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  command << "\x1B[2YCNEWSTARTZGTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << mode.flag << "|"
+          << mode.Value() << "|" << signing.location << "|" << list.data() << "\x03";
   const int result = AwaitSignature(signing, kTzg, command);
   return result == GWQ_OK ? FetchTzgSignature(signing) : result;
-}
-
-const char* TextOrEmpty(const char* text) {
-  return text == nullptr ? "" : text;
 }
 
 // ------------------------------------------------------------------ one page signed by hand
@@ -315,7 +325,7 @@ int AwaitHandSignature(Line line, int type, int timeout_s) {
   CommandText<64> command;
   AnswerText<1024> answer;
   command << "\x1B[2HANDSIGN\x02" << type << "|" << timeout_s << "\x03";
-  const int result = Ask(line, command, answer, &EndOfRead2, timeout_s * 1000 + kMarginMs);
+  const int result = Ask(line, command, answer, &EndOfRead2, WaitMs(timeout_s, kMarginMs));
   LogGbk(Gbk("启动签名返回：%d\r\n"), result);
   return result == GWQ_OK && !answer.text().starts_with(kDoneAnswer) ? GWQ_REFUSED : GWQ_OK;
 }
@@ -334,23 +344,17 @@ int MP_SignPDF(void* /*ignored*/, char* szLink, int iBaudRate, int nTimeout, cha
                char* szLocation, char* szSignPath, char* szSignData) {
   const gwq::Signing signing{
       {0, iBaudRate}, gwq::ChannelOf(szLink), nTimeout, szFilePath, szLocation, szSignPath, szSignData};
-  if (!gwq::ArgumentsHold(signing)) {
-    ICC_DPrintLogToFile("param Error,return\n");
-    return GWQ_BAD_ARGUMENT;
-  }
-  if (gwq::Drain(signing.line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::SignDocuments(signing, gwq::kPlain);
+  const int begun = gwq::Begin(signing.line, gwq::ArgumentsHold(signing), gwq::kPlain.bad_argument);
+  return begun == GWQ_OK ? gwq::SignDocuments(signing, gwq::kPlain) : begun;
 }
 
 int MP_SignPDF_Voice(void* /*ignored*/, char* szLink, int iBaudRate, int nTimeout, char* szFilePath,
                      char* szLocation, char* szVoiceContent, char* szSignPath, char* szSignData) {
   const gwq::Signing signing{
       {0, iBaudRate}, gwq::ChannelOf(szLink), nTimeout, szFilePath, szLocation, szSignPath, szSignData};
-  if (!gwq::ArgumentsHold(signing) || szVoiceContent == nullptr) {
-    gwq::LogGbk(gwq::Gbk("参数错误"));
-    return GWQ_BAD_ARGUMENT;
-  }
-  if (gwq::Drain(signing.line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  const bool hold = gwq::ArgumentsHold(signing) && szVoiceContent != nullptr;
+  const int begun = gwq::Begin(signing.line, hold, gwq::kVoice.bad_argument);
+  if (begun != GWQ_OK) return begun;
   if (const int result = gwq::SetVoice(signing.line, szVoiceContent); result != GWQ_OK) return result;
   return gwq::SignDocuments(signing, gwq::kVoice);
 }
@@ -370,13 +374,13 @@ int MP_Sign_With_TZG(void* ignored, char* szLink, int iBaudRate, int nTimeout, c
   const gwq::TzgMode mode{nOperFlag, nSignLen};
   const bool in_range = gwq::IsScreenTimeout(nTimeout);
   if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (!in_range || !mode.Sent() || !gwq::SupportsTzg(line)) {
+  if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {
     return MP_SignPDF_Voice(ignored, szLink, iBaudRate, nTimeout, szFilePath, szLocation, szVoiceContent,
                             szSignPath, szSignData);
   }
-  return gwq::SignInTzgMode({line, gwq::ChannelOf(szLink), nTimeout, szFilePath, gwq::TextOrEmpty(szLocation),
+  return gwq::SignInTzgMode({line, gwq::ChannelOf(szLink), nTimeout, szFilePath, gwq::TextOrNone(szLocation),
                              szSignPath, szSignData},
-                            mode, gwq::TextOrEmpty(szVoiceContent));
+                            mode, gwq::TextOrNone(szVoiceContent));
 }
 
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int nTimeout, char* szFilePath, char* szSignPath,
@@ -390,7 +394,7 @@ int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int nTimeout, char* szFilePath
   gwq::Drain(line);
   const int pushed = Z11DownLoadFile(line.port, '9', line.baud, 255, szFilePath, page->place);
   if (pushed < 0) return pushed;
-  gwq::CloseScreen(line.baud);
+  CloseScreen(line, gwq::Channel::kInformation);
   if (const int result = gwq::AwaitHandSignature(line, page->type, nTimeout); result != GWQ_OK) return result;
   return gwq::FetchHandSignature(line, szSignPath, szSignDataPath);
 }
