@@ -10,6 +10,7 @@
 #include "diag/log.h"
 #include "files/file.h"
 #include "files/host_files.h"
+#include "files/private_file.h"
 #include "files/pull.h"
 #include "frame/ask.h"
 #include "frame/port.h"
@@ -66,7 +67,10 @@ int PullResult() {
   usleep(kPauseBeforePullUs);
   char path[sizeof kLocalFile];
   std::memcpy(path, kLocalFile, sizeof path);
-  const int result = PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), path);
+  // A name that another user holds is as good as a file that cannot be created.
+  const int result = PreparePrivateFile(path)
+                         ? PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), path)
+                         : GWQ_READ_FAILED;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
