@@ -192,7 +192,7 @@ bool CopyOut(const JsonText& text, char* out, int* length) {
 }  // namespace
 }  // namespace gwq
 
-int DEV_CommCall(char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
+int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
   ICC_DPrintLogToFile("inJson = %s ", inJson);
   const gwq::Request request = gwq::ReadRequest(inJson);
   gwq::Description terminal;

@@ -21,7 +21,7 @@ GWQ_C_BEGIN
  * Returns the status of the last exchange, which reads the firmware's version (0, -2, -3, -10, -11 or -23 of
  * frame/transaction.h); -24, with outputs untouched, if `outJson` is too small or an output is NULL, or out of memory.
  * Failures of the other exchanges show in "ErrorMessage" alone. */
-GWQ_API int DEV_CommCall(char* inJson, int nReserved, char* outJson, int* pnOutLen);
+GWQ_API int DEV_CommCall(const char* inJson, int nReserved, char* outJson, int* pnOutLen);
 
 GWQ_C_END
 

@@ -65,26 +65,26 @@ int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
 }  // namespace
 }  // namespace gwq
 
-int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath) {
+int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
   const gwq::Line line{0, iBaudRate};
-  const bool hold = gwq::ArgumentsHold(szFilePath, nTimeout);
+  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
   if (const int result = gwq::Begin(line, hold, nullptr); result != GWQ_OK) return result;
   gwq::List list;
   if (const int result = gwq::PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
   gwq::Text command;
-  return Tell(line, gwq::Fill(command, "YCNEWSHOWFILE", nTimeout, list), gwq::kSendTimeoutMs);
+  return Tell(line, gwq::Fill(command, "YCNEWSHOWFILE", iTimeout, list), gwq::kSendTimeoutMs);
 }
 
-int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int nTimeout, char* szFilePath,
+int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   int* pnDisplayResult) {
   int nowhere = 0;
   int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  const bool hold = pnDisplayResult != nullptr && gwq::ArgumentsHold(szFilePath, nTimeout);
+  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
   const int begun = gwq::Begin({0, iBaudRate}, hold, "param Error,return\n");
   if (begun == GWQ_BAD_ARGUMENT) return gwq::Undecided(begun, decision);
   if (begun != GWQ_OK) return begun;
   gwq::List list;
   const int pushed = gwq::PushDocuments(szFilePath, list.span());
   if (pushed != GWQ_OK) return gwq::Undecided(pushed, decision);
-  return gwq::AskToConfirm(iBaudRate, nTimeout, list, decision);
+  return gwq::AskToConfirm(iBaudRate, iTimeout, list, decision);
 }

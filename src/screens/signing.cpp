@@ -37,13 +37,14 @@ using Path = CommandText<PATH_MAX + 16>;
 
 // ------------------------------------------------------------------ fetching the signature
 
-int Pull(Line line, char channel, std::string_view place, char* path) {
+int Pull(Line line, char channel, std::string_view place, const char* path) {
   CommandText<64> command;
   command << "\x1B[0PULLFILE\x02" << place << "\x03";
-  return PullFile(line.port, channel, line.baud, kPullTimeoutMs, command.size(), command.data(), path);
+  return PullFile(line.port, channel, line.baud, kPullTimeoutMs, command.size(), command.data(),
+                  const_cast<char*>(path));
 }
 
-int PullPicture(Line line, char channel, char* path) {
+int PullPicture(Line line, char channel, const char* path) {
   const int result = Pull(line, channel, "/tmp/hw.png", path);
   if (result < 0) LogGbk(Gbk("[GWQ_CallShowPDF]获取签名图片失败 nRet=%d"), result);
   return result;
@@ -53,7 +54,7 @@ void LogStrokesFailure(int result) {
   LogGbk(Gbk("[GWQ_CallShowPDF]获取矢量数据失败 nRet=%d"), result);
 }
 
-int PullStrokes(Line line, char channel, char* path) {
+int PullStrokes(Line line, char channel, const char* path) {
   const int result = Pull(line, channel, "/tmp/hw.txt", path);
   if (result < 0) LogStrokesFailure(result);
   return result;
@@ -134,8 +135,8 @@ struct Signing {
   char channel;
   int timeout_s;
   const char* documents;
-  const char* location;
-  char* picture;
+  std::string_view location;
+  const char* picture;
   char* data;
 };
 
@@ -172,14 +173,14 @@ int FetchPicture(const Signing& signing) {
   return PullPicture(signing.line, signing.channel, signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
 }
 
-int FetchStrokes(const Signing& signing, const Manner& manner, char* path) {
+int FetchStrokes(const Signing& signing, const Manner& manner, const char* path) {
   if (PullStrokes(signing.line, signing.channel, path) < 0) return GWQ_REFUSED;
   return ReadStrokes(path, manner.clears_data, signing.data);
 }
 
 // "hw.data" beside the picture; a path without "/" counts as one whose "/" stands first.
 void FillDataPath(Path& path, const char* picture) {
-  const std::string_view beside = picture == nullptr ? "" : picture;
+  const std::string_view beside = OrEmpty(picture);
   const std::size_t slash = beside.rfind('/');
   path << beside.substr(0, slash == std::string_view::npos ? 0 : slash) << "/hw.data";
 }
@@ -197,7 +198,7 @@ int FetchSignature(const Signing& signing, const Manner& manner) {
 int SignDocuments(const Signing& signing, const Manner& manner) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
-  HeapCommand command(std::strlen(signing.location) + list.size() + kAroundParts);
+  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   command << "\x1B[2YCNEWSTARTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << signing.location << "|"
           << list.data() << "\x03";
@@ -206,7 +207,7 @@ int SignDocuments(const Signing& signing, const Manner& manner) {
 }
 
 bool ArgumentsHold(const Signing& signing) {
-  return Given(signing.documents) && Given(signing.location) && IsScreenTimeout(signing.timeout_s);
+  return Given(signing.documents) && !signing.location.empty() && IsScreenTimeout(signing.timeout_s);
 }
 
 char ChannelOf(const char* link) {
@@ -215,15 +216,14 @@ char ChannelOf(const char* link) {
 
 // ------------------------------------------------------------------ the spoken prompt
 
-void FillVoice(HeapCommand& command, const char* text) {
+void FillVoice(HeapCommand& command, std::string_view text) {
   command << "\x1B[2YCSETVOICECONTENT\x02" << text << "\x03";
 }
 
-int SendVoice(Line line, const char* text) {
-  const std::size_t length = std::strlen(text);
-  SecretHeap<char> gbk(2 * length + 255);
+int SendVoice(Line line, std::string_view text) {
+  SecretHeap<char> gbk(2 * text.size() + 255);
   if (!gbk) return GWQ_TOO_SMALL;
-  if (u2g(text, static_cast<int>(length), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
+  if (u2g(text.data(), static_cast<int>(text.size()), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
     return GWQ_BAD_ARGUMENT;
   }
   HeapCommand command(gbk.size() + kAroundParts);
@@ -233,7 +233,7 @@ int SendVoice(Line line, const char* text) {
   return Ask(line, command, answer, &EndOfRead2, kSendTimeoutMs);
 }
 
-int SetVoice(Line line, const char* text) {
+int SetVoice(Line line, std::string_view text) {
   const int result = SendVoice(line, text);
   if (result != GWQ_OK) ICC_DPrintLogToFile("setSignVoice\tFail   nRet= %d", result);
   return result;
@@ -252,10 +252,6 @@ struct TzgMode {
   [[nodiscard]] int Value() const { return length + (flag == 1 ? 1 : 0); }
 };
 
-const char* TextOrNone(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
 bool SupportsTzg(Line line) {
   constexpr int kQueryTimeoutMs = 1000;
   CommandText<64> command;
@@ -265,8 +261,8 @@ bool SupportsTzg(Line line) {
 }
 
 // In this mode the text goes as it is, and whether it arrived does not matter.
-int TellVoice(Line line, const char* text) {
-  HeapCommand command(std::strlen(text) + kAroundParts);
+int TellVoice(Line line, std::string_view text) {
+  HeapCommand command(text.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   FillVoice(command, text);
   Tell(line, command, kSendTimeoutMs);
@@ -275,20 +271,20 @@ int TellVoice(Line line, const char* text) {
 
 // Everyone may write to /tmp: the file is made anew there, and this user's alone.
 int FetchTzgSignature(const Signing& signing) {
-  char path[] = "/tmp/data.txt";
+  constexpr const char* kPath = "/tmp/data.txt";
   if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
-  if (!PreparePrivateFile(path)) {
+  if (!PreparePrivateFile(kPath)) {
     LogStrokesFailure(GWQ_READ_FAILED);
     return GWQ_REFUSED;
   }
-  return FetchStrokes(signing, kTzg, path);
+  return FetchStrokes(signing, kTzg, kPath);
 }
 
-int SignInTzgMode(const Signing& signing, const TzgMode& mode, const char* voice) {
+int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view voice) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
   if (const int result = TellVoice(signing.line, voice); result != GWQ_OK) return result;
-  HeapCommand command(std::strlen(signing.location) + list.size() + kAroundParts);
+  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   command << "\x1B[2YCNEWSTARTZGTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << mode.flag << "|"
           << mode.Value() << "|" << signing.location << "|" << list.data() << "\x03";
@@ -330,7 +326,7 @@ int AwaitHandSignature(Line line, int type, int timeout_s) {
   return result == GWQ_OK && !answer.text().starts_with(kDoneAnswer) ? GWQ_REFUSED : GWQ_OK;
 }
 
-int FetchHandSignature(Line line, char* picture, char* strokes) {
+int FetchHandSignature(Line line, const char* picture, const char* strokes) {
   constexpr char kChannel = '9';
   usleep(kPauseBeforePullUs);
   const int result = PullPicture(line, kChannel, picture);
@@ -340,18 +336,21 @@ int FetchHandSignature(Line line, char* picture, char* strokes) {
 }  // namespace
 }  // namespace gwq
 
-int MP_SignPDF(void* /*ignored*/, char* szLink, int iBaudRate, int nTimeout, char* szFilePath,
-               char* szLocation, char* szSignPath, char* szSignData) {
-  const gwq::Signing signing{
-      {0, iBaudRate}, gwq::ChannelOf(szLink), nTimeout, szFilePath, szLocation, szSignPath, szSignData};
+int MP_SignPDF(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
+               const char* szLocation, const char* szSignPath, char* szSignData) {
+  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
+                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
+                             szSignData};
   const int begun = gwq::Begin(signing.line, gwq::ArgumentsHold(signing), gwq::kPlain.bad_argument);
   return begun == GWQ_OK ? gwq::SignDocuments(signing, gwq::kPlain) : begun;
 }
 
-int MP_SignPDF_Voice(void* /*ignored*/, char* szLink, int iBaudRate, int nTimeout, char* szFilePath,
-                     char* szLocation, char* szVoiceContent, char* szSignPath, char* szSignData) {
-  const gwq::Signing signing{
-      {0, iBaudRate}, gwq::ChannelOf(szLink), nTimeout, szFilePath, szLocation, szSignPath, szSignData};
+int MP_SignPDF_Voice(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout,
+                     const char* szFilePath, const char* szLocation, const char* szVoiceContent,
+                     const char* szSignPath, char* szSignData) {
+  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
+                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
+                             szSignData};
   const bool hold = gwq::ArgumentsHold(signing) && szVoiceContent != nullptr;
   const int begun = gwq::Begin(signing.line, hold, gwq::kVoice.bad_argument);
   if (begun != GWQ_OK) return begun;
@@ -359,11 +358,11 @@ int MP_SignPDF_Voice(void* /*ignored*/, char* szLink, int iBaudRate, int nTimeou
   return gwq::SignDocuments(signing, gwq::kVoice);
 }
 
-int MP_Sign_With_TZG(void* ignored, char* szLink, int iBaudRate, int nTimeout, char* szFilePath,
-                     char* szLocation, char* szVoiceContent, char* szSignPath, int nOperFlag, int nSignLen,
-                     char* szSignData) {
+int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
+                     const char* szLocation, const char* szVoiceContent, const char* szSignPath,
+                     int nOperFlag, int nSignLen, char* szSignData) {
   ICC_DPrintLogToFile("[MP_Sign_With_TZG]");
-  ICC_DPrintLogToFile("nTimeout = %d", nTimeout);
+  ICC_DPrintLogToFile("nTimeout = %d", iTimeout);
   ICC_DPrintLogToFile("szFilePath = %s", szFilePath);
   ICC_DPrintLogToFile("szLocation = %s", szLocation);
   ICC_DPrintLogToFile("szVoiceContent = %s", szVoiceContent);
@@ -372,29 +371,29 @@ int MP_Sign_With_TZG(void* ignored, char* szLink, int iBaudRate, int nTimeout, c
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
   const gwq::Line line{0, iBaudRate};
   const gwq::TzgMode mode{nOperFlag, nSignLen};
-  const bool in_range = gwq::IsScreenTimeout(nTimeout);
+  const bool in_range = gwq::IsScreenTimeout(iTimeout);
   if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {
-    return MP_SignPDF_Voice(ignored, szLink, iBaudRate, nTimeout, szFilePath, szLocation, szVoiceContent,
+    return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
                             szSignPath, szSignData);
   }
-  return gwq::SignInTzgMode({line, gwq::ChannelOf(szLink), nTimeout, szFilePath, gwq::TextOrNone(szLocation),
-                             szSignPath, szSignData},
-                            mode, gwq::TextOrNone(szVoiceContent));
+  return gwq::SignInTzgMode(
+      {line, gwq::ChannelOf(szLink), iTimeout, szFilePath, gwq::OrEmpty(szLocation), szSignPath, szSignData},
+      mode, gwq::OrEmpty(szVoiceContent));
 }
 
-int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int nTimeout, char* szFilePath, char* szSignPath,
-                  char* szSignDataPath) {
+int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
+                  const char* szSignPath, const char* szSignDataPath) {
   if (!gwq::Given(szFilePath) || !gwq::Given(szSignPath) || !gwq::Given(szSignDataPath)) {
     return GWQ_BAD_ARGUMENT;
   }
   const gwq::Page* page = gwq::PageOf(szFilePath);
-  if (page == nullptr || !gwq::IsScreenTimeout(nTimeout)) return GWQ_BAD_ARGUMENT;
+  if (page == nullptr || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{0, iBaudRate};
   gwq::Drain(line);
   const int pushed = Z11DownLoadFile(line.port, '9', line.baud, 255, szFilePath, page->place);
   if (pushed < 0) return pushed;
   CloseScreen(line, gwq::Channel::kInformation);
-  if (const int result = gwq::AwaitHandSignature(line, page->type, nTimeout); result != GWQ_OK) return result;
+  if (const int result = gwq::AwaitHandSignature(line, page->type, iTimeout); result != GWQ_OK) return result;
   return gwq::FetchHandSignature(line, szSignPath, szSignDataPath);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "wire/frames.h"
+#include "wire/screen_frames.h"
 
 namespace gwq::wire {
 
@@ -34,9 +35,6 @@ inline constexpr std::string_view kSignInTzgMode =
 
 //  Sign by hand      ESC "[2HANDSIGN" STX type "|" seconds ETX               type: 1 page, 2 picture, 3 PDF
 inline constexpr std::string_view kHandSign = "\x1B[2HANDSIGN\x02\x33|30\x03"sv;
-
-//  Close             ESC "[2C"
-inline constexpr std::string_view kCloseInformation = "\x1B[2C"sv;
 
 //  Signature         pulled as kPullPicture and kPullStrokes
 inline constexpr std::string_view kPullPicture = kPullRequest;

@@ -13,12 +13,12 @@ using testing::IsEmpty;
 
 class Documents : public SigningRig {
  protected:
-  static int Show(std::string paths, int timeout = 30) {
-    return MP_ShowPDF(nullptr, nullptr, 9600, timeout, paths.data());
+  static int Show(const std::string& paths, int timeout = 30) {
+    return MP_ShowPDF(nullptr, nullptr, 9600, timeout, paths.c_str());
   }
-  int Confirm(std::string paths, int timeout = 30) {
+  int Confirm(const std::string& paths, int timeout = 30) {
     decision_ = kUntouched;
-    return MP_ConfirmPDF(nullptr, nullptr, 9600, timeout, paths.data(), &decision_);
+    return MP_ConfirmPDF(nullptr, nullptr, 9600, timeout, paths.c_str(), &decision_);
   }
   // The messages of one pushed file, and of the list behind the last one.
   static std::vector<std::string> PushMessages(const std::string& path, const std::string& place,
@@ -284,11 +284,12 @@ TEST_F(Documents, ConfirmingWithoutPathOrTimeIsMinus1AndUndecided) {
   EXPECT_EQ(log.Messages(), std::vector<std::string>(7, "param Error,return\n"));
 }
 
-TEST_F(Documents, ConfirmingWithoutAPlaceForTheDecisionIsMinus1) {
-  std::string path = MakeFile("a.pdf");
-  EXPECT_EQ(MP_ConfirmPDF(nullptr, nullptr, 9600, 30, path.data(), nullptr), -1);
+TEST_F(Documents, PlaceForTheDecisionMayBeMissing) {
+  const std::string paths = MakeDocuments();
+  ExpectDocuments();
+  Exchange(wire::kConfirmDocuments, wire::kCustomerTooLate);
+  EXPECT_EQ(MP_ConfirmPDF(nullptr, nullptr, 9600, 30, paths.c_str(), nullptr), -2);
   EXPECT_EQ(MP_ConfirmPDF(nullptr, nullptr, 9600, 0, nullptr, nullptr), -1);
-  EXPECT_THAT(usb_.Calls(), IsEmpty());
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// A system that has no memory for large blocks, and whose root directory is the test's own. For programs that are
-// linked with --wrap=calloc and --wrap=fopen.
+// A system that has no memory for large blocks, and where some files are elsewhere. For programs that are linked with
+// --wrap for calloc, fopen, open and unlink.
 #pragma once
 
 #include <cstddef>
@@ -18,18 +18,19 @@ class NoMemoryFor {
   NoMemoryFor& operator=(const NoMemoryFor&) = delete;
 };
 
-// For its lifetime these files of the root directory, such as "/hw.data", are in `directory` instead.
-class RootDirectory {
+// For its lifetime these files, such as "/hw.data", are under `root` instead.
+class FilesElsewhere {
  public:
-  RootDirectory(std::filesystem::path directory, std::set<std::string> files);
-  ~RootDirectory();
-  RootDirectory(const RootDirectory&) = delete;
-  RootDirectory& operator=(const RootDirectory&) = delete;
+  FilesElsewhere(std::filesystem::path root, std::set<std::string> files);
+  ~FilesElsewhere();
+  FilesElsewhere(const FilesElsewhere&) = delete;
+  FilesElsewhere& operator=(const FilesElsewhere&) = delete;
 
-  [[nodiscard]] std::string Place(const char* path) const;
+  // Where a file is now.
+  [[nodiscard]] static std::string Place(const char* path);
 
  private:
-  std::filesystem::path directory_;
+  std::filesystem::path root_;
   std::set<std::string> files_;
 };
 

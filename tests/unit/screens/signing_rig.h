@@ -1,15 +1,26 @@
 // The terminal on USB with documents to show, and with a signature to be fetched.
 #pragma once
 
-#include "frame/transaction.h"
-#include "support/guarded_buffer.h"
+#include <optional>
+
 #include "support/iconv_text.h"
-#include "unit/files/files_rig.h"
+#include "unit/screens/screens_rig.h"
 #include "wire/document_frames.h"
 
 namespace gwq::test {
 
-class SigningRig : public FilesRig {
+// What the log says of the documents, of the wait, and of the stroke data.
+inline constexpr char kList[] = "szFileNameListGBK=/tmp/a.pdf|/tmp/b.pdf";
+inline constexpr char kPushed[] = "pushFileToZ11 nRet = 0";
+inline constexpr char kAnswered[] = "TransProc nRet=0\n";
+inline std::string SizeLog(std::size_t size) {
+  return InGbk("读文件  file_size = ").append(std::to_string(size));
+}
+
+// Stroke data in a buffer that was zero.
+inline const Bytes kStrokes = BytesOf(std::string_view("strokes", 8));
+
+class SigningRig : public ScreensRig {
  protected:
   // Both documents, and what they are called on the terminal.
   std::string MakeDocuments() { return MakeFile("a.pdf", "first") + "|" + MakeFile("b.pdf", "second"); }
@@ -32,12 +43,6 @@ class SigningRig : public FilesRig {
     Packet(Bytes(kReportBytes, 0), wire::kRejected);
   }
 
-  // A cancel with the transfer out of this number makes its exchange fail with -10.
-  void FailSending(int index) {
-    usb_.OnTransfer([index](const Transfer& transfer) {
-      if (!transfer.in && transfer.index == index) CancelRead();
-    });
-  }
   // A cancel in the first read after everything scripted so far.
   void CancelTheWait() {
     usb_.OnTransfer([this](const Transfer& transfer) {
@@ -52,8 +57,18 @@ class SigningRig : public FilesRig {
     return {found.base(), own.end()};
   }
 
-  static constexpr int kDrainSeconds = 1;
   static constexpr int kUntouched = 77;
+
+  // What a caller passes.
+  std::string documents_ = MakeDocuments();
+  std::string location_ = "p1,x2";
+  std::string voice_text_ = "请签";
+  char* voice_ = voice_text_.data();
+  std::string picture_path_ = Path("sig.png");
+  char* picture_ = picture_path_.data();
+  char link_text_[2] = "9";
+  char* link_ = link_text_;
+  std::optional<GuardedBuffer> data_{std::in_place, 8U, std::uint8_t{0}};
 
  private:
   void Packet(const Bytes& packet, std::string_view acknowledgement) {

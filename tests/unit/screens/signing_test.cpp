@@ -13,12 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char kList[] = "szFileNameListGBK=/tmp/a.pdf|/tmp/b.pdf";
-constexpr char kPushed[] = "pushFileToZ11 nRet = 0";
-// With the terminator that was in the buffer before.
-const Bytes kStrokes = BytesOf(std::string_view("strokes", 8));
-constexpr char kAnswered[] = "TransProc nRet=0\n";
-
 // How the two functions differ.
 struct Kind {
   const char* name;
@@ -52,10 +46,6 @@ void PrintTo(const Kind& kind, std::ostream* out) {
   *out << kind.name;
 }
 
-std::string SizeLog(std::size_t size) {
-  return InGbk("读文件  file_size = ").append(std::to_string(size));
-}
-
 class SigningCalls : public SigningRig {
  protected:
   int Plain(int timeout = 30) {
@@ -66,16 +56,6 @@ class SigningCalls : public SigningRig {
     return MP_SignPDF_Voice(nullptr, link_, 9600, timeout, documents_.data(), location_.data(), voice_,
                             picture_, data_ ? data_->text() : nullptr);
   }
-
-  std::string documents_ = MakeDocuments();
-  std::string location_ = "p1,x2";
-  std::string voice_text_ = "请签";
-  char* voice_ = voice_text_.data();
-  std::string picture_path_ = Path("sig.png");
-  char* picture_ = picture_path_.data();
-  char link_text_[2] = "9";
-  char* link_ = link_text_;
-  std::optional<GuardedBuffer> data_{std::in_place, 8U, std::uint8_t{0}};
 };
 
 class Sign : public SigningCalls, public testing::WithParamInterface<Kind> {
@@ -193,7 +173,7 @@ TEST_P(Sign, StrokesGoBesideThePicture) {
 }
 
 TEST_P(Sign, PictureInTheRootHasItsStrokesThere) {
-  const RootDirectory root(directory_.Path(), {"/sig.png", "/hw.data"});
+  const FilesElsewhere root(directory_.Path(), {"/sig.png", "/hw.data"});
   char picture[] = "/sig.png";
   picture_ = picture;
   ExpectOpening();
@@ -207,7 +187,7 @@ TEST_P(Sign, PictureInTheRootHasItsStrokesThere) {
 }
 
 TEST_P(Sign, PictureWithoutADirectoryHasItsStrokesInTheRoot) {
-  const RootDirectory root(directory_.Path(), {"/hw.data"});
+  const FilesElsewhere root(directory_.Path(), {"/hw.data"});
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::create_directory(directory_ / "here");
   std::filesystem::current_path(directory_ / "here");
@@ -225,7 +205,7 @@ TEST_P(Sign, PictureWithoutADirectoryHasItsStrokesInTheRoot) {
 }
 
 TEST_P(Sign, WithoutAPictureOnlyTheStrokesAreFetched) {
-  const RootDirectory root(directory_.Path(), {"/hw.data"});
+  const FilesElsewhere root(directory_.Path(), {"/hw.data"});
   char empty[] = "";
   for (char* picture : {static_cast<char*>(nullptr), empty}) {
     picture_ = picture;
