@@ -14,9 +14,6 @@
 namespace gwq::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 // What the library asked the serial number with, and what it gets in place of the terminal's.
 struct SerialCall {
   int port = kNone;
@@ -117,8 +114,9 @@ class CommCall : public SigningRig {
     usb_.Answer(AnswerFrame(0, data, static_cast<unsigned>(data.size()) + 2));
   }
   // The five answers in order; nothing means silence. The serial number is an ordinary one.
-  void ExpectAll(std::optional<std::string> item6, std::optional<std::string> date,
-                 std::optional<std::string> model, std::optional<std::string> firmware) {
+  using MaybeAnswer = std::optional<std::string>;
+  void ExpectAll(const MaybeAnswer& item6, const MaybeAnswer& date, const MaybeAnswer& model,
+                 const MaybeAnswer& firmware) {
     Ask(wire::kGetItem6, item6);
     Ask(wire::kGetProductionDate, date);
     Ask(wire::kGetModel, model);

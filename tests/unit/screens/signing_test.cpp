@@ -73,8 +73,8 @@ class Sign : public SigningCalls, public testing::WithParamInterface<Kind> {
     ExpectPull(wire::kPullStrokes, strokes);
   }
   // The transfers of the opening, when the drain is a single one in.
-  [[nodiscard]] int OpeningOuts() const { return (GetParam().voice ? 1 : 0) + 2 * 4 + 1; }
-  [[nodiscard]] int OpeningIns() const { return 1 + OpeningOuts() - 1; }
+  static int OpeningOuts() { return (GetParam().voice ? 1 : 0) + 2 * 4 + 1; }
+  static int OpeningIns() { return 1 + OpeningOuts() - 1; }
 
   void ExpectNothingFetched() {
     EXPECT_TRUE(data_->AllAre(0));
