@@ -123,10 +123,9 @@ class CancelAtMoment : public CancelThreads, public testing::WithParamInterface<
  protected:
   // The engine has the request once the link's line about it is in the log.
   [[nodiscard]] bool Requested() const {
-    for (const std::string& message : log_.Messages()) {
-      if (message.starts_with("[ICC_CancelLinuxHidRead]")) return true;
-    }
-    return false;
+    return std::ranges::any_of(log_.Messages(), [](const std::string& message) {
+      return message.starts_with("[ICC_CancelLinuxHidRead]");
+    });
   }
 
   LogCapture log_;

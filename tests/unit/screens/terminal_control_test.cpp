@@ -7,7 +7,6 @@ namespace gwq::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // ------------------------------------------------------------------ MP_GetFirmwareVersion
 
