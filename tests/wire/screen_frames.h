@@ -45,10 +45,12 @@ inline constexpr std::string_view kCountdown7 = "\x1B[2SETHTMLBTNTIME\x02\x37\x0
 inline constexpr std::string_view kPullCapture = "\x1B[0PULLFILE\x02/tmp/capture.png\x03"sv;
 
 //  Page as a file    ESC "[2YCSTARTINFOHTMLEXUTF8" STX seconds "#" split(extra) "#" ETX
-inline constexpr std::string_view kShowPageFile = "\x1B[2YCSTARTINFOHTMLEXUTF8\x02\x33\x30#3<3>#\x03"sv;  // "<>"
+inline constexpr std::string_view kShowPageFile =
+    "\x1B[2YCSTARTINFOHTMLEXUTF8\x02\x33\x30#3<3>#\x03"sv;  // "<>"
 
 //  Checkout          ESC "[2YCCHECKOUTALLUTF8" STX seconds "#" split(second) "#" split(first) ETX
-inline constexpr std::string_view kCheckOut = "\x1B[2YCCHECKOUTALLUTF8\x02\x33\x30#3>#3<\x03"sv;  // "<" and ">"
+inline constexpr std::string_view kCheckOut =
+    "\x1B[2YCCHECKOUTALLUTF8\x02\x33\x30#3>#3<\x03"sv;  // "<" and ">"
 
 //  Firmware version  ESC "[1GETFIRMVERSION"
 inline constexpr std::string_view kGetFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
