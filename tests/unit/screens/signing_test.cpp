@@ -74,6 +74,7 @@ class Sign : public SigningCalls, public testing::WithParamInterface<Kind> {
   }
   // The transfers of the opening, when the drain is a single one in.
   static int OpeningOuts() { return (GetParam().voice ? 1 : 0) + 2 * 4 + 1; }
+  // One of the drain, and an answer to all but the last one out.
   static int OpeningIns() { return 1 + OpeningOuts() - 1; }
 
   void ExpectNothingFetched() {
@@ -287,7 +288,7 @@ TEST_P(Sign, CancelledWaitGoesOnToThePull) {
   LeaveSomething();
   ExpectOpening();
   ExpectSignature();
-  usb_.OnTransfer([this](const Transfer& transfer) {
+  usb_.OnTransfer([](const Transfer& transfer) {
     if (transfer.in && transfer.index == OpeningIns()) CancelRead();
   });
   const LogCapture log;
