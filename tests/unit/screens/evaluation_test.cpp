@@ -456,6 +456,7 @@ TEST_F(Evaluation, CounterRatingOnASerialPortIsNotDrained) {
     return written == BytesOf(wire::kStartCounterRating) ? "B0F" : "";
   });
   EXPECT_EQ(CounterRate({}, 30, 42), 0);
+  EXPECT_EQ(Elapsed(), 0) << "a drain would take a second";
   EXPECT_EQ(rating_, 4U);
   const std::string all = std::string(wire::kCounterCard)
                               .append(wire::kEvaluationTime30)
