@@ -184,7 +184,7 @@ int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen) {
   return Tell(line, command << "\x1B[1;" << iPinLen << "L", gwq::kCommandTimeoutMs);
 }
 
-int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, char* NewMKey, char* OldMKey) {
+int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, const char* NewMKey, const char* OldMKey) {
   ICC_DPrintLogToFile("[GWQ_UpdateMKey] MKeyIndex=%d NewMKey=%s OldMKey=%s", MKeyIndex, NewMKey, OldMKey);
   if (!gwq::IsKeyIndex(MKeyIndex) || NewMKey == nullptr || OldMKey == nullptr) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
@@ -200,7 +200,7 @@ int GWQ_ResetKey(int iPortNo, int iBaudRate) {
   return gwq::SendKeyCommand(line, command << "\x1BR\r\n");
 }
 
-int GWQ_DownLoadWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex, char* WKey) {
+int GWQ_DownLoadWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex, const char* WKey) {
   if (!gwq::IsKeyIndex(MKeyIndex) || !gwq::IsKeyIndex(WKeyIndex) || WKey == nullptr) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
   gwq::DrainUsb(line);
@@ -236,8 +236,8 @@ int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, i
   return gwq::ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
-int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout, char* szAccount,
-                    char* pPinBlock) {
+int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
+                    const char* szAccount, char* pPinBlock) {
   ICC_DPrintLogToFile("GWQ_ReadPinAnsi");
   if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;

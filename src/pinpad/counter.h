@@ -29,7 +29,8 @@ GWQ_API int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen);
  *   MKeyIndex       0 to 15
  *   NewMKey,OldMKey in; hexadecimal text; a key ends before its first zero byte. A record of more than 512
  *                   bytes is sent empty. Both keys go to the log in clear when it is on. */
-GWQ_API int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, char* NewMKey, char* OldMKey);
+GWQ_API int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, const char* NewMKey,
+                           const char* OldMKey);
 
 /* Sets all keys back to their defaults. */
 GWQ_API int GWQ_ResetKey(int iPortNo, int iBaudRate);
@@ -37,7 +38,7 @@ GWQ_API int GWQ_ResetKey(int iPortNo, int iBaudRate);
 /* Loads a working key, enciphered under a master key.
  *   MKeyIndex, WKeyIndex  0 to 15
  *   WKey                  in; hexadecimal text; as the keys of GWQ_UpdateMKey */
-GWQ_API int GWQ_DownLoadWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex, char* WKey);
+GWQ_API int GWQ_DownLoadWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex, const char* WKey);
 
 /* Makes a working key the one that PIN blocks are made with.
  *   MKeyIndex, WKeyIndex  0 to 15 */
@@ -63,7 +64,7 @@ GWQ_API int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdD
 /* As GWQ_ReadPinDES, for a PIN block bound to an account number.
  *   szAccount  in; sent as it is; empty means "000000"; cut where the 1023-byte command ends */
 GWQ_API int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
-                            char* szAccount, char* pPinBlock);
+                            const char* szAccount, char* pPinBlock);
 
 /* Reads the terminal's firmware build date, on USB whatever the port.
  *   iPort, cReserved  ignored

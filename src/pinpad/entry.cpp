@@ -82,7 +82,7 @@ enum class Style { kPlain, kShowing };
 struct PinBlockCall {
   Style style;
   Line line;
-  char* reserved;
+  const char* reserved;
   int timeout_s;
   int algorithm;
   int sound_mode;
@@ -91,7 +91,7 @@ struct PinBlockCall {
   char* factor;
   char* block;
   int* length;
-  char* shown;
+  const char* shown;
 
   [[nodiscard]] bool Shows() const { return style == Style::kShowing; }
 };
@@ -238,7 +238,7 @@ void LogArguments(const PinBlockCall& call) {
 }  // namespace
 }  // namespace gwq
 
-int PN_GetPin(int iPortNo, char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
+int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
               char* szPinBlock) {
   ICC_DPrintLogToFile("PN_GetPin");
   gwq::PadBody body(gwq::kEnterPin);
@@ -246,8 +246,8 @@ int PN_GetPin(int iPortNo, char* /*szReserved*/, int iBaudRate, int iTimeout, in
                        piPinLen);
 }
 
-int GetPinblockShowString(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, unsigned char* pPinBlock,
-                          int* pnPinLen, int nTimeout, char* szShowString) {
+int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
+                          unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
   ICC_DPrintLogToFile("GetPinblockShowString");
   gwq::PadBody body(gwq::kEnterPinShowing, gwq::kShownTextRoom);
   body << nTimeout << std::string_view(szShowString == nullptr ? "" : szShowString);
@@ -255,8 +255,9 @@ int GetPinblockShowString(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, 
                        pnPinLen);
 }
 
-int PN_GetPinBlock(int /*iPortNo*/, char* szReserved, int iBaudRate, int iTimeout, int iAlgoType, int nModex,
-                   int iPinType, char* szAccountNo, char* szPinPadFactor, void* pPinBlock, int* pnPinLen) {
+int PN_GetPinBlock(int /*iPortNo*/, const char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
+                   int nModex, int iPinType, const char* szAccountNo, char* szPinPadFactor, void* pPinBlock,
+                   int* pnPinLen) {
   const gwq::PinBlockCall call{.style = gwq::Style::kPlain,
                                .line = {0, iBaudRate},
                                .reserved = szReserved,
@@ -276,9 +277,9 @@ int PN_GetPinBlock(int /*iPortNo*/, char* szReserved, int iBaudRate, int iTimeou
   return gwq::Run(gwq::kPlainSteps, call);
 }
 
-int PN_GetPinBlockShowString(int /*iPortNo*/, char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
-                             int nModex, int iPinType, char* szAccountNo, char* szPinPadFactor,
-                             void* pPinBlock, int* pnPinLen, char* szShowString) {
+int PN_GetPinBlockShowString(int /*iPortNo*/, const char* szReserved, int iBaudRate, int nTimeout,
+                             int iAlgoType, int nModex, int iPinType, const char* szAccountNo,
+                             char* szPinPadFactor, void* pPinBlock, int* pnPinLen, const char* szShowString) {
   const gwq::PinBlockCall call{.style = gwq::Style::kShowing,
                                .line = {0, iBaudRate},
                                .reserved = szReserved,

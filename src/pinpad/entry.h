@@ -27,14 +27,15 @@ GWQ_C_BEGIN
  *   szPinBlock  out; the block and a terminator; at most 1021 bytes
  * Also -18, -2, -22: the pad's own refusals 1, 2, 3 (the first byte of an answer that is not a good one; so
  * -2 for any refusal that comes in a frame); -14 any other. */
-GWQ_API int PN_GetPin(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int* piPinLen,
+GWQ_API int PN_GetPin(int iPortNo, const char* szReserved, int iBaudRate, int iTimeout, int* piPinLen,
                       char* szPinBlock);
 
 /* As PN_GetPin, with a text on the pad's screen. Body 40 30 seconds text.
  *   pPinBlock, pnPinLen  out; as szPinBlock, piPinLen
  *   szShowString         in; sent as it is, at most 40956 bytes; NULL or empty: none */
-GWQ_API int GetPinblockShowString(int iPortNo, char* szReserved, int iBaudRate, unsigned char* pPinBlock,
-                                  int* pnPinLen, int nTimeout, char* szShowString);
+GWQ_API int GetPinblockShowString(int iPortNo, const char* szReserved, int iBaudRate,
+                                  unsigned char* pPinBlock, int* pnPinLen, int nTimeout,
+                                  const char* szShowString);
 
 /* Checks and sets the pad's entry parameters, reads its factor, then lets the customer key a PIN. In order:
  * encryption type, PIN length, entry mode, sound, account (type 1), factor, PN_GetPin.
@@ -51,17 +52,17 @@ GWQ_API int GetPinblockShowString(int iPortNo, char* szReserved, int iBaudRate, 
  *                   block's length in bytes
  * Also -1 if the pad is set to another type or length; -14 if a setting or the factor was refused; -21 if
  * the account is NULL or holds anything but digits; and PN_GetPin's results. */
-GWQ_API int PN_GetPinBlock(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
-                           int nModex, int iPinType, char* szAccountNo, char* szPinPadFactor, void* pPinBlock,
-                           int* pnPinLen);
+GWQ_API int PN_GetPinBlock(int iPortNo, const char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
+                           int nModex, int iPinType, const char* szAccountNo, char* szPinPadFactor,
+                           void* pPinBlock, int* pnPinLen);
 
 /* As PN_GetPinBlock, with a text on the pad's screen while the PIN is keyed.
  *   szShowString  in; as GetPinblockShowString
  * `nModex` is looked at only after the entry mode is set; a refused entry mode gives -1 here. */
-GWQ_API int PN_GetPinBlockShowString(int iPortNo, char* szReserved, int iBaudRate, int nTimeout,
-                                     int iAlgoType, int nModex, int iPinType, char* szAccountNo,
+GWQ_API int PN_GetPinBlockShowString(int iPortNo, const char* szReserved, int iBaudRate, int nTimeout,
+                                     int iAlgoType, int nModex, int iPinType, const char* szAccountNo,
                                      char* szPinPadFactor, void* pPinBlock, int* pnPinLen,
-                                     char* szShowString);
+                                     const char* szShowString);
 
 /* Has the terminal encipher bytes and fetches the result, a file, by way of "/tmp/enctemp.data" on the host.
  *   nTimeout   seconds; waits 3 s longer
@@ -72,8 +73,8 @@ GWQ_API int PN_GetPinBlockShowString(int iPortNo, char* szReserved, int iBaudRat
  *   pnLen      in: bytes in `szInfo`; out: the file's size, written before the file is read
  *   szEncData  out; the terminal's answer text and a terminator; at most 4096 bytes
  * Also -14 if the terminal failed or the file could not be fetched; -406 if it holds no encryption key. */
-GWQ_API int PN_GetStringBlock(int iPortNo, char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
-                              char* szInfo, char* pFileData, int* pnLen, char* szEncData);
+GWQ_API int PN_GetStringBlock(int iPortNo, const char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
+                              const char* szInfo, char* pFileData, int* pnLen, char* szEncData);
 
 /* Asks the customer for a number.
  *   iTimeout            1 to 999 seconds; waits 2 s longer
@@ -82,8 +83,8 @@ GWQ_API int PN_GetStringBlock(int iPortNo, char* szReserved, int iBaudRate, int 
  *                       GBK is sent empty
  *   szResult            out; the answer without its first and last byte, and a terminator; at most 1024 bytes
  * Also -1 if the prompt is not UTF-8; -24 out of memory. */
-GWQ_API int PN_GetInNo(int iPortNo, char* szReserved, int iBaudRate, int iTimeout, int iInParam1,
-                       int iInParam2, char* szPrompt, char* szResult);
+GWQ_API int PN_GetInNo(int iPortNo, const char* szReserved, int iBaudRate, int iTimeout, int iInParam1,
+                       int iInParam2, const char* szPrompt, char* szResult);
 
 GWQ_C_END
 

@@ -106,18 +106,21 @@ struct WorkingKey {
   std::string_view enciphered;  // hexadecimal
   std::string_view factor;
   std::string_view verify_key;
+
+  [[nodiscard]] std::size_t Room() const {
+    constexpr std::size_t kCommandLengthAndEnd = 4;
+    return kCommandLengthAndEnd + enciphered.size() / 2 + factor.size() + verify_key.size();
+  }
 };
 
-int AskToLoad(Line line, int command, const WorkingKey& wk, PadAnswer& answer) {
+// False when there was no memory.
+bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   SecretHeap<unsigned char> key(wk.enciphered.size() / 2);
-  const std::size_t room = 4 + key.size() + wk.factor.size() + wk.verify_key.size();
-  if (!key || room > kLongestBody) return GWQ_BAD_ARGUMENT;
+  if (!key || !body) return false;
   AsciiToHex(wk.enciphered.data(), static_cast<int>(2 * key.size()), key.data());
-  PadBody body(command, room);
   AppendKey({key.data(), key.size()}, body);
   body << wk.factor << wk.verify_key;
-  DrainLogged(line.baud);
-  return AskPad(line, body, kLoadKeyTimeoutMs, answer);
+  return true;
 }
 
 // The pad confirms a key load with the command's own two bytes as status word and a result behind it.
@@ -138,12 +141,12 @@ int JudgeLoad(int command, const PadAnswer& answer) {
 }  // namespace
 }  // namespace gwq
 
-int PN_GetPinPadFactor(int iPortNo, char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
+int PN_GetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
   return gwq::TakeFactor({iPortNo, iBaudRate}, gwq::kReadFactor, szPinPadFactor);
 }
 
-int PN_CreateAndGetPinPadFactor(int iPortNo, char* /*szReserved*/, int iBaudRate, int iFactorType,
+int PN_CreateAndGetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iFactorType,
                                 char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
@@ -153,7 +156,8 @@ int PN_CreateAndGetPinPadFactor(int iPortNo, char* /*szReserved*/, int iBaudRate
   return gwq::TakeFactor(line, gwq::kReadFactor, szPinPadFactor);
 }
 
-int PN_ObtainFactor(int /*iPortNo*/, char* szReserved, int iBaudRate, char* szWKType, char* szPinPadFactor) {
+int PN_ObtainFactor(int /*iPortNo*/, const char* szReserved, int iBaudRate, const char* szWKType,
+                    char* szPinPadFactor) {
   ICC_DPrintLogToFile("PN_ObtainFactor");
   ICC_DPrintLogToFile("szWKType=%s", szWKType);
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
@@ -164,7 +168,7 @@ int PN_ObtainFactor(int /*iPortNo*/, char* szReserved, int iBaudRate, char* szWK
   return result;
 }
 
-int PN_ObtainPublicKey(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iAlgoType, int iKeyLen,
+int PN_ObtainPublicKey(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iAlgoType, int iKeyLen,
                        char* szPublicKey) {
   constexpr int kBitsToldAsOne = 2048;
   ICC_DPrintLogToFile("PN_ObtainPublicKey  iAlgoType=%d,iKeyLen=%d", iAlgoType, iKeyLen);
@@ -181,8 +185,8 @@ int PN_ObtainPublicKey(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int
   return GWQ_OK;
 }
 
-int PN_ObtainDigest(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iHashAlgo, char* szData,
-                    char* pDigest) {
+int PN_ObtainDigest(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iHashAlgo,
+                    const char* szData, char* pDigest) {
   ICC_DPrintLogToFile("PN_ObtainDigest  iHashAlgo=%d", iHashAlgo);
   if (szData == nullptr || pDigest == nullptr) return GWQ_BAD_ARGUMENT;
   const std::string_view data(szData);
@@ -199,8 +203,9 @@ int PN_ObtainDigest(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iH
   return GWQ_OK;
 }
 
-int PN_DownloadPinPadWK(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, char* szPinPadFactor,
-                        char* szWKType, char* encWKData, char* szVerifyKey) {
+int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
+                        const char* szPinPadFactor, const char* szWKType, const char* encWKData,
+                        const char* szVerifyKey) {
   ICC_DPrintLogToFile("PN_DownloadPinPadWK");
   ICC_DPrintLogToFile("szPinPadFactor=%s,encWKData=%s,szVerifyKey=%s", szPinPadFactor, encWKData,
                       szVerifyKey);
@@ -208,8 +213,12 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, ch
   const int command = gwq::WorkingKeyType(szWKType) == 2 ? gwq::kLoadKey2 : gwq::kLoadKey1;
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   const gwq::WorkingKey wk{encWKData, szPinPadFactor == nullptr ? "" : szPinPadFactor, szVerifyKey};
+  if (wk.Room() > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
+  gwq::PadBody body(command, wk.Room());
+  if (!gwq::AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;
+  gwq::DrainLogged(iBaudRate);
   gwq::PadAnswer answer;
-  const int result = gwq::AskToLoad({0, iBaudRate}, command, wk, answer);
+  const int result = gwq::AskPad({0, iBaudRate}, body, gwq::kLoadKeyTimeoutMs, answer);
   ICC_DPrintLogToFile("TransProc  iRet=%d,", result);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("UnPackData  iRet=%d,", answer.status());

@@ -24,18 +24,18 @@ GWQ_C_BEGIN
 /* Reads the pad's factor. Body 30 19; 2 s.
  *   szPinPadFactor  out; the factor and a terminator; at most 1021 bytes
  * Also -14: the pad refused, or a damaged answer. */
-GWQ_API int PN_GetPinPadFactor(int iPortNo, char* szReserved, int iBaudRate, char* szPinPadFactor);
+GWQ_API int PN_GetPinPadFactor(int iPortNo, const char* szReserved, int iBaudRate, char* szPinPadFactor);
 
 /* Has the pad make a new factor and reads it. Body 30 03 and then 30 19 for type 1, else 30 3A alone; 2 s each.
  *   iFactorType     1, or anything else
  *   szPinPadFactor  out; as PN_GetPinPadFactor
  * Also -14 as PN_GetPinPadFactor. */
-GWQ_API int PN_CreateAndGetPinPadFactor(int iPortNo, char* szReserved, int iBaudRate, int iFactorType,
+GWQ_API int PN_CreateAndGetPinPadFactor(int iPortNo, const char* szReserved, int iBaudRate, int iFactorType,
                                         char* szPinPadFactor);
 
 /* PN_CreateAndGetPinPadFactor on USB, with the working-key type as a text.
  *   szWKType  in; beginning with "2": type 2; anything else, or NULL: type 1 */
-GWQ_API int PN_ObtainFactor(int iPortNo, char* szReserved, int iBaudRate, char* szWKType,
+GWQ_API int PN_ObtainFactor(int iPortNo, const char* szReserved, int iBaudRate, const char* szWKType,
                             char* szPinPadFactor);
 
 /* Reads the pad's public key, on USB. Body 30 02 algorithm length; 6 s.
@@ -44,7 +44,7 @@ GWQ_API int PN_ObtainFactor(int iPortNo, char* szReserved, int iBaudRate, char* 
  *   szPublicKey  out; upper-case hexadecimal text and a terminator; at most 2041 bytes. For algorithm 1 the
  *                pad's last three bytes (the exponent) are left out.
  * Also the pad's own non-zero status word, or -8 for a damaged answer. */
-GWQ_API int PN_ObtainPublicKey(int iPortNo, char* szReserved, int iBaudRate, int iAlgoType, int iKeyLen,
+GWQ_API int PN_ObtainPublicKey(int iPortNo, const char* szReserved, int iBaudRate, int iAlgoType, int iKeyLen,
                                char* szPublicKey);
 
 /* Has the pad compute a digest, on USB. Body 30 15 algorithm length data; 3 s.
@@ -52,8 +52,8 @@ GWQ_API int PN_ObtainPublicKey(int iPortNo, char* szReserved, int iBaudRate, int
  *   szData     in; text; the low byte of its length is sent before it
  *   pDigest    out; the digest's bytes and a terminator; at most 1021 bytes
  * Also as PN_ObtainPublicKey. */
-GWQ_API int PN_ObtainDigest(int iPortNo, char* szReserved, int iBaudRate, int iHashAlgo, char* szData,
-                            char* pDigest);
+GWQ_API int PN_ObtainDigest(int iPortNo, const char* szReserved, int iBaudRate, int iHashAlgo,
+                            const char* szData, char* pDigest);
 
 /* Loads a working key, on USB. Body 30 04 (type 1) or 30 39 (type 2), length, key, factor, verify key; 4 s.
  *   szPinPadFactor  in; the factor that the key was prepared for; NULL means empty
@@ -68,8 +68,9 @@ GWQ_API int PN_ObtainDigest(int iPortNo, char* szReserved, int iBaudRate, int iH
  * When the log is on it receives all three texts.
  * Returns 0; -1 also for the pad's result 1; -8 for its results 2 and 3 and for a damaged answer; 3 if the pad
  * confirmed without a result; otherwise the pad's own result or status word. */
-GWQ_API int PN_DownloadPinPadWK(int iPortNo, char* szReserved, int iBaudRate, char* szPinPadFactor,
-                                char* szWKType, char* encWKData, char* szVerifyKey);
+GWQ_API int PN_DownloadPinPadWK(int iPortNo, const char* szReserved, int iBaudRate,
+                                const char* szPinPadFactor, const char* szWKType, const char* encWKData,
+                                const char* szVerifyKey);
 
 GWQ_C_END
 

@@ -14,6 +14,7 @@ namespace gwq {
 namespace {
 
 constexpr int kSplitRoom = 1024;
+constexpr std::size_t kLongestNumber = 1023;  // of an answer that overshoots its room the rest is cut
 
 bool Within(int value, int low, int high) {
   return value >= low && value <= high;
@@ -39,8 +40,8 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 }  // namespace
 }  // namespace gwq
 
-int PN_GetInNo(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
-               int iInParam2, char* szPrompt, char* szResult) {
+int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
+               int iInParam2, const char* szPrompt, char* szResult) {
   constexpr int kMarginMs = 2000;
   ICC_DPrintLogToFile("PN_GetInNo ");
   if (!gwq::NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
@@ -53,7 +54,7 @@ int PN_GetInNo(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int iTimeou
   gwq::AnswerText<1024> answer;
   const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, gwq::WaitMs(iTimeout, kMarginMs));
   if (result == GWQ_OK) {
-    const std::string_view number = gwq::WithoutMarks(answer.text());
+    const std::string_view number = gwq::WithoutMarks(answer.text()).substr(0, gwq::kLongestNumber);
     number.copy(szResult, number.size());
     szResult[number.size()] = '\0';
   }

@@ -87,7 +87,7 @@ bool Made(const char* log, int result) {
 }  // namespace
 }  // namespace gwq
 
-int PN_GetEnType(int iPortNo, char* /*szReserved*/, int iBaudRate, int* piEnType) {
+int PN_GetEnType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* piEnType) {
   if (piEnType == nullptr) return GWQ_BAD_ARGUMENT;
   gwq::PadAnswer answer;
   const int result = gwq::Get({iPortNo, iBaudRate}, gwq::kGetType, answer);
@@ -95,11 +95,11 @@ int PN_GetEnType(int iPortNo, char* /*szReserved*/, int iBaudRate, int* piEnType
   return result;
 }
 
-int PN_SetEnType(int iPortNo, char* /*szReserved*/, int iBaudRate, int iEnType) {
+int PN_SetEnType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iEnType) {
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetType, iEnType);
 }
 
-int PN_GetPinLen(int iPortNo, char* /*szReserved*/, int iBaudRate, int* piPinLen) {
+int PN_GetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* piPinLen) {
   if (piPinLen == nullptr) return GWQ_BAD_ARGUMENT;
   gwq::PadAnswer answer;
   if (const int result = gwq::Get({iPortNo, iBaudRate}, gwq::kGetLength, answer); result != GWQ_OK) {
@@ -110,47 +110,47 @@ int PN_GetPinLen(int iPortNo, char* /*szReserved*/, int iBaudRate, int* piPinLen
   return GWQ_OK;
 }
 
-int PN_SetPinLen(int iPortNo, char* /*szReserved*/, int iBaudRate, int iPinLen) {
+int PN_SetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iPinLen) {
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetLength, iPinLen & 0x0F);
 }
 
-int PN_SetEndRule(int iPortNo, char* /*szReserved*/, int iBaudRate, int iEndRule) {
+int PN_SetEndRule(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iEndRule) {
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetEndRule, iEndRule);
 }
 
-int PN_SetFillType(int iPortNo, char* /*szReserved*/, int iBaudRate, char* szFill) {
+int PN_SetFillType(int iPortNo, const char* /*szReserved*/, int iBaudRate, const char* szFill) {
   const bool fills_with_f = szFill != nullptr && *szFill == 'F';
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetFill, fills_with_f ? 0xFF : 0x00);
 }
 
-int PN_SetPinMoe(int iPortNo, char* /*szReserved*/, int iBaudRate, int iPinMode) {
+int PN_SetPinMoe(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iPinMode) {
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetMode, iPinMode);
 }
 
-int PN_SetSoundType(int iPortNo, char* /*szReserved*/, int iBaudRate, int iSoundType) {
+int PN_SetSoundType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iSoundType) {
   return gwq::Put({iPortNo, iBaudRate}, gwq::kSetSound, iSoundType);
 }
 
-int PN_SetAccount(int iPortNo, char* /*szReserved*/, int iBaudRate, unsigned char* pAccount,
+int PN_SetAccount(int iPortNo, const char* /*szReserved*/, int iBaudRate, const unsigned char* pAccount,
                   int iAccountLen) {
   if (pAccount == nullptr && iAccountLen > 0) return GWQ_BAD_ARGUMENT;
   gwq::PadBody body(gwq::kSetAccount.command);
   body << iAccountLen;
   if (iAccountLen > 0) {
-    body << std::string_view(reinterpret_cast<char*>(pAccount), static_cast<std::size_t>(iAccountLen));
+    body << std::string_view(reinterpret_cast<const char*>(pAccount), static_cast<std::size_t>(iAccountLen));
   }
   gwq::PadAnswer answer;
   return gwq::AskSetting({iPortNo, iBaudRate}, gwq::kSetAccount, body, answer);
 }
 
-int PN_ReadDeviceId(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
+int PN_ReadDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
   ICC_DPrintLogToFile("PN_ReadDeviceId ");
   if (szDeviceId == nullptr) return GWQ_BAD_ARGUMENT;
   if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   return gwq::ReadDeviceId(iBaudRate, szDeviceId);
 }
 
-int PN_WriteDeviceId(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
+int PN_WriteDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szDeviceId) {
   ICC_DPrintLogToFile("PN_WriteDeviceId  DeviceId=%s", szDeviceId);
   if (!gwq::IsDeviceId(szDeviceId)) {
     ICC_DPrintLogToFile("PN_WriteDeviceId  ERR_PARAMS");
@@ -160,8 +160,8 @@ int PN_WriteDeviceId(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, char*
   return gwq::SendDeviceId(iBaudRate, szDeviceId);
 }
 
-int PN_SetPinPadParameter(int /*iPortNo*/, char* szReserved, int iBaudRate, int iAlgoType, int iPinLen,
-                          int iPinRule, char* szFill) {
+int PN_SetPinPadParameter(int /*iPortNo*/, const char* szReserved, int iBaudRate, int iAlgoType, int iPinLen,
+                          int iPinRule, const char* szFill) {
   ICC_DPrintLogToFile("PN_SetPinPadParameter iAlgoType=%d,iPinLen=%d,iPinRule=%d", iAlgoType, iPinLen,
                       iPinRule);
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;

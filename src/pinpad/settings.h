@@ -26,52 +26,52 @@ GWQ_C_BEGIN
 /* Reads the encryption type. Body 30 33; 2 s.
  *   piEnType  out; untouched if the answer holds no data
  * Returns, in place of -14, the pad's own non-zero status word, or -8 for a damaged answer. */
-GWQ_API int PN_GetEnType(int iPortNo, char* szReserved, int iBaudRate, int* piEnType);
+GWQ_API int PN_GetEnType(int iPortNo, const char* szReserved, int iBaudRate, int* piEnType);
 
 /* Sets the encryption type. Body 30 10 type; 2 s. Returns as PN_GetEnType. */
-GWQ_API int PN_SetEnType(int iPortNo, char* szReserved, int iBaudRate, int iEnType);
+GWQ_API int PN_SetEnType(int iPortNo, const char* szReserved, int iBaudRate, int iEnType);
 
 /* Reads the PIN's length. Body 30 35; 2 s.
  *   piPinLen  out
  * Also -14: the answer holds no data. */
-GWQ_API int PN_GetPinLen(int iPortNo, char* szReserved, int iBaudRate, int* piPinLen);
+GWQ_API int PN_GetPinLen(int iPortNo, const char* szReserved, int iBaudRate, int* piPinLen);
 
 /* Sets the PIN's length, of which the low four bits count. Body 30 12 length; 2 s. */
-GWQ_API int PN_SetPinLen(int iPortNo, char* szReserved, int iBaudRate, int iPinLen);
+GWQ_API int PN_SetPinLen(int iPortNo, const char* szReserved, int iBaudRate, int iPinLen);
 
 /* Sets what ends a PIN entry. Body 30 13 rule; 2 s. */
-GWQ_API int PN_SetEndRule(int iPortNo, char* szReserved, int iBaudRate, int iEndRule);
+GWQ_API int PN_SetEndRule(int iPortNo, const char* szReserved, int iBaudRate, int iEndRule);
 
 /* Sets what a PIN block is filled with. Body 30 11 FF, or 30 11; 2 s.
  *   szFill  in; beginning with "F": fill with 0xFF; anything else, or NULL: with 0 */
-GWQ_API int PN_SetFillType(int iPortNo, char* szReserved, int iBaudRate, char* szFill);
+GWQ_API int PN_SetFillType(int iPortNo, const char* szReserved, int iBaudRate, const char* szFill);
 
 /* Sets the entry mode. Body 30 32 mode; 2 s. */
-GWQ_API int PN_SetPinMoe(int iPortNo, char* szReserved, int iBaudRate, int iPinMode);
+GWQ_API int PN_SetPinMoe(int iPortNo, const char* szReserved, int iBaudRate, int iPinMode);
 
 /* Sets the sound of the keys. Body 30 14 sound; 2 s. */
-GWQ_API int PN_SetSoundType(int iPortNo, char* szReserved, int iBaudRate, int iSoundType);
+GWQ_API int PN_SetSoundType(int iPortNo, const char* szReserved, int iBaudRate, int iSoundType);
 
 /* Sets the account number that PIN blocks are bound to. Body 30 16 length account; 2 s.
  *   pAccount     in; `iAccountLen` bytes; sent up to the first zero byte, and at most 252 of them
  *   iAccountLen  its low byte is sent as the length
  * Also -1: `pAccount` is NULL with a length above 0. */
-GWQ_API int PN_SetAccount(int iPortNo, char* szReserved, int iBaudRate, unsigned char* pAccount,
+GWQ_API int PN_SetAccount(int iPortNo, const char* szReserved, int iBaudRate, const unsigned char* pAccount,
                           int iAccountLen);
 
 /* Reads the terminal's serial number, on USB whatever the port. Body 30 18; 3 s.
  *   szDeviceId  out; the number and a terminator; at most 1021 bytes */
-GWQ_API int PN_ReadDeviceId(int iPortNo, char* szReserved, int iBaudRate, char* szDeviceId);
+GWQ_API int PN_ReadDeviceId(int iPortNo, const char* szReserved, int iBaudRate, char* szDeviceId);
 
 /* Gives the terminal a serial number, on USB whatever the port.
  *   szDeviceId  in; 1 to 20 characters, else -1
  * Sends "\e[0BJPOSTSETSN", STX, the number, ETX; 3 s. Returns 0; -1; -3 not opened; -14 for anything else. */
-GWQ_API int PN_WriteDeviceId(int iPortNo, char* szReserved, int iBaudRate, char* szDeviceId);
+GWQ_API int PN_WriteDeviceId(int iPortNo, const char* szReserved, int iBaudRate, const char* szDeviceId);
 
 /* Sets encryption type, PIN length, end rule and fill type one after the other, on USB whatever the port.
  * The first that fails ends the call with its result; what was set before stays set. */
-GWQ_API int PN_SetPinPadParameter(int iPortNo, char* szReserved, int iBaudRate, int iAlgoType, int iPinLen,
-                                  int iPinRule, char* szFill);
+GWQ_API int PN_SetPinPadParameter(int iPortNo, const char* szReserved, int iBaudRate, int iAlgoType,
+                                  int iPinLen, int iPinRule, const char* szFill);
 
 GWQ_C_END
 

@@ -24,6 +24,8 @@ constexpr char kLocalFile[] = "/tmp/enctemp.data";
 constexpr useconds_t kPauseBeforePullUs = 200'000;
 constexpr int kEncipherBaud = 9600;
 
+constexpr std::size_t kLongestAnswer = 4095;  // of an answer that overshoots its room the rest is cut
+
 using Answer = AnswerText<4096>;
 
 // Only whether the link opens counts here; what the terminal answers does not.
@@ -96,7 +98,7 @@ int ReadResult(char* data, int* size) {
 void TakeAnswer(const Answer& answer, char* out) {
   constexpr std::size_t kMarks = 3;
   const std::string_view text = answer.text();
-  const std::size_t length = text.size() < kMarks ? 0 : text.size() - kMarks;
+  const std::size_t length = std::min(text.size() < kMarks ? 0 : text.size() - kMarks, kLongestAnswer);
   if (length > 0) text.copy(out, length, 2);
   out[length] = '\0';
 }
@@ -104,8 +106,8 @@ void TakeAnswer(const Answer& answer, char* out) {
 }  // namespace
 }  // namespace gwq
 
-int PN_GetStringBlock(int /*iPortNo*/, char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
-                      char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
+int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
+                      const char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
   if (szInfo == nullptr || pFileData == nullptr || pnLen == nullptr || szEncData == nullptr) {
     return GWQ_BAD_ARGUMENT;
   }

@@ -1,5 +1,5 @@
 // The customer that stands there unless another is scripted: quick, and happy to
-// key a PIN whenever asked.
+// key a PIN, or the same digits as a number, whenever asked.
 #pragma once
 
 #include <chrono>
@@ -16,8 +16,11 @@ class AgreeableCustomer : public Customer {
 
   // Keys as much of the PIN as there is room for.
   PinAction KeyPin(const PinRequest& request) override;
+  NumberAction KeyNumber(const NumberRequest& request) override;
 
  private:
+  [[nodiscard]] PinAction Key(int max_digits) const;
+
   std::string pin_;
   std::chrono::milliseconds after_;
 };

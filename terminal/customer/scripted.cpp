@@ -20,7 +20,6 @@ using Json = nlohmann::json;
 
 constexpr std::chrono::milliseconds kUsualDelay{200};
 constexpr std::int64_t kLongestDelay = 3'600'000;
-constexpr std::size_t kMostDigits = 14;
 
 [[noreturn]] void Fail(const std::string& what) {
   throw std::runtime_error(what);
@@ -39,13 +38,22 @@ void CheckMembers(const Json& object, std::initializer_list<std::string_view> kn
   }
 }
 
-std::string ReadPin(const Json& step) {
-  const Json& pin = step.at("pin");
-  if (!pin.is_string()) Fail("\"pin\" must be a text of digits");
-  auto digits = pin.get<std::string>();
-  const bool fits = !digits.empty() && digits.size() <= kMostDigits &&
+// What the steps of a list key.
+struct Kind {
+  const char* list;
+  const char* member;
+  std::size_t most_digits;
+};
+constexpr Kind kPins{"pin_entries", "pin", 14};
+constexpr Kind kNumbers{"number_entries", "number", 20};
+
+std::string ReadDigits(const Json& step, const Kind& kind) {
+  const Json& value = step.at(kind.member);
+  if (!value.is_string()) Fail(Quoted(kind.member) + " must be a text of digits");
+  auto digits = value.get<std::string>();
+  const bool fits = !digits.empty() && digits.size() <= kind.most_digits &&
                     digits.find_first_not_of("0123456789") == std::string::npos;
-  if (!fits) Fail("\"pin\" must be 1 to 14 digits");
+  if (!fits) Fail(Quoted(kind.member) + " must be 1 to " + std::to_string(kind.most_digits) + " digits");
   return digits;
 }
 
@@ -62,12 +70,12 @@ void CheckIsTrue(const Json& step, const char* name) {
   if (!value.is_boolean() || !value.get<bool>()) Fail(Quoted(name) + " can only be true");
 }
 
-PinAction ReadStep(const Json& step) {
+PinAction ReadStep(const Json& step, const Kind& kind) {
   if (!step.is_object()) Fail("is not an object");
-  CheckMembers(step, {"pin", "cancel", "walk_away", "after_ms"});
-  const auto deeds = step.count("pin") + step.count("cancel") + step.count("walk_away");
-  if (deeds != 1) Fail("needs exactly one of \"pin\", \"cancel\", \"walk_away\"");
-  if (step.contains("pin")) return {PinAction::Kind::kEnter, ReadPin(step), ReadDelay(step)};
+  CheckMembers(step, {kind.member, "cancel", "walk_away", "after_ms"});
+  const auto deeds = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
+  if (deeds != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
+  if (step.contains(kind.member)) return {PinAction::Kind::kEnter, ReadDigits(step, kind), ReadDelay(step)};
   if (step.contains("cancel")) {
     CheckIsTrue(step, "cancel");
     return {PinAction::Kind::kCancel, {}, ReadDelay(step)};
@@ -77,26 +85,30 @@ PinAction ReadStep(const Json& step) {
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
-const Json& StepsOf(const Json& script) {
-  if (script.is_array()) return script;
-  if (!script.is_object()) Fail("must hold an object or a list of steps");
-  CheckMembers(script, {"pin_entries"});
-  if (!script.contains("pin_entries")) Fail("has no \"pin_entries\"");
-  const Json& steps = script.at("pin_entries");
-  if (!steps.is_array()) Fail("\"pin_entries\" must be a list");
-  return steps;
-}
-
-std::vector<PinAction> ReadSteps(const Json& script) {
+ScriptedCustomer::Steps ReadSteps(const Json& steps, const Kind& kind) {
+  if (!steps.is_array()) Fail(Quoted(kind.list) + " must be a list");
   std::vector<PinAction> actions;
-  for (const Json& step : StepsOf(script)) {
+  for (const Json& step : steps) {
     try {
-      actions.push_back(ReadStep(step));
+      actions.push_back(ReadStep(step, kind));
     } catch (const std::runtime_error& error) {
       Fail("step " + std::to_string(actions.size() + 1) + ": " + error.what());
     }
   }
   return actions;
+}
+
+ScriptedCustomer::Steps ReadList(const Json& script, const Kind& kind) {
+  if (!script.contains(kind.list)) return std::nullopt;
+  return ReadSteps(script.at(kind.list), kind);
+}
+
+std::unique_ptr<Customer> ReadCustomer(const Json& script) {
+  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
+  if (!script.is_object()) Fail("must hold an object or a list of steps");
+  CheckMembers(script, {kPins.list, kNumbers.list});
+  if (script.empty()) Fail("has neither " + Quoted(kPins.list) + " nor " + Quoted(kNumbers.list));
+  return std::make_unique<ScriptedCustomer>(ReadList(script, kPins), ReadList(script, kNumbers));
 }
 
 Json ReadScript(const std::string& path) {
@@ -106,22 +118,32 @@ Json ReadScript(const std::string& path) {
   return Json::parse(file, nullptr, true, true);
 }
 
-}  // namespace
-
-ScriptedCustomer::ScriptedCustomer(std::vector<PinAction> pin_entries)
-    : pin_entries_(std::move(pin_entries)) {
-  if (pin_entries_.empty()) Fail("there must be at least one step");
+PinAction Next(const std::vector<PinAction>& steps, std::size_t& next) {
+  const PinAction& action = steps[next];
+  if (next + 1 < steps.size()) ++next;
+  return action;
 }
 
-PinAction ScriptedCustomer::KeyPin(const PinRequest&) {
-  const PinAction& action = pin_entries_[next_];
-  if (next_ + 1 < pin_entries_.size()) ++next_;
-  return action;
+}  // namespace
+
+ScriptedCustomer::ScriptedCustomer(Steps pin_entries, Steps number_entries)
+    : pin_entries_(std::move(pin_entries)), number_entries_(std::move(number_entries)) {
+  for (const Steps* steps : {&pin_entries_, &number_entries_}) {
+    if (*steps && (*steps)->empty()) Fail("there must be at least one step");
+  }
+}
+
+PinAction ScriptedCustomer::KeyPin(const PinRequest& request) {
+  return pin_entries_ ? Next(*pin_entries_, next_pin_) : agreeable_.KeyPin(request);
+}
+
+NumberAction ScriptedCustomer::KeyNumber(const NumberRequest& request) {
+  return number_entries_ ? Next(*number_entries_, next_number_) : agreeable_.KeyNumber(request);
 }
 
 std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
   try {
-    return std::make_unique<ScriptedCustomer>(ReadSteps(ReadScript(path)));
+    return ReadCustomer(ReadScript(path));
   } catch (const std::exception& error) {
     throw std::runtime_error("customer file " + path + ": " + error.what());
   }

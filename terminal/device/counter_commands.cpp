@@ -54,6 +54,7 @@ CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, const Settings
 
 void CounterCommands::AddTo(TextCommands& table) {
   table.Add({"\033[0GETVERSION", [this](const Match&) { TellVersion(); }});
+  table.Add({"\033[1GETFIRMVERSION", [this](const Match&) { TellFirmwareVersion(); }});
   table.Add({"\033[1;%dL", [this](const Match& match) { SetPinLength(match.numbers[0]); }});
   table.Add({"\033[1;%dX", [this](const Match& match) { SetDisplay(match.numbers[0]); }});
   table.Add({"\033[1;%dT", [this](const Match& match) { SetTimeout(match.numbers[0]); }});
@@ -77,7 +78,16 @@ void CounterCommands::AddTo(TextCommands& table) {
 
 void CounterCommands::TellVersion() {
   outlet_.Heard("GETVERSION");
-  const std::string text = settings_.version + "|" + settings_.build_date;
+  AnswerText(settings_.version + "|" + settings_.build_date);
+}
+
+// The common version and the private one.
+void CounterCommands::TellFirmwareVersion() {
+  outlet_.Heard("GETFIRMVERSION");
+  AnswerText(settings_.version + "|P" + settings_.build_date);
+}
+
+void CounterCommands::AnswerText(const std::string& text) {
   Bytes answer{kStx};
   answer.insert(answer.end(), text.begin(), text.end());
   answer.push_back(kEtx);

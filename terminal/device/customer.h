@@ -13,6 +13,7 @@ struct PinRequest {
   std::chrono::milliseconds time_left{0};
   bool again = false;           // the screen asks for the PIN once more
   bool ends_when_full = false;  // the last of `max_digits` ends the entry without Enter
+  std::string shown = {};       // what the host has the screen say, UTF-8
 };
 
 // What the person does about it, and how long after the request appeared.
@@ -24,10 +25,21 @@ struct PinAction {
   std::chrono::milliseconds after{0};
 };
 
+// A request to key some other number. What a person can do about it is the same.
+struct NumberRequest {
+  enum class Display { kClear, kStars, kNothing };
+  std::string prompt;  // UTF-8
+  int max_digits = 20;
+  Display display = Display::kClear;
+  std::chrono::milliseconds time_left{0};
+};
+using NumberAction = PinAction;
+
 class Customer {
  public:
   virtual ~Customer() = default;
   virtual PinAction KeyPin(const PinRequest& request) = 0;
+  virtual NumberAction KeyNumber(const NumberRequest&) { return {NumberAction::Kind::kWalkAway, {}, {}}; }
 };
 
 }  // namespace gwq::terminal

@@ -1,7 +1,6 @@
 #include "device/device.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <deque>
 #include <initializer_list>
 #include <utility>
@@ -12,7 +11,7 @@
 #include "device/framed_commands.h"
 #include "device/outlet.h"
 #include "device/pin_entry.h"
-#include "device/pinpad_frame.h"
+#include "device/pin_pad.h"
 #include "device/secret.h"
 #include "device/text_commands.h"
 
@@ -22,12 +21,6 @@ namespace {
 // A host that never reads must not make the terminal grow: like any device with
 // a small output buffer, it then loses its oldest answers.
 constexpr std::size_t kMostAnswers = 256;
-
-std::string Hex(std::uint16_t word) {
-  char text[5] = {};
-  std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(word));
-  return text;
-}
 
 // The earliest of those that there are.
 std::optional<Time> Earliest(std::initializer_list<std::optional<Time>> times) {
@@ -53,9 +46,12 @@ class Device::Impl : private Outlet {
         entry_(customer, *this),
         counter_(*this, entry_, settings_),
         files_(*this, reader_, storage.files != nullptr ? *storage.files : no_files_,
-               std::move(storage.faults), settings_) {
+               std::move(storage.faults), settings_),
+        pad_(*this, entry_, counter_.Keys(), storage.files != nullptr ? *storage.files : no_files_,
+             storage.keys) {
     counter_.AddTo(text_commands_);
     files_.AddTo(text_commands_);
+    pad_.AddTo(text_commands_, framed_commands_);
   }
 
   Impl(const Impl&) = delete;
@@ -137,11 +133,11 @@ class Device::Impl : private Outlet {
     AnswerRefusal(*this);
   }
 
+  // A framed command is a question of its own, so it ends an entry that waits.
   void CarryOutFrame(std::span<const std::uint8_t> frame) {
     Heard("PIN-pad frame (" + std::to_string(frame.size()) + " bytes)");
-    FramedAnswer answer = framed_commands_.Run(frame);
-    Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
-    Wipe(answer.data);
+    entry_.Stop();
+    if (auto answer = framed_commands_.Run(frame)) AnswerFrame(*this, std::move(*answer));
   }
 
   Settings settings_;
@@ -154,6 +150,7 @@ class Device::Impl : private Outlet {
   PinEntry entry_;
   CounterCommands counter_;
   FileCommands files_;
+  PinPad pad_;
   TextCommands text_commands_;
   FramedCommands framed_commands_;
 };

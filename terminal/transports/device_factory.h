@@ -20,6 +20,7 @@ class DeviceFactory {
   explicit DeviceFactory(const TerminalOptions& options)
       : customer_file_(options.customer_file),
         storage_dir_(options.storage_dir),
+        keys_dir_(options.keys_dir),
         faults_file_(options.faults_file),
         trace_(options.trace) {}
 
@@ -30,9 +31,11 @@ class DeviceFactory {
  private:
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
+  [[nodiscard]] FileSystem* MakeKeyFiles();
 
   std::string customer_file_;
   std::string storage_dir_;
+  std::string keys_dir_;
   std::string faults_file_;
   TraceWriter trace_;
   std::vector<std::unique_ptr<Customer>> customers_;

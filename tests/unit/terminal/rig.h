@@ -27,9 +27,14 @@ inline constexpr std::size_t kReport = 1024;
 class ListedCustomer : public Customer {
  public:
   PinAction KeyPin(const PinRequest& request) override;
+  NumberAction KeyNumber(const NumberRequest& request) override;
 
   std::deque<PinAction> actions;
   std::vector<PinRequest> requests;
+  std::vector<NumberRequest> numbers;
+
+ private:
+  PinAction Next();
 };
 
 PinAction Keys(std::string digits, Time after = 100ms);
