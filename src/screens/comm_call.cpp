@@ -139,8 +139,7 @@ int Run(int baud, const Query& query, TakePart* take, ItemText& text, Messages& 
 // A number of the usual length is kept even when the call failed.
 void ReadSerialNumber(int baud, SerialNumber& number, Messages& messages) {
   constexpr std::size_t kUsualLength = 10;
-  char link[] = "9";
-  const int result = PN_ReadDeviceId(0, link, baud, number.data());
+  const int result = PN_ReadDeviceId(0, "9", baud, number.data());
   ICC_DPrintLogToFile("szDeviceId = %s ", number.data());
   if (result != GWQ_OK && std::strlen(number.data()) != kUsualLength) {
     number.fill('\0');

@@ -488,9 +488,9 @@ TEST_F(CommCall, RefusedSerialNumberIsEmptyAndReported) {
 
 extern "C" {
 
-int __real_PN_ReadDeviceId(int port, char* link, int baud, char* number);
+int __real_PN_ReadDeviceId(int port, const char* link, int baud, char* number);
 
-int __wrap_PN_ReadDeviceId(int port, char* link, int baud, char* number) {
+int __wrap_PN_ReadDeviceId(int port, const char* link, int baud, char* number) {
   using gwq::test::g_serial_reply;
   gwq::test::g_serial_call = {port, link, baud};
   if (!g_serial_reply) return __real_PN_ReadDeviceId(port, link, baud, number);
