@@ -7,8 +7,9 @@
  * - Port number: 0 is the USB link; n of 1 or more is the serial device /dev/ttyS(n-1).
  * - Text is NUL-terminated. Pointers must not be NULL where no NULL rule is given.
  * - One thread at a time calls the interface. Exceptions, callable from any thread at any time: CancelRead,
- *   CancelWrite, the links' own cancel functions, the log functions and the codecs. Exchanges of two threads do
- *   not harm each other, though: the second waits until the first has closed its link.
+ *   CancelWrite, MP_CancleEvaluate, MP_CancelCurrentOperation, the links' own cancel functions, the log functions and
+ *   the codecs. Exchanges of two threads do not harm each other, though: the second waits until the first has closed
+ *   its link.
  * - On failure, outputs are untouched.
  */
 #ifndef GWQ_H
@@ -33,5 +34,13 @@
 #include "pinpad/entry.h"
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
+#include "screens/checkout.h"
+#include "screens/comm_call.h"
+#include "screens/documents.h"
+#include "screens/evaluation.h"
+#include "screens/html.h"
+#include "screens/information.h"
+#include "screens/signing.h"
+#include "screens/terminal_control.h"
 
 #endif

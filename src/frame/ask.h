@@ -12,30 +12,42 @@
 
 namespace gwq {
 
-// A command under construction in a buffer of a fixed size; what does not fit is cut.
-template <std::size_t N>
-class CommandText {
+// A command under construction in a buffer of a given size; what does not fit is cut.
+template <typename Storage>
+class CommandIn {
  public:
-  CommandText& operator<<(std::string_view text) {
-    const std::size_t length = std::min(text.size(), N - 1 - size_);
+  CommandIn() = default;
+  explicit CommandIn(std::size_t size) : bytes_(size) {}
+
+  CommandIn& operator<<(std::string_view text) {
+    const std::size_t length = std::min(text.size(), bytes_.size() - 1 - size_);
     text.copy(bytes_.data() + size_, length);
     size_ += length;
     return *this;
   }
-  CommandText& operator<<(int number) {
+  CommandIn& operator<<(int number) {
     char digits[12];
     const auto [end, error] = std::to_chars(digits, digits + sizeof digits, number);
     return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
   }
+
+  // False when there was no memory; nothing can be written then.
+  explicit operator bool() const { return bytes_.data() != nullptr; }
 
   char* data() { return bytes_.data(); }
   [[nodiscard]] int size() const { return static_cast<int>(size_); }
   [[nodiscard]] std::string_view text() const { return {bytes_.data(), size_}; }
 
  private:
-  SecretArray<char, N> bytes_;
+  Storage bytes_;
   std::size_t size_ = 0;
 };
+
+template <std::size_t N>
+using CommandText = CommandIn<SecretArray<char, N>>;
+
+// For commands whose size comes from the caller.
+using HeapCommand = CommandIn<SecretHeap<char>>;
 
 // Room for an answer of at most N bytes, and for the report that a USB read may bring beyond.
 template <std::size_t N>
@@ -62,14 +74,14 @@ struct Line {
   int baud;
 };
 
-template <std::size_t C, std::size_t A>
-int Ask(Line line, CommandText<C>& command, AnswerText<A>& answer, GwqEndOfRead end, int timeout_ms) {
+template <typename Storage, std::size_t A>
+int Ask(Line line, CommandIn<Storage>& command, AnswerText<A>& answer, GwqEndOfRead end, int timeout_ms) {
   return TransProcByEnd(line.port, line.baud, command.data(), command.size(), answer.data(), answer.length(),
                         end, timeout_ms);
 }
 
-template <std::size_t C>
-int Tell(Line line, CommandText<C>& command, int timeout_ms) {
+template <typename Storage>
+int Tell(Line line, CommandIn<Storage>& command, int timeout_ms) {
   return TransProcOnlySend(line.port, line.baud, command.data(), command.size(), timeout_ms);
 }
 

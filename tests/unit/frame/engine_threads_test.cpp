@@ -10,6 +10,7 @@
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
+#include "support/turns.h"
 
 namespace gwq::test {
 namespace {
@@ -21,25 +22,6 @@ int Exchange() {
   char answer[64 + 1024] = {};
   int length = 64;
   return TransProc(0, 0, command, 3, answer, &length, 1000);
-}
-
-// Every device that was listed is closed before the next listing.
-bool TakesTurns(const std::vector<std::string>& calls) {
-  bool open = false;
-  for (const std::string& call : calls) {
-    if (call == "list") {
-      if (open) return false;
-      open = true;
-    }
-    if (call == "free_list") open = false;
-  }
-  return !open;
-}
-
-// True once `flag` is set; gives up after some seconds, so that a deadlock becomes a failure.
-bool Eventually(const std::atomic<bool>& flag) {
-  for (int i = 0; i < 5000 && !flag; ++i) ReallySleepMs(1);
-  return flag;
 }
 
 TEST(EngineThreads, SecondExchangeWaitsUntilTheFirstHasClosedItsLink) {

@@ -1,0 +1,62 @@
+#include "screens/checkout.h"
+
+#include <array>
+
+#include "codec/gbk_text.h"
+#include "diag/log.h"
+#include "diag/log_gbk.h"
+#include "screens/screen.h"
+
+namespace gwq {
+namespace {
+
+// "f" and "w" are the other way round where documents are signed.
+constexpr std::array kFailures{Meaning{kRefusalAnswer, GWQ_REFUSED},
+                               Meaning{"\x02"
+                                       "f\x03",
+                                       GWQ_NO_ANSWER},
+                               Meaning{"\x02w\x03", GWQ_CANCELLED}};
+
+int TakeResult(std::string_view answer, char* out) {
+  constexpr std::size_t kBehindCode = 2;
+  if (const auto failure = MeaningOf(kFailures, answer)) return *failure;
+  CopyTerminated(AnswerFrom(answer, kBehindCode), out);
+  ICC_DPrintLogToFile("result=%s", out);
+  return GWQ_OK;
+}
+
+int AskForResult(Line line, int timeout_s, HeapCommand& command, char* out) {
+  AnswerText<1024> answer;
+  int result = Ask(line, command, answer, &EndOfRead2, AnswerTimeoutMs(timeout_s));
+  ICC_DPrintLogToFile("iRet:%d\r\n", result);
+  if (result == GWQ_OK) result = TakeResult(answer.text(), out);
+  ICC_DPrintLogToFile("MP_CheckOut_All  iRet:%d", result);
+  return result;
+}
+
+int CheckOut(Line line, int timeout_s, std::string_view first, std::string_view second, char* out) {
+  constexpr std::size_t kRoomAround = 64;
+  const SplitCopy split_second(second);
+  const SplitCopy split_first(first);
+  HeapCommand command(2 * (first.size() + second.size()) + kRoomAround);
+  if (!split_second || !split_first || !command) return GWQ_TOO_SMALL;
+  command << "\x1B[2YCCHECKOUTALLUTF8\x02" << timeout_s << "#" << split_second.text() << "#"
+          << split_first.text() << "\x03";
+  return AskForResult(line, timeout_s, command, out);
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
+                    const char* szFirstText, const char* szSecondText, char* szResult) {
+  ICC_DPrintLogToFile("MP_CheckOut_All");
+  const bool texts_hold = gwq::Given(szFirstText) && szSecondText != nullptr;
+  if (!texts_hold || szResult == nullptr || !gwq::IsScreenTimeout(iTimeout)) {
+    gwq::LogGbk(gwq::Gbk("参数错误"));
+    return GWQ_BAD_ARGUMENT;
+  }
+  const gwq::Line line{0, iBaudRate};
+  if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  return gwq::CheckOut(line, iTimeout, szFirstText, szSecondText, szResult);
+}

@@ -1,0 +1,30 @@
+// The steps that showing, confirming and signing documents share. All on USB.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+#include "codec/secret.h"
+#include "frame/ask.h"
+
+namespace gwq {
+
+// What the customer did; the done and refusal answers stand beside them (frame/ask.h).
+inline constexpr std::string_view kCancelAnswer = "\x02\x66\x03";
+inline constexpr std::string_view kTimeoutAnswer = "\x02w\x03";
+
+// A list of documents as the terminal gets it, with a terminator behind its N bytes.
+template <std::size_t N>
+using DocumentList = SecretArray<char, N + 1>;
+
+// What every call begins with. Returns 0; -1 for arguments that do not hold, with a complaint in the log where there is
+// one; -3 when the link could not be opened to drain it.
+int Begin(Line line, bool arguments_hold, const char* complaint);
+
+void LogIfAny(const char* text);
+
+// Sends the documents and tells their places on the terminal, in GBK; what does not fit or convert is left out.
+int PushDocuments(const char* paths, std::span<char> list);
+
+}  // namespace gwq

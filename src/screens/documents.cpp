@@ -1,0 +1,90 @@
+#include "screens/documents.h"
+
+#include <string_view>
+
+#include "diag/log.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "screens/document_steps.h"
+#include "screens/screen.h"
+
+namespace gwq {
+namespace {
+
+// Room for the list and what stands around it.
+using Text = CommandText<1024 + 128>;
+using List = DocumentList<1024>;
+
+// pnDisplayResult: what the customer decided.
+enum Decision { kAgreed = 0, kDeclined = 1, kUndecided = 2 };
+
+struct Outcome {
+  std::string_view answer;
+  Decision decision;
+  int status;
+};
+
+constexpr Outcome kOutcomes[] = {
+    {kDoneAnswer, kAgreed, GWQ_OK},
+    {kCancelAnswer, kDeclined, GWQ_OK},
+    {kTimeoutAnswer, kUndecided, GWQ_NO_ANSWER},
+    {kRefusalAnswer, kUndecided, GWQ_REFUSED},
+};
+
+bool ArgumentsHold(const char* paths, int timeout_s) {
+  return Given(paths) && IsScreenTimeout(timeout_s);
+}
+
+Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {
+  return command << "\x1B[2" << word << "\x02" << 0 << "|" << timeout_s << "|" << list.data() << "\x03";
+}
+
+int Undecided(int status, int& decision) {
+  decision = kUndecided;
+  return status;
+}
+
+int TakeDecision(std::string_view answer, int& decision) {
+  for (const Outcome& outcome : kOutcomes) {
+    if (answer != outcome.answer) continue;
+    decision = outcome.decision;
+    return outcome.status;
+  }
+  return GWQ_OK;
+}
+
+int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
+  Text command;
+  AnswerText<1024> answer;
+  const int result = Ask({0, baud}, Fill(command, "YCNEWSTARTFILE", timeout_s, list), answer, &EndOfRead2,
+                         WaitMs(timeout_s, kAnswerMarginMs));
+  ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
+  return result == GWQ_OK ? TakeDecision(answer.text(), decision) : Undecided(result, decision);
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
+  const gwq::Line line{0, iBaudRate};
+  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
+  if (const int result = gwq::Begin(line, hold, nullptr); result != GWQ_OK) return result;
+  gwq::List list;
+  if (const int result = gwq::PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
+  gwq::Text command;
+  return Tell(line, gwq::Fill(command, "YCNEWSHOWFILE", iTimeout, list), gwq::kSendTimeoutMs);
+}
+
+int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath,
+                  int* pnDisplayResult) {
+  int nowhere = 0;
+  int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
+  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
+  const int begun = gwq::Begin({0, iBaudRate}, hold, "param Error,return\n");
+  if (begun == GWQ_BAD_ARGUMENT) return gwq::Undecided(begun, decision);
+  if (begun != GWQ_OK) return begun;
+  gwq::List list;
+  const int pushed = gwq::PushDocuments(szFilePath, list.span());
+  if (pushed != GWQ_OK) return gwq::Undecided(pushed, decision);
+  return gwq::AskToConfirm(iBaudRate, iTimeout, list, decision);
+}

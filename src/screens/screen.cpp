@@ -1,0 +1,65 @@
+#include "screens/screen.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
+#include "codec/split_form.h"
+
+namespace gwq {
+
+int AnswerTimeoutMs(int seconds, int margin_ms) {
+  const std::int64_t timeout_ms = std::int64_t{seconds} * 1000 + margin_ms;
+  return static_cast<int>(std::clamp<std::int64_t>(timeout_ms, INT_MIN, INT_MAX));
+}
+
+int SendText(Line line, std::string_view text) {
+  CommandText<1024> command;
+  return Tell(line, command << text, kSendTimeoutMs);
+}
+
+int SetScreenTimeout(Line line, Channel channel, int seconds) {
+  const char letter = static_cast<char>(channel);
+  CommandText<64> command;
+  command << "\x1B[" << std::string_view(&letter, 1) << ";" << seconds << "T";
+  return Tell(line, command, kSendTimeoutMs);
+}
+
+int CloseScreen(Line line, Channel channel) {
+  const char command[] = {'\x1B', '[', static_cast<char>(channel), 'C'};
+  return SendText(line, {command, sizeof command});
+}
+
+std::optional<int> MeaningOf(std::span<const Meaning> table, std::string_view answer) {
+  for (const Meaning& row : table) {
+    if (answer.starts_with(row.answer)) return row.value;
+  }
+  return std::nullopt;
+}
+
+std::string_view AnswerFrom(std::string_view answer, std::size_t first) {
+  return answer.size() <= first ? std::string_view("") : answer.substr(first, answer.size() - first - 1);
+}
+
+void CopyTerminated(std::string_view text, char* out) {
+  if (out != nullptr) out[text.copy(out, text.size())] = '\0';
+}
+
+std::string_view SplitInto(std::span<char> room, std::string_view text) {
+  if (room.size() / 2 < text.size()) return {};
+  SplitBytes(AsBytes(text), room.data());
+  return {room.data(), 2 * text.size()};
+}
+
+SplitCopy::SplitCopy(std::string_view text)
+    : countable_(text.size() <= kLongestText), copy_(2 * text.size() + 255), split_((text.size() + 5) * 2) {
+  if (!*this) return;
+  text.copy(copy_.data(), text.size());
+  text_ = SplitInto({split_.data(), split_.size()}, {copy_.data(), text.size()});
+}
+
+bool SplitCopy::Copied() const {
+  return countable_ && copy_;
+}
+
+}  // namespace gwq

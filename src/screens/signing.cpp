@@ -1,0 +1,399 @@
+#include "screens/signing.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "codec/encodings.h"
+#include "codec/secret.h"
+#include "diag/log.h"
+#include "diag/log_gbk.h"
+#include "files/file.h"
+#include "files/private_file.h"
+#include "files/pull.h"
+#include "files/push.h"
+#include "frame/ask.h"
+#include "frame/port.h"
+#include "screens/document_steps.h"
+#include "screens/screen.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kPullTimeoutMs = 3000;
+constexpr useconds_t kPauseBeforePullUs = 200'000;
+
+// The command word, numbers and marks around the parts whose length is the caller's.
+constexpr std::size_t kAroundParts = 128;
+
+using List = DocumentList<4096>;
+using Answer = AnswerText<4096>;
+// A path that is cut here is longer than any the system opens.
+using Path = CommandText<PATH_MAX + 16>;
+
+// ------------------------------------------------------------------ fetching the signature
+
+int Pull(Line line, char channel, std::string_view place, const char* path) {
+  CommandText<64> command;
+  command << "\x1B[0PULLFILE\x02" << place << "\x03";
+  return PullFile(line.port, channel, line.baud, kPullTimeoutMs, command.size(), command.data(),
+                  const_cast<char*>(path));
+}
+
+int PullPicture(Line line, char channel, const char* path) {
+  const int result = Pull(line, channel, "/tmp/hw.png", path);
+  if (result < 0) LogGbk(Gbk("[GWQ_CallShowPDF]获取签名图片失败 nRet=%d"), result);
+  return result;
+}
+
+void LogStrokesFailure(int result) {
+  LogGbk(Gbk("[GWQ_CallShowPDF]获取矢量数据失败 nRet=%d"), result);
+}
+
+int PullStrokes(Line line, char channel, const char* path) {
+  const int result = Pull(line, channel, "/tmp/hw.txt", path);
+  if (result < 0) LogStrokesFailure(result);
+  return result;
+}
+
+// The size from the file's end, with the file at its beginning again; negative on failure.
+long SizeOf(std::FILE* file) {
+  if (std::fseek(file, 0, SEEK_END) != 0) return -1;
+  const long size = std::ftell(file);
+  return std::fseek(file, 0, SEEK_SET) == 0 ? size : -1;
+}
+
+// Reads the whole file into a buffer of unknown size.
+int ReadStrokes(const char* path, bool clears, char* data) {
+  const File file = OpenFile(path, "rb");
+  if (!file) {
+    LogGbk(Gbk("[GWQ_CallShowPDF]打开矢量数据文件失败"));
+    return GWQ_REFUSED;
+  }
+  const long size = SizeOf(file.get());
+  LogGbk(Gbk("读文件  file_size = %d"), static_cast<int>(size));
+  if (size < 0) return GWQ_REFUSED;
+  if (data == nullptr) return GWQ_OK;
+  if (clears) std::memset(data, 0, std::strlen(data));
+  const auto count = static_cast<std::size_t>(size);
+  return std::fread(data, 1, count, file.get()) == count ? GWQ_OK : GWQ_REFUSED;
+}
+
+// ------------------------------------------------------------------ signing documents
+
+// How the functions differ in what they write to the log, and in the caller's buffer.
+struct Manner {
+  const char* bad_argument;
+  const char* timeout;
+  const char* cancelled;
+  const char* failed;
+  const char* signed_log;  // null for silence, as is the next
+  const char* success;
+  bool empty_answer_fails;
+  bool clears_data;
+};
+
+constexpr Manner kPlain{.bad_argument = "param Error,return\n",
+                        .timeout = "ERR_TIMEOUT,return\n",
+                        .cancelled = "ERR_CANCAL,return\n",
+                        .failed = "ERR_FAILD,return\n",
+                        .signed_log = nullptr,
+                        .success = "MP_SignPDF Success , End",
+                        .empty_answer_fails = false,
+                        .clears_data = true};
+
+constexpr auto kVoiceBadArgument = Gbk("参数错误");
+constexpr auto kVoiceTimeout = Gbk("电子签名超时");
+constexpr auto kVoiceCancelled = Gbk("电子签名取消");
+constexpr auto kVoiceFailed = Gbk("电子签名返回失败");
+constexpr auto kVoiceSigned = Gbk("启动电子签名成功");
+constexpr Manner kVoice{.bad_argument = kVoiceBadArgument.c_str(),
+                        .timeout = kVoiceTimeout.c_str(),
+                        .cancelled = kVoiceCancelled.c_str(),
+                        .failed = kVoiceFailed.c_str(),
+                        .signed_log = kVoiceSigned.c_str(),
+                        .success = "MP_SignPDF_Voice Success, end",
+                        .empty_answer_fails = false,
+                        .clears_data = false};
+
+constexpr Manner kTzg{.bad_argument = nullptr,
+                      .timeout = kPlain.timeout,
+                      .cancelled = kPlain.cancelled,
+                      .failed = kPlain.failed,
+                      .signed_log = nullptr,
+                      .success = nullptr,
+                      .empty_answer_fails = true,
+                      .clears_data = false};
+
+// What the caller asks for.
+struct Signing {
+  Line line;
+  char channel;
+  int timeout_s;
+  const char* documents;
+  std::string_view location;
+  const char* picture;
+  char* data;
+};
+
+int GiveUp(const Signing& signing, const char* log, int status) {
+  LogIfAny(log);
+  CloseScreen(signing.line, Channel::kInformation);
+  return status;
+}
+
+// 0 when the signature is to be fetched. Of the failures of the exchange only -2 counts as one, on purpose.
+int Judge(const Signing& signing, const Manner& manner, int result, std::string_view answer) {
+  if (result == GWQ_NO_ANSWER || answer == kTimeoutAnswer) {
+    return GiveUp(signing, manner.timeout, GWQ_NO_ANSWER);
+  }
+  if (answer == kCancelAnswer) return GiveUp(signing, manner.cancelled, GWQ_CANCELLED);
+  if (answer == kRefusalAnswer) return GiveUp(signing, manner.failed, GWQ_REFUSED);
+  if (manner.empty_answer_fails && answer.empty()) return GiveUp(signing, nullptr, GWQ_REFUSED);
+  LogIfAny(manner.signed_log);
+  return GWQ_OK;
+}
+
+// Waits for the customer. What arrived counts also when the exchange failed.
+int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& command) {
+  Answer answer;
+  const int result =
+      Ask(signing.line, command, answer, &EndOfRead2, WaitMs(signing.timeout_s, kAnswerMarginMs));
+  ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
+  return Judge(signing, manner, result, answer.data());
+}
+
+int FetchPicture(const Signing& signing) {
+  usleep(kPauseBeforePullUs);
+  if (!Given(signing.picture)) return GWQ_OK;
+  return PullPicture(signing.line, signing.channel, signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
+}
+
+int FetchStrokes(const Signing& signing, const Manner& manner, const char* path) {
+  if (PullStrokes(signing.line, signing.channel, path) < 0) return GWQ_REFUSED;
+  return ReadStrokes(path, manner.clears_data, signing.data);
+}
+
+// "hw.data" beside the picture; a path without "/" counts as one whose "/" stands first.
+void FillDataPath(Path& path, const char* picture) {
+  const std::string_view beside = OrEmpty(picture);
+  const std::size_t slash = beside.rfind('/');
+  path << beside.substr(0, slash == std::string_view::npos ? 0 : slash) << "/hw.data";
+}
+
+int FetchSignature(const Signing& signing, const Manner& manner) {
+  if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
+  Path path;
+  FillDataPath(path, signing.picture);
+  ICC_DPrintLogToFile("Get signData Path=%s", path.data());
+  const int result = FetchStrokes(signing, manner, path.data());
+  if (result == GWQ_OK) LogIfAny(manner.success);
+  return result;
+}
+
+int SignDocuments(const Signing& signing, const Manner& manner) {
+  List list;
+  if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
+  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  command << "\x1B[2YCNEWSTARTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << signing.location << "|"
+          << list.data() << "\x03";
+  const int result = AwaitSignature(signing, manner, command);
+  return result == GWQ_OK ? FetchSignature(signing, manner) : result;
+}
+
+bool ArgumentsHold(const Signing& signing) {
+  return Given(signing.documents) && !signing.location.empty() && IsScreenTimeout(signing.timeout_s);
+}
+
+char ChannelOf(const char* link) {
+  return link == nullptr ? '\0' : *link;
+}
+
+// ------------------------------------------------------------------ the spoken prompt
+
+void FillVoice(HeapCommand& command, std::string_view text) {
+  command << "\x1B[2YCSETVOICECONTENT\x02" << text << "\x03";
+}
+
+int SendVoice(Line line, std::string_view text) {
+  SecretHeap<char> gbk(2 * text.size() + 255);
+  if (!gbk) return GWQ_TOO_SMALL;
+  if (u2g(text.data(), static_cast<int>(text.size()), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
+    return GWQ_BAD_ARGUMENT;
+  }
+  HeapCommand command(gbk.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  FillVoice(command, gbk.data());
+  AnswerText<1024> answer;
+  return Ask(line, command, answer, &EndOfRead2, kSendTimeoutMs);
+}
+
+int SetVoice(Line line, std::string_view text) {
+  const int result = SendVoice(line, text);
+  if (result != GWQ_OK) ICC_DPrintLogToFile("setSignVoice\tFail   nRet= %d", result);
+  return result;
+}
+
+// ------------------------------------------------------------------ TZG mode
+
+// What the TZG command has beyond the others.
+struct TzgMode {
+  int flag;
+  int length;
+
+  [[nodiscard]] bool Exists() const {
+    return length >= 1 && length <= 4 && Value() >= 2 && Value() <= 4 && !(Value() == 2 && flag == 1);
+  }
+  [[nodiscard]] int Value() const { return length + (flag == 1 ? 1 : 0); }
+};
+
+bool SupportsTzg(Line line) {
+  constexpr int kQueryTimeoutMs = 1000;
+  CommandText<64> command;
+  AnswerText<1024> answer;
+  const int result = Ask(line, command << "\x1B[2YCISSUPPORTTZG", answer, &EndOfRead2, kQueryTimeoutMs);
+  return result == GWQ_OK && answer.text() == kDoneAnswer;
+}
+
+// In this mode the text goes as it is, and whether it arrived does not matter.
+int TellVoice(Line line, std::string_view text) {
+  HeapCommand command(text.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  FillVoice(command, text);
+  Tell(line, command, kSendTimeoutMs);
+  return GWQ_OK;
+}
+
+// Everyone may write to /tmp: the file is made anew there, and this user's alone.
+int FetchTzgSignature(const Signing& signing) {
+  constexpr const char* kPath = "/tmp/data.txt";
+  if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
+  if (!PreparePrivateFile(kPath)) {
+    LogStrokesFailure(GWQ_READ_FAILED);
+    return GWQ_REFUSED;
+  }
+  return FetchStrokes(signing, kTzg, kPath);
+}
+
+int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view voice) {
+  List list;
+  if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
+  if (const int result = TellVoice(signing.line, voice); result != GWQ_OK) return result;
+  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
+  if (!command) return GWQ_TOO_SMALL;
+  command << "\x1B[2YCNEWSTARTZGTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << mode.flag << "|"
+          << mode.Value() << "|" << signing.location << "|" << list.data() << "\x03";
+  const int result = AwaitSignature(signing, kTzg, command);
+  return result == GWQ_OK ? FetchTzgSignature(signing) : result;
+}
+
+// ------------------------------------------------------------------ one page signed by hand
+
+struct Page {
+  std::string_view extension;  // its beginning
+  int type;
+  const char* place;
+};
+
+constexpr Page kPages[] = {
+    {"pdf", 3, "/tmp/infoviewer.pdf"},
+    {"jpg", 2, "/tmp/infoviewer.jpg"},
+    {"htm", 1, "/tmp/infoviewer.html"},
+};
+
+const Page* PageOf(const char* path) {
+  const char* dot = std::strrchr(path, '.');
+  if (dot == nullptr) return nullptr;
+  for (const Page& page : kPages) {
+    if (std::string_view(dot + 1).starts_with(page.extension)) return &page;
+  }
+  return nullptr;
+}
+
+// 0 when the signature is to be fetched; a failed exchange does not stop that.
+int AwaitHandSignature(Line line, int type, int timeout_s) {
+  constexpr int kMarginMs = 2000;  // less than for documents, on purpose
+  CommandText<64> command;
+  AnswerText<1024> answer;
+  command << "\x1B[2HANDSIGN\x02" << type << "|" << timeout_s << "\x03";
+  const int result = Ask(line, command, answer, &EndOfRead2, WaitMs(timeout_s, kMarginMs));
+  LogGbk(Gbk("启动签名返回：%d\r\n"), result);
+  return result == GWQ_OK && !answer.text().starts_with(kDoneAnswer) ? GWQ_REFUSED : GWQ_OK;
+}
+
+int FetchHandSignature(Line line, const char* picture, const char* strokes) {
+  constexpr char kChannel = '9';
+  usleep(kPauseBeforePullUs);
+  const int result = PullPicture(line, kChannel, picture);
+  return result < 0 ? result : PullStrokes(line, kChannel, strokes);
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_SignPDF(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
+               const char* szLocation, const char* szSignPath, char* szSignData) {
+  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
+                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
+                             szSignData};
+  const int begun = gwq::Begin(signing.line, gwq::ArgumentsHold(signing), gwq::kPlain.bad_argument);
+  return begun == GWQ_OK ? gwq::SignDocuments(signing, gwq::kPlain) : begun;
+}
+
+int MP_SignPDF_Voice(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout,
+                     const char* szFilePath, const char* szLocation, const char* szVoiceContent,
+                     const char* szSignPath, char* szSignData) {
+  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
+                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
+                             szSignData};
+  const bool hold = gwq::ArgumentsHold(signing) && szVoiceContent != nullptr;
+  const int begun = gwq::Begin(signing.line, hold, gwq::kVoice.bad_argument);
+  if (begun != GWQ_OK) return begun;
+  if (const int result = gwq::SetVoice(signing.line, szVoiceContent); result != GWQ_OK) return result;
+  return gwq::SignDocuments(signing, gwq::kVoice);
+}
+
+int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
+                     const char* szLocation, const char* szVoiceContent, const char* szSignPath,
+                     int nOperFlag, int nSignLen, char* szSignData) {
+  ICC_DPrintLogToFile("[MP_Sign_With_TZG]");
+  ICC_DPrintLogToFile("nTimeout = %d", iTimeout);
+  ICC_DPrintLogToFile("szFilePath = %s", szFilePath);
+  ICC_DPrintLogToFile("szLocation = %s", szLocation);
+  ICC_DPrintLogToFile("szVoiceContent = %s", szVoiceContent);
+  ICC_DPrintLogToFile("szSignPath = %s", szSignPath);
+  ICC_DPrintLogToFile("nOperFlag = %d", nOperFlag);
+  ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
+  const gwq::Line line{0, iBaudRate};
+  const gwq::TzgMode mode{nOperFlag, nSignLen};
+  const bool in_range = gwq::IsScreenTimeout(iTimeout);
+  if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {
+    return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
+                            szSignPath, szSignData);
+  }
+  return gwq::SignInTzgMode(
+      {line, gwq::ChannelOf(szLink), iTimeout, szFilePath, gwq::OrEmpty(szLocation), szSignPath, szSignData},
+      mode, gwq::OrEmpty(szVoiceContent));
+}
+
+int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
+                  const char* szSignPath, const char* szSignDataPath) {
+  if (!gwq::Given(szFilePath) || !gwq::Given(szSignPath) || !gwq::Given(szSignDataPath)) {
+    return GWQ_BAD_ARGUMENT;
+  }
+  const gwq::Page* page = gwq::PageOf(szFilePath);
+  if (page == nullptr || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  const gwq::Line line{0, iBaudRate};
+  gwq::Drain(line);
+  const int pushed = Z11DownLoadFile(line.port, '9', line.baud, 255, szFilePath, page->place);
+  if (pushed < 0) return pushed;
+  CloseScreen(line, gwq::Channel::kInformation);
+  if (const int result = gwq::AwaitHandSignature(line, page->type, iTimeout); result != GWQ_OK) return result;
+  return gwq::FetchHandSignature(line, szSignPath, szSignDataPath);
+}

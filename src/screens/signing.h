@@ -1,0 +1,73 @@
+/* The customer's handwritten signature under documents.
+ *
+ * All work on USB; arguments named ignored are ignored. The documents go to the terminal, the customer signs, and the
+ * signature comes back as a picture and as stroke data, both written to local files.
+ *
+ * Common arguments
+ *   szLink      in; its first character is passed to the pull, where it means nothing; may be NULL
+ *   iTimeout    1 to 999 seconds
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
+ *               are GBK: it ends before the first byte that is not UTF-8, and after 4096 bytes
+ *   szLocation  in; where to sign, as the terminal takes it; sent as it is
+ *   szSignPath  in; local file for the picture, written anew; NULL or empty: no picture is fetched
+ *   szSignData  out; the stroke data, the whole file without a terminator. Its size is not passed: make room for the
+ *               file. NULL is passed over
+ *
+ * Common results
+ *   0    success
+ *   -1   an argument is missing or out of range; nothing was sent
+ *   -2   the customer did not sign in time
+ *   -3   the link could not be opened
+ *   -14  the terminal failed, the signature could not be fetched, or its data not be read
+ *   -15  a document does not exist
+ *   -23  the customer cancelled
+ *   -24  out of memory
+ *   others  of the push (files/push.h)
+ *
+ * A wait that fails otherwise, as after a terminal's silence, does not end the call: the signature is fetched all the
+ * same, and that tells. One thread at a time; CancelRead from another thread ends the wait for the customer.
+ */
+#ifndef GWQ_SCREENS_SIGNING_H
+#define GWQ_SCREENS_SIGNING_H
+
+#include "../export.h"
+
+GWQ_C_BEGIN
+
+/* Has documents signed. The stroke data are written to "hw.data" in the directory of szSignPath; in "/" when it names
+ * none.
+ *   szFilePath, szLocation  not NULL, not empty
+ *   szSignData  cleared first, as far as the text goes that it holds: pass it terminated */
+GWQ_API int MP_SignPDF(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
+                       const char* szLocation, const char* szSignPath, char* szSignData);
+
+/* As MP_SignPDF, with a spoken prompt; szSignData is not cleared first.
+ *   szVoiceContent  in; what is spoken, UTF-8; may be empty; NULL gives -1, and so does a text that is not UTF-8
+ * Also the statuses of the exchange that passes it on (frame/transaction.h). */
+GWQ_API int MP_SignPDF_Voice(void* ignored, const char* szLink, int iBaudRate, int iTimeout,
+                             const char* szFilePath, const char* szLocation, const char* szVoiceContent,
+                             const char* szSignPath, char* szSignData);
+
+/* Has documents signed in the terminal's TZG mode, with a spoken prompt. The mode is nSignLen, plus 1 when nOperFlag is
+ * 1. Unless it is 2, 3 or 4 (2 only without nOperFlag 1), iTimeout is in range and the terminal supports it, the call is
+ * one to MP_SignPDF_Voice.
+ * In TZG mode no text is required, NULL is an empty one; szVoiceContent is sent as it is; the stroke data are written to
+ * "/tmp/data.txt", made anew with mode 0600; szSignData is not cleared first; a wait without any answer gives -14.
+ *   nOperFlag, nSignLen  passed to the terminal */
+GWQ_API int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout,
+                             const char* szFilePath, const char* szLocation, const char* szVoiceContent,
+                             const char* szSignPath, int nOperFlag, int nSignLen, char* szSignData);
+
+/* Has one page signed by hand.
+ *   iPortNo         ignored
+ *   szFilePath      in; local document; the first three characters behind its last "." are "pdf", "jpg" or "htm"
+ *   szSignPath      in; local file for the picture, written anew
+ *   szSignDataPath  in; local file for the stroke data, written anew; not asked for when the picture fails
+ * Returns 0; -1 a path is NULL or empty, another extension, or iTimeout out of range; -14 any answer but success; else
+ * what the push (files/push.h) or the last pull (files/pull.h) returned. */
+GWQ_API int GWQ_StartSign(int iPortNo, int iBaudRate, int iTimeout, const char* szFilePath,
+                          const char* szSignPath, const char* szSignDataPath);
+
+GWQ_C_END
+
+#endif

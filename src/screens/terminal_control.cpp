@@ -1,0 +1,109 @@
+#include "screens/terminal_control.h"
+
+#include <unistd.h>
+
+#include "diag/log.h"
+#include "screens/screen.h"
+
+namespace gwq {
+namespace {
+
+constexpr int kVersionBaud = 9600;
+constexpr int kVersionTimeoutMs = 1000;
+constexpr int kCloseTimeoutMs = 2000;
+constexpr int kNoVersion = -401;  // of this function alone
+
+constexpr useconds_t kPauseBeforeCancelUs = 200'000;
+constexpr useconds_t kPauseBeforeCloseUs = 300'000;
+constexpr useconds_t kPauseAfterCloseUs = 100'000;
+
+int NotOpened() {
+  ICC_DPrintLogToFile("ERR_OPEN, End");
+  return GWQ_NOT_OPENED;
+}
+
+int NoVersion() {
+  ICC_DPrintLogToFile("ERR_TIMEOUT iRet:%d", kNoVersion);
+  ICC_DPrintLogToFile("End");
+  return kNoVersion;
+}
+
+int Failed() {
+  ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Error End!");
+  return GWQ_REFUSED;
+}
+
+int StatusOf(int exchange) {
+  switch (exchange) {
+    case GWQ_OK:
+      return GWQ_OK;
+    case GWQ_NOT_OPENED:
+      return NotOpened();
+    case GWQ_NO_ANSWER:
+    case GWQ_READ_FAILED:
+      return NoVersion();
+    default:
+      return Failed();
+  }
+}
+
+void LogVersion(AnswerText<1024>& answer, std::string_view version) {
+  ICC_DPrintLogToFile("szRes=%s", answer.data());
+  ICC_DPrintLogToFile("strlen(szRes)=%d", static_cast<int>(answer.text().size()));
+  ICC_DPrintLogToFile("resLen=%d", *answer.length());
+  ICC_DPrintLogToFile("szVersionTemp=%.*s", static_cast<int>(version.size()), version.data());
+  ICC_DPrintLogToFile("nVersionLength=%d", static_cast<int>(version.size()));
+}
+
+void TakePart(std::string_view part, const char* log, char* out) {
+  ICC_DPrintLogToFile(log, static_cast<int>(part.size()), part.data());
+  CopyTerminated(part, out);
+}
+
+// The terminal's refusal needs no look of its own: like any text without "|" it is no version.
+int TakeVersion(std::string_view version, char* common, char* private_part) {
+  const std::size_t bar = version.find('|');
+  const int index = bar == std::string_view::npos ? -1 : static_cast<int>(bar);
+  ICC_DPrintLogToFile("nIndex=%d", index);
+  if (index <= 0 || bar + 1 == version.size()) {
+    ICC_DPrintLogToFile("nIndex Error iRet:%d", GWQ_REFUSED);
+    return GWQ_REFUSED;
+  }
+  TakePart(version.substr(0, bar), "szCommonVersion = %.*s", common);
+  TakePart(version.substr(bar + 1), "szPrivateVersion = %.*s", private_part);
+  ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Success End");
+  return GWQ_OK;
+}
+
+int CloseCurrentProgram(int baud) {
+  CommandText<1024> command;
+  AnswerText<4096> answer;
+  return Ask({0, baud}, command << "\x1B[0CLOSECURPROGRAM", answer, &EndOfRead2, kCloseTimeoutMs);
+}
+
+}  // namespace
+}  // namespace gwq
+
+int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3*/, int /*ignored4*/,
+                          char* szCommonVersion, char* szPrivateVersion) {
+  ICC_DPrintLogToFile("[MP_GetFirmwareVersion]2025.01.16 v02");
+  gwq::CommandText<1024> command;
+  gwq::AnswerText<1024> answer;
+  const int exchange = Ask({0, gwq::kVersionBaud}, command << "\x1B[1GETFIRMVERSION", answer, &EndOfRead2,
+                           gwq::kVersionTimeoutMs);
+  ICC_DPrintLogToFile("TransProc nRet:%d", exchange);
+  if (const int status = gwq::StatusOf(exchange); status != GWQ_OK) return status;
+  const std::string_view version = gwq::WithoutMarks(answer.text());
+  gwq::LogVersion(answer, version);
+  return gwq::TakeVersion(version, szCommonVersion, szPrivateVersion);
+}
+
+int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int /*ignored3*/) {
+  usleep(gwq::kPauseBeforeCancelUs);
+  CancelRead();
+  ICC_DPrintLogToFile("after CancelRead ");
+  usleep(gwq::kPauseBeforeCloseUs);
+  const int result = gwq::CloseCurrentProgram(iBaudRate);
+  usleep(gwq::kPauseAfterCloseUs);
+  return result;
+}

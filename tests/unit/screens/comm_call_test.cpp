@@ -1,0 +1,501 @@
+// The terminal's description as JSON.
+#include "screens/comm_call.h"
+
+#include <cjson/cJSON.h>
+
+#include <climits>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "unit/codec/frames.h"
+#include "unit/screens/signing_rig.h"
+
+namespace gwq::test {
+namespace {
+
+// What the library asked the serial number with, and what it gets in place of the terminal's.
+struct SerialCall {
+  int port = kNone;
+  std::string link;
+  int baud = kNone;
+  static constexpr int kNone = -77;
+};
+struct SerialReply {
+  int result;
+  std::string number;
+};
+SerialCall g_serial_call;
+std::optional<SerialReply> g_serial_reply;
+
+// cJSON's memory: the block of number `fail_at` is not to be had.
+int g_blocks = 0;
+int g_allocations = 0;
+int g_fail_at = INT_MAX;
+
+void* Allocate(std::size_t size) {
+  if (g_allocations++ == g_fail_at) return nullptr;
+  ++g_blocks;
+  return std::malloc(size);
+}
+
+void Release(void* block) {
+  if (block != nullptr) --g_blocks;
+  std::free(block);
+}
+
+struct Members {
+  std::string message;
+  std::string version;
+  std::string date;
+  std::string serial;
+  std::string model;
+
+  bool operator==(const Members&) const = default;
+};
+
+void PrintTo(const Members& members, std::ostream* out) {
+  *out << members.message << "; " << members.version << "; " << members.date << "; " << members.serial << "; "
+       << members.model;
+}
+
+const Members kAll{"success", "V2", "2023-11-14", "1234567890", "Z11"};
+
+// As it is printed, tabs and line ends included.
+const std::string kAllText =
+    "{\n"
+    "\t\"ErrorCode\":\t\"0\",\n"
+    "\t\"ErrorMessage\":\t\"success\",\n"
+    "\t\"DeviceBrand\":\t\"VOLK\",\n"
+    "\t\"DllVersion\":\t\"1.0.0.36\",\n"
+    "\t\"DeviceVersion\":\t\"V2\",\n"
+    "\t\"ProductionDate\":\t\"2023-11-14\",\n"
+    "\t\"DeviceSN\":\t\"1234567890\",\n"
+    "\t\"DeviceModel\":\t\"Z11\"\n"
+    "}";
+
+class CommCall : public SigningRig {
+ protected:
+  CommCall() {
+    g_serial_call = {};
+    g_serial_reply.reset();
+    g_blocks = 0;
+    g_allocations = 0;
+    g_fail_at = INT_MAX;
+    cJSON_Hooks hooks{&Allocate, &Release};
+    cJSON_InitHooks(&hooks);
+  }
+  ~CommCall() override {
+    EXPECT_EQ(g_blocks, 0) << "not released";
+    cJSON_InitHooks(nullptr);
+  }
+  CommCall(const CommCall&) = delete;
+  CommCall& operator=(const CommCall&) = delete;
+
+  // With ample room for the answer.
+  int Run(const char* request = "{}") {
+    std::vector<char> out(32'768, '\x55');
+    length_ = static_cast<int>(out.size());
+    const int result = DEV_CommCall(request, 0, out.data(), &length_);
+    text_ = length_ == static_cast<int>(out.size()) ? "" : std::string(out.data());
+    return result;
+  }
+
+  [[nodiscard]] Members Answered() const {
+    const std::unique_ptr<cJSON, void (*)(cJSON*)> answer(cJSON_Parse(text_.c_str()), &cJSON_Delete);
+    return {Text(answer.get(), "ErrorMessage"), Text(answer.get(), "DeviceVersion"),
+            Text(answer.get(), "ProductionDate"), Text(answer.get(), "DeviceSN"),
+            Text(answer.get(), "DeviceModel")};
+  }
+
+  void ExpectSerialNumber(std::string_view number = "1234567890") {
+    usb_.Expect(PaddedToReports(RequestFrame({0x30, 0x18})));
+    const Bytes data = BytesOf(number);
+    usb_.Answer(AnswerFrame(0, data, static_cast<unsigned>(data.size()) + 2));
+  }
+  // The five answers in order; nothing means silence. The serial number is an ordinary one.
+  using MaybeAnswer = std::optional<std::string>;
+  void ExpectAll(const MaybeAnswer& item6, const MaybeAnswer& date, const MaybeAnswer& model,
+                 const MaybeAnswer& firmware) {
+    Ask(wire::kGetItem6, item6);
+    Ask(wire::kGetProductionDate, date);
+    Ask(wire::kGetModel, model);
+    if (!g_serial_reply) ExpectSerialNumber();
+    Ask(wire::kGetFirmware, firmware);
+  }
+  void ExpectAll() {
+    ExpectAll(std::string(wire::kProductionDate), std::string(wire::kProductionDate),
+              std::string(wire::kModel), std::string(wire::kFirmware));
+  }
+
+  static std::string Times(int count, const std::string& message) {
+    std::string all;
+    for (int i = 0; i < count; ++i) all += message;
+    return all;
+  }
+
+  std::string text_;
+  int length_ = 0;
+
+ private:
+  static std::string Text(const cJSON* object, const char* key) {
+    const cJSON* item = cJSON_GetObjectItem(object, key);
+    return item == nullptr || item->valuestring == nullptr ? "(none)" : item->valuestring;
+  }
+  void Ask(std::string_view command, const std::optional<std::string>& answer) {
+    usb_.ExpectCommand(command);
+    if (answer) usb_.Answer(BytesOf(*answer));
+  }
+};
+
+const std::string kDate(wire::kProductionDate);
+const std::string kModel(wire::kModel);
+const std::string kFirmware(wire::kFirmware);
+const std::string kRefused(wire::kRefused);
+
+// ------------------------------------------------------------------ the answer
+
+TEST_F(CommCall, DescribesTheTerminalInThisOrderAndForm) {
+  ExpectAll();
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(text_, kAllText);
+  EXPECT_EQ(length_, static_cast<int>(kAllText.size()));
+}
+
+TEST_F(CommCall, LogsTheRequestAndTheSerialNumber) {
+  ExpectAll();
+  const LogCapture log;
+  EXPECT_EQ(Run("{\"RequestBaudRate\":1}"), 0);
+  EXPECT_EQ(log.Messages().front(), "inJson = {\"RequestBaudRate\":1} ");
+  EXPECT_THAT(log.Messages(), testing::Contains("szDeviceId = 1234567890 "));
+}
+
+TEST_F(CommCall, OutputMustBeLargerThanTheText) {
+  for (const std::size_t size : {kAllText.size(), std::size_t{1}, std::size_t{0}}) {
+    ExpectAll();
+    GuardedBuffer out(size, 0x55);
+    int length = static_cast<int>(size);
+    EXPECT_EQ(DEV_CommCall("{}", 0, out.text(), &length), -24);
+    EXPECT_EQ(length, static_cast<int>(size));
+    EXPECT_TRUE(out.AllAre(0x55));
+  }
+  ExpectAll();
+  GuardedBuffer out(kAllText.size() + 1, 0x55);
+  int length = static_cast<int>(out.size());
+  EXPECT_EQ(DEV_CommCall("{}", 0, out.text(), &length), 0);
+  EXPECT_EQ(length, static_cast<int>(kAllText.size()));
+  EXPECT_EQ(out.Content(), Concat(BytesOf(kAllText), {0}));
+}
+
+TEST_F(CommCall, OutputsThatAreMissingOrNegativeAreMinus24) {
+  char out[16];
+  int length = 16;
+  ExpectAll();
+  EXPECT_EQ(DEV_CommCall("{}", 0, nullptr, &length), -24);
+  ExpectAll();
+  EXPECT_EQ(DEV_CommCall("{}", 0, out, nullptr), -24);
+  for (int negative : {-1, INT_MIN}) {
+    ExpectAll();
+    const int before = negative;
+    EXPECT_EQ(DEV_CommCall("{}", 0, out, &negative), -24);
+    EXPECT_EQ(negative, before);
+  }
+}
+
+TEST_F(CommCall, TooSmallAnOutputHidesTheStatus) {
+  usb_.Unplug();
+  char out[1];
+  int length = 1;
+  EXPECT_EQ(DEV_CommCall("{}", 0, out, &length), -24);
+}
+
+TEST_F(CommCall, SecondArgumentIsIgnored) {
+  for (const int ignored : {1, -1, INT_MAX}) {
+    ExpectAll();
+    std::vector<char> out(1024);
+    int length = 1024;
+    EXPECT_EQ(DEV_CommCall("{}", ignored, out.data(), &length), 0);
+    EXPECT_EQ(std::string(out.data()), kAllText);
+  }
+}
+
+TEST_F(CommCall, NoMemoryAtAnyPointIsMinus24WithoutALeak) {
+  int failures = 0;
+  for (g_fail_at = 0;; ++g_fail_at) {
+    ExpectAll();
+    g_allocations = 0;
+    GuardedBuffer out(1024, 0x55);
+    int length = 1024;
+    const int result = DEV_CommCall("{\"RequestBaudRate\":9600}", 0, out.text(), &length);
+    EXPECT_EQ(g_blocks, 0) << g_fail_at;
+    if (g_allocations <= g_fail_at) break;  // none was missing any more
+    if (result == 0) continue;              // a request that was not read counts as an empty one
+    ++failures;
+    EXPECT_EQ(result, -24);
+    EXPECT_EQ(length, 1024);
+    EXPECT_TRUE(out.AllAre(0x55)) << g_fail_at;
+  }
+  EXPECT_GE(failures, 1 + 8 * 3 + 1) << "the object, each member's parts, and the text";
+}
+
+// ------------------------------------------------------------------ the request
+
+struct Baud {
+  const char* request;
+  int baud;
+};
+
+TEST_F(CommCall, BaudRateIsANumberOrADecimalText) {
+  g_serial_reply = {0, "1234567890"};
+  for (const Baud& row :
+       {Baud{R"({"RequestBaudRate":9600})", 9600}, Baud{R"({"RequestBaudRate":"9600"})", 9600},
+        Baud{R"({"RequestBaudRate":"9600 baud"})", 9600}, Baud{R"({"RequestBaudRate":"baud 9600"})", 0},
+        Baud{R"({"RequestBaudRate":""})", 0}, Baud{R"({"RequestBaudRate":"-5"})", -5},
+        Baud{R"({"RequestBaudRate":9600.9})", 9600}, Baud{R"({"RequestBaudRate":1e300})", INT_MAX},
+        Baud{R"({"RequestBaudRate":-1e300})", INT_MIN},
+        Baud{R"({"RequestBaudRate":"99999999999999999999"})", INT_MAX},
+        Baud{R"({"RequestBaudRate":"-99999999999"})", INT_MIN}, Baud{R"({"RequestBaudRate":true})", 0},
+        Baud{R"({"RequestBaudRate":null})", 0}, Baud{R"({"RequestBaudRate":{"a":1}})", 0},
+        Baud{R"({"RequestBaudRate":[1]})", 0},
+        Baud{R"({"RequestTimeOut":30,"RequestBaudRate":115200})", 115200},
+        Baud{R"({"other":{"RequestBaudRate":1}})", 0}}) {
+    ExpectAll();
+    EXPECT_EQ(Run(row.request), 0) << row.request;
+    EXPECT_EQ(g_serial_call.baud, row.baud) << row.request;
+    EXPECT_EQ(g_serial_call.port, 0);
+    EXPECT_EQ(g_serial_call.link, "9");
+  }
+}
+
+TEST_F(CommCall, WhatIsNoJsonObjectIsAnEmptyRequest) {
+  g_serial_reply = {0, "1234567890"};
+  for (const char* request : {static_cast<const char*>(nullptr), "", "not JSON", "{\"RequestBaudRate\":96",
+                              "[]", "[9600]", "5", "\"RequestBaudRate\"", "null", "{"}) {
+    ExpectAll();
+    EXPECT_EQ(Run(request), 0);
+    EXPECT_EQ(text_, kAllText);
+    EXPECT_EQ(g_serial_call.baud, 0);
+  }
+}
+
+TEST_F(CommCall, TimeOutOfTheRequestIsNotUsed) {
+  for (const char* request :
+       {"{}", R"({"RequestTimeOut":100})", R"({"RequestTimeOut":"100"})", R"({"RequestTimeOut":{}})"}) {
+    SetTime(kStart);
+    g_serial_reply = {0, "1234567890"};
+    ExpectAll({}, {}, {}, {});
+    EXPECT_EQ(Run(request), -11);
+    EXPECT_EQ(Now() - kStart, 4 * 3) << "four times more than two whole seconds";
+  }
+}
+
+// ------------------------------------------------------------------ what could not be read
+
+TEST_F(CommCall, AbsentTerminalIsDescribedAllTheSame) {
+  usb_.Unplug();
+  EXPECT_EQ(Run(), -3);
+  EXPECT_EQ(Answered(), (Members{.message = "ProductionDate get error,nRet = -3 "
+                                            "ProductionDate get error,nRet = -3 "
+                                            "DeviceModel get error,nRet = -3 "
+                                            "szDeviceId get error,nRet = -3 "
+                                            "DeviceVersion get error,nRet = -3 ",
+                                 .version = "",
+                                 .date = "",
+                                 .serial = "",
+                                 .model = ""}));
+}
+
+TEST_F(CommCall, SilentTerminalIsDescribedAllTheSame) {
+  ExpectAll({}, {}, {}, {});
+  EXPECT_EQ(Run(), -11);
+  EXPECT_EQ(Answered(), (Members{.message = "ProductionDate get error,nRet = -11 "
+                                            "ProductionDate get error,nRet = -11 "
+                                            "DeviceModel get error,nRet = -11 "
+                                            "DeviceModel get error,nRet = -11 "
+                                            "DeviceVersion get error,nRet = -11 ",
+                                 .version = "",
+                                 .date = "",
+                                 .serial = "1234567890",
+                                 .model = ""}));
+}
+
+TEST_F(CommCall, MessageIsRepeatedByTheStepsThatHaveNone) {
+  Members expected = kAll;
+  ExpectAll({}, kDate, kModel, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(5, "ProductionDate get error,nRet = -11 ");
+  EXPECT_EQ(Answered(), expected) << "the unused item, and the date is there";
+  ExpectAll(kRefused, kDate, kModel, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(5, "ProductionDate is null ");
+  EXPECT_EQ(Answered(), expected);
+  ExpectAll(kDate, kDate, kRefused, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(3, "DeviceModel is null ");
+  expected.model = "";
+  EXPECT_EQ(Answered(), expected);
+  ExpectAll(kDate, kDate, {}, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(3, "DeviceModel get error,nRet = -11 ");
+  EXPECT_EQ(Answered(), expected);
+}
+
+TEST_F(CommCall, DateThatIsMissingOrNotReadIsEmpty) {
+  Members expected = kAll;
+  expected.date = "";
+  ExpectAll(kDate, kRefused, kModel, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(4, "ProductionDate is null ");
+  EXPECT_EQ(Answered(), expected);
+  ExpectAll(kDate, {}, kModel, kFirmware);
+  EXPECT_EQ(Run(), 0);
+  expected.message = Times(4, "ProductionDate get error,nRet = -11 ");
+  EXPECT_EQ(Answered(), expected);
+}
+
+TEST_F(CommCall, LaterMessageTakesThePlaceOfAnEarlierOne) {
+  ExpectAll(kRefused, kDate, kRefused, {});
+  EXPECT_EQ(Run(), -11);
+  EXPECT_EQ(Answered().message, Times(2, "ProductionDate is null ")
+                                    .append(Times(2, "DeviceModel is null "))
+                                    .append("DeviceVersion get error,nRet = -11 "));
+}
+
+TEST_F(CommCall, FirmwareThatIsMissingIsTheOnlyMessageAndStatus0) {
+  ExpectAll(kDate, kDate, kModel, kRefused);
+  EXPECT_EQ(Run(), 0);
+  Members expected = kAll;
+  expected.message = "DeviceVersion is null ";
+  expected.version = "";
+  EXPECT_EQ(Answered(), expected);
+}
+
+TEST_F(CommCall, FailedExchangeOfTheFirmwareIsTheStatus) {
+  ExpectAll(kDate, kDate, kModel, {});
+  CancelTheWait();
+  EXPECT_EQ(Run(), -23);
+  EXPECT_EQ(Answered().message, "DeviceVersion get error,nRet = -23 ");
+}
+
+// ------------------------------------------------------------------ the items
+
+TEST_F(CommCall, FirmwareIsWhatStandsBeforeTheFirstBar) {
+  struct Row {
+    const char* answer;
+    const char* version;
+  };
+  for (const Row& row : {Row{"\x02V2|X\x03", "V2"}, Row{"\x02V2|X|Y\x03", "V2"}, Row{"\x02V2|\x03", "V2"},
+                         Row{"\x02|X\x03", ""}, Row{"\x02V2\x03", ""}, Row{"\x03", ""}, Row{"\x02\x03", ""},
+                         Row{"|\x03", ""}, Row{"\x02|\x03", ""}}) {
+    ExpectAll(kDate, kDate, kModel, row.answer);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(Answered().version, row.version) << row.answer;
+    EXPECT_EQ(Answered().message, "success");
+  }
+}
+
+TEST_F(CommCall, ItemsAreTheAnswersWithoutTheirMarks) {
+  struct Row {
+    const char* answer;
+    const char* item;
+  };
+  for (const Row& row : {Row{"\x02x\x03", "x"}, Row{"\x02\x03", ""}, Row{"\x03", ""}, Row{"\x02UU\x03", "UU"},
+                         Row{"xyz\x03", "yz"}, Row{"\x02U\x03\x03", "U\x03"}}) {
+    ExpectAll(kDate, row.answer, row.answer, kFirmware);
+    EXPECT_EQ(Run(), 0);
+    Members expected = kAll;
+    expected.date = row.item;
+    expected.model = row.item;
+    EXPECT_EQ(Answered(), expected) << row.answer;
+  }
+}
+
+TEST_F(CommCall, TextsOfTheTerminalAreEscapedAndOtherwiseAsTheyCame) {
+  ExpectAll(kDate, "\x02\"a\\b\x01\n\x03", "\x02\xD2\xBB\xFF\x03", kFirmware);
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(Answered().date, "\"a\\b\x01\n");
+  EXPECT_EQ(Answered().model, "\xD2\xBB\xFF");
+  EXPECT_NE(text_.find(R"("\"a\\b\u0001\n")"), std::string::npos);
+}
+
+TEST_F(CommCall, LongestAnswersFit) {
+  const std::string longest = std::string("\x02").append(std::string(4094, 'n')).append("\x03");
+  usb_.ExpectCommand(wire::kGetItem6).Answer(kDate);
+  usb_.ExpectCommand(wire::kGetProductionDate);
+  for (std::size_t at = 0; at < longest.size(); at += 1024) usb_.Answer(longest.substr(at, 1024));
+  usb_.ExpectCommand(wire::kGetModel).Answer(Bytes(1023, 'm'));
+  for (int i = 0; i < 4; ++i) usb_.Answer(Bytes(1024, 'm'));
+  ExpectSerialNumber();
+  usb_.ExpectCommand(wire::kGetFirmware).Answer(Bytes(1023, 'f'));
+  for (int i = 0; i < 4; ++i) usb_.Answer(Bytes(1024, '|'));
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(Answered().date, std::string(4094, 'n'));
+  EXPECT_EQ(Answered().model, std::string(4095, 'm')) << "cut to its buffer";
+  EXPECT_EQ(Answered().version, std::string(1022, 'f'));
+}
+
+// ------------------------------------------------------------------ the serial number
+
+TEST_F(CommCall, SerialNumberOfAnyLengthIsTakenWhenItWasRead) {
+  for (const std::string number : {"", "1", "123456789012345678901234567890"}) {
+    g_serial_reply = {0, number};
+    ExpectAll();
+    EXPECT_EQ(Run(), 0);
+    Members expected = kAll;
+    expected.serial = number;
+    EXPECT_EQ(Answered(), expected);
+  }
+}
+
+TEST_F(CommCall, SerialNumberOfTenCharactersIsTakenEvenIfTheCallFailed) {
+  g_serial_reply = {-14, "abcdefghij"};
+  ExpectAll();
+  EXPECT_EQ(Run(), 0);
+  Members expected = kAll;
+  expected.serial = "abcdefghij";
+  EXPECT_EQ(Answered(), expected);
+}
+
+TEST_F(CommCall, OtherSerialNumbersOfAFailedCallAreEmptyAndReported) {
+  for (const std::string number : {"", "123456789", "12345678901"}) {
+    g_serial_reply = {-14, number};
+    ExpectAll();
+    const LogCapture log;
+    EXPECT_EQ(Run(), 0);
+    Members expected = kAll;
+    expected.serial = "";
+    expected.message = Times(2, "szDeviceId get error,nRet = -14 ");
+    EXPECT_EQ(Answered(), expected);
+    EXPECT_THAT(log.Messages(), testing::Contains("szDeviceId = " + number + " ")) << "before it is cleared";
+  }
+}
+
+TEST_F(CommCall, RefusedSerialNumberIsEmptyAndReported) {
+  usb_.ExpectCommand(wire::kGetItem6).Answer(kDate);
+  usb_.ExpectCommand(wire::kGetProductionDate).Answer(kDate);
+  usb_.ExpectCommand(wire::kGetModel).Answer(kModel);
+  usb_.Expect(PaddedToReports(RequestFrame({0x30, 0x18}))).Answer(AnswerFrame(1, {}, 2));
+  usb_.ExpectCommand(wire::kGetFirmware).Answer(kFirmware);
+  EXPECT_EQ(Run(), 0);
+  Members expected = kAll;
+  expected.serial = "";
+  expected.message = Times(2, "szDeviceId get error,nRet = -14 ");
+  EXPECT_EQ(Answered(), expected);
+}
+
+}  // namespace
+}  // namespace gwq::test
+
+extern "C" {
+
+int __real_PN_ReadDeviceId(int port, const char* link, int baud, char* number);
+
+int __wrap_PN_ReadDeviceId(int port, const char* link, int baud, char* number) {
+  using gwq::test::g_serial_reply;
+  gwq::test::g_serial_call = {port, link, baud};
+  if (!g_serial_reply) return __real_PN_ReadDeviceId(port, link, baud, number);
+  g_serial_reply->number.copy(number, g_serial_reply->number.size());
+  return g_serial_reply->result;
+}
+
+}  // extern "C"
