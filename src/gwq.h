@@ -29,6 +29,7 @@
 #include "frame/transaction.h"
 #include "links/serial.h"
 #include "links/usb_hid.h"
+#include "links/usb_interrupt.h"
 #include "pinpad/counter.h"
 
 #endif
