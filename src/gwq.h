@@ -27,6 +27,7 @@
 #include "frame/load.h"
 #include "frame/port.h"
 #include "frame/transaction.h"
+#include "links/aux_port.h"
 #include "links/serial.h"
 #include "links/usb_hid.h"
 #include "links/usb_interrupt.h"

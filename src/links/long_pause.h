@@ -8,7 +8,7 @@ namespace gwq {
 // Wanted, and of exactly this length.
 inline void PauseAfterCancel() {
   constexpr unsigned kPauseS = 100'000;
-  sleep(kPauseS);
+  sleep(kPauseS);  // NOLINT(concurrency-mt-unsafe): built on nanosleep, not on alarms
 }
 
 }  // namespace gwq
