@@ -53,6 +53,7 @@ struct ScriptedUsb::State {
   std::vector<UsbDevice> devices;
   std::optional<ssize_t> listing;
   int init_result = 0;
+  std::optional<int> claim;
   bool unplugged = false;
   bool conversation = false;
   std::deque<Step> steps;
@@ -220,8 +221,11 @@ int Move(libusb_device_handle* handle, const Request& request, int* transferred)
   }
   if (usb->Handle(handle, "transfer") == nullptr) return LIBUSB_ERROR_NO_DEVICE;
   if (!handle->claimed) usb->Fault("a transfer on an interface that is not claimed");
-  return in ? usb->In(request.data, request.length, transferred)
-            : usb->Out(request.data, request.length, transferred);
+  const int result = in ? usb->In(request.data, request.length, transferred)
+                        : usb->Out(request.data, request.length, transferred);
+  *transferred = usb->claim.value_or(*transferred);
+  usb->claim.reset();
+  return result;
 }
 
 }  // namespace
@@ -300,6 +304,12 @@ ScriptedUsb& ScriptedUsb::AnswerWithResult(const Bytes& bytes, int result) {
 ScriptedUsb& ScriptedUsb::NextOutMoves(int count, int result) {
   const std::lock_guard lock(state_->mutex);
   state_->out_plans.push_back({count, result});
+  return *this;
+}
+
+ScriptedUsb& ScriptedUsb::NextClaims(int count) {
+  const std::lock_guard lock(state_->mutex);
+  state_->claim = count;
   return *this;
 }
 

@@ -72,6 +72,9 @@ class ScriptedUsb {
   // The next transfer out, in order of the calls, moves only `count` bytes and gives `result`.
   ScriptedUsb& NextOutMoves(int count, int result = 0);
 
+  // The next transfer, in either direction, claims to have moved `count` bytes, whatever it moved.
+  ScriptedUsb& NextClaims(int count);
+
   // Called before each transfer, free to use the library and this object.
   void OnTransfer(std::function<void(const Transfer&)> hook);
 

@@ -188,13 +188,16 @@ TEST_F(InterruptTransfer, ReadLogsEachTransferAndTheWholeBufferSoFar) {
 }
 
 TEST_F(InterruptTransfer, ReadThatReachesTheMaximumDoesNotLogTheBuffer) {
-  usb_.Answer("ab");
-  GuardedBuffer buffer(2);
-  const LogCapture log;
-  EXPECT_EQ(ICC_ReadLinuxSdt(buffer.data(), 1, 5, nullptr), 1);
-  EXPECT_EQ(buffer.Content(), BytesOf("ab"));
-  EXPECT_THAT(log.Messages(),
-              ElementsAre("hid read maxlen:1\n", "hid read:  LEN=2   HEX: 6162", "read ret:1\n"));
+  for (const int maximum : {1, 2}) {
+    usb_.Answer("ab");
+    GuardedBuffer buffer(2);
+    const LogCapture log;
+    EXPECT_EQ(ICC_ReadLinuxSdt(buffer.data(), maximum, 5, nullptr), maximum);
+    EXPECT_EQ(buffer.Content(), BytesOf("ab"));
+    EXPECT_THAT(log.Messages(),
+                ElementsAre("hid read maxlen:" + std::to_string(maximum) + "\n",
+                            "hid read:  LEN=2   HEX: 6162", "read ret:" + std::to_string(maximum) + "\n"));
+  }
 }
 
 TEST_F(InterruptTransfer, LongestOvershootIs1023Bytes) {
@@ -225,6 +228,23 @@ TEST_F(InterruptTransfer, AnswerLongerThanAReportKeepsToTheReport) {
   GuardedBuffer buffer(1024);
   EXPECT_EQ(ICC_ReadLinuxSdt(buffer.data(), 1, 5, nullptr), 1);
   EXPECT_EQ(buffer.Content(), Pattern(1024));
+}
+
+TEST_F(InterruptTransfer, CountsThatCannotBeAreNotBelieved) {
+  GuardedBuffer buffer(1024);
+  usb_.Answer(Pattern(1024)).NextClaims(2'000'000'000);
+  EXPECT_EQ(ICC_ReadLinuxSdt(buffer.data(), 1, 5, nullptr), 1);
+  EXPECT_EQ(buffer.Content(), Pattern(1024));
+  usb_.Answer("a").NextClaims(-7);
+  EXPECT_EQ(ICC_ReadLinuxSdt(buffer.data(), 1, 5, &AtOnce), 0);
+  Bytes data = Pattern(10);
+  usb_.NextOutMoves(2).NextClaims(-3);
+  EXPECT_EQ(ICC_WriteLinuxSdt(data.data(), 10), 10);
+  usb_.NextClaims(2'000'000'000);
+  EXPECT_EQ(ICC_WriteLinuxSdt(data.data(), 10), 10);
+  EXPECT_THAT(Transfers(), ElementsAre("interrupt in 0x81 1024 200ms", "interrupt in 0x81 1024 200ms",
+                                       "interrupt out 0x02 10 1000ms", "interrupt out 0x02 10 1000ms",
+                                       "interrupt out 0x02 10 1000ms"));
 }
 
 TEST_F(InterruptTransfer, PredicateMayEndAReadThatBroughtNothing) {
