@@ -24,7 +24,7 @@ class InterruptLink : public testing::Test {
 
   [[nodiscard]] std::string Answer() const { return {answer_.begin(), answer_.end()}; }
 
-  std::string BuildDate() {
+  [[nodiscard]] std::string BuildDate() const {
     std::array<char, 64> date{};
     EXPECT_EQ(lib_.build_date(0, 0, 0, date.data()), GWQ_OK);
     return date.data();
