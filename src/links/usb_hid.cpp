@@ -1,41 +1,22 @@
 #include "links/usb_hid.h"
 
 #include <libusb-1.0/libusb.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 
-#include "codec/secret.h"
 #include "diag/log.h"
 #include "diag/shared_word.h"
 #include "links/read_end.h"
+#include "links/usb_transfer.h"
 
 namespace gwq {
 namespace {
-
-constexpr int kInterface = 0;
-constexpr unsigned char kEndpointOut = 0x02;
-constexpr unsigned char kEndpointIn = 0x81;
-constexpr int kReportSize = 1024;
-constexpr unsigned kWriteTimeoutMs = 1000;
-constexpr unsigned kReadTimeoutMs = 200;
-constexpr int kWriteAttempts = 5;
-constexpr useconds_t kPauseAfterErrorUs = 20'000;
-
-constexpr int kBadArgument = -2;
-constexpr int kOpenFailed = -3;
-constexpr int kWriteFailed = -5;
-constexpr int kNoDevice = -7;
-constexpr int kCancelled = -27;
 
 libusb_device* m_targetDev = nullptr;  // non-null means open
 libusb_device_handle* m_devHandle = nullptr;
 libusb_device** m_devList = nullptr;
 int s_bIsReading = 0;
 int s_bCancelRead = 0;
-
-using Report = SecretArray<unsigned char, kReportSize>;
 
 void ForgetDevice() {
   if (m_devList != nullptr) libusb_free_device_list(m_devList, 1);
@@ -64,13 +45,13 @@ int FindDevice(int vid, int pid) {
   if (count <= 0 || m_devList == nullptr) {
     ICC_DPrintLogToFile("libusb_get_device_list failed......");
     ForgetDevice();
-    return kNoDevice;
+    return usb::kNoDevice;
   }
   StoreShared(m_targetDev, FindInList(vid, pid));
   if (m_targetDev == nullptr) {
     ICC_DPrintLogToFile("Not find target device, return\n");
     ForgetDevice();
-    return kNoDevice;
+    return usb::kNoDevice;
   }
   ICC_DPrintLogToFile("find target device!!");
   return 0;
@@ -82,7 +63,7 @@ int OpenHandle() {
   if (result != 0) {
     ICC_DPrintLogToFile("libusb_open failed ,nRet=%d\n", result);
     ForgetDevice();
-    return kOpenFailed;
+    return usb::kOpenFailed;
   }
   StoreShared(m_devHandle, handle);
   ICC_DPrintLogToFile("libusb_open success ,nRet=%d", result);
@@ -90,42 +71,29 @@ int OpenHandle() {
 }
 
 void DetachKernelDriver() {
-  const int active = libusb_kernel_driver_active(m_devHandle, kInterface);
+  const int active = libusb_kernel_driver_active(m_devHandle, usb::kInterface);
   ICC_DPrintLogToFile("driver_active  Cnt1=%d\n", active);
   if (active != 1) return;
-  const int detached = libusb_detach_kernel_driver(m_devHandle, kInterface);
+  const int detached = libusb_detach_kernel_driver(m_devHandle, usb::kInterface);
   ICC_DPrintLogToFile("driver_active  Cnt2=%d\n", detached);
 }
 
 int ClaimInterface() {
-  const int result = libusb_claim_interface(m_devHandle, kInterface);
+  const int result = libusb_claim_interface(m_devHandle, usb::kInterface);
   ICC_DPrintLogToFile("libusb_claim_interface  nRet=%d\n", result);
   if (result >= 0) return 0;
   libusb_close(m_devHandle);
   ForgetDevice();
   ICC_DPrintLogToFile("Cannot Claim Interface:%d\n", result);
-  return kOpenFailed;
-}
-
-// One transfer in. Only what arrived counts, not the transfer's own result; a transfer that fails at once
-// (the device is gone) is followed by a pause, lest the wait for the time-out spin.
-int TransferIn(Report& report) {
-  report.Wipe();
-  libusb_device_handle* const handle = LoadShared(m_devHandle);
-  int transferred = 0;
-  const int result = handle == nullptr ? static_cast<int>(LIBUSB_ERROR_NO_DEVICE)
-                                       : libusb_bulk_transfer(handle, kEndpointIn, report.data(), kReportSize,
-                                                              &transferred, kReadTimeoutMs);
-  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) usleep(kPauseAfterErrorUs);
-  return std::clamp(transferred, 0, kReportSize);
+  return usb::kOpenFailed;
 }
 
 int ReadUntilEnd(unsigned char* buffer, const ReadEnd& end) {
-  Report report;
+  usb::Report report;
   int count = 0;
   while (true) {
-    if (LoadShared(s_bCancelRead) != 0) return kCancelled;
-    const int transferred = TransferIn(report);
+    if (LoadShared(s_bCancelRead) != 0) return usb::kCancelled;
+    const int transferred = usb::TransferIn(&libusb_bulk_transfer, LoadShared(m_devHandle), report);
     std::memcpy(buffer + count, report.data(), static_cast<std::size_t>(transferred));
     count += transferred;
     if (const auto result = end.Reached(buffer, count)) return *result;
@@ -137,6 +105,7 @@ int ReadUntilEnd(unsigned char* buffer, const ReadEnd& end) {
 
 using gwq::LoadShared;
 using gwq::StoreShared;
+namespace usb = gwq::usb;
 
 int ICC_OpenLinuxHid(int vid, int pid) {
   ICC_DPrintLogToFile("\nOpen Device:%x,%x, begin\n", static_cast<unsigned>(vid), static_cast<unsigned>(pid));
@@ -166,21 +135,14 @@ int ICC_CloseLinuxHid() {
 }
 
 int ICC_WriteLinuxHid(unsigned char* data, int length) {
-  if (gwq::m_devHandle == nullptr) return gwq::kNoDevice;
-  if (length < 0 || (data == nullptr && length > 0)) return gwq::kWriteFailed;
-  int sent = 0;
-  for (int attempt = 0; attempt < gwq::kWriteAttempts; ++attempt) {
-    int transferred = 0;
-    libusb_bulk_transfer(gwq::m_devHandle, gwq::kEndpointOut, data + sent, length - sent, &transferred,
-                         gwq::kWriteTimeoutMs);
-    sent += std::clamp(transferred, 0, length - sent);
-    if (sent == length) return length;
-  }
-  return gwq::kWriteFailed;
+  if (gwq::m_devHandle == nullptr) return usb::kNoDevice;
+  const auto unheard = [](int, int, int) {};
+  const bool sent = usb::TransferOut(&libusb_bulk_transfer, gwq::m_devHandle, data, length, unheard);
+  return sent ? length : usb::kWriteFailed;
 }
 
 int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (buffer == nullptr) return gwq::kBadArgument;
+  if (buffer == nullptr) return usb::kBadArgument;
   StoreShared(gwq::s_bCancelRead, 0);
   StoreShared(gwq::s_bIsReading, 1);
   const int result = gwq::ReadUntilEnd(buffer, gwq::ReadEnd(maximum, timeout_s, end));
@@ -190,7 +152,7 @@ int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 
 int ICC_CancelLinuxHidRead() {
   ICC_DPrintLogToFile("[ICC_CancelLinuxHidRead] begin s_bIsReading=%d\n", LoadShared(gwq::s_bIsReading));
-  if (LoadShared(gwq::m_devHandle) == nullptr) return gwq::kNoDevice;
+  if (LoadShared(gwq::m_devHandle) == nullptr) return usb::kNoDevice;
   if (LoadShared(gwq::s_bIsReading) == 1) StoreShared(gwq::s_bCancelRead, 1);
   return 0;
 }

@@ -140,6 +140,13 @@ struct FakeTty::State {
     if (request == TCSETAF) pending = 0;
     return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
   }
+
+  int Flush(int fd, int queue) {
+    const std::lock_guard lock(mutex);
+    calls.push_back("tcflush " + std::to_string(queue));
+    if (queue != TCOFLUSH) pending = 0;
+    return static_cast<int>(syscall(SYS_ioctl, fd, TCFLSH, queue));
+  }
 };
 
 namespace {
@@ -314,6 +321,11 @@ __attribute__((visibility("default"))) int ioctl(int fd, unsigned long request, 
   va_end(arguments);
   if (const auto tty = ByDescriptor(fd)) return tty->Control(fd, request, argument);
   return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+}
+
+__attribute__((visibility("default"))) int tcflush(int fd, int queue) noexcept {
+  if (const auto tty = ByDescriptor(fd)) return tty->Flush(fd, queue);
+  return static_cast<int>(syscall(SYS_ioctl, fd, TCFLSH, queue));
 }
 
 }  // extern "C"

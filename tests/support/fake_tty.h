@@ -1,5 +1,5 @@
-// A serial device in the test's hand: a pseudo-terminal, with the program's own open, close, read, write and
-// ioctl in front of it. They pass everything on, except that a FakeTty
+// A serial device in the test's hand: a pseudo-terminal, with the program's own open, close, read, write,
+// ioctl and tcflush in front of it. They pass everything on, except that a FakeTty
 //   - is also found under a name such as "/dev/ttyS41",
 //   - records what was asked for (a pseudo-terminal keeps 8 bits and no parity whatever it is told),
 //   - answers an idle read at once and moves the test clock by the 0.1 s it would have taken,
@@ -46,7 +46,7 @@ class FakeTty {
   // Every such request (TCGETA, TCSETAF) from now on fails.
   void FailIoctl(unsigned long request);
 
-  // "open PATH 2", "TCGETA", "TCSETAF", "write 12", "close"; reads are left out.
+  // "open PATH 2", "TCGETA", "TCSETAF", "write 12", "tcflush 0", "close"; reads are left out.
   [[nodiscard]] std::vector<std::string> Calls() const;
   // What was passed with each TCSETAF.
   [[nodiscard]] std::vector<struct termio> Applied() const;

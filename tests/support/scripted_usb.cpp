@@ -52,6 +52,8 @@ struct ScriptedUsb::State {
   mutable std::mutex mutex;
   std::vector<UsbDevice> devices;
   std::optional<ssize_t> listing;
+  int init_result = 0;
+  std::optional<int> claim;
   bool unplugged = false;
   bool conversation = false;
   std::deque<Step> steps;
@@ -194,6 +196,38 @@ std::string TransferCall(bool in, unsigned char endpoint, int length, unsigned t
   return text;
 }
 
+// What a transfer of either kind is asked for.
+struct Request {
+  unsigned char endpoint;
+  unsigned char* data;
+  int length;
+  unsigned timeout_ms;
+  std::string kind = {};
+};
+
+int Move(libusb_device_handle* handle, const Request& request, int* transferred) {
+  const Inside inside;
+  const bool in = (request.endpoint & 0x80U) != 0;
+  *transferred = 0;
+  const auto usb = Current();
+  if (usb == nullptr) return LIBUSB_ERROR_NO_DEVICE;
+  std::unique_lock lock(usb->mutex);
+  usb->Call(request.kind + TransferCall(in, request.endpoint, request.length, request.timeout_ms));
+  const Transfer transfer{in, in ? usb->ins++ : usb->outs++};
+  if (const auto hook = usb->hook) {
+    lock.unlock();
+    hook(transfer);
+    lock.lock();
+  }
+  if (usb->Handle(handle, "transfer") == nullptr) return LIBUSB_ERROR_NO_DEVICE;
+  if (!handle->claimed) usb->Fault("a transfer on an interface that is not claimed");
+  const int result = in ? usb->In(request.data, request.length, transferred)
+                        : usb->Out(request.data, request.length, transferred);
+  *transferred = usb->claim.value_or(*transferred);
+  usb->claim.reset();
+  return result;
+}
+
 }  // namespace
 
 ScriptedUsb::ScriptedUsb() : state_(std::make_shared<State>()) {
@@ -227,6 +261,11 @@ ScriptedUsb& ScriptedUsb::PlugTerminal() {
 void ScriptedUsb::Unplug() {
   const std::lock_guard lock(state_->mutex);
   state_->unplugged = true;
+}
+
+void ScriptedUsb::FailInit(int result) {
+  const std::lock_guard lock(state_->mutex);
+  state_->init_result = result;
 }
 
 void ScriptedUsb::FailListing(ssize_t result) {
@@ -265,6 +304,12 @@ ScriptedUsb& ScriptedUsb::AnswerWithResult(const Bytes& bytes, int result) {
 ScriptedUsb& ScriptedUsb::NextOutMoves(int count, int result) {
   const std::lock_guard lock(state_->mutex);
   state_->out_plans.push_back({count, result});
+  return *this;
+}
+
+ScriptedUsb& ScriptedUsb::NextClaims(int count) {
+  const std::lock_guard lock(state_->mutex);
+  state_->claim = count;
   return *this;
 }
 
@@ -316,11 +361,23 @@ using gwq::test::Inside;
 extern "C" {
 
 int libusb_init(libusb_context** context) {
-  if (context == nullptr) ++gwq::test::g_inits;
-  return 0;
+  const Inside inside;
+  int result = 0;
+  if (const auto usb = Current()) {
+    const std::lock_guard lock(usb->mutex);
+    usb->Call("init");
+    result = usb->init_result;
+  }
+  if (context == nullptr && result == 0) ++gwq::test::g_inits;
+  return result;
 }
 
 void libusb_exit(libusb_context* context) {
+  const Inside inside;
+  if (const auto usb = Current()) {
+    const std::lock_guard lock(usb->mutex);
+    usb->Call("exit");
+  }
   if (context == nullptr) ++gwq::test::g_exits;
 }
 
@@ -426,27 +483,12 @@ int libusb_release_interface(libusb_device_handle*, int interface) {
 
 int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data,
                          int length, int* transferred, unsigned timeout_ms) {
-  const Inside inside;
-  const bool in = (endpoint & 0x80U) != 0;
-  *transferred = 0;
-  const auto usb = Current();
-  if (usb == nullptr) return LIBUSB_ERROR_NO_DEVICE;
-  std::unique_lock lock(usb->mutex);
-  usb->Call(gwq::test::TransferCall(in, endpoint, length, timeout_ms));
-  const gwq::test::Transfer transfer{in, in ? usb->ins++ : usb->outs++};
-  if (const auto hook = usb->hook) {
-    lock.unlock();
-    hook(transfer);
-    lock.lock();
-  }
-  if (usb->Handle(handle, "transfer") == nullptr) return LIBUSB_ERROR_NO_DEVICE;
-  if (!handle->claimed) usb->Fault("a transfer on an interface that is not claimed");
-  return in ? usb->In(data, length, transferred) : usb->Out(data, length, transferred);
+  return gwq::test::Move(handle, {endpoint, data, length, timeout_ms}, transferred);
 }
 
 int libusb_interrupt_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data,
                               int length, int* transferred, unsigned timeout_ms) {
-  return libusb_bulk_transfer(handle, endpoint, data, length, transferred, timeout_ms);
+  return gwq::test::Move(handle, {endpoint, data, length, timeout_ms, "interrupt "}, transferred);
 }
 
 }  // extern "C"

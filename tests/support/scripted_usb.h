@@ -53,6 +53,8 @@ class ScriptedUsb {
   ScriptedUsb& PlugTerminal();
   // Everything vanishes: transfers fail at once, listings are empty.
   void Unplug();
+  // Every libusb_init from now on gives this.
+  void FailInit(int result);
   // Every listing from now on gives this in place of its count, and no list.
   void FailListing(ssize_t result);
 
@@ -70,12 +72,16 @@ class ScriptedUsb {
   // The next transfer out, in order of the calls, moves only `count` bytes and gives `result`.
   ScriptedUsb& NextOutMoves(int count, int result = 0);
 
+  // The next transfer, in either direction, claims to have moved `count` bytes, whatever it moved.
+  ScriptedUsb& NextClaims(int count);
+
   // Called before each transfer, free to use the library and this object.
   void OnTransfer(std::function<void(const Transfer&)> hook);
 
   // Everything that went out.
   [[nodiscard]] Bytes Sent() const;
-  // The calls in order, such as "open 1209:0001", "out 0x02 1024 1000ms", "in 0x81 1024 200ms", "close".
+  // The calls in order, such as "open 1209:0001", "out 0x02 1024 1000ms", "in 0x81 1024 200ms",
+  // "interrupt in 0x81 1024 200ms", "close".
   [[nodiscard]] std::vector<std::string> Calls() const;
   // How many calls begin with this.
   [[nodiscard]] int Count(std::string_view prefix) const;
@@ -87,7 +93,7 @@ class ScriptedUsb {
   std::shared_ptr<State> state_;
 };
 
-// What the load hooks did: libusb_init and libusb_exit on the default context.
+// Successful libusb_init and libusb_exit on the default context, the load hooks' included.
 int UsbInits();
 int UsbExits();
 

@@ -1,0 +1,215 @@
+#include "links/aux_port.h"
+
+#include <termio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstring>
+#include <string_view>
+
+#include "diag/log.h"
+#include "diag/log_gbk.h"
+#include "diag/shared_word.h"
+#include "links/aux_dialect.h"
+#include "links/long_pause.h"
+#include "links/read_end.h"
+#include "links/terminal_line.h"
+
+GwqAuxOp g_AuxOp;
+
+namespace gwq {
+namespace {
+
+constexpr int kCancelled = -27;
+constexpr const char* kLockKeyboard = "\x1B[2h";
+constexpr const char* kUnlockKeyboard = "\x1B[2l";
+
+int g_AuxFd = line::kClosed;
+struct termio s_SavedTermio {};
+int g_bAuxReading = 0;
+int g_bAuxCancel = 0;
+
+bool IsOpen() {
+  return LoadShared(g_AuxFd) != line::kClosed;
+}
+
+void Send(const char* bytes, std::size_t count) {
+  VK_SendDataToTransPort(reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
+}
+
+void Send(const char* text) {
+  Send(text, std::strlen(text));
+}
+
+// The lengths stand in exported data, where the host may have left anything.
+template <std::size_t N>
+void SendAround(const char (&bytes)[N], int32_t length) {
+  if (length > 0) Send(bytes, std::min(static_cast<std::size_t>(length), N));
+}
+
+void Put(std::string_view text, char* bytes, int32_t& length) {
+  std::memcpy(bytes, text.data(), text.size());
+  length = static_cast<int32_t>(text.size());
+}
+
+void ChooseDialect(int type) {
+  const AuxWrapping wrapping = AuxWrappingOf(type);
+  g_AuxOp = {};
+  g_AuxOp.nType = type;
+  Put(wrapping.prefix, g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
+  Put(wrapping.suffix, g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
+}
+
+bool IsKnown(int type) {
+  return type == kAuxFirst || type == kAuxSecond || type == kAuxThird || type == kAuxFifth;
+}
+
+bool IsInvisible(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+int Cancelled() {
+  PauseAfterCancel();
+  return kCancelled;
+}
+
+int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
+  int count = 0;
+  while (true) {
+    if (LoadShared(g_bAuxCancel) != 0) return Cancelled();
+    const auto got = static_cast<int>(line::Read(LoadShared(g_AuxFd), buffer + count, maximum - count));
+    ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
+    if (got < 0) return line::kReadError;
+    count += got;
+    if (const auto result = end.Reached(buffer, count)) return *result;
+  }
+}
+
+}  // namespace
+}  // namespace gwq
+
+using gwq::g_AuxFd;
+using gwq::Gbk;
+using gwq::LoadShared;
+using gwq::LogGbk;
+using gwq::StoreShared;
+namespace line = gwq::line;
+
+void ClearInvisibleCharInStr(char* text) {
+  ICC_DPrintLogToFile("ClearInvisibleCharInStr  \n");
+  if (text == nullptr) return;
+  *std::remove_if(text, text + std::strlen(text), &gwq::IsInvisible) = '\0';
+}
+
+int SetTerm(int fd, int baud) {
+  const int result = line::SetUp(fd, baud, gwq::s_SavedTermio);
+  if (result == 0) ICC_DPrintLogToFile("SetTerm  RET_SUCCESS\n");
+  return result;
+}
+
+int ResetAux(int fd) {
+  ICC_DPrintLogToFile(" ResetAux \n");
+  return line::Restore(fd, gwq::s_SavedTermio);
+}
+
+int ICC_OpenLinux(const char* path, int baud) {
+  const int result = line::Open(g_AuxFd, path, baud, &SetTerm);
+  if (result == 0) LogGbk(Gbk("ICC_OpenLinux : 打开终端\n"));
+  return result;
+}
+
+int ICC_CloseLinux() {
+  if (!gwq::IsOpen()) return 0;
+  ResetAux(LoadShared(g_AuxFd));
+  line::Close(g_AuxFd);
+  LogGbk(Gbk("ICC_CloseLinux :关闭终端\n"));
+  return 0;
+}
+
+int VK_SendDataToTransPort(const unsigned char* data, int length) {
+  return line::Write(LoadShared(g_AuxFd), data, length);
+}
+
+int ICC_WriteLinux(const unsigned char* data, int length) {
+  if (data == nullptr || length < 1) return line::kBadArgument;
+  return VK_SendDataToTransPort(data, length);
+}
+
+int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
+  if (!gwq::IsOpen() || buffer == nullptr) return line::kBadArgument;
+  StoreShared(gwq::g_bAuxCancel, 0);
+  StoreShared(gwq::g_bAuxReading, 1);
+  const int result = gwq::ReadUntilEnd(buffer, maximum, gwq::ReadEnd(maximum, timeout_s, end));
+  StoreShared(gwq::g_bAuxReading, 0);
+  LogGbk(Gbk("ICC_ReadLinu :从辅口得到数据\n"));
+  return result;
+}
+
+int VK_OpenAuxPort(int type, int port, int baud, int lock) {
+  if (port < 1) return line::kBadArgument;
+  gwq::ChooseDialect(type);
+  gwq::Send(gwq::AuxSwitchOn(type, port, baud).data());
+  if (type == gwq::kAuxSecond || lock == 0) return 0;
+  LogGbk(Gbk("VK_OpenAuxPort : 打开辅口，锁住键盘\n"));
+  gwq::Send(gwq::kLockKeyboard);
+  return 0;
+}
+
+int VK_CloseAuxPort(int lock) {
+  if (!gwq::IsKnown(g_AuxOp.nType)) g_AuxOp.nType = gwq::kAuxFirst;
+  gwq::Send(gwq::AuxSwitchOff(g_AuxOp.nType));
+  if (lock == 0) return 0;
+  LogGbk(Gbk(" VK_CloseAuxPort ：关闭辅口 ，解锁键盘\n"));
+  gwq::Send(gwq::kUnlockKeyboard);
+  return 0;
+}
+
+int ICC_OpenLinuxAux(int type, int port, int baud, int lock) {
+  std::array<char, PATH_MAX> name{};
+  if (ttyname_r(STDOUT_FILENO, name.data(), name.size()) != 0) name[0] = '\0';
+  ClearInvisibleCharInStr(name.data());
+  ICC_DPrintLogToFile("LinuxOpenPort szTtyName =%s\r\n", name.data());
+  ICC_DPrintLogToFile("LinuxOpenPort %d, %d, %d, %d\r\n", type, port, baud, lock);
+  if (const int result = ICC_OpenLinux(name.data(), baud); result != 0) return result;
+  if (VK_OpenAuxPort(type, port, baud, lock) == 0) return 0;
+  ResetAux(LoadShared(g_AuxFd));
+  line::Close(g_AuxFd);
+  return line::kSettingsFailed;
+}
+
+int ICC_CloseLinuxAux(int lock) {
+  if (!gwq::IsOpen()) return 0;
+  VK_CloseAuxPort(lock);
+  return ICC_CloseLinux();
+}
+
+int ICC_WriteLinuxAux(const unsigned char* data, int length) {
+  if (data == nullptr || length < 1) return line::kBadArgument;
+  gwq::SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
+  const int result = ICC_WriteLinux(data, length);
+  gwq::SendAround(g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
+  return result;
+}
+
+int ICC_ReadLinuxAux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
+  return ICC_ReadLinux(buffer, maximum, timeout_s, end);
+}
+
+int ICC_CancelLinuxAuxRead() {
+  if (!gwq::IsOpen()) return line::kNotOpen;
+  if (LoadShared(gwq::g_bAuxReading) == 1) StoreShared(gwq::g_bAuxCancel, 1);
+  return 0;
+}
+
+void SetAuxFd(int fd) {
+  StoreShared(g_AuxFd, fd);
+  ICC_DPrintLogToFile("SetAuxFd  setg_AuxFd\n");
+}
+
+void ClearReceiveBuffer() {
+  if (!gwq::IsOpen()) return;
+  tcflush(LoadShared(g_AuxFd), TCIFLUSH);
+  ICC_DPrintLogToFile("ClearReceiveBuffer  tcflush(g_AuxFd, TCIFLUSH) \n");
+}

@@ -1,0 +1,37 @@
+// What the serial link and the auxiliary port have in common: a terminal line in raw mode.
+#pragma once
+
+#include <sys/types.h>
+#include <termio.h>
+
+namespace gwq::line {
+
+inline constexpr int kOpenFailed = -3;
+inline constexpr int kSettingsFailed = -1;
+inline constexpr int kBadArgument = -2;
+inline constexpr int kReadError = -6;
+inline constexpr int kNotOpen = -7;
+inline constexpr int kClosed = -1;
+
+// Saves the settings of `fd` and applies raw 8N1 at `baud`. Returns 0, kSettingsFailed, or kBadArgument if
+// `fd` is kClosed.
+int SetUp(int fd, int baud, struct termio& saved);
+
+// Applies the saved settings; results as SetUp.
+int Restore(int fd, const struct termio& saved);
+
+// Closes what is open in `shared_fd` with its settings as they are, then opens `path` there and sets it up.
+// Returns 0, kOpenFailed or kSettingsFailed, both with nothing open.
+int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int baud));
+
+// Closes what is open in `shared_fd`.
+void Close(int& shared_fd);
+
+// Writes until all bytes are out or an error comes. Returns the bytes written; kBadArgument if `fd` is
+// kClosed, for null, or a length of 0 or less.
+int Write(int fd, const unsigned char* data, int length);
+
+// One read of what is there, `room` bytes at most.
+ssize_t Read(int fd, unsigned char* buffer, int room);
+
+}  // namespace gwq::line
