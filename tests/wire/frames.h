@@ -201,7 +201,7 @@ inline constexpr std::string_view kEnterPinShowingNothing = "\x40\x30\x1E"sv;
 inline constexpr std::string_view kWriteDeviceId = "\x1B[0BJPOSTSETSN\x02SN-20231114\x03"sv;
 
 //  Encipher          ESC "[1GETFIRMVERSION", then ESC "[1GETENCDATA" STX algorithm "|" length "|" hex ETX
-inline constexpr std::string_view kFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
+inline constexpr std::string_view kGetFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
 inline constexpr std::string_view kEncipher = "\x1B[1GETENCDATA\x02\x37|6|616263\x03"sv;
 inline constexpr std::string_view kPullEnciphered = "\x1B[0PULLFILE\x02/tmp/encdata.txt\x03"sv;
 

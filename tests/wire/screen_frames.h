@@ -52,9 +52,6 @@ inline constexpr std::string_view kShowPageFile =
 inline constexpr std::string_view kCheckOut =
     "\x1B[2YCCHECKOUTALLUTF8\x02\x33\x30#3>#3<\x03"sv;  // "<" and ">"
 
-//  Firmware version  ESC "[1GETFIRMVERSION"
-inline constexpr std::string_view kGetFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
-
 //  Close program     ESC "[0CLOSECURPROGRAM"
 inline constexpr std::string_view kCloseProgram = "\x1B[0CLOSECURPROGRAM"sv;
 

@@ -224,7 +224,7 @@ TEST_P(PinPadSecrets, StructuredRecordIsWiped) {
 
 TEST_P(PinPadSecrets, BytesToBeEncipheredAreWipedInBothForms) {
   const Secret info("pLaIn-TeXt-84");
-  ExchangeText(wire::kFirmwareVersion, BytesOf(wire::kDone));
+  ExchangeText(wire::kGetFirmwareVersion, BytesOf(wire::kDone));
   ExchangeText("\x1B[1GETENCDATA\x02\x37|26|" + TextOf(info.Hex()) + "\x03", BytesOf(wire::kUnknownCommand));
   char* const text = In(TextOf(info.bytes));
   length_ = static_cast<int>(info.bytes.size());

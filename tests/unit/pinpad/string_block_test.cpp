@@ -48,7 +48,7 @@ class StringBlock : public PinPadRig {
                              answer_.text());
   }
 
-  void TellsVersion() { ExchangeText(wire::kFirmwareVersion, BytesOf("\x02V1.0\x03")); }
+  void TellsVersion() { ExchangeText(wire::kGetFirmwareVersion, BytesOf("\x02V1.0\x03")); }
   void Enciphers(std::string_view answer = kAnswer) {
     TellsVersion();
     ExchangeText(wire::kEncipher, BytesOf(answer));
@@ -283,7 +283,7 @@ INSTANTIATE_TEST_SUITE_P(All, StringBlockFailure, testing::ValuesIn(kFailures),
                          [](const auto& each) { return NameOf(each.param); });
 
 TEST_P(StringBlockFailure, OfTheVersionIsIgnoredUnlessTheLinkCouldNotBeOpened) {
-  FailsText(wire::kFirmwareVersion, how_);
+  FailsText(wire::kGetFirmwareVersion, how_);
   const LogCapture log;
   if (how_ == Failure::kNotOpened) {
     EXPECT_EQ(Call(), -3);
@@ -360,7 +360,7 @@ TEST_F(StringBlock, TerminalWithoutAKeyIsMinus406AndNothingIsPulled) {
 TEST_F(StringBlock, VersionAnswerIsNotLookedAt) {
   for (const std::string_view version : {wire::kUnknownCommand, std::string_view("\x03")}) {
     EndFileTextAt(0);
-    ExchangeText(wire::kFirmwareVersion, BytesOf(version));
+    ExchangeText(wire::kGetFirmwareVersion, BytesOf(version));
     ExchangeText(wire::kEncipher, BytesOf(kAnswer));
     HandsOver("x");
     EXPECT_EQ(Call(), 0);
