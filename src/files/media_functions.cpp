@@ -14,6 +14,7 @@
 #include "files/media.h"
 #include "files/path_list.h"
 #include "files/push.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 
@@ -30,10 +31,6 @@ constexpr char kPushChannel = '9';
 constexpr useconds_t kPauseAfterUpdateUs = 200'000;
 
 using Text = CommandText<1024 + 64>;
-
-bool Given(const char* text) {
-  return text != nullptr && *text != '\0';
-}
 
 bool Exists(const char* path) {
   return access(path, F_OK) == 0;

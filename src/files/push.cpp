@@ -14,6 +14,7 @@
 #include "files/file.h"
 #include "files/host_files.h"
 #include "files/path_list.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 
@@ -119,10 +120,6 @@ int Push(Line line, int type, const char* path, std::string_view name) {
   return std::min(result, 0);
 }
 
-std::string_view TextOrEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
 // Pushes one listed file and adds its place on the terminal to `places`.
 int PushListed(const char* path, CommandText<4096>& places) {
   if (access(path, F_OK) != 0) {
@@ -141,12 +138,12 @@ int PushListed(const char* path, CommandText<4096>& places) {
 }  // namespace gwq
 
 int Z11DownLoadFile(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
-  const std::string_view stored = type == gwq::kNamedFile ? gwq::TextOrEmpty(name) : gwq::BaseName(localPath);
+  const std::string_view stored = type == gwq::kNamedFile ? gwq::OrEmpty(name) : gwq::BaseName(localPath);
   return gwq::Push({port, baud}, type, localPath, stored);
 }
 
 int Z11DownLoadHead(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
-  return gwq::Push({port, baud}, type, localPath, gwq::TextOrEmpty(name));
+  return gwq::Push({port, baud}, type, localPath, gwq::OrEmpty(name));
 }
 
 int pushFileToZ11(const char* pathList, char* outList) {

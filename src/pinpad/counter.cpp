@@ -9,6 +9,7 @@
 #include "codec/secret.h"
 #include "codec/text_forms.h"
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 
@@ -24,16 +25,8 @@ using Text = CommandText<1024>;
 using KeyCommand = CommandText<1024 + 8>;
 using Answer = AnswerText<1024>;
 
-bool Within(int value, int low, int high) {
-  return value >= low && value <= high;
-}
-
 bool IsKeyIndex(int index) {
   return Within(index, 0, 15);
-}
-
-bool IsEntryTimeout(int seconds) {
-  return Within(seconds, 1, 999);
 }
 
 int EntryTimeoutMs(int seconds) {
@@ -151,7 +144,7 @@ int TakePinBlock(const Answer& answer, char* pin_block) {
 }
 
 bool PinBlockArgumentsHold(int digit1, int digit2, int timeout_s, const char* pin_block) {
-  return Within(digit1, 0, 1) && Within(digit2, 0, 3) && IsEntryTimeout(timeout_s) && pin_block != nullptr;
+  return Within(digit1, 0, 1) && Within(digit2, 0, 3) && IsCustomerTimeout(timeout_s) && pin_block != nullptr;
 }
 
 // `command` is the letter of the PIN-block command with its digits and fields.
@@ -218,7 +211,7 @@ int GWQ_ActiveWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex) {
 
 int GWQ_ReadPin(int iPortNo, int iBaudRate, int iMode, int iTimeout, char* pPin, int iPinBufLen) {
   ICC_DPrintLogToFile("[GWQ_ReadPin]");
-  if (!gwq::Within(iMode, 0, 1) || !gwq::IsEntryTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::Within(iMode, 0, 1) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (!gwq::Within(iPinBufLen, 0, 2048) || pPin == nullptr) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
   gwq::DrainUsb(line);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "pinpad/framed.h"
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
@@ -250,7 +251,7 @@ int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaud
                           unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
   ICC_DPrintLogToFile("GetPinblockShowString");
   gwq::PadBody body(gwq::kEnterPinShowing, gwq::kShownTextRoom);
-  body << nTimeout << std::string_view(szShowString == nullptr ? "" : szShowString);
+  body << nTimeout << gwq::OrEmpty(szShowString);
   return gwq::EnterPin({0, iBaudRate}, body, nTimeout, gwq::kShowingLogs, reinterpret_cast<char*>(pPinBlock),
                        pnPinLen);
 }

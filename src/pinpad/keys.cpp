@@ -7,6 +7,7 @@
 
 #include "codec/text_forms.h"
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "pinpad/framed.h"
 
 namespace gwq {
@@ -212,7 +213,7 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRa
   if (szVerifyKey == nullptr || encWKData == nullptr) return GWQ_BAD_ARGUMENT;
   const int command = gwq::WorkingKeyType(szWKType) == 2 ? gwq::kLoadKey2 : gwq::kLoadKey1;
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  const gwq::WorkingKey wk{encWKData, szPinPadFactor == nullptr ? "" : szPinPadFactor, szVerifyKey};
+  const gwq::WorkingKey wk{encWKData, gwq::OrEmpty(szPinPadFactor), szVerifyKey};
   if (wk.Room() > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
   gwq::PadBody body(command, wk.Room());
   if (!gwq::AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;

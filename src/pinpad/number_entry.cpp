@@ -6,6 +6,7 @@
 #include "codec/secret.h"
 #include "codec/text_forms.h"
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 #include "pinpad/entry.h"
@@ -16,13 +17,9 @@ namespace {
 constexpr int kSplitRoom = 1024;
 constexpr std::size_t kLongestNumber = 1023;  // of an answer that overshoots its room the rest is cut
 
-bool Within(int value, int low, int high) {
-  return value >= low && value <= high;
-}
-
 bool NumberArgumentsHold(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
   if (prompt == nullptr || *prompt == '\0' || result == nullptr) return false;
-  return Within(timeout_s, 1, 999) && Within(param1, 0, 20) && Within(param2, 0, 2);
+  return IsCustomerTimeout(timeout_s) && Within(param1, 0, 20) && Within(param2, 0, 2);
 }
 
 // The prompt in the terminal's character set and in split form. A prompt that is too long for it stays empty.

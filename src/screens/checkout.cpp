@@ -27,7 +27,7 @@ int TakeResult(std::string_view answer, char* out) {
 
 int AskForResult(Line line, int timeout_s, HeapCommand& command, char* out) {
   AnswerText<1024> answer;
-  int result = Ask(line, command, answer, &EndOfRead2, AnswerTimeoutMs(timeout_s));
+  int result = Ask(line, command, answer, &EndOfRead2, WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("iRet:%d\r\n", result);
   if (result == GWQ_OK) result = TakeResult(answer.text(), out);
   ICC_DPrintLogToFile("MP_CheckOut_All  iRet:%d", result);
@@ -52,7 +52,7 @@ int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int i
                     const char* szFirstText, const char* szSecondText, char* szResult) {
   ICC_DPrintLogToFile("MP_CheckOut_All");
   const bool texts_hold = gwq::Given(szFirstText) && szSecondText != nullptr;
-  if (!texts_hold || szResult == nullptr || !gwq::IsScreenTimeout(iTimeout)) {
+  if (!texts_hold || szResult == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
     gwq::LogGbk(gwq::Gbk("参数错误"));
     return GWQ_BAD_ARGUMENT;
   }

@@ -32,7 +32,7 @@ constexpr Outcome kOutcomes[] = {
 };
 
 bool ArgumentsHold(const char* paths, int timeout_s) {
-  return Given(paths) && IsScreenTimeout(timeout_s);
+  return Given(paths) && IsCustomerTimeout(timeout_s);
 }
 
 Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {

@@ -85,7 +85,7 @@ int AwaitRating(Line line, std::string_view word, int timeout_s, Take take) {
   const WaitingScreen screen(line, kScreen);
   Text command;
   AnswerText<1024> answer;
-  const int result = Ask(line, command << word, answer, &EndOfRead3, AnswerTimeoutMs(timeout_s));
+  const int result = Ask(line, command << word, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
   if (result == GWQ_OK) take(answer.text());
   return result;
 }
@@ -134,7 +134,7 @@ int MP_CancleEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate) {
 
 int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, const char* szTellerNo,
                        int iStarLevel, const char* szPhotoName, int iTimeout, unsigned int* pnRating) {
-  if (!gwq::StarsHold(iStarLevel) || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::StarsHold(iStarLevel) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
   if (iPortNo == 0) gwq::Drain(line);
   const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};

@@ -75,7 +75,7 @@ int ShowOnly(Line line, int timeout_s, PageCommand& page, int& display) {
 }
 
 int AskForKey(Line line, int timeout_s, HeapCommand& command, AnswerText<1024>& answer) {
-  return Ask(line, command, answer, &EndOfRead3, AnswerTimeoutMs(timeout_s, kKeyMarginMs));
+  return Ask(line, command, answer, &EndOfRead3, WaitMs(timeout_s, kKeyMarginMs));
 }
 
 int TakeDisplayResult(std::optional<int> meaning, int& display) {
@@ -171,7 +171,7 @@ int AskForResult(int baud, int timeout_s, const char* extra, AnswerText<1024>& a
   CommandText<1024> command;
   command << "\x1B[2YCSTARTINFOHTMLEXUTF8\x02" << timeout_s << "#" << SplitInto(split.span(), extra) << "#"
           << "\x03";
-  const int result = Ask({0, baud}, command, answer, &EndOfRead3, AnswerTimeoutMs(timeout_s));
+  const int result = Ask({0, baud}, command, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("iRet:%d", result);
   return result;
 }
@@ -222,7 +222,7 @@ int MP_StartInfoHtmlScreenshot(void* /*ignored*/, const char* szLink, int iBaudR
 
 int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                        const char* szExtraText, const char* szPage, char* szResult) {
-  if (!gwq::Given(szPage) || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::Given(szPage) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
   if (const int result = gwq::PushPage(szPage); result != GWQ_OK) return result;
   gwq::AnswerText<1024> answer;

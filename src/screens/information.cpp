@@ -24,7 +24,7 @@ unsigned KeyIn(std::string_view answer) {
 int AwaitKey(Line line, HeapCommand& command, int timeout_s, unsigned* key) {
   const WaitingScreen screen(line, Channel::kInformation);
   AnswerText<1024> answer;
-  const int result = Ask(line, command, answer, &EndOfRead3, AnswerTimeoutMs(timeout_s));
+  const int result = Ask(line, command, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
   if (result == GWQ_OK && key != nullptr) *key = KeyIn(answer.text());
   return result;
 }
@@ -33,7 +33,7 @@ int AwaitNumber(Line line, std::string_view word, int timeout_s, char* out) {
   const WaitingScreen screen(line, Channel::kKeyboard);
   CommandText<1024> command;
   AnswerText<1024> answer;
-  const int result = Ask(line, command << word, answer, &EndOfRead3, AnswerTimeoutMs(timeout_s, kNoMargin));
+  const int result = Ask(line, command << word, answer, &EndOfRead3, WaitMs(timeout_s, kNoMargin));
   if (result != GWQ_OK) return result;
   const std::string_view number = WithoutMarks(answer.text());
   number.copy(out, number.size());
@@ -46,7 +46,7 @@ int AwaitNumber(Line line, std::string_view word, int timeout_s, char* out) {
 int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessage,
                   unsigned int* pnKeyPressed) {
   ICC_DPrintLogToFile("[GWQ_StartInfo]");
-  if (!gwq::Given(szMessage) || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::Given(szMessage) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   gwq::SecretHeap<char> split(gwq::kSplitMessageSize);
   gwq::HeapCommand command(gwq::kMessageCommandSize);
   if (!split || !command) return GWQ_TOO_SMALL;
@@ -60,7 +60,7 @@ int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessag
 }
 
 int GWQ_StartKeyboard(int iPortNo, int iBaudRate, int iTimeout, int iMode, char* pOutput) {
-  if ((iMode != 0 && iMode != 1) || pOutput == nullptr || !gwq::IsScreenTimeout(iTimeout)) {
+  if ((iMode != 0 && iMode != 1) || pOutput == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
     return GWQ_BAD_ARGUMENT;
   }
   const gwq::Line line{iPortNo, iBaudRate};

@@ -1,17 +1,8 @@
 #include "screens/screen.h"
 
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-
 #include "codec/split_form.h"
 
 namespace gwq {
-
-int AnswerTimeoutMs(int seconds, int margin_ms) {
-  const std::int64_t timeout_ms = std::int64_t{seconds} * 1000 + margin_ms;
-  return static_cast<int>(std::clamp<std::int64_t>(timeout_ms, INT_MIN, INT_MAX));
-}
 
 int SendText(Line line, std::string_view text) {
   CommandText<1024> command;

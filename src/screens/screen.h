@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "codec/secret.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/port.h"
 
@@ -16,21 +17,6 @@ inline constexpr int kSendTimeoutMs = 3000;
 
 // What an answer gets beyond the customer's own time, unless a screen says otherwise.
 inline constexpr int kAnswerMarginMs = 3000;
-
-inline bool Given(const char* text) {
-  return text != nullptr && *text != '\0';
-}
-
-inline std::string_view OrEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
-inline bool IsScreenTimeout(int seconds) {
-  return seconds >= 1 && seconds <= 999;
-}
-
-// The customer's time and the margin, in milliseconds; a time that an int cannot count is cut.
-int AnswerTimeoutMs(int seconds, int margin_ms = kAnswerMarginMs);
 
 int SendText(Line line, std::string_view text);
 

@@ -207,7 +207,7 @@ int SignDocuments(const Signing& signing, const Manner& manner) {
 }
 
 bool ArgumentsHold(const Signing& signing) {
-  return Given(signing.documents) && !signing.location.empty() && IsScreenTimeout(signing.timeout_s);
+  return Given(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s);
 }
 
 char ChannelOf(const char* link) {
@@ -371,7 +371,7 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
   const gwq::Line line{0, iBaudRate};
   const gwq::TzgMode mode{nOperFlag, nSignLen};
-  const bool in_range = gwq::IsScreenTimeout(iTimeout);
+  const bool in_range = gwq::IsCustomerTimeout(iTimeout);
   if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {
     return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
@@ -388,7 +388,7 @@ int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFi
     return GWQ_BAD_ARGUMENT;
   }
   const gwq::Page* page = gwq::PageOf(szFilePath);
-  if (page == nullptr || !gwq::IsScreenTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (page == nullptr || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{0, iBaudRate};
   gwq::Drain(line);
   const int pushed = Z11DownLoadFile(line.port, '9', line.baud, 255, szFilePath, page->place);

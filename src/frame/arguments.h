@@ -1,0 +1,25 @@
+// What is asked of callers' arguments again and again.
+#pragma once
+
+#include <string_view>
+
+namespace gwq {
+
+inline bool Given(const char* text) {
+  return text != nullptr && *text != '\0';
+}
+
+inline std::string_view OrEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
+inline bool Within(int value, int low, int high) {
+  return value >= low && value <= high;
+}
+
+// The seconds that a customer may be given.
+inline bool IsCustomerTimeout(int seconds) {
+  return Within(seconds, 1, 999);
+}
+
+}  // namespace gwq
