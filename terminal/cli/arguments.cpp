@@ -57,6 +57,7 @@ struct RawOptions {
   std::string customer;
   std::string storage;
   std::string faults;
+  bool no_tzg = false;
   std::string trace;
   int control_fd = -1;
 };
@@ -72,6 +73,7 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   options.customer_file = Absolute(raw.customer);
   options.storage_dir = Absolute(raw.storage);
   options.faults_file = Absolute(raw.faults);
+  options.tzg = !raw.no_tzg;
   if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
 }
@@ -85,6 +87,7 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
+  app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
       ->expected(0, 1);
@@ -174,6 +177,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.customer_file.empty()) arguments.push_back("--customer=" + options.customer_file);
   if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
+  if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   return arguments;
 }

@@ -1,5 +1,5 @@
-// The customer that stands there unless another is scripted: quick, and happy to
-// key a PIN whenever asked.
+// The customer that stands there unless another is scripted: quick, happy to key a
+// PIN whenever asked, and to agree to every screen.
 #pragma once
 
 #include <chrono>
@@ -11,11 +11,11 @@ namespace gwq::terminal {
 
 class AgreeableCustomer : public Customer {
  public:
-  explicit AgreeableCustomer(std::string pin = "123456",
-                             std::chrono::milliseconds after = std::chrono::milliseconds(200));
+  explicit AgreeableCustomer(std::string pin = "123456", std::chrono::milliseconds after = kUsualDelay);
 
   // Keys as much of the PIN as there is room for.
   PinAction KeyPin(const PinRequest& request) override;
+  ScreenAction Respond(const Screen& screen) override;
 
  private:
   std::string pin_;

@@ -1,43 +1,16 @@
 #include "customer/scripted.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 namespace gwq::terminal {
 namespace {
 
-using Json = nlohmann::json;
-
-constexpr std::chrono::milliseconds kUsualDelay{200};
-constexpr std::int64_t kLongestDelay = 3'600'000;
 constexpr std::size_t kMostDigits = 14;
-
-[[noreturn]] void Fail(const std::string& what) {
-  throw std::runtime_error(what);
-}
-
-std::string Quoted(const std::string& text) {
-  return '"' + text + '"';
-}
-
-void CheckMembers(const Json& object, std::initializer_list<std::string_view> known) {
-  for (const auto& member : object.items()) {
-    if (std::find(known.begin(), known.end(), member.key()) != known.end()) continue;
-    std::string names;
-    for (const std::string_view name : known) names += (names.empty() ? "" : ", ") + std::string(name);
-    Fail("unknown member " + Quoted(member.key()) + " (known: " + names + ")");
-  }
-}
 
 std::string ReadPin(const Json& step) {
   const Json& pin = step.at("pin");
@@ -47,19 +20,6 @@ std::string ReadPin(const Json& step) {
                     digits.find_first_not_of("0123456789") == std::string::npos;
   if (!fits) Fail("\"pin\" must be 1 to 14 digits");
   return digits;
-}
-
-std::chrono::milliseconds ReadDelay(const Json& step) {
-  if (!step.contains("after_ms")) return kUsualDelay;
-  const Json& delay = step.at("after_ms");
-  const bool fits = delay.is_number_unsigned() && delay.get<std::uint64_t>() <= kLongestDelay;
-  if (!fits) Fail("\"after_ms\" must be a whole number from 0 to " + std::to_string(kLongestDelay));
-  return std::chrono::milliseconds(delay.get<std::int64_t>());
-}
-
-void CheckIsTrue(const Json& step, const char* name) {
-  const Json& value = step.at(name);
-  if (!value.is_boolean() || !value.get<bool>()) Fail(Quoted(name) + " can only be true");
 }
 
 PinAction ReadStep(const Json& step) {
@@ -73,23 +33,14 @@ PinAction ReadStep(const Json& step) {
     return {PinAction::Kind::kCancel, {}, ReadDelay(step)};
   }
   CheckIsTrue(step, "walk_away");
-  if (step.contains("after_ms")) Fail("\"after_ms\" has no meaning beside \"walk_away\"");
+  CheckHasNoDelay(step);
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
-const Json& StepsOf(const Json& script) {
-  if (script.is_array()) return script;
-  if (!script.is_object()) Fail("must hold an object or a list of steps");
-  CheckMembers(script, {"pin_entries"});
-  if (!script.contains("pin_entries")) Fail("has no \"pin_entries\"");
-  const Json& steps = script.at("pin_entries");
+std::vector<PinAction> ReadSteps(const Json& steps) {
   if (!steps.is_array()) Fail("\"pin_entries\" must be a list");
-  return steps;
-}
-
-std::vector<PinAction> ReadSteps(const Json& script) {
   std::vector<PinAction> actions;
-  for (const Json& step : StepsOf(script)) {
+  for (const Json& step : steps) {
     try {
       actions.push_back(ReadStep(step));
     } catch (const std::runtime_error& error) {
@@ -97,6 +48,20 @@ std::vector<PinAction> ReadSteps(const Json& script) {
     }
   }
   return actions;
+}
+
+ScriptedCustomer::Steps ReadPins(const Json& script) {
+  if (!script.contains("pin_entries")) return std::nullopt;
+  return ReadSteps(script.at("pin_entries"));
+}
+
+std::unique_ptr<Customer> ReadCustomer(const Json& script) {
+  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script));
+  if (!script.is_object()) Fail("must hold an object or a list of steps");
+  CheckMembers(script, {"pin_entries", "screens"});
+  if (script.empty()) Fail("has neither \"pin_entries\" nor \"screens\"");
+  return std::make_unique<ScriptedCustomer>(
+      ReadPins(script), script.contains("screens") ? ScreenScript(script.at("screens")) : ScreenScript());
 }
 
 Json ReadScript(const std::string& path) {
@@ -108,20 +73,26 @@ Json ReadScript(const std::string& path) {
 
 }  // namespace
 
-ScriptedCustomer::ScriptedCustomer(std::vector<PinAction> pin_entries)
-    : pin_entries_(std::move(pin_entries)) {
-  if (pin_entries_.empty()) Fail("there must be at least one step");
+ScriptedCustomer::ScriptedCustomer(Steps pin_entries, ScreenScript screens)
+    : pin_entries_(std::move(pin_entries)), screens_(std::move(screens)) {
+  if (pin_entries_ && pin_entries_->empty()) Fail("there must be at least one step");
 }
 
-PinAction ScriptedCustomer::KeyPin(const PinRequest&) {
-  const PinAction& action = pin_entries_[next_];
-  if (next_ + 1 < pin_entries_.size()) ++next_;
+PinAction ScriptedCustomer::KeyPin(const PinRequest& request) {
+  if (!pin_entries_) return agreeable_.KeyPin(request);
+  const PinAction& action = (*pin_entries_)[next_];
+  if (next_ + 1 < pin_entries_->size()) ++next_;
   return action;
+}
+
+ScreenAction ScriptedCustomer::Respond(const Screen& screen) {
+  if (auto action = screens_.Next(screen.kind)) return std::move(*action);
+  return agreeable_.Respond(screen);
 }
 
 std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
   try {
-    return std::make_unique<ScriptedCustomer>(ReadSteps(ReadScript(path)));
+    return ReadCustomer(ReadScript(path));
   } catch (const std::exception& error) {
     throw std::runtime_error("customer file " + path + ": " + error.what());
   }

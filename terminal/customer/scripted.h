@@ -1,11 +1,15 @@
-// A customer whose deeds stand in a JSON file, one step for each PIN that the
-// terminal asks for. After the last step it is repeated.
+// A customer whose deeds stand in a JSON file, one step for each PIN or screen that
+// the terminal asks for. The last step of a list is repeated; what has no list is
+// done as the agreeable customer does it.
 //
 //   {
 //     "pin_entries": [                        // or only the list, without the object
 //       {"pin": "1234", "after_ms": 300},     // keys these digits and Enter
 //       {"cancel": true, "after_ms": 100},    // presses Cancel
 //       {"walk_away": true}                   // does nothing: the terminal times out
+//     ],
+//     "screens": [                            // screen_script.h tells what there can be
+//       {"key": 1, "on": "evaluation"}
 //     ]
 //   }
 //
@@ -15,23 +19,31 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "customer/agreeable.h"
+#include "customer/screen_script.h"
 #include "device/customer.h"
 
 namespace gwq::terminal {
 
 class ScriptedCustomer : public Customer {
  public:
-  // Throws std::runtime_error when there is no step.
-  explicit ScriptedCustomer(std::vector<PinAction> pin_entries);
+  using Steps = std::optional<std::vector<PinAction>>;
+
+  // Throws std::runtime_error when there is a list without a step.
+  explicit ScriptedCustomer(Steps pin_entries, ScreenScript screens = {});
 
   PinAction KeyPin(const PinRequest& request) override;
+  ScreenAction Respond(const Screen& screen) override;
 
  private:
-  std::vector<PinAction> pin_entries_;
+  Steps pin_entries_;
+  ScreenScript screens_;
   std::size_t next_ = 0;
+  AgreeableCustomer agreeable_;
 };
 
 // Throws std::runtime_error, naming the file and what is wrong with it.

@@ -62,10 +62,17 @@ std::size_t CutAtCharacter(std::string_view text, std::size_t most) {
 
 }  // namespace
 
+std::optional<std::string> TextFromGbk(std::string_view bytes) {
+  return Convert("UTF-8", "GB18030", bytes);
+}
+
+std::optional<std::string> TextFromHost(std::string_view bytes) {
+  return IsUtf8(bytes) ? std::string(bytes) : TextFromGbk(bytes);
+}
+
 std::optional<std::string> NameFromHost(std::string_view bytes) {
   if (bytes.empty() || HasControl(bytes)) return std::nullopt;
-  if (IsUtf8(bytes)) return std::string(bytes);
-  return Convert("UTF-8", "GB18030", bytes);
+  return TextFromHost(bytes);
 }
 
 std::optional<std::string> NameForHost(const std::string& name) {

@@ -15,6 +15,10 @@
 
 namespace gwq::terminal {
 
+// Texts in general. Nothing when the bytes are none in the encoding.
+[[nodiscard]] std::optional<std::string> TextFromGbk(std::string_view bytes);
+[[nodiscard]] std::optional<std::string> TextFromHost(std::string_view bytes);  // UTF-8 or GBK
+
 // Nothing when it is empty, is neither UTF-8 nor GBK, or holds a control character.
 [[nodiscard]] std::optional<std::string> NameFromHost(std::string_view bytes);
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "customer/painter.h"
 #include "device/customer.h"
 #include "device/device.h"
 #include "store/file_store.h"
@@ -21,6 +22,7 @@ class DeviceFactory {
       : customer_file_(options.customer_file),
         storage_dir_(options.storage_dir),
         faults_file_(options.faults_file),
+        tzg_(options.tzg),
         trace_(options.trace) {}
 
   // Each device has a customer of its own, and files of its own unless there is a
@@ -34,7 +36,9 @@ class DeviceFactory {
   std::string customer_file_;
   std::string storage_dir_;
   std::string faults_file_;
+  bool tzg_;
   TraceWriter trace_;
+  PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
   std::vector<std::unique_ptr<FileStore>> stores_;

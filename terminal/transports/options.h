@@ -19,6 +19,7 @@ struct TerminalOptions {
   std::string customer_file;         // empty: the agreeable customer
   std::string storage_dir;           // the terminals' files; empty: fresh ones, gone at the end
   std::string faults_file;           // what goes wrong with them; empty: nothing
+  bool tzg = true;                   // they know how to sign in TZG mode
   std::optional<std::string> trace;  // a file, or "-" for standard error
 };
 

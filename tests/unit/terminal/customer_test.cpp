@@ -144,9 +144,10 @@ TEST(Scripted, TextThatIsNoJsonIsPlaced) {
 
 TEST(Scripted, ShapeMustBeRight) {
   EXPECT_EQ(ErrorOf("7"), "must hold an object or a list of steps");
-  EXPECT_EQ(ErrorOf("{}"), "has no \"pin_entries\"");
+  EXPECT_EQ(ErrorOf("{}"), "has neither \"pin_entries\" nor \"screens\"");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": {}})"), "\"pin_entries\" must be a list");
-  EXPECT_EQ(ErrorOf(R"({"pin_entries": [], "pins": []})"), "unknown member \"pins\" (known: pin_entries)");
+  EXPECT_EQ(ErrorOf(R"({"pin_entries": [], "pins": []})"),
+            "unknown member \"pins\" (known: pin_entries, screens)");
   EXPECT_EQ(ErrorOf("[]"), "there must be at least one step");
 }
 

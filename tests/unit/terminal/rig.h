@@ -27,9 +27,13 @@ inline constexpr std::size_t kReport = 1024;
 class ListedCustomer : public Customer {
  public:
   PinAction KeyPin(const PinRequest& request) override;
+  // Agrees when nothing is listed any more.
+  ScreenAction Respond(const Screen& screen) override;
 
   std::deque<PinAction> actions;
   std::vector<PinRequest> requests;
+  std::deque<ScreenAction> responses;
+  std::vector<Screen> screens;
 };
 
 PinAction Keys(std::string digits, Time after = 100ms);
@@ -38,7 +42,8 @@ PinAction WalksAway();
 
 class Rig {
  public:
-  explicit Rig(Line line = Line::kUsb, Settings settings = {}, Storage storage = {});
+  explicit Rig(Line line = Line::kUsb, Settings settings = {}, Storage storage = {},
+               const Painter* painter = nullptr);
 
   // A command as the host's link sends it: in zero-padded reports over USB, as
   // it is over serial, followed there by the silence that ends it.
