@@ -56,6 +56,7 @@ struct RawOptions {
   int serial = 0;
   std::string customer;
   std::string storage;
+  std::string keys;
   std::string faults;
   bool no_tzg = false;
   std::string trace;
@@ -72,6 +73,7 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   if (raw.serial > 0) options.serial_port = raw.serial;
   options.customer_file = Absolute(raw.customer);
   options.storage_dir = Absolute(raw.storage);
+  options.keys_dir = Absolute(raw.keys);
   options.faults_file = Absolute(raw.faults);
   options.tzg = !raw.no_tzg;
   if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
@@ -83,6 +85,8 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
   app.add_option("--storage", raw.storage, "Directory of the terminal's files; else they are gone at the end")
+      ->type_name("DIR");
+  app.add_option("--keys", raw.keys, "Directory of the PIN pad's key pairs; else they are new each time")
       ->type_name("DIR");
   app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
       ->type_name("FILE")
@@ -176,6 +180,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (options.serial_port) arguments.push_back("--serial=" + std::to_string(*options.serial_port));
   if (!options.customer_file.empty()) arguments.push_back("--customer=" + options.customer_file);
   if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
+  if (!options.keys_dir.empty()) arguments.push_back("--keys=" + options.keys_dir);
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
   if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.trace) arguments.push_back("--trace=" + *options.trace);

@@ -10,7 +10,15 @@ AgreeableCustomer::AgreeableCustomer(std::string pin, std::chrono::milliseconds 
     : pin_(std::move(pin)), after_(after) {}
 
 PinAction AgreeableCustomer::KeyPin(const PinRequest& request) {
-  const auto room = static_cast<std::size_t>(std::max(request.max_digits, 0));
+  return Key(request.max_digits);
+}
+
+NumberAction AgreeableCustomer::KeyNumber(const NumberRequest& request) {
+  return Key(request.max_digits);
+}
+
+PinAction AgreeableCustomer::Key(int max_digits) const {
+  const auto room = static_cast<std::size_t>(std::max(max_digits, 0));
   return {PinAction::Kind::kEnter, pin_.substr(0, room), after_};
 }
 

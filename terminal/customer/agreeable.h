@@ -1,5 +1,5 @@
 // The customer that stands there unless another is scripted: quick, happy to key a
-// PIN whenever asked, and to agree to every screen.
+// PIN, or the same digits as a number, whenever asked, and to agree to every screen.
 #pragma once
 
 #include <chrono>
@@ -15,9 +15,12 @@ class AgreeableCustomer : public Customer {
 
   // Keys as much of the PIN as there is room for.
   PinAction KeyPin(const PinRequest& request) override;
+  NumberAction KeyNumber(const NumberRequest& request) override;
   ScreenAction Respond(const Screen& screen) override;
 
  private:
+  [[nodiscard]] PinAction Key(int max_digits) const;
+
   std::string pin_;
   std::chrono::milliseconds after_;
 };

@@ -10,24 +10,32 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostDigits = 14;
+// What the steps of a list key.
+struct Kind {
+  const char* list;
+  const char* member;
+  std::size_t most_digits;
+};
+constexpr Kind kPins{"pin_entries", "pin", 14};
+constexpr Kind kNumbers{"number_entries", "number", 20};
+constexpr const char* kScreens = "screens";
 
-std::string ReadPin(const Json& step) {
-  const Json& pin = step.at("pin");
-  if (!pin.is_string()) Fail("\"pin\" must be a text of digits");
-  auto digits = pin.get<std::string>();
-  const bool fits = !digits.empty() && digits.size() <= kMostDigits &&
+std::string ReadDigits(const Json& step, const Kind& kind) {
+  const Json& value = step.at(kind.member);
+  if (!value.is_string()) Fail(Quoted(kind.member) + " must be a text of digits");
+  auto digits = value.get<std::string>();
+  const bool fits = !digits.empty() && digits.size() <= kind.most_digits &&
                     digits.find_first_not_of("0123456789") == std::string::npos;
-  if (!fits) Fail("\"pin\" must be 1 to 14 digits");
+  if (!fits) Fail(Quoted(kind.member) + " must be 1 to " + std::to_string(kind.most_digits) + " digits");
   return digits;
 }
 
-PinAction ReadStep(const Json& step) {
+PinAction ReadStep(const Json& step, const Kind& kind) {
   if (!step.is_object()) Fail("is not an object");
-  CheckMembers(step, {"pin", "cancel", "walk_away", "after_ms"});
-  const auto deeds = step.count("pin") + step.count("cancel") + step.count("walk_away");
-  if (deeds != 1) Fail("needs exactly one of \"pin\", \"cancel\", \"walk_away\"");
-  if (step.contains("pin")) return {PinAction::Kind::kEnter, ReadPin(step), ReadDelay(step)};
+  CheckMembers(step, {kind.member, "cancel", "walk_away", "after_ms"});
+  const auto deeds = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
+  if (deeds != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
+  if (step.contains(kind.member)) return {PinAction::Kind::kEnter, ReadDigits(step, kind), ReadDelay(step)};
   if (step.contains("cancel")) {
     CheckIsTrue(step, "cancel");
     return {PinAction::Kind::kCancel, {}, ReadDelay(step)};
@@ -37,12 +45,12 @@ PinAction ReadStep(const Json& step) {
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
-std::vector<PinAction> ReadSteps(const Json& steps) {
-  if (!steps.is_array()) Fail("\"pin_entries\" must be a list");
+ScriptedCustomer::Steps ReadSteps(const Json& steps, const Kind& kind) {
+  if (!steps.is_array()) Fail(Quoted(kind.list) + " must be a list");
   std::vector<PinAction> actions;
   for (const Json& step : steps) {
     try {
-      actions.push_back(ReadStep(step));
+      actions.push_back(ReadStep(step, kind));
     } catch (const std::runtime_error& error) {
       Fail("step " + std::to_string(actions.size() + 1) + ": " + error.what());
     }
@@ -50,18 +58,19 @@ std::vector<PinAction> ReadSteps(const Json& steps) {
   return actions;
 }
 
-ScriptedCustomer::Steps ReadPins(const Json& script) {
-  if (!script.contains("pin_entries")) return std::nullopt;
-  return ReadSteps(script.at("pin_entries"));
+ScriptedCustomer::Steps ReadList(const Json& script, const Kind& kind) {
+  if (!script.contains(kind.list)) return std::nullopt;
+  return ReadSteps(script.at(kind.list), kind);
 }
 
 std::unique_ptr<Customer> ReadCustomer(const Json& script) {
-  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script));
+  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
   if (!script.is_object()) Fail("must hold an object or a list of steps");
-  CheckMembers(script, {"pin_entries", "screens"});
-  if (script.empty()) Fail("has neither \"pin_entries\" nor \"screens\"");
+  CheckMembers(script, {kPins.list, kNumbers.list, kScreens});
+  if (script.empty()) Fail("has none of \"pin_entries\", \"number_entries\", \"screens\"");
   return std::make_unique<ScriptedCustomer>(
-      ReadPins(script), script.contains("screens") ? ScreenScript(script.at("screens")) : ScreenScript());
+      ReadList(script, kPins), ReadList(script, kNumbers),
+      script.contains(kScreens) ? ScreenScript(script.at(kScreens)) : ScreenScript());
 }
 
 Json ReadScript(const std::string& path) {
@@ -71,18 +80,29 @@ Json ReadScript(const std::string& path) {
   return Json::parse(file, nullptr, true, true);
 }
 
+PinAction Next(const std::vector<PinAction>& steps, std::size_t& next) {
+  const PinAction& action = steps[next];
+  if (next + 1 < steps.size()) ++next;
+  return action;
+}
+
 }  // namespace
 
-ScriptedCustomer::ScriptedCustomer(Steps pin_entries, ScreenScript screens)
-    : pin_entries_(std::move(pin_entries)), screens_(std::move(screens)) {
-  if (pin_entries_ && pin_entries_->empty()) Fail("there must be at least one step");
+ScriptedCustomer::ScriptedCustomer(Steps pin_entries, Steps number_entries, ScreenScript screens)
+    : pin_entries_(std::move(pin_entries)),
+      number_entries_(std::move(number_entries)),
+      screens_(std::move(screens)) {
+  for (const Steps* steps : {&pin_entries_, &number_entries_}) {
+    if (*steps && (*steps)->empty()) Fail("there must be at least one step");
+  }
 }
 
 PinAction ScriptedCustomer::KeyPin(const PinRequest& request) {
-  if (!pin_entries_) return agreeable_.KeyPin(request);
-  const PinAction& action = (*pin_entries_)[next_];
-  if (next_ + 1 < pin_entries_->size()) ++next_;
-  return action;
+  return pin_entries_ ? Next(*pin_entries_, next_pin_) : agreeable_.KeyPin(request);
+}
+
+NumberAction ScriptedCustomer::KeyNumber(const NumberRequest& request) {
+  return number_entries_ ? Next(*number_entries_, next_number_) : agreeable_.KeyNumber(request);
 }
 
 ScreenAction ScriptedCustomer::Respond(const Screen& screen) {

@@ -1,4 +1,6 @@
-// A customer whose deeds stand in a JSON file, one step for each PIN or screen that
+// A customer whose deeds stand in a JSON file, one step for each PIN, number or
+// screen that the terminal asks for. The last step of a list is repeated; what has
+// no list is done as the agreeable customer does it.
 // the terminal asks for. The last step of a list is repeated; what has no list is
 // done as the agreeable customer does it.
 //
@@ -7,6 +9,9 @@
 //       {"pin": "1234", "after_ms": 300},     // keys these digits and Enter
 //       {"cancel": true, "after_ms": 100},    // presses Cancel
 //       {"walk_away": true}                   // does nothing: the terminal times out
+//     ],
+//     "number_entries": [                     // other numbers, in the same way
+//       {"number": "310115"}
 //     ],
 //     "screens": [                            // screen_script.h tells what there can be
 //       {"key": 1, "on": "evaluation"}
@@ -34,15 +39,18 @@ class ScriptedCustomer : public Customer {
   using Steps = std::optional<std::vector<PinAction>>;
 
   // Throws std::runtime_error when there is a list without a step.
-  explicit ScriptedCustomer(Steps pin_entries, ScreenScript screens = {});
+  explicit ScriptedCustomer(Steps pin_entries, Steps number_entries = {}, ScreenScript screens = {});
 
   PinAction KeyPin(const PinRequest& request) override;
+  NumberAction KeyNumber(const NumberRequest& request) override;
   ScreenAction Respond(const Screen& screen) override;
 
  private:
   Steps pin_entries_;
+  Steps number_entries_;
   ScreenScript screens_;
-  std::size_t next_ = 0;
+  std::size_t next_pin_ = 0;
+  std::size_t next_number_ = 0;
   AgreeableCustomer agreeable_;
 };
 

@@ -54,6 +54,7 @@ CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, const Settings
 
 void CounterCommands::AddTo(TextCommands& table) {
   table.Add({"\033[0GETVERSION", [this](const Match&) { TellVersion(); }});
+  table.Add({"\033[1GETFIRMVERSION", [this](const Match&) { TellFirmwareVersion(); }});
   table.Add({"\033[1;%dL", [this](const Match& match) { SetPinLength(match.numbers[0]); }});
   table.Add({"\033[1;%dX", [this](const Match& match) { SetDisplay(match.numbers[0]); }});
   table.Add({"\033[1;%dT", [this](const Match& match) { SetTimeout(match.numbers[0]); }});
@@ -78,10 +79,14 @@ void CounterCommands::AddTo(TextCommands& table) {
 void CounterCommands::TellVersion() {
   outlet_.Heard("GETVERSION");
   const std::string text = settings_.version + "|" + settings_.build_date;
-  Bytes answer{kStx};
-  answer.insert(answer.end(), text.begin(), text.end());
-  answer.push_back(kEtx);
-  outlet_.Answer(std::move(answer), "version " + text);
+  AnswerText(outlet_, text, "version " + text);
+}
+
+// The common version and the private one.
+void CounterCommands::TellFirmwareVersion() {
+  outlet_.Heard("GETFIRMVERSION");
+  const std::string text = settings_.version + "|P" + settings_.build_date;
+  AnswerText(outlet_, text, "version " + text);
 }
 
 // The settings of a PIN entry are not answered, unless their value is impossible.

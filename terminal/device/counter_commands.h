@@ -27,10 +27,13 @@ class CounterCommands {
   // This object must outlive the table.
   void AddTo(TextCommands& table);
 
+  [[nodiscard]] const KeyStore& Keys() const { return keys_; }
+
  private:
   using Build = std::function<std::optional<SecretBytes>(std::span<const std::uint8_t> digits)>;
 
   void TellVersion();
+  void TellFirmwareVersion();
 
   void SetPinLength(int digits);
   void SetDisplay(int style);

@@ -17,6 +17,7 @@ struct PinRequest {
   std::chrono::milliseconds time_left{0};
   bool again = false;           // the screen asks for the PIN once more
   bool ends_when_full = false;  // the last of `max_digits` ends the entry without Enter
+  std::string shown = {};       // what the host has the screen say, UTF-8
 };
 
 // What the person does about it, and how long after the request appeared.
@@ -28,7 +29,17 @@ struct PinAction {
   std::chrono::milliseconds after{0};
 };
 
-// The same for any other screen. What the screen offers no key for is not taken,
+// A request to key some other number. What a person can do about it is the same.
+struct NumberRequest {
+  enum class Display { kClear, kStars, kNothing };
+  std::string prompt;  // UTF-8
+  int max_digits = 20;
+  Display display = Display::kClear;
+  std::chrono::milliseconds time_left{0};
+};
+using NumberAction = PinAction;
+
+// What the person does about any other screen. What the screen offers no key for is not taken,
 // and leaves the screen to its time-out.
 struct ScreenAction {
   enum class Kind {
@@ -52,6 +63,7 @@ class Customer {
 
   virtual ~Customer() = default;
   virtual PinAction KeyPin(const PinRequest& request) = 0;
+  virtual NumberAction KeyNumber(const NumberRequest&) { return {NumberAction::Kind::kWalkAway, {}, {}}; }
   // Asked once for each screen that offers a key. Agrees, unless told otherwise.
   virtual ScreenAction Respond(const Screen& screen);
 };

@@ -1,7 +1,6 @@
 #include "device/device.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <deque>
 #include <initializer_list>
 #include <utility>
@@ -13,7 +12,7 @@
 #include "device/framed_commands.h"
 #include "device/outlet.h"
 #include "device/pin_entry.h"
-#include "device/pinpad_frame.h"
+#include "device/pin_pad.h"
 #include "device/screen_commands.h"
 #include "device/screens.h"
 #include "device/secret.h"
@@ -25,12 +24,6 @@ namespace {
 // A host that never reads must not make the terminal grow: like any device with
 // a small output buffer, it then loses its oldest answers.
 constexpr std::size_t kMostAnswers = 256;
-
-std::string Hex(std::uint16_t word) {
-  char text[5] = {};
-  std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(word));
-  return text;
-}
 
 // The earliest of those that there are.
 std::optional<Time> Earliest(std::initializer_list<std::optional<Time>> times) {
@@ -58,12 +51,15 @@ class Device::Impl : private Outlet {
         counter_(*this, entry_, settings_),
         files_(*this, reader_, storage.files != nullptr ? *storage.files : no_files_,
                std::move(storage.faults), settings_),
+        pad_(*this, entry_, counter_.Keys(), storage.files != nullptr ? *storage.files : no_files_,
+             storage.keys),
         screens_(customer, *this, storage.files != nullptr ? *storage.files : no_files_, painter),
         screen_commands_(*this, screens_, entry_, storage.files != nullptr ? *storage.files : no_files_,
                          settings_),
         description_(*this, settings_) {
     counter_.AddTo(text_commands_);
     files_.AddTo(text_commands_);
+    pad_.AddTo(text_commands_, framed_commands_);
     screen_commands_.AddTo(text_commands_);
     description_.AddTo(text_commands_);
   }
@@ -154,11 +150,11 @@ class Device::Impl : private Outlet {
     AnswerRefusal(*this);
   }
 
+  // A framed command is a question of its own, so it ends an entry that waits.
   void CarryOutFrame(std::span<const std::uint8_t> frame) {
     Heard("PIN-pad frame (" + std::to_string(frame.size()) + " bytes)");
-    FramedAnswer answer = framed_commands_.Run(frame);
-    Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
-    Wipe(answer.data);
+    entry_.Stop();
+    if (auto answer = framed_commands_.Run(frame)) AnswerFrame(*this, std::move(*answer));
   }
 
   Settings settings_;
@@ -172,6 +168,7 @@ class Device::Impl : private Outlet {
   PinEntry entry_;
   CounterCommands counter_;
   FileCommands files_;
+  PinPad pad_;
   Screens screens_;
   ScreenCommands screen_commands_;
   Description description_;

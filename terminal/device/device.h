@@ -51,6 +51,7 @@ struct Settings {
 struct Storage {
   FileSystem* files = nullptr;
   FileFaults faults;
+  FileSystem* keys = nullptr;  // the PIN pad's key pairs (key_pairs.h); null: they are new each time
 };
 
 class Device {

@@ -1,18 +1,22 @@
-// The table of commands that come in a PIN-pad frame. It has no rows yet: a room
-// that knows framed commands adds them here, as the rooms of text commands do.
+// The table of commands that come in a PIN-pad frame; the rooms that know framed
+// commands add them here, as the rooms of text commands do.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "device/device.h"
+#include "device/outlet.h"
 
 namespace gwq::terminal {
 
 // Status words of our own; a command adds the ones it needs.
 inline constexpr std::uint16_t kStatusOk = 0x0000;
+inline constexpr std::uint16_t kStatusBadArgument = 0x6A80;
+inline constexpr std::uint16_t kStatusNoSuchKey = 0x6A88;
 inline constexpr std::uint16_t kStatusUnknownCommand = 0x6D00;
 inline constexpr std::uint16_t kStatusDamagedFrame = 0x6F01;
 
@@ -21,9 +25,18 @@ struct FramedAnswer {
   Bytes data;
 };
 
+// The body behind its first two bytes. Hosts measure bodies as texts: a zero byte
+// and what is behind it do not arrive, so an argument that is missing is 0.
+using Arguments = std::span<const std::uint8_t>;
+
+inline std::uint8_t ArgumentAt(Arguments arguments, std::size_t index) {
+  return index < arguments.size() ? arguments[index] : std::uint8_t{0};
+}
+
 struct FramedCommand {
   std::uint16_t code = 0;  // the body's first two bytes
-  std::function<FramedAnswer(std::span<const std::uint8_t> arguments)> run;
+  // Nothing when the row answers by itself, now or later.
+  std::function<std::optional<FramedAnswer>(Arguments arguments)> run;
 };
 
 class FramedCommands {
@@ -32,10 +45,13 @@ class FramedCommands {
 
   // Carries out the command in a frame as it came. A damaged frame and a code
   // that no row has are answered by a status word too.
-  [[nodiscard]] FramedAnswer Run(std::span<const std::uint8_t> frame) const;
+  [[nodiscard]] std::optional<FramedAnswer> Run(std::span<const std::uint8_t> frame) const;
 
  private:
   std::vector<FramedCommand> rows_;
 };
+
+// Wipes the data.
+void AnswerFrame(Outlet& outlet, FramedAnswer answer);
 
 }  // namespace gwq::terminal

@@ -38,6 +38,10 @@ void KeyStore::Reset() {
   active_.reset();
 }
 
+const SecretBytes* KeyStore::Master(std::size_t slot) const {
+  return slot < kKeySlots ? &masters_[slot] : nullptr;
+}
+
 std::size_t KeyStore::MasterSize(std::size_t slot) const {
   return slot < kKeySlots ? masters_[slot].size() : 0;
 }

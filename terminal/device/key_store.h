@@ -42,6 +42,9 @@ class KeyStore {
   // Factory master keys, no working key.
   void Reset();
 
+  // Null for a slot that there is not. Valid until the next change.
+  [[nodiscard]] const SecretBytes* Master(std::size_t slot) const;
+
   // 0 for a slot that there is not.
   [[nodiscard]] std::size_t MasterSize(std::size_t slot) const;
 

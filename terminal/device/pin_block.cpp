@@ -36,12 +36,6 @@ SecretBytes Join(const SecretBytes& nibbles) {
   return bytes;
 }
 
-std::string_view AccountPart(std::string_view account) {
-  if (account.empty()) return account;
-  account.remove_suffix(1);
-  return account.substr(account.size() - std::min(account.size(), kAccountDigits));
-}
-
 }  // namespace
 
 std::optional<SecretBytes> PinBlockWithoutAccount(std::span<const std::uint8_t> digits) {
@@ -55,15 +49,27 @@ std::optional<SecretBytes> PinBlockWithoutAccount(std::span<const std::uint8_t> 
 
 std::optional<SecretBytes> PinBlockWithAccount(std::span<const std::uint8_t> digits,
                                                std::string_view account) {
-  if (!CanStandInBlock(digits) || !AreDigits(account)) return std::nullopt;
-  SecretBytes nibbles(kNibbles, 0x0F);
+  if (!AreDigits(account)) return std::nullopt;
+  return PinBlockOfFormat0(digits, {AccountPart(account)});
+}
+
+std::optional<SecretBytes> PinBlockOfFormat0(std::span<const std::uint8_t> digits,
+                                             const AccountAndFiller& with) {
+  if (!CanStandInBlock(digits) || !AreDigits(with.account) || with.account.size() > kAccountDigits)
+    return std::nullopt;
+  SecretBytes nibbles(kNibbles, with.filler);
   PutPin(nibbles, 0, digits);
-  const std::string_view part = AccountPart(account);
-  const std::size_t start = kNibbles - part.size();
-  for (std::size_t i = 0; i < part.size(); ++i) {
-    nibbles[start + i] ^= static_cast<std::uint8_t>(part[i] - '0');
+  const std::size_t start = kNibbles - with.account.size();
+  for (std::size_t i = 0; i < with.account.size(); ++i) {
+    nibbles[start + i] ^= static_cast<std::uint8_t>(with.account[i] - '0');
   }
   return Join(nibbles);
+}
+
+std::string_view AccountPart(std::string_view account) {
+  if (account.empty()) return account;
+  account.remove_suffix(1);
+  return account.substr(account.size() - std::min(account.size(), kAccountDigits));
 }
 
 }  // namespace gwq::terminal

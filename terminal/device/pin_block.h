@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -27,5 +28,17 @@ inline constexpr std::size_t kMostPinDigits = 14;
 // character of either is no digit.
 [[nodiscard]] std::optional<SecretBytes> PinBlockWithAccount(std::span<const std::uint8_t> digits,
                                                              std::string_view account);
+
+// What goes into a block of format 0: at most twelve digits of the account, and
+// the filler nibble, which need not be F.
+struct AccountAndFiller {
+  std::string_view account;
+  std::uint8_t filler = 0x0F;
+};
+[[nodiscard]] std::optional<SecretBytes> PinBlockOfFormat0(std::span<const std::uint8_t> digits,
+                                                           const AccountAndFiller& with);
+
+// The twelve digits that stand for a whole account; fewer if it is shorter.
+[[nodiscard]] std::string_view AccountPart(std::string_view account);
 
 }  // namespace gwq::terminal

@@ -1,9 +1,9 @@
-// One PIN entry at a time: the prompt on the screen, the customer's keys, and
-// the terminal's own time-out.
+// One entry of a PIN or another number at a time: the prompt on the screen, the
+// customer's keys, and the terminal's own time-out.
 //
 //              Start                          keyed: on_keyed
-//   (no entry) -----> (waiting for keys) ---> cancelled: refusal answer   ---> (no entry)
-//                      | Start again:          timed out: no answer
+//   (no entry) -----> (waiting for keys) ---> cancelled, timed out: on_ended ---> (no entry)
+//                      | Start again:
 //                      | Stop: no answer
 #pragma once
 
@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "device/customer.h"
 #include "device/device.h"
@@ -21,28 +22,42 @@ namespace gwq::terminal {
 
 class PinEntry {
  public:
+  enum class End { kCancelled, kTimedOut };
   using OnKeyed = std::function<void(std::span<const std::uint8_t> digits)>;
+  using OnEnded = std::function<void(End end)>;
 
   PinEntry(Customer& customer, Outlet& outlet) : customer_(customer), outlet_(outlet) {}
 
-  // Ends the entry that may be waiting, and asks the customer, once.
-  void Start(const PinRequest& request, OnKeyed on_keyed);
+  // Ends the entry that may be waiting, and asks the customer, once. Without
+  // `on_ended` a cancel is answered by the refusal, and a time-out not at all.
+  void Start(const PinRequest& request, OnKeyed on_keyed, OnEnded on_ended = {});
+  void Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_ended);
   void Stop();
 
   void Advance(Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
 
  private:
+  struct Limits {
+    int min_digits = 1;
+    int max_digits = 0;
+    Time time_left{0};
+  };
   struct Waiting {
+    std::string what;
     PinAction::Kind kind = PinAction::Kind::kWalkAway;
     SecretBytes digits;
     std::optional<Time> acts_at;  // nothing when the time-out comes first
     Time times_out_at{0};
     OnKeyed on_keyed;
+    OnEnded on_ended;
   };
 
-  [[nodiscard]] Waiting AskCustomer(const PinRequest& request);
+  // Takes what the customer is going to do.
+  void Wait(const std::string& what, PinAction action, const Limits& limits, OnKeyed on_keyed,
+            OnEnded on_ended);
   void Act();
+  void TimeOut();
 
   Customer& customer_;
   Outlet& outlet_;

@@ -1,7 +1,10 @@
 #include "transports/device_factory.h"
 
+#include <stdexcept>
+
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
+#include "device/key_pairs.h"
 #include "store/fault_script.h"
 #include "store/initial_files.h"
 
@@ -33,7 +36,18 @@ Storage DeviceFactory::MakeStorage() {
   StoreLimits limits;
   limits.total = script.storage_limit.value_or(limits.total);
   stores_.push_back(std::make_unique<FileStore>(directory, limits));
-  return {stores_.back().get(), script.faults};
+  FileSystem* files = stores_.back().get();
+  return {files, script.faults, MakeKeyFiles()};
+}
+
+FileSystem* DeviceFactory::MakeKeyFiles() {
+  if (keys_dir_.empty()) return nullptr;
+  stores_.push_back(std::make_unique<FileStore>(keys_dir_));
+  FileSystem* files = stores_.back().get();
+  if (const auto bad = KeyPairs(files).BadFile())
+    throw std::runtime_error("key file " + keys_dir_ + "/" + *bad +
+                             " does not hold the key pair of its name");
+  return files;
 }
 
 }  // namespace gwq::terminal

@@ -21,6 +21,7 @@ class DeviceFactory {
   explicit DeviceFactory(const TerminalOptions& options)
       : customer_file_(options.customer_file),
         storage_dir_(options.storage_dir),
+        keys_dir_(options.keys_dir),
         faults_file_(options.faults_file),
         tzg_(options.tzg),
         trace_(options.trace) {}
@@ -32,9 +33,11 @@ class DeviceFactory {
  private:
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
+  [[nodiscard]] FileSystem* MakeKeyFiles();
 
   std::string customer_file_;
   std::string storage_dir_;
+  std::string keys_dir_;
   std::string faults_file_;
   bool tzg_;
   TraceWriter trace_;

@@ -85,7 +85,7 @@ TEST(Runner, prints_help_and_version) {
   const Outcome help = RunTerminal({"exec", "--help"});
   EXPECT_EQ(help.status, 0);
   for (const char* option :
-       {"--vid-pid", "--serial", "--no-usb", "--customer", "--storage", "--faults", "--trace"})
+       {"--vid-pid", "--serial", "--no-usb", "--customer", "--storage", "--keys", "--faults", "--trace"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
 }
 
@@ -144,6 +144,18 @@ TEST(Runner, keeps_the_files_of_a_storage_directory) {
   EXPECT_EQ(RunTerminal({"exec", "--storage", storage, "--", "true"}).status, 0);
   for (const char* file : {"/tmp/hw.png", "/tmp/hw.txt", "/tmp/capture.png"})
     EXPECT_TRUE(std::filesystem::is_regular_file(storage + file)) << file;
+}
+
+TEST(Runner, makes_the_directory_of_the_key_pairs_and_refuses_a_bad_one) {
+  const TempDir dir;
+  const std::string keys = dir.Path() + "/keys";
+  EXPECT_EQ(RunTerminal({"exec", "--serial", "78", "--keys", keys, "--", "true"}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_directory(keys));
+  std::ofstream(keys + "/sm2.pem") << "no key";
+  const Outcome outcome = RunTerminal({"exec", "--keys", keys, "--", "true"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.errors.find(keys + "/sm2.pem does not hold the key pair of its name"), std::string::npos)
+      << outcome.errors;
 }
 
 TEST(Runner, fails_when_the_storage_directory_or_the_faults_are_no_good) {

@@ -73,6 +73,10 @@ TEST(Agreeable, KeysNoMoreThanThereIsRoomFor) {
   AgreeableCustomer customer;
   EXPECT_EQ(customer.KeyPin({4, 4, 30s}).digits, "1234");
   EXPECT_EQ(customer.KeyPin({0, 0, 30s}).digits, "");
+  NumberRequest request;
+  EXPECT_EQ(customer.KeyNumber(request).digits, "123456");
+  request.max_digits = 3;
+  EXPECT_EQ(customer.KeyNumber(request).digits, "123");
 }
 
 TEST(Agreeable, SatisfiesTheTerminalAtEveryPinLength) {
@@ -111,6 +115,23 @@ TEST(Scripted, GoesThroughItsStepsAndRepeatsTheLast) {
   }
 }
 
+TEST(Scripted, KeysNumbersFromAListOfTheirOwn) {
+  const auto customer = Load(R"({"pin_entries": [{"cancel": true}],
+                                 "number_entries": [{"number": "12345678901234567890"}, {"walk_away": true}]})");
+  EXPECT_EQ(customer->KeyNumber({}).digits, "12345678901234567890");
+  EXPECT_EQ(customer->KeyPin({}).kind, PinAction::Kind::kCancel);
+  EXPECT_EQ(customer->KeyNumber({}).kind, PinAction::Kind::kWalkAway);
+  EXPECT_EQ(ErrorOf(R"({"number_entries": [{"pin": "1234"}]})"),
+            "step 1: unknown member \"pin\" (known: number, cancel, walk_away, after_ms)");
+  EXPECT_EQ(ErrorOf(R"({"number_entries": [{"number": "123456789012345678901"}]})"),
+            "step 1: \"number\" must be 1 to 20 digits");
+}
+
+TEST(Scripted, IsAgreeableWhereItHasNoList) {
+  EXPECT_EQ(Load(R"([{"cancel": true}])")->KeyNumber({}).digits, "123456");
+  EXPECT_EQ(Load(R"({"number_entries": [{"cancel": true}]})")->KeyPin({}).digits, "123456");
+}
+
 TEST(Scripted, MayBeAListOnly) {
   EXPECT_EQ(Load(R"([{"pin": "4321"}])")->KeyPin({}).digits, "4321");
 }
@@ -144,10 +165,13 @@ TEST(Scripted, TextThatIsNoJsonIsPlaced) {
 
 TEST(Scripted, ShapeMustBeRight) {
   EXPECT_EQ(ErrorOf("7"), "must hold an object or a list of steps");
-  EXPECT_EQ(ErrorOf("{}"), "has neither \"pin_entries\" nor \"screens\"");
+  EXPECT_EQ(ErrorOf("{}"), "has none of \"pin_entries\", \"number_entries\", \"screens\"");
+  EXPECT_EQ(ErrorOf(R"({"pin_entries": [{"pin": "1"}], "number_entries": 1})"),
+            "\"number_entries\" must be a list");
+  EXPECT_EQ(ErrorOf(R"({"number_entries": []})"), "there must be at least one step");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": {}})"), "\"pin_entries\" must be a list");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": [], "pins": []})"),
-            "unknown member \"pins\" (known: pin_entries, screens)");
+            "unknown member \"pins\" (known: pin_entries, number_entries, screens)");
   EXPECT_EQ(ErrorOf("[]"), "there must be at least one step");
 }
 

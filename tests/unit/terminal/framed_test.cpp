@@ -4,39 +4,25 @@
 #include <gtest/gtest.h>
 
 #include "device/pinpad_frame.h"
-#include "rig.h"
+#include "pad_rig.h"
 
 namespace gwq::terminal::test {
 namespace {
 
-std::string Marked(std::string_view nibbles) {
-  std::string frame("\x02");
-  return frame.append(nibbles).append("\x03");
-}
-
 constexpr std::string_view kUnknown = "\00200026=006=\x03";  // status 6D00
 constexpr std::string_view kDamaged = "\00200026?016>\x03";  // status 6F01
-
-// A frame put together here, without the code under test.
-std::string Frame(std::vector<std::uint8_t> body) {
-  std::uint8_t lrc = 0;
-  for (const std::uint8_t byte : body) lrc ^= byte;
-  const std::vector<std::uint8_t> length{static_cast<std::uint8_t>(body.size() >> 8),
-                                         static_cast<std::uint8_t>(body.size() & 0xFF)};
-  return Marked(Split(length) + Split(body) + Split(std::vector<std::uint8_t>{lrc}));
-}
 
 TEST(Frame, OfAnUnknownCommandIsAnsweredByAStatusWord) {
   for (const Line line : {Line::kUsb, Line::kSerial}) {
     Rig rig(line);
-    EXPECT_EQ(rig.Ask("\0020002301828\x03"), kUnknown);
+    EXPECT_EQ(rig.Ask("\0020002301727\x03"), kUnknown);
   }
 }
 
 TEST(Frame, WithoutACommandIsUnknownToo) {
   Rig rig;
-  EXPECT_EQ(rig.Ask(Frame({})), kUnknown);
-  EXPECT_EQ(rig.Ask(Frame({0x30})), kUnknown);
+  EXPECT_EQ(rig.Ask(PadFrame({})), kUnknown);
+  EXPECT_EQ(rig.Ask(PadFrame({0x30})), kUnknown);
 }
 
 TEST(Frame, ThatIsDamagedIsAnsweredByAStatusWord) {
@@ -51,7 +37,7 @@ TEST(Frame, ThatIsDamagedIsAnsweredByAStatusWord) {
 TEST(Frame, OfEverySizeIsRead) {
   for (const std::size_t size : {0U, 1U, 2U, 255U, 256U, 300U, 508U, 65535U}) {
     const std::vector<std::uint8_t> body(size, 0x5A);
-    const auto read = ReadFrame(ToBytes(Frame(body)));
+    const auto read = ReadFrame(ToBytes(PadFrame(body)));
     ASSERT_TRUE(read) << size;
     EXPECT_EQ(std::vector<std::uint8_t>(read->begin(), read->end()), body);
   }
@@ -59,11 +45,11 @@ TEST(Frame, OfEverySizeIsRead) {
 
 TEST(Frame, OverManyReportsIsReadByTheTerminal) {
   Rig rig;
-  EXPECT_EQ(rig.Ask(Frame(std::vector<std::uint8_t>(65535, 0x5A))), kUnknown);
+  EXPECT_EQ(rig.Ask(PadFrame(std::vector<std::uint8_t>(65535, 0x5A))), kUnknown);
 }
 
 TEST(Frame, WithOneNibbleChangedAnywhereIsNotRead) {
-  const std::string good = Frame({0x30, 0x18, 0x00, 0xFF, 0x7E});
+  const std::string good = PadFrame({0x30, 0x18, 0x00, 0xFF, 0x7E});
   ASSERT_TRUE(ReadFrame(ToBytes(good)));
   for (std::size_t i = 0; i < good.size(); ++i) {
     std::string bad = good;
@@ -85,17 +71,24 @@ TEST(FramedTable, HandsTheArgumentsToTheRow) {
                seen = ToText(arguments);
                return FramedAnswer{0x1234, {1, 2}};
              }});
-  const FramedAnswer answer = table.Run(ToBytes(Frame({0x30, 0x18, 'a', 'b', 'c'})));
+  const auto answer = table.Run(ToBytes(PadFrame({0x30, 0x18, 'a', 'b', 'c'})));
   EXPECT_EQ(seen, "abc");
-  EXPECT_EQ(answer.status, 0x1234);
-  EXPECT_EQ(answer.data, (Bytes{1, 2}));
-  EXPECT_EQ(table.Run(ToBytes(Frame({0x30, 0x19}))).status, kStatusUnknownCommand);
-  EXPECT_EQ(table.Run(ToBytes("\x02\x03")).status, kStatusDamagedFrame);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->status, 0x1234);
+  EXPECT_EQ(answer->data, (Bytes{1, 2}));
+  EXPECT_EQ(table.Run(ToBytes(PadFrame({0x30, 0x19})))->status, kStatusUnknownCommand);
+  EXPECT_EQ(table.Run(ToBytes("\x02\x03"))->status, kStatusDamagedFrame);
+}
+
+TEST(FramedTable, LetsARowAnswerByItself) {
+  FramedCommands table;
+  table.Add({0x3005, [](Arguments) { return std::nullopt; }});
+  EXPECT_FALSE(table.Run(ToBytes(PadFrame({0x30, 0x05, 9}))));
 }
 
 TEST(Frame, IsTracedWithItsStatus) {
   Rig rig;
-  rig.Send(Frame({0x30, 0x18}));
+  rig.Send(PadFrame({0x30, 0x17}));
   EXPECT_EQ(rig.Trace(),
             "host: PIN-pad frame (12 bytes)\n"
             "terminal: answer: PIN-pad status 6D00\n");

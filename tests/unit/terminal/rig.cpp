@@ -37,6 +37,15 @@ DES_key_schedule Schedule(std::span<const std::uint8_t> key, std::size_t part) {
 
 PinAction ListedCustomer::KeyPin(const PinRequest& request) {
   requests.push_back(request);
+  return Next();
+}
+
+NumberAction ListedCustomer::KeyNumber(const NumberRequest& request) {
+  numbers.push_back(request);
+  return Next();
+}
+
+PinAction ListedCustomer::Next() {
   if (actions.empty()) {
     ADD_FAILURE() << "the customer was asked once more than the test listed";
     return WalksAway();

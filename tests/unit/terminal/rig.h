@@ -27,13 +27,18 @@ inline constexpr std::size_t kReport = 1024;
 class ListedCustomer : public Customer {
  public:
   PinAction KeyPin(const PinRequest& request) override;
+  NumberAction KeyNumber(const NumberRequest& request) override;
   // Agrees when nothing is listed any more.
   ScreenAction Respond(const Screen& screen) override;
 
   std::deque<PinAction> actions;
   std::vector<PinRequest> requests;
+  std::vector<NumberRequest> numbers;
   std::deque<ScreenAction> responses;
   std::vector<Screen> screens;
+
+ private:
+  PinAction Next();
 };
 
 PinAction Keys(std::string digits, Time after = 100ms);

@@ -140,7 +140,7 @@ TEST(ScreenScript, ValuesMustBeInRange) {
 }
 
 TEST(Scripted, ScreensWithoutAStepAreAgreedTo) {
-  ScriptedCustomer customer({}, Script(R"([{"key": 1, "on": "evaluation"}])"));
+  ScriptedCustomer customer({}, {}, Script(R"([{"key": 1, "on": "evaluation"}])"));
   Screen screen;
   screen.kind = ScreenKind::kEvaluation;
   EXPECT_EQ(customer.Respond(screen).kind, Kind::kKey);
