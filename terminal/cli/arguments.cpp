@@ -58,6 +58,7 @@ struct RawOptions {
   std::string storage;
   std::string keys;
   std::string faults;
+  bool no_tzg = false;
   std::string trace;
   int control_fd = -1;
 };
@@ -74,6 +75,7 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   options.storage_dir = Absolute(raw.storage);
   options.keys_dir = Absolute(raw.keys);
   options.faults_file = Absolute(raw.faults);
+  options.tzg = !raw.no_tzg;
   if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
 }
@@ -89,6 +91,7 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
+  app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
       ->expected(0, 1);
@@ -179,6 +182,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
   if (!options.keys_dir.empty()) arguments.push_back("--keys=" + options.keys_dir);
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
+  if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   return arguments;
 }

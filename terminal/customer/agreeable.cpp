@@ -22,4 +22,10 @@ PinAction AgreeableCustomer::Key(int max_digits) const {
   return {PinAction::Kind::kEnter, pin_.substr(0, room), after_};
 }
 
+ScreenAction AgreeableCustomer::Respond(const Screen& screen) {
+  ScreenAction action = Customer::Respond(screen);
+  action.after = after_;
+  return action;
+}
+
 }  // namespace gwq::terminal

@@ -1,5 +1,5 @@
-// The customer that stands there unless another is scripted: quick, and happy to
-// key a PIN, or the same digits as a number, whenever asked.
+// The customer that stands there unless another is scripted: quick, happy to key a
+// PIN, or the same digits as a number, whenever asked, and to agree to every screen.
 #pragma once
 
 #include <chrono>
@@ -11,12 +11,12 @@ namespace gwq::terminal {
 
 class AgreeableCustomer : public Customer {
  public:
-  explicit AgreeableCustomer(std::string pin = "123456",
-                             std::chrono::milliseconds after = std::chrono::milliseconds(200));
+  explicit AgreeableCustomer(std::string pin = "123456", std::chrono::milliseconds after = kUsualDelay);
 
   // Keys as much of the PIN as there is room for.
   PinAction KeyPin(const PinRequest& request) override;
   NumberAction KeyNumber(const NumberRequest& request) override;
+  ScreenAction Respond(const Screen& screen) override;
 
  private:
   [[nodiscard]] PinAction Key(int max_digits) const;

@@ -1,42 +1,14 @@
 #include "customer/scripted.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
 namespace gwq::terminal {
 namespace {
-
-using Json = nlohmann::json;
-
-constexpr std::chrono::milliseconds kUsualDelay{200};
-constexpr std::int64_t kLongestDelay = 3'600'000;
-
-[[noreturn]] void Fail(const std::string& what) {
-  throw std::runtime_error(what);
-}
-
-std::string Quoted(const std::string& text) {
-  return '"' + text + '"';
-}
-
-void CheckMembers(const Json& object, std::initializer_list<std::string_view> known) {
-  for (const auto& member : object.items()) {
-    if (std::find(known.begin(), known.end(), member.key()) != known.end()) continue;
-    std::string names;
-    for (const std::string_view name : known) names += (names.empty() ? "" : ", ") + std::string(name);
-    Fail("unknown member " + Quoted(member.key()) + " (known: " + names + ")");
-  }
-}
 
 // What the steps of a list key.
 struct Kind {
@@ -46,6 +18,7 @@ struct Kind {
 };
 constexpr Kind kPins{"pin_entries", "pin", 14};
 constexpr Kind kNumbers{"number_entries", "number", 20};
+constexpr const char* kScreens = "screens";
 
 std::string ReadDigits(const Json& step, const Kind& kind) {
   const Json& value = step.at(kind.member);
@@ -55,19 +28,6 @@ std::string ReadDigits(const Json& step, const Kind& kind) {
                     digits.find_first_not_of("0123456789") == std::string::npos;
   if (!fits) Fail(Quoted(kind.member) + " must be 1 to " + std::to_string(kind.most_digits) + " digits");
   return digits;
-}
-
-std::chrono::milliseconds ReadDelay(const Json& step) {
-  if (!step.contains("after_ms")) return kUsualDelay;
-  const Json& delay = step.at("after_ms");
-  const bool fits = delay.is_number_unsigned() && delay.get<std::uint64_t>() <= kLongestDelay;
-  if (!fits) Fail("\"after_ms\" must be a whole number from 0 to " + std::to_string(kLongestDelay));
-  return std::chrono::milliseconds(delay.get<std::int64_t>());
-}
-
-void CheckIsTrue(const Json& step, const char* name) {
-  const Json& value = step.at(name);
-  if (!value.is_boolean() || !value.get<bool>()) Fail(Quoted(name) + " can only be true");
 }
 
 PinAction ReadStep(const Json& step, const Kind& kind) {
@@ -81,7 +41,7 @@ PinAction ReadStep(const Json& step, const Kind& kind) {
     return {PinAction::Kind::kCancel, {}, ReadDelay(step)};
   }
   CheckIsTrue(step, "walk_away");
-  if (step.contains("after_ms")) Fail("\"after_ms\" has no meaning beside \"walk_away\"");
+  CheckHasNoDelay(step);
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
@@ -106,9 +66,11 @@ ScriptedCustomer::Steps ReadList(const Json& script, const Kind& kind) {
 std::unique_ptr<Customer> ReadCustomer(const Json& script) {
   if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
   if (!script.is_object()) Fail("must hold an object or a list of steps");
-  CheckMembers(script, {kPins.list, kNumbers.list});
-  if (script.empty()) Fail("has neither " + Quoted(kPins.list) + " nor " + Quoted(kNumbers.list));
-  return std::make_unique<ScriptedCustomer>(ReadList(script, kPins), ReadList(script, kNumbers));
+  CheckMembers(script, {kPins.list, kNumbers.list, kScreens});
+  if (script.empty()) Fail("has none of \"pin_entries\", \"number_entries\", \"screens\"");
+  return std::make_unique<ScriptedCustomer>(
+      ReadList(script, kPins), ReadList(script, kNumbers),
+      script.contains(kScreens) ? ScreenScript(script.at(kScreens)) : ScreenScript());
 }
 
 Json ReadScript(const std::string& path) {
@@ -126,8 +88,10 @@ PinAction Next(const std::vector<PinAction>& steps, std::size_t& next) {
 
 }  // namespace
 
-ScriptedCustomer::ScriptedCustomer(Steps pin_entries, Steps number_entries)
-    : pin_entries_(std::move(pin_entries)), number_entries_(std::move(number_entries)) {
+ScriptedCustomer::ScriptedCustomer(Steps pin_entries, Steps number_entries, ScreenScript screens)
+    : pin_entries_(std::move(pin_entries)),
+      number_entries_(std::move(number_entries)),
+      screens_(std::move(screens)) {
   for (const Steps* steps : {&pin_entries_, &number_entries_}) {
     if (*steps && (*steps)->empty()) Fail("there must be at least one step");
   }
@@ -139,6 +103,11 @@ PinAction ScriptedCustomer::KeyPin(const PinRequest& request) {
 
 NumberAction ScriptedCustomer::KeyNumber(const NumberRequest& request) {
   return number_entries_ ? Next(*number_entries_, next_number_) : agreeable_.KeyNumber(request);
+}
+
+ScreenAction ScriptedCustomer::Respond(const Screen& screen) {
+  if (auto action = screens_.Next(screen.kind)) return std::move(*action);
+  return agreeable_.Respond(screen);
 }
 
 std::unique_ptr<Customer> LoadCustomer(const std::string& path) {

@@ -1,4 +1,6 @@
-// A customer whose deeds stand in a JSON file, one step for each PIN or number that
+// A customer whose deeds stand in a JSON file, one step for each PIN, number or
+// screen that the terminal asks for. The last step of a list is repeated; what has
+// no list is done as the agreeable customer does it.
 // the terminal asks for. The last step of a list is repeated; what has no list is
 // done as the agreeable customer does it.
 //
@@ -10,6 +12,9 @@
 //     ],
 //     "number_entries": [                     // other numbers, in the same way
 //       {"number": "310115"}
+//     ],
+//     "screens": [                            // screen_script.h tells what there can be
+//       {"key": 1, "on": "evaluation"}
 //     ]
 //   }
 //
@@ -24,6 +29,7 @@
 #include <vector>
 
 #include "customer/agreeable.h"
+#include "customer/screen_script.h"
 #include "device/customer.h"
 
 namespace gwq::terminal {
@@ -33,14 +39,16 @@ class ScriptedCustomer : public Customer {
   using Steps = std::optional<std::vector<PinAction>>;
 
   // Throws std::runtime_error when there is a list without a step.
-  explicit ScriptedCustomer(Steps pin_entries, Steps number_entries = {});
+  explicit ScriptedCustomer(Steps pin_entries, Steps number_entries = {}, ScreenScript screens = {});
 
   PinAction KeyPin(const PinRequest& request) override;
   NumberAction KeyNumber(const NumberRequest& request) override;
+  ScreenAction Respond(const Screen& screen) override;
 
  private:
   Steps pin_entries_;
   Steps number_entries_;
+  ScreenScript screens_;
   std::size_t next_pin_ = 0;
   std::size_t next_number_ = 0;
   AgreeableCustomer agreeable_;

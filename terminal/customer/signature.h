@@ -1,32 +1,14 @@
-// What a customer writes on the pad.
+// The picture of what a customer writes on the pad.
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
+
+#include "device/pen.h"
 
 namespace gwq::terminal {
 
-struct PenPoint {
-  int x = 0;         // pixels from the left of the signing area
-  int y = 0;         // pixels from its top
-  int pressure = 0;  // 1 to 1023; 0 where the pen leaves the pad
-  int time_ms = 0;   // since the pen first touched it
-};
-
-inline constexpr int kSignatureWidth = 480;
-inline constexpr int kSignatureHeight = 160;
-
-// Always the same one, of three strokes.
-[[nodiscard]] std::vector<PenPoint> DefaultSignature();
-
-// A line for each point: "x,y,pressure,time_ms".
-[[nodiscard]] std::string StrokeText(const std::vector<PenPoint>& points);
-
 // A PNG of the signing area, black on white.
 [[nodiscard]] std::vector<std::uint8_t> SignaturePng(const std::vector<PenPoint>& points);
-
-// A PNG of the screen as it stood when the customer confirmed: a page and a button.
-[[nodiscard]] std::vector<std::uint8_t> ScreenPng();
 
 }  // namespace gwq::terminal

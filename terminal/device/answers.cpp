@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "device/bytes.h"
 #include "device/outlet.h"
 
@@ -18,6 +20,13 @@ void AnswerDone(Outlet& outlet) {
 
 void AnswerFailure(Outlet& outlet) {
   outlet.Answer({kStx, kAccepted, '1', kEtx}, "failure");
+}
+
+void AnswerText(Outlet& outlet, std::string_view text, const std::string& what) {
+  Bytes answer{kStx};
+  answer.insert(answer.end(), text.begin(), text.end());
+  answer.push_back(kEtx);
+  outlet.Answer(std::move(answer), what);
 }
 
 }  // namespace gwq::terminal

@@ -61,7 +61,8 @@ class CommandReader {
   using Sink = std::function<void(Command&&)>;
 
   static constexpr std::size_t kReportSize = 1024;
-  static constexpr std::size_t kMaxCommand = std::size_t{1} << 20;
+  // Room for a page of 2 MB, which doubles in split form.
+  static constexpr std::size_t kMaxCommand = (std::size_t{4} << 20) + kReportSize;
   // Silence that ends a command without an end mark ...
   static constexpr Time kGap{20};
   // ... and silence after which the rest of a marked one will not come any more.

@@ -78,20 +78,15 @@ void CounterCommands::AddTo(TextCommands& table) {
 
 void CounterCommands::TellVersion() {
   outlet_.Heard("GETVERSION");
-  AnswerText(settings_.version + "|" + settings_.build_date);
+  const std::string text = settings_.version + "|" + settings_.build_date;
+  AnswerText(outlet_, text, "version " + text);
 }
 
 // The common version and the private one.
 void CounterCommands::TellFirmwareVersion() {
   outlet_.Heard("GETFIRMVERSION");
-  AnswerText(settings_.version + "|P" + settings_.build_date);
-}
-
-void CounterCommands::AnswerText(const std::string& text) {
-  Bytes answer{kStx};
-  answer.insert(answer.end(), text.begin(), text.end());
-  answer.push_back(kEtx);
-  outlet_.Answer(std::move(answer), "version " + text);
+  const std::string text = settings_.version + "|P" + settings_.build_date;
+  AnswerText(outlet_, text, "version " + text);
 }
 
 // The settings of a PIN entry are not answered, unless their value is impossible.

@@ -34,7 +34,6 @@ class CounterCommands {
 
   void TellVersion();
   void TellFirmwareVersion();
-  void AnswerText(const std::string& text);
 
   void SetPinLength(int digits);
   void SetDisplay(int style);

@@ -3,6 +3,10 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
+
+#include "device/pen.h"
+#include "device/screen.h"
 
 namespace gwq::terminal {
 
@@ -35,11 +39,33 @@ struct NumberRequest {
 };
 using NumberAction = PinAction;
 
+// What the person does about any other screen. What the screen offers no key for is not taken,
+// and leaves the screen to its time-out.
+struct ScreenAction {
+  enum class Kind {
+    kKey,      // presses the key with the name `text`
+    kDigits,   // types `text` on a keypad, and confirms
+    kSign,     // writes `strokes`, and confirms
+    kConfirm,  // presses the key that agrees, the best one of an evaluation
+    kCancel,
+    kAnswer,  // not a person's deed: the terminal answers just `text`, whatever the screen
+    kWalkAway,
+  };
+  Kind kind = Kind::kWalkAway;
+  std::string text;
+  std::vector<PenPoint> strokes;
+  std::chrono::milliseconds after{0};
+};
+
 class Customer {
  public:
+  static constexpr std::chrono::milliseconds kUsualDelay{200};
+
   virtual ~Customer() = default;
   virtual PinAction KeyPin(const PinRequest& request) = 0;
   virtual NumberAction KeyNumber(const NumberRequest&) { return {NumberAction::Kind::kWalkAway, {}, {}}; }
+  // Asked once for each screen that offers a key. Agrees, unless told otherwise.
+  virtual ScreenAction Respond(const Screen& screen);
 };
 
 }  // namespace gwq::terminal

@@ -7,11 +7,14 @@
 
 #include "device/command_reader.h"
 #include "device/counter_commands.h"
+#include "device/description.h"
 #include "device/file_commands.h"
 #include "device/framed_commands.h"
 #include "device/outlet.h"
 #include "device/pin_entry.h"
 #include "device/pin_pad.h"
+#include "device/screen_commands.h"
+#include "device/screens.h"
 #include "device/secret.h"
 #include "device/text_commands.h"
 
@@ -39,7 +42,8 @@ std::string_view AsText(const SecretBytes& bytes) {
 
 class Device::Impl : private Outlet {
  public:
-  Impl(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage)
+  Impl(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage,
+       const Painter* painter)
       : settings_(std::move(settings)),
         trace_(std::move(trace)),
         reader_(line, [this](Command&& command) { CarryOut(command); }),
@@ -48,10 +52,16 @@ class Device::Impl : private Outlet {
         files_(*this, reader_, storage.files != nullptr ? *storage.files : no_files_,
                std::move(storage.faults), settings_),
         pad_(*this, entry_, counter_.Keys(), storage.files != nullptr ? *storage.files : no_files_,
-             storage.keys) {
+             storage.keys),
+        screens_(customer, *this, storage.files != nullptr ? *storage.files : no_files_, painter),
+        screen_commands_(*this, screens_, entry_, storage.files != nullptr ? *storage.files : no_files_,
+                         settings_),
+        description_(*this, settings_) {
     counter_.AddTo(text_commands_);
     files_.AddTo(text_commands_);
     pad_.AddTo(text_commands_, framed_commands_);
+    screen_commands_.AddTo(text_commands_);
+    description_.AddTo(text_commands_);
   }
 
   Impl(const Impl&) = delete;
@@ -75,13 +85,17 @@ class Device::Impl : private Outlet {
       reader_.Advance(now_);
       entry_.Advance(now_);
       files_.Advance(now_);
+      screens_.Advance(now_);
     }
     now_ = std::max(now_, now);
   }
 
   [[nodiscard]] std::optional<Time> NextDeadline() const {
-    return Earliest({reader_.NextDeadline(), entry_.NextDeadline(), files_.NextDeadline()});
+    return Earliest(
+        {reader_.NextDeadline(), entry_.NextDeadline(), files_.NextDeadline(), screens_.NextDeadline()});
   }
+
+  [[nodiscard]] const Screens& ShownScreens() const { return screens_; }
 
   [[nodiscard]] bool TakeWithdrawal() { return std::exchange(withdrawn_, false); }
 
@@ -110,11 +124,14 @@ class Device::Impl : private Outlet {
     answers_.clear();
   }
 
+  void LetAnswersLapse() override { answers_lapse_ = true; }
+
   void Trace(TraceEvent::Direction direction, const std::string& text) override {
     if (trace_) trace_({direction, now_, text});
   }
 
   void CarryOut(const Command& command) {
+    if (std::exchange(answers_lapse_, false)) Withdraw();
     files_.Hear(AsText(command.bytes));
     switch (command.kind) {
       case Command::Kind::kText:
@@ -145,19 +162,24 @@ class Device::Impl : private Outlet {
   Time now_{0};
   std::deque<Bytes> answers_;
   bool withdrawn_ = false;
+  bool answers_lapse_ = false;
   NoFiles no_files_;
   CommandReader reader_;
   PinEntry entry_;
   CounterCommands counter_;
   FileCommands files_;
   PinPad pad_;
+  Screens screens_;
+  ScreenCommands screen_commands_;
+  Description description_;
   TextCommands text_commands_;
   FramedCommands framed_commands_;
 };
 
-Device::Device(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage)
-    : impl_(std::make_unique<Impl>(line, customer, std::move(settings), std::move(trace),
-                                   std::move(storage))) {}
+Device::Device(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage,
+               const Painter* painter)
+    : impl_(std::make_unique<Impl>(line, customer, std::move(settings), std::move(trace), std::move(storage),
+                                   painter)) {}
 Device::~Device() = default;
 Device::Device(Device&&) noexcept = default;
 Device& Device::operator=(Device&&) noexcept = default;
@@ -176,6 +198,15 @@ bool Device::TakeWithdrawal() {
 }
 std::optional<Bytes> Device::TakeAnswer() {
   return impl_->TakeAnswer();
+}
+const Screen& Device::CurrentScreen() const {
+  return impl_->ShownScreens().Current();
+}
+std::optional<Time> Device::ScreenClosesAt() const {
+  return impl_->ShownScreens().ClosesAt();
+}
+std::uint64_t Device::ScreenChanges() const {
+  return impl_->ShownScreens().Changes();
 }
 
 }  // namespace gwq::terminal

@@ -16,6 +16,7 @@
 #include "device/customer.h"
 #include "device/file_faults.h"
 #include "device/file_system.h"
+#include "device/painter.h"
 
 namespace gwq::terminal {
 
@@ -41,6 +42,9 @@ using TraceSink = std::function<void(const TraceEvent&)>;
 struct Settings {
   std::string version = "V1.0.0";       // answered by GETVERSION, before the "|"
   std::string build_date = "20240615";  // answered by GETVERSION, behind the "|"
+  std::string production_date = "20240601";
+  std::string model = "GWQ-VT";
+  bool tzg = true;  // knows how to sign in TZG mode
 };
 
 // The terminal's storage; must outlive the device. Without one nothing can be stored.
@@ -53,7 +57,9 @@ struct Storage {
 class Device {
  public:
   // `customer` answers for the person in front of the terminal and must outlive the device.
-  Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {}, Storage storage = {});
+  // `painter` too; without one the terminal keeps no pictures.
+  Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {}, Storage storage = {},
+         const Painter* painter = nullptr);
   ~Device();
   Device(Device&&) noexcept;
   Device& operator=(Device&&) noexcept;
@@ -79,6 +85,13 @@ class Device {
   // The oldest answer not yet taken, without padding; nothing when there is none.
   // A USB transport pads it with zeros to whole 1024-byte reports.
   [[nodiscard]] std::optional<Bytes> TakeAnswer();
+
+  // What the customer sees now, valid until the next call of another member.
+  [[nodiscard]] const Screen& CurrentScreen() const;
+  // When it will close by itself; nothing if it stays.
+  [[nodiscard]] std::optional<Time> ScreenClosesAt() const;
+  // Counts the screens, so that a change can be noticed.
+  [[nodiscard]] std::uint64_t ScreenChanges() const;
 
  private:
   class Impl;

@@ -4,7 +4,6 @@
 #include <array>
 #include <utility>
 
-#include "device/bytes.h"
 #include "device/file_names.h"
 
 namespace gwq::terminal {
@@ -69,7 +68,6 @@ void FileCommands::AddTo(TextCommands& table) {
 }
 
 void FileCommands::Hear(std::string_view command) {
-  if (std::exchange(answer_lapses_, false)) outlet_.Withdraw();
   if (!command.starts_with(kResponse)) pull_.Stop("the host goes on to something else");
 }
 
@@ -105,7 +103,8 @@ void FileCommands::TakeResponse(std::string_view text) {
 void FileCommands::ListFiles(int type) {
   Do("GETFILELIST", std::string("type ") + std::to_string(type), [&] {
     const auto names = files_.List(MediaDirectory(type));
-    AnswerText(Joined(names), std::to_string(names.size()) + (names.size() == 1 ? " name" : " names"));
+    AnswerText(outlet_, Joined(names),
+               std::to_string(names.size()) + (names.size() == 1 ? " name" : " names"));
   });
 }
 
@@ -114,7 +113,7 @@ void FileCommands::Delete(int type, std::string_view name) {
     if (Remove(type, name)) return AnswerDone(outlet_);
     AnswerRefusal(outlet_);
   });
-  answer_lapses_ = true;
+  outlet_.LetAnswersLapse();
 }
 
 bool FileCommands::Remove(int type, std::string_view name) {
@@ -151,7 +150,7 @@ void FileCommands::Query(std::string_view name) {
   Do("SPECQUERYFILE", ShownName(name), [&] {
     const auto path = NameFromHost(name);
     if (!path || !files_.Open(*path)) return AnswerRefusal(outlet_);
-    AnswerText(std::string(name), "it is there");
+    AnswerText(outlet_, name, "it is there");
   });
 }
 
@@ -177,16 +176,10 @@ void FileCommands::Install(FileReader& firmware) {
   const std::string size = ShownSize(firmware.Size());
   const auto version = ReadVersionLine(firmware);
   if (!version) return outlet_.Note(std::string("firmware of ") + size + " installed, the version stays");
-  settings_ = *version;
+  settings_.version = version->version;
+  settings_.build_date = version->build_date;
   outlet_.Note(std::string("firmware of ") + size + " installed, now " + settings_.version + "|" +
                settings_.build_date);
-}
-
-void FileCommands::AnswerText(const std::string& text, const std::string& what) {
-  Bytes answer{kStx};
-  answer.insert(answer.end(), text.begin(), text.end());
-  answer.push_back(kEtx);
-  outlet_.Answer(std::move(answer), what);
 }
 
 }  // namespace gwq::terminal

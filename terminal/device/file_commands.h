@@ -62,7 +62,6 @@ class FileCommands {
   void DeleteQrCode();
   void Update(std::string_view name);
   void Install(FileReader& firmware);
-  void AnswerText(const std::string& text, const std::string& what);
 
   Outlet& outlet_;
   FileSystem& files_;
@@ -71,7 +70,6 @@ class FileCommands {
   Push push_;
   Pull pull_;
   TextDownload text_download_;
-  bool answer_lapses_ = false;
 };
 
 }  // namespace gwq::terminal

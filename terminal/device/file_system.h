@@ -54,6 +54,14 @@ class FileSystem {
   [[nodiscard]] virtual std::vector<std::string> List(const std::string& directory) = 0;
 };
 
+// A whole file at once.
+inline FileResult StoreFile(FileSystem& files, const std::string& path,
+                            std::span<const std::uint8_t> content) {
+  const auto writer = files.Create();
+  if (!writer || !writer->Append(content)) return FileResult::kFailed;
+  return writer->StoreAs(path);
+}
+
 // A terminal without storage: nothing is there, and nothing can be written.
 class NoFiles final : public FileSystem {
  public:

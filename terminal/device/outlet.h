@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "device/device.h"
 
@@ -20,6 +21,9 @@ class Outlet {
   virtual void Answer(Bytes answer, const std::string& what) = 0;
   // Takes back every answer that the host has not taken yet.
   virtual void Withdraw() = 0;
+  // The same, when the host sends its next command: for answers that some hosts
+  // do not read.
+  virtual void LetAnswersLapse() = 0;
   virtual void Trace(TraceEvent::Direction direction, const std::string& text) = 0;
 
   void Heard(const std::string& text) { Trace(TraceEvent::Direction::kFromHost, text); }
@@ -27,9 +31,10 @@ class Outlet {
 };
 
 // The answers that many commands have in common.
-void AnswerRefusal(Outlet& outlet);                    // STX 'U' ETX
-void AnswerKeyCommand(Outlet& outlet, bool accepted);  // 0xAA or 0x55
-void AnswerDone(Outlet& outlet);                       // STX 0xAA ETX
-void AnswerFailure(Outlet& outlet);                    // STX 0xAA '1' ETX
+void AnswerRefusal(Outlet& outlet);                                               // STX 'U' ETX
+void AnswerKeyCommand(Outlet& outlet, bool accepted);                             // 0xAA or 0x55
+void AnswerDone(Outlet& outlet);                                                  // STX 0xAA ETX
+void AnswerFailure(Outlet& outlet);                                               // STX 0xAA '1' ETX
+void AnswerText(Outlet& outlet, std::string_view text, const std::string& what);  // STX text ETX
 
 }  // namespace gwq::terminal

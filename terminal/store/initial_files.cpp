@@ -5,15 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "customer/painter.h"
 #include "customer/signature.h"
 
 namespace gwq::terminal {
 namespace {
 
 void Put(FileSystem& files, const std::string& path, std::span<const std::uint8_t> content) {
-  if (files.Open(path)) return;
-  const auto writer = files.Create();
-  if (writer && writer->Append(content)) (void)writer->StoreAs(path);
+  if (!files.Open(path)) StoreFile(files, path, content);
 }
 
 }  // namespace
@@ -23,7 +22,7 @@ void PutInitialFiles(FileSystem& files) {
   const std::string strokes = StrokeText(signature);
   Put(files, "/tmp/hw.png", SignaturePng(signature));
   Put(files, "/tmp/hw.txt", {reinterpret_cast<const std::uint8_t*>(strokes.data()), strokes.size()});
-  Put(files, "/tmp/capture.png", ScreenPng());
+  Put(files, "/tmp/capture.png", ScreenPng(Screen{}));
 }
 
 }  // namespace gwq::terminal

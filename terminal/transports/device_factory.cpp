@@ -16,7 +16,9 @@ Device DeviceFactory::Make(Line line, const std::string& line_name) {
   } else {
     customers_.push_back(LoadCustomer(customer_file_));
   }
-  return Device(line, *customers_.back(), Settings{}, trace_.Sink(line_name), MakeStorage());
+  Settings settings;
+  settings.tzg = tzg_;
+  return Device(line, *customers_.back(), settings, trace_.Sink(line_name), MakeStorage(), &painter_);
 }
 
 std::string DeviceFactory::StorageDir() {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "customer/painter.h"
 #include "device/customer.h"
 #include "device/device.h"
 #include "store/file_store.h"
@@ -22,6 +23,7 @@ class DeviceFactory {
         storage_dir_(options.storage_dir),
         keys_dir_(options.keys_dir),
         faults_file_(options.faults_file),
+        tzg_(options.tzg),
         trace_(options.trace) {}
 
   // Each device has a customer of its own, and files of its own unless there is a
@@ -37,7 +39,9 @@ class DeviceFactory {
   std::string storage_dir_;
   std::string keys_dir_;
   std::string faults_file_;
+  bool tzg_;
   TraceWriter trace_;
+  PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
   std::vector<std::unique_ptr<FileStore>> stores_;

@@ -20,6 +20,7 @@ struct TerminalOptions {
   std::string storage_dir;           // the terminals' files; empty: fresh ones, gone at the end
   std::string keys_dir;              // their PIN pads' key pairs; empty: new each time
   std::string faults_file;           // what goes wrong with them; empty: nothing
+  bool tzg = true;                   // they know how to sign in TZG mode
   std::optional<std::string> trace;  // a file, or "-" for standard error
 };
 

@@ -165,13 +165,13 @@ TEST(Scripted, TextThatIsNoJsonIsPlaced) {
 
 TEST(Scripted, ShapeMustBeRight) {
   EXPECT_EQ(ErrorOf("7"), "must hold an object or a list of steps");
-  EXPECT_EQ(ErrorOf("{}"), "has neither \"pin_entries\" nor \"number_entries\"");
+  EXPECT_EQ(ErrorOf("{}"), "has none of \"pin_entries\", \"number_entries\", \"screens\"");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": [{"pin": "1"}], "number_entries": 1})"),
             "\"number_entries\" must be a list");
   EXPECT_EQ(ErrorOf(R"({"number_entries": []})"), "there must be at least one step");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": {}})"), "\"pin_entries\" must be a list");
   EXPECT_EQ(ErrorOf(R"({"pin_entries": [], "pins": []})"),
-            "unknown member \"pins\" (known: pin_entries, number_entries)");
+            "unknown member \"pins\" (known: pin_entries, number_entries, screens)");
   EXPECT_EQ(ErrorOf("[]"), "there must be at least one step");
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include "customer/painter.h"
 #include "customer/signature.h"
 #include "device/file_faults.h"
 #include "device/file_names.h"
@@ -158,7 +159,7 @@ TEST(Signature, TimeOnlyRunsForwardAndEachStrokeEndsWithThePenUp) {
 }
 
 TEST(Screen, IsAPicture) {
-  const Decoded picture = Decode(ScreenPng());
+  const Decoded picture = Decode(ScreenPng(Screen{}));
   EXPECT_EQ(picture.width, 800U);
   EXPECT_EQ(picture.height, 480U);
 }

@@ -18,6 +18,13 @@ class RandomCustomer : public Customer {
 
   PinAction KeyPin(const PinRequest&) override { return Key(); }
   NumberAction KeyNumber(const NumberRequest&) override { return Key(); }
+  ScreenAction Respond(const Screen&) override {
+    ScreenAction action;
+    action.kind = static_cast<ScreenAction::Kind>(random_() % 7);
+    action.text = std::to_string(random_() % 5);
+    action.after = Time(random_() % 50000);
+    return action;
+  }
 
  private:
   PinAction Key() {
@@ -65,6 +72,22 @@ std::string RandomPiece(std::mt19937& random) {
                                                "T",
                                                "X",
                                                "\033",
+                                               "\033[4H\x02",
+                                               "a|b|3|",
+                                               "\033[4R",
+                                               "\033[4;",
+                                               "\033[2C",
+                                               "\033[2A\x02",
+                                               "\033[2AUTF8\x02",
+                                               "\033[2YCSTARTINFOHTMLEXUTF8\x02",
+                                               "\033[2YCNEWSTARTSIGN\x02",
+                                               "30|30|0|2|/tmp/a|",
+                                               "\033[2YCSETVOICECONTENT\x02",
+                                               "\033[2YCCHECKOUTALLUTF8\x02",
+                                               "20#41#42",
+                                               "\033GM\r\n",
+                                               "\033FA\r\n",
+                                               "\033[0CLOSECURPROGRAM",
                                                std::string(5, '\0'),
                                                MasterKeyCommand(1, kFactoryHex, kMasterHex),
                                                WorkingKeyCommand(1, 1, kMasterHex),

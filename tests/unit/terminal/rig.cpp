@@ -55,6 +55,14 @@ PinAction ListedCustomer::Next() {
   return action;
 }
 
+ScreenAction ListedCustomer::Respond(const Screen& screen) {
+  screens.push_back(screen);
+  if (responses.empty()) return Customer::Respond(screen);
+  ScreenAction action = std::move(responses.front());
+  responses.pop_front();
+  return action;
+}
+
 PinAction Keys(std::string digits, Time after) {
   return {PinAction::Kind::kEnter, std::move(digits), after};
 }
@@ -65,12 +73,12 @@ PinAction WalksAway() {
   return {PinAction::Kind::kWalkAway, {}, {}};
 }
 
-Rig::Rig(Line line, Settings settings, Storage storage)
+Rig::Rig(Line line, Settings settings, Storage storage, const Painter* painter)
     : line_(line),
       device_(
           line, customer, std::move(settings),
           [this](const TraceEvent& event) { trace_.push_back(Name(event.direction) + event.text); },
-          std::move(storage)) {}
+          std::move(storage), painter) {}
 
 void Rig::Send(std::string_view command) {
   if (line_ == Line::kSerial) {

@@ -28,10 +28,14 @@ class ListedCustomer : public Customer {
  public:
   PinAction KeyPin(const PinRequest& request) override;
   NumberAction KeyNumber(const NumberRequest& request) override;
+  // Agrees when nothing is listed any more.
+  ScreenAction Respond(const Screen& screen) override;
 
   std::deque<PinAction> actions;
   std::vector<PinRequest> requests;
   std::vector<NumberRequest> numbers;
+  std::deque<ScreenAction> responses;
+  std::vector<Screen> screens;
 
  private:
   PinAction Next();
@@ -43,7 +47,8 @@ PinAction WalksAway();
 
 class Rig {
  public:
-  explicit Rig(Line line = Line::kUsb, Settings settings = {}, Storage storage = {});
+  explicit Rig(Line line = Line::kUsb, Settings settings = {}, Storage storage = {},
+               const Painter* painter = nullptr);
 
   // A command as the host's link sends it: in zero-padded reports over USB, as
   // it is over serial, followed there by the silence that ends it.

@@ -1,0 +1,20 @@
+// Draws the pictures that the terminal keeps, as PNG.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "device/painter.h"
+
+namespace gwq::terminal {
+
+// The screen, its words as bars.
+[[nodiscard]] std::vector<std::uint8_t> ScreenPng(const Screen& screen);
+
+class PngPainter final : public Painter {
+ public:
+  [[nodiscard]] std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const override;
+  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen) const override;
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,149 @@
+#include "customer/screen_script.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include "device/pen.h"
+
+namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kMostTyped = 32;
+constexpr std::size_t kLongestAnswer = 4096;
+constexpr std::size_t kMostPoints = 10'000;
+constexpr int kSampleMs = 8;
+constexpr int kPressure = 500;
+
+constexpr std::array<const char*, 7> kDeeds{"confirm", "cancel", "key",      "digits",
+                                            "sign",    "answer", "walk_away"};
+
+std::string ReadKey(const Json& value) {
+  const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() <= 3;
+  if (!fits) Fail("\"key\" must be 0, 1, 2 or 3");
+  return std::to_string(value.get<int>());
+}
+
+std::string ReadTyped(const Json& value) {
+  const auto digits = value.is_string() ? value.get<std::string>() : "?";
+  const bool fits =
+      digits.size() <= kMostTyped && digits.find_first_not_of("0123456789") == std::string::npos;
+  if (!fits) Fail("\"digits\" must be a text of at most 32 digits");
+  return digits;
+}
+
+// Turns each character up to U+00FF into a byte. JSON texts are always good UTF-8.
+std::string ReadAnswer(const Json& value) {
+  if (!value.is_string()) Fail("\"answer\" must be a text");
+  std::string bytes;
+  const auto text = value.get<std::string>();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto first = static_cast<unsigned char>(text[i]);
+    if (first > 0xC3) Fail("\"answer\" can only hold characters up to \\u00ff");
+    if (first >= 0xC2) bytes += static_cast<char>((first & 0x03) << 6 | (text[++i] & 0x3F));
+    if (first < 0x80) bytes += text[i];
+  }
+  if (bytes.size() > kLongestAnswer) Fail("\"answer\" is too long");
+  return bytes;
+}
+
+int ReadCoordinate(const Json& value, int limit) {
+  const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() < static_cast<unsigned>(limit);
+  if (!fits) Fail("a point of \"sign\" must be [x, y] inside 480 by 160");
+  return value.get<int>();
+}
+
+// The pen goes up after each stroke.
+void AddStroke(std::vector<PenPoint>& points, const Json& stroke) {
+  if (!stroke.is_array() || stroke.empty()) Fail("\"sign\" must be true or a list of strokes");
+  for (const Json& point : stroke) {
+    if (!point.is_array() || point.size() != 2) Fail("a point of \"sign\" must be [x, y] inside 480 by 160");
+    if (points.size() == kMostPoints) Fail("\"sign\" has too many points");
+    points.push_back({ReadCoordinate(point[0], kSignatureWidth), ReadCoordinate(point[1], kSignatureHeight),
+                      kPressure, static_cast<int>(points.size()) * kSampleMs});
+  }
+  points.back().pressure = 0;
+}
+
+std::vector<PenPoint> ReadStrokes(const Json& value) {
+  if (value.is_boolean() && value.get<bool>()) return DefaultSignature();
+  if (!value.is_array() || value.empty()) Fail("\"sign\" must be true or a list of strokes");
+  std::vector<PenPoint> points;
+  for (const Json& stroke : value) AddStroke(points, stroke);
+  return points;
+}
+
+std::string DeedOf(const Json& step) {
+  std::string found;
+  for (const char* deed : kDeeds) {
+    if (!step.contains(deed)) continue;
+    if (!found.empty()) Fail(Quoted(found) + " and " + Quoted(deed) + " are two steps");
+    found = deed;
+  }
+  if (found.empty()) Fail("says nothing to do");
+  return found;
+}
+
+ScreenAction ReadDeed(const Json& step) {
+  using Kind = ScreenAction::Kind;
+  const std::string deed = DeedOf(step);
+  const Json& value = step.at(deed);
+  if (deed == "key") return {Kind::kKey, ReadKey(value), {}, {}};
+  if (deed == "digits") return {Kind::kDigits, ReadTyped(value), {}, {}};
+  if (deed == "answer") return {Kind::kAnswer, ReadAnswer(value), {}, {}};
+  if (deed == "sign") return {Kind::kSign, {}, ReadStrokes(value), {}};
+  CheckIsTrue(step, deed.c_str());
+  if (deed == "confirm") return {Kind::kConfirm, {}, {}, {}};
+  if (deed == "cancel") return {Kind::kCancel, {}, {}, {}};
+  CheckHasNoDelay(step);
+  return {Kind::kWalkAway, {}, {}, {}};
+}
+
+std::optional<ScreenKind> ReadKind(const Json& step) {
+  if (!step.contains("on")) return std::nullopt;
+  const auto name = step.at("on").is_string() ? step.at("on").get<std::string>() : "";
+  const auto kind = ScreenKindNamed(name);
+  if (!kind) Fail("\"on\" names no kind of screen");
+  return kind;
+}
+
+}  // namespace
+
+ScreenScript::ScreenScript(const Json& steps) {
+  if (!steps.is_array()) Fail("\"screens\" must be a list");
+  if (steps.empty()) Fail("there must be at least one step");
+  for (const Json& step : steps) {
+    try {
+      steps_.push_back(ReadStep(step));
+    } catch (const std::runtime_error& error) {
+      Fail("screen step " + std::to_string(steps_.size() + 1) + ": " + error.what());
+    }
+  }
+}
+
+ScreenScript::Step ScreenScript::ReadStep(const Json& json) {
+  if (!json.is_object()) Fail("is not an object");
+  CheckMembers(json, {"confirm", "cancel", "key", "digits", "sign", "answer", "walk_away", "on", "after_ms"});
+  Step step;
+  step.action = ReadDeed(json);
+  step.action.after = ReadDelay(json);
+  step.on = ReadKind(json);
+  return step;
+}
+
+std::optional<ScreenAction> ScreenScript::Next(ScreenKind kind) {
+  Step* last = nullptr;
+  for (Step& step : steps_) {
+    if (step.on.value_or(kind) != kind) continue;
+    last = &step;
+    if (!step.taken) break;
+  }
+  if (last == nullptr) return std::nullopt;
+  last->taken = true;
+  return last->action;
+}
+
+}  // namespace gwq::terminal

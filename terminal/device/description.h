@@ -1,0 +1,30 @@
+// What the terminal tells of itself, item by item; what it does not know is refused.
+//
+//   GETVERSION 5              STX version|build date ETX
+//   GETGLOBALCONFIG 6 and 7   STX production date ETX
+//   GETGLOBALCONFIG 8         STX model ETX
+#pragma once
+
+#include "device/device.h"
+#include "device/outlet.h"
+#include "device/text_commands.h"
+
+namespace gwq::terminal {
+
+class Description {
+ public:
+  // Both must outlive this object.
+  Description(Outlet& outlet, const Settings& settings) : outlet_(outlet), settings_(settings) {}
+
+  // This object must outlive the table.
+  void AddTo(TextCommands& table);
+
+ private:
+  void TellConfiguration(int item);
+  void TellVersion(int item);
+
+  Outlet& outlet_;
+  const Settings& settings_;
+};
+
+}  // namespace gwq::terminal

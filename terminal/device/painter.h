@@ -1,0 +1,19 @@
+// Makes the pictures that the terminal keeps. Encoding them is no affair of the device.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "device/pen.h"
+#include "device/screen.h"
+
+namespace gwq::terminal {
+
+class Painter {
+ public:
+  virtual ~Painter() = default;
+  [[nodiscard]] virtual std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const = 0;
+  [[nodiscard]] virtual std::vector<std::uint8_t> Picture(const Screen& screen) const = 0;
+};
+
+}  // namespace gwq::terminal
