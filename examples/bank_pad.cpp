@@ -124,7 +124,10 @@ Bytes Sm2Record(const Bytes& der) {
   const auto y = TakeElement(content);
   const auto c3 = TakeElement(content);
   const auto c2 = TakeElement(content);
-  Bytes record{static_cast<std::uint8_t>(c2.size()), 0};
+  Bytes record;
+  record.reserve(2 + 64 + kC2Field + 32);
+  record.push_back(static_cast<std::uint8_t>(c2.size()));
+  record.push_back(0);
   AppendNumber(x, 32, record);
   AppendNumber(y, 32, record);
   record.insert(record.end(), c2.begin(), c2.end());

@@ -3,18 +3,18 @@
 //   counter_session [PORT [ACCOUNT]]     PORT 0 is USB (the default), n is /dev/ttyS(n-1)
 //
 // Exit status 0 when every step went as it should and the PIN came back out of both blocks.
-#include <gwq.h>
-
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "bank_keys.h"
+#include "steps.h"
 
 namespace {
+
+using example::Check;
+using example::Say;
 
 constexpr int kBaud = 115200;
 constexpr int kPinDigits = 6;
@@ -25,22 +25,13 @@ constexpr int kWorking = 7;
 // Master keys as the terminal leaves the factory.
 constexpr std::string_view kFactoryKey = "31313131313131313131313131313131";
 
-struct Session {
+struct Counter {
   int port;
   std::string account;
   example::Key working{};
 };
 
-void Check(int status, const char* step) {
-  if (status == GWQ_OK) return;
-  throw std::runtime_error(std::string(step) + " failed with status " + std::to_string(status));
-}
-
-void Say(const char* asked, const std::string& came_back) {
-  std::printf("  %-34s %s\n", asked, came_back.c_str());
-}
-
-void ShowTerminal(const Session& session) {
+void ShowTerminal(const Counter& session) {
   char command[] = "\x1B[0GETVERSION";
   std::string answer(4096 + 1024, '\0');
   int length = 4096;
@@ -52,7 +43,7 @@ void ShowTerminal(const Session& session) {
 }
 
 // The build-date query is one of those that always use USB.
-void ShowBuildDate(const Session& session) {
+void ShowBuildDate(const Counter& session) {
   if (session.port != 0) return;
   char date[9] = "";
   Check(GWQ_GetVerBuildDate(0, 0, kBaud, date), "asking for the build date");
@@ -70,7 +61,7 @@ example::Key NewWorkingKey(const example::Key& master) {
   }
 }
 
-void LoadKeys(Session& session) {
+void LoadKeys(Counter& session) {
   Check(GWQ_ResetKey(session.port, kBaud), "resetting the keys");
   const example::Key master = example::NewKey();
   std::string new_key = example::Hex(master);
@@ -85,7 +76,7 @@ void LoadKeys(Session& session) {
   Say("working key, enciphered under it", "accepted in place 3/7 and active");
 }
 
-std::string ReadClearPin(const Session& session) {
+std::string ReadClearPin(const Counter& session) {
   Check(GWQ_SetPinLen(session.port, kBaud, kPinDigits), "setting the PIN length");
   Say("PIN length", std::to_string(kPinDigits) + " digits");
   char pin[15] = "";
@@ -94,7 +85,7 @@ std::string ReadClearPin(const Session& session) {
   return pin;
 }
 
-void ShowRecovered(const Session& session, const char* what, const char* block, const std::string& account,
+void ShowRecovered(const Counter& session, const char* what, const char* block, const std::string& account,
                    const std::string& expected) {
   const auto clear = example::Decipher(block, session.working);
   const auto pin = clear ? example::PinIn(*clear, account) : std::nullopt;
@@ -102,7 +93,7 @@ void ShowRecovered(const Session& session, const char* what, const char* block, 
   if (pin != expected) throw std::runtime_error(std::string(what) + ": not the PIN that was keyed");
 }
 
-void ReadPinBlocks(const Session& session, const std::string& expected) {
+void ReadPinBlocks(const Counter& session, const std::string& expected) {
   std::string block(1025, '\0');
   Check(GWQ_ReadPinDES(session.port, kBaud, 1, 0, kEntrySeconds, block.data()), "reading a DES PIN block");
   ShowRecovered(session, "DES PIN block", block.c_str(), "", expected);
@@ -113,7 +104,7 @@ void ReadPinBlocks(const Session& session, const std::string& expected) {
   ShowRecovered(session, "ANSI PIN block", block.c_str(), session.account, expected);
 }
 
-void Run(Session session) {
+void Session(Counter session) {
   std::printf("Teller session on %s, account %s\n",
               session.port == 0 ? "USB" : ("serial port " + std::to_string(session.port)).c_str(),
               session.account.c_str());
@@ -122,17 +113,12 @@ void Run(Session session) {
   LoadKeys(session);
   const std::string pin = ReadClearPin(session);
   ReadPinBlocks(session, pin);
-  std::printf("Session complete.\n");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    Run({argc > 1 ? std::atoi(argv[1]) : 0, argc > 2 ? argv[2] : "6225880123456789"});
-    return 0;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "counter_session: %s\n", error.what());
-    return 1;
-  }
+  return example::Run("counter_session", [&] {
+    Session({argc > 1 ? std::atoi(argv[1]) : 0, argc > 2 ? argv[2] : "6225880123456789"});
+  });
 }
