@@ -28,7 +28,7 @@ std::string ReadKey(const Json& value) {
 }
 
 std::string ReadTyped(const Json& value) {
-  const auto digits = value.is_string() ? value.get<std::string>() : "?";
+  auto digits = value.is_string() ? value.get<std::string>() : "?";
   const bool fits =
       digits.size() <= kMostTyped && digits.find_first_not_of("0123456789") == std::string::npos;
   if (!fits) Fail("\"digits\" must be a text of at most 32 digits");
