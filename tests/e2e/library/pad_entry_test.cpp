@@ -191,14 +191,16 @@ TEST_F(PadCancelled, EndsTheEntryOnSerialAsAFailedRead) {
   EXPECT_EQ(kTripleDes, type);
 }
 
-// Run with a trace, in which the session looks for the text.
+// Run with a trace, in which the session looks for the texts.
 using PadShownText = Pad;
 
-TEST_F(PadShownText, ReachesThePadWithTheEntry) {
+TEST_F(PadShownText, ReachesThePadWithTheEntryAlsoWhenItNeedsSeveralReports) {
   Prepare(Algorithm::kTripleDes, 6);
-  const Entry entry = GetPinShowing("Please key your PIN");
-  ASSERT_EQ(0, entry.status);
-  EXPECT_EQ("123456", PinIn(entry.block, Algorithm::kTripleDes));
+  for (const std::string& text : {std::string("Please key your PIN"), std::string(3000, 'x')}) {
+    const Entry entry = GetPinShowing(text.c_str());
+    ASSERT_EQ(0, entry.status);
+    EXPECT_EQ("123456", PinIn(entry.block, Algorithm::kTripleDes));
+  }
 }
 
 }  // namespace
