@@ -108,7 +108,7 @@ TEST_F(PadRefusesKeys, ThatItCannotDecipher) {
   EXPECT_EQ(GWQ_BAD_FRAME, LoadKey(NewFactor(), "1", record, VerifyKey(Algorithm::kSm4)));
 }
 
-TEST_F(PadRefusesKeys, ButNotInTheNullsThatTheLibraryCatches) {
+TEST_F(PadRefusesKeys, WhenTheyAreNull) {
   const auto load = [this](const char* encrypted, const char* verify) {
     return Call<decltype(&PN_DownloadPinPadWK)>("PN_DownloadPinPadWK", "", "1", encrypted, verify);
   };

@@ -42,7 +42,7 @@ TEST_F(PadSettings, ASerialNumberIsReadAsItWasWritten) {
 }
 
 TEST_F(PadSettings, ASerialNumberThatTheTerminalOrTheLibraryRefusesIsNotTaken) {
-  std::string before = Frame("\x30\x18").data;
+  const std::string before = Frame("\x30\x18").data;
   EXPECT_EQ(GWQ_REFUSED, WriteDeviceId("a b"));
   EXPECT_EQ(GWQ_BAD_ARGUMENT, WriteDeviceId("123456789012345678901"));
   EXPECT_EQ(before, Frame("\x30\x18").data);
