@@ -33,5 +33,6 @@
 #include "pinpad/entry.h"
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
+#include "status.h"
 
 #endif

@@ -56,6 +56,7 @@ int main(void) {
   printf("g_CancelWrite %d\n", g_CancelWrite);
   CancelWrite();
   printf("g_CancelWrite %d\n", g_CancelWrite);
+  printf("status %s: %s\n", GwqStatusName(GWQ_NO_FILE), GwqStatusCause(GWQ_NO_FILE, GWQ_CHINESE));
   printf("CheckDeviceId %d\n", CheckDeviceId("st_12345678"));
   return 0;
 }

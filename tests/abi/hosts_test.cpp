@@ -31,9 +31,11 @@ std::string CountOf(const char* table) {
 TEST(HostInC, NamesEverythingAndSharesTheData) {
   const Outcome outcome = RunHost({HOST_IN_C});
   EXPECT_EQ(outcome.exit_status, 0);
-  EXPECT_EQ(OwnLines(outcome.standard_output),
-            "functions " + CountOf("c_functions.txt") + " data " + CountOf("c_data.txt") +
-                "\nversion " GWQ_VERSION "\nMerge 1 47\ng_CancelWrite 0\ng_CancelWrite 1\nCheckDeviceId 1\n");
+  EXPECT_EQ(OwnLines(outcome.standard_output), "functions " + CountOf("c_functions.txt") + " data " +
+                                                   CountOf("c_data.txt") +
+                                                   "\nversion " GWQ_VERSION
+                                                   "\nMerge 1 47\ng_CancelWrite 0\ng_CancelWrite 1\n"
+                                                   "status GWQ_NO_FILE: 文件不存在。\nCheckDeviceId 1\n");
 }
 
 TEST(HostInCxx, NamesWhatOnlyCxxCanCall) {
