@@ -53,8 +53,8 @@ Outcome RunProgram(const std::vector<std::string>& command, const std::string& d
 
 Outcome RunHost(const std::vector<std::string>& command, const std::string& directory) {
   std::vector<std::string> emulated = command;
-  if (const std::string emulator = GWQ_EMULATOR; !emulator.empty())
-    emulated.insert(emulated.begin(), emulator);
+  const char* const emulator = GWQ_EMULATOR;
+  if (*emulator != '\0') emulated.emplace(emulated.begin(), emulator);
   return RunProgram(emulated, directory);
 }
 
