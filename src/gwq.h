@@ -44,5 +44,6 @@
 #include "screens/information.h"
 #include "screens/signing.h"
 #include "screens/terminal_control.h"
+#include "status.h"
 
 #endif

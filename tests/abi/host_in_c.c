@@ -5,6 +5,8 @@
 #include "abi/descriptor_layout.h"
 #include "gwq.h"
 
+#include "redeclarations.h"
+
 typedef void (*AnyFunction)(void);
 
 static const struct {
@@ -12,6 +14,13 @@ static const struct {
   AnyFunction function;
 } g_functions[] = {
 #include "function_table.h"
+};
+
+static const struct {
+  const char* name;
+  const volatile void* datum;
+} g_data[] = {
+#include "data_table.h"
 };
 
 static int CountFunctions(void) {
@@ -26,15 +35,28 @@ static int CountFunctions(void) {
   return count;
 }
 
+static int CountData(void) {
+  int count = 0;
+  for (size_t i = 0; i < sizeof g_data / sizeof g_data[0]; ++i) {
+    if (g_data[i].datum == NULL) {
+      printf("%s has no address\n", g_data[i].name);
+    } else {
+      ++count;
+    }
+  }
+  return count;
+}
+
 int main(void) {
   unsigned char byte = 0;
-  printf("functions %d\n", CountFunctions());
+  printf("functions %d data %d\n", CountFunctions(), CountData());
   printf("version %s\n", dllversion);
   printf("Merge %d", Merge("4G", 2, &byte, 1));
   printf(" %02X\n", (unsigned)byte);
   printf("g_CancelWrite %d\n", g_CancelWrite);
   CancelWrite();
   printf("g_CancelWrite %d\n", g_CancelWrite);
+  printf("status %s: %s\n", GwqStatusName(GWQ_NO_FILE), GwqStatusCause(GWQ_NO_FILE, GWQ_CHINESE));
   printf("CheckDeviceId %d\n", CheckDeviceId("st_12345678"));
   return 0;
 }

@@ -24,25 +24,29 @@ std::string OwnLines(const std::string& output) {
   return own;
 }
 
-std::size_t CountOfExportedFunctions() {
-  const auto names = Lines(ReadFile(fs::path(GWQ_SOURCE_DIR) / "tests" / "abi" / "exports.txt"));
-  return static_cast<std::size_t>(std::count_if(names.begin(), names.end(), [](const std::string& name) {
-    const bool is_data =
-        std::string_view("," GWQ_EXPORTED_DATA ",").find("," + name + ",") != std::string_view::npos;
-    return name.find('(') == std::string::npos && !is_data;
-  }));
+std::string CountOf(const char* table) {
+  return std::to_string(Lines(ReadFile(fs::path(GWQ_TABLES) / table)).size());
 }
 
-TEST(HostInC, NamesEveryFunctionAndSharesTheData) {
-  const Outcome outcome = RunProgram({HOST_IN_C});
+TEST(HostInC, NamesEverythingAndSharesTheData) {
+  const Outcome outcome = RunHost({HOST_IN_C});
+  EXPECT_EQ(outcome.exit_status, 0);
+  EXPECT_EQ(OwnLines(outcome.standard_output), "functions " + CountOf("c_functions.txt") + " data " +
+                                                   CountOf("c_data.txt") +
+                                                   "\nversion " GWQ_VERSION
+                                                   "\nMerge 1 47\ng_CancelWrite 0\ng_CancelWrite 1\n"
+                                                   "status GWQ_NO_FILE: 文件不存在。\nCheckDeviceId 1\n");
+}
+
+TEST(HostInCxx, NamesWhatOnlyCxxCanCall) {
+  const Outcome outcome = RunHost({HOST_IN_CXX});
   EXPECT_EQ(outcome.exit_status, 0);
   EXPECT_EQ(OwnLines(outcome.standard_output),
-            "functions " + std::to_string(CountOfExportedFunctions()) +
-                "\nversion " GWQ_VERSION "\nMerge 1 47\ng_CancelWrite 0\ng_CancelWrite 1\nCheckDeviceId 1\n");
+            "functions " + CountOf("cxx_function_table.h") + "\nmin -2\nAsciiToHexStr 2 4f\n");
 }
 
 TEST(HostInC, SeesTheLibraryLoadBeforeItRunsAndUnloadAfterwards) {
-  const auto lines = Lines(RunProgram({HOST_IN_C}).standard_output);
+  const auto lines = Lines(RunHost({HOST_IN_C}).standard_output);
   const auto at = [&lines](const std::string& line) { return std::find(lines.begin(), lines.end(), line); };
   ASSERT_NE(at("------dlopen OK------"), lines.end());
   EXPECT_LT(at("------dlopen OK------"), at("CheckDeviceId 1"));
@@ -55,7 +59,7 @@ TEST(HostWithTheSameNames, DoesNotDisturbTheLibrary) {
   const fs::path library = directory / "libgwq.so";
   fs::copy_file(GWQ_LIBRARY, library);
   WriteFile(directory / "GWQ_LOG.ini", "[Gwq]\nLog=1\n");
-  const Outcome outcome = RunProgram({HOST_WITH_SAME_NAMES, library});
+  const Outcome outcome = RunHost({HOST_WITH_SAME_NAMES, library});
   EXPECT_EQ(outcome.exit_status, 0);
   const std::string& output = outcome.standard_output;
   const std::string load = "DelOutTimeLogFile\nszIniPath=" + (directory / "GWQ_LOG.ini").string() +

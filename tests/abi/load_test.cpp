@@ -62,7 +62,7 @@ class LoadWithIni : public Load, public testing::WithParamInterface<IniCase> {};
 
 TEST_P(LoadWithIni, PrintsAndSwitchesTheLogAsTheIniFileSays) {
   if (GetParam().content) WriteIni(*GetParam().content);
-  const Outcome outcome = RunProgram({HOST_THAT_LOADS, library_});
+  const Outcome outcome = RunHost({HOST_THAT_LOADS, library_});
   EXPECT_EQ(outcome.exit_status, 0);
   EXPECT_EQ(outcome.standard_output, Printed(IniPath(), GetParam()));
   if (!GetParam().log_is_on) {
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Load, WorksTwentyTimesInOneProcess) {
   const IniCase ini{"", "[Gwq]\nLog=1\n", "1", true};
   WriteIni(*ini.content);
-  const Outcome outcome = RunProgram({HOST_THAT_LOADS, library_, "20"});
+  const Outcome outcome = RunHost({HOST_THAT_LOADS, library_, "20"});
   EXPECT_EQ(outcome.exit_status, 0);
   std::string expected;
   for (int i = 0; i < 20; ++i) expected += Printed(IniPath(), ini);
@@ -103,7 +103,7 @@ TEST_F(Load, WorksTwentyTimesInOneProcess) {
 
 TEST_F(Load, LooksBesideTheLibraryWhenItIsNamedRelatively) {
   WriteIni("[Gwq]\nLog=1\n");
-  const Outcome outcome = RunProgram({HOST_THAT_LOADS, "./libgwq.so"}, directory_.Path());
+  const Outcome outcome = RunHost({HOST_THAT_LOADS, "./libgwq.so"}, directory_.Path());
   EXPECT_EQ(outcome.exit_status, 0);
   EXPECT_EQ(outcome.standard_output, Printed("./GWQ_LOG.ini", {"", "", "1", true}));
   EXPECT_EQ(Lines(LogText()).size(), 1U);
@@ -125,7 +125,7 @@ TEST_F(Load, RemovesOldLogsWhenItSwitchesTheLogOn) {
   WriteFile(Logs() / LogNameOfDaysAgo(30), "old");
   WriteFile(Logs() / LogNameOfDaysAgo(10), "new");
   WriteIni("[Gwq]\nLog=1\n");
-  EXPECT_EQ(RunProgram({HOST_THAT_LOADS, library_}).exit_status, 0);
+  EXPECT_EQ(RunHost({HOST_THAT_LOADS, library_}).exit_status, 0);
   EXPECT_FALSE(fs::exists(Logs() / "VK_20200101.log"));
   EXPECT_FALSE(fs::exists(Logs() / LogNameOfDaysAgo(30)));
   EXPECT_EQ(ReadFile(Logs() / LogNameOfDaysAgo(10)), "new");
@@ -135,14 +135,14 @@ TEST_F(Load, KeepsOldLogsWhileTheLogStaysOff) {
   fs::create_directories(Logs());
   WriteFile(Logs() / "VK_20200101.log", "old");
   WriteIni("[Gwq]\nLog=0\n");
-  EXPECT_EQ(RunProgram({HOST_THAT_LOADS, library_}).exit_status, 0);
+  EXPECT_EQ(RunHost({HOST_THAT_LOADS, library_}).exit_status, 0);
   EXPECT_EQ(ReadFile(Logs() / "VK_20200101.log"), "old");
 }
 
 TEST_F(Load, IsNotHinderedByALogDirectoryThatCannotBeMade) {
   WriteFile(directory_ / "Log", "in the way");
   WriteIni("[Gwq]\nLog=1\n");
-  const Outcome outcome = RunProgram({HOST_THAT_LOADS, library_});
+  const Outcome outcome = RunHost({HOST_THAT_LOADS, library_});
   EXPECT_EQ(outcome.exit_status, 0);
   EXPECT_EQ(outcome.standard_output, Printed(IniPath(), {"", "", "1", true}));
   EXPECT_EQ(ReadFile(directory_ / "Log"), "in the way");

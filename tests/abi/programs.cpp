@@ -51,6 +51,13 @@ Outcome RunProgram(const std::vector<std::string>& command, const std::string& d
   return outcome;
 }
 
+Outcome RunHost(const std::vector<std::string>& command, const std::string& directory) {
+  std::vector<std::string> emulated = command;
+  const char* const emulator = GWQ_EMULATOR;
+  if (*emulator != '\0') emulated.emplace(emulated.begin(), emulator);
+  return RunProgram(emulated, directory);
+}
+
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);

@@ -14,6 +14,9 @@ struct Outcome {
 // Runs a program with its arguments, in a directory if one is given.
 Outcome RunProgram(const std::vector<std::string>& command, const std::string& directory = {});
 
+// The same for a program of this build, which may be one for another processor.
+Outcome RunHost(const std::vector<std::string>& command, const std::string& directory = {});
+
 std::vector<std::string> Lines(const std::string& text);
 
 }  // namespace gwq::test

@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/syscall.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +31,31 @@ constexpr int kArrivalMs = 5000;  // the kernel moves bytes along in its own tim
 bool WaitReadable(int fd) {
   pollfd wait{.fd = fd, .events = POLLIN, .revents = 0};
   return poll(&wait, 1, kArrivalMs) == 1;
+}
+
+// The kernel's TCGETA, TCSETA and TCSETAF by way of termios: an emulated program's termio does not arrive whole.
+int PassOn(int fd, unsigned long request, void* argument) {
+  if (request != TCGETA && request != TCSETA && request != TCSETAF) {
+    return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+  }
+  termios whole{};
+  if (tcgetattr(fd, &whole) != 0) return -1;
+  auto& part = *static_cast<struct termio*>(argument);
+  const auto exchange = [get = request == TCGETA](tcflag_t& flags, unsigned short& low) {
+    if (get) low = static_cast<unsigned short>(flags);
+    flags = (flags & ~tcflag_t{0xFFFF}) | low;
+  };
+  exchange(whole.c_iflag, part.c_iflag);
+  exchange(whole.c_oflag, part.c_oflag);
+  exchange(whole.c_cflag, part.c_cflag);
+  exchange(whole.c_lflag, part.c_lflag);
+  if (request == TCGETA) {
+    part.c_line = whole.c_line;
+    std::copy_n(whole.c_cc, NCC, part.c_cc);
+    return 0;
+  }
+  std::copy_n(part.c_cc, NCC, whole.c_cc);
+  return tcsetattr(fd, request == TCSETAF ? TCSAFLUSH : TCSANOW, &whole);
 }
 
 }  // namespace
@@ -138,7 +164,7 @@ struct FakeTty::State {
       return -1;
     }
     if (request == TCSETAF) pending = 0;
-    return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+    return PassOn(fd, request, argument);
   }
 
   int Flush(int fd, int queue) {
@@ -258,13 +284,13 @@ std::vector<struct termio> FakeTty::Applied() const {
 
 struct termio FakeTty::Settings() const {
   struct termio settings {};
-  syscall(SYS_ioctl, state_->keeper, TCGETA, &settings);
+  PassOn(state_->keeper, TCGETA, &settings);
   return settings;
 }
 
 void FakeTty::SetSettings(const struct termio& settings) {
   struct termio copy = settings;
-  syscall(SYS_ioctl, state_->keeper, TCSETA, &copy);
+  PassOn(state_->keeper, TCSETA, &copy);
 }
 
 int FakeTty::Waiting() const {

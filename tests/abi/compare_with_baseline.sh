@@ -1,0 +1,16 @@
+#!/bin/sh
+# compare_with_baseline.sh LIBRARY HEADERS BASELINE: fails on any difference, additions included. Exit status 77: skipped.
+set -eu
+library=$1 headers=$2 baseline=$3
+
+command -v abidiff >/dev/null || { echo "skipped: abidiff is missing; install abigail-tools"; exit 77; }
+[ -f "$baseline" ] || { echo "there is no $baseline; scripts/abi-baseline makes it"; exit 1; }
+# A library without debug information would agree with anything that has the same symbols.
+readelf -S "$library" | grep -q '\.debug_info' || { echo "$library has no debug information"; exit 1; }
+# It says nothing where there is no difference; a baseline that it cannot read is no failure to it, but has words.
+words=$(abidiff --headers-dir2 "$headers" --drop-private-types --no-show-locs "$baseline" "$library" 2>&1) || words="$words
+"
+[ -n "$words" ] || exit 0
+echo "$words"
+echo "The ABI is not that of $baseline. If that is wanted: scripts/abi-baseline"
+exit 1

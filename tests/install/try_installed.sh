@@ -1,0 +1,55 @@
+#!/bin/sh
+# try_installed.sh ROOT PREFIX WORK: checks what stands installed below ROOT at PREFIX as an integrator would, with the
+# README's own program: found by pkg-config and by CMake, compiled, and run under the installed virtual terminal.
+set -eu
+readme=$(dirname "$0")/../../README.md
+root=$1 prefix=$1$2 work=$3
+
+fail() { echo "try_installed: $*" >&2; exit 1; }
+
+rm -rf "$work"
+mkdir -p "$work/cmake"
+awk '/^```c$/ {inside = 1; next} /^```/ {if (inside) exit} inside' "$readme" >"$work/program.c"
+grep -q 'int main' "$work/program.c" || fail "README.md has no program in C"
+sed 's/<gwq.h>/<gwq\/gwq.h>/' "$work/program.c" >"$work/program_by_full_path.c"
+
+library_dir=$(dirname "$(find "$prefix/lib" -name libgwq.so)")
+export PKG_CONFIG_SYSROOT_DIR="$root" PKG_CONFIG_LIBDIR="$library_dir/pkgconfig"
+export PKG_CONFIG_ALLOW_SYSTEM_CFLAGS=1 PKG_CONFIG_ALLOW_SYSTEM_LIBS=1
+
+# Every header that the list of exports names is there.
+grep -o '"header": "[^"]*"' "$prefix/share/gwq/interface.json" | cut -d '"' -f 4 | sort -u >"$work/headers.txt"
+[ -s "$work/headers.txt" ] || fail "the list of exports is empty"
+while read -r header; do
+  [ -f "$prefix/include/$header" ] || fail "$header is missing"
+done <"$work/headers.txt"
+
+for program in program program_by_full_path; do
+  # shellcheck disable=SC2046  # flags are meant to be split
+  ${CC:-cc} -std=c11 -Wall -Wextra -Werror $(pkg-config --cflags gwq) "$work/$program.c" $(pkg-config --libs gwq) \
+    -o "$work/$program"
+done
+
+cat >"$work/cmake/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(integrator LANGUAGES C)
+find_package(gwq 1.0 REQUIRED)
+add_executable(program_by_cmake ../program.c ../program_by_full_path.c)
+set_source_files_properties(../program_by_full_path.c PROPERTIES COMPILE_DEFINITIONS main=second)
+target_link_libraries(program_by_cmake PRIVATE gwq::gwq)
+END
+build_by_cmake() {
+  cmake -S "$work/cmake" -B "$work/cmake/build" -DCMAKE_PREFIX_PATH="$prefix" && cmake --build "$work/cmake/build"
+}
+build_by_cmake >"$work/cmake.txt" 2>&1 || { cat "$work/cmake.txt"; fail "CMake's way"; }
+grep -q "gwq_DIR:PATH=$root" "$work/cmake/build/CMakeCache.txt" || fail "CMake found another installation"
+
+for program in program program_by_full_path cmake/build/program_by_cmake; do
+  LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$work/$program" >"$work/output.txt" 2>&1 ||
+    { cat "$work/output.txt"; fail "$program"; }
+  grep -q 'terminal software of [0-9]' "$work/output.txt" || { cat "$work/output.txt"; fail "$program said nothing"; }
+done
+
+readelf -d "$library_dir/libgwq.so" "$prefix/bin/gwq-terminal" | grep -E 'R(UN)?PATH' && fail "an rpath is left"
+[ "$(grep -c 'idVendor' "$prefix/lib/udev/rules.d/70-gwq.rules")" -eq 2 ] || fail "the udev rule names no two identities"
+echo "installed below $root$2: good"
