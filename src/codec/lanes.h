@@ -54,8 +54,8 @@ inline Block InterleaveLast(Block a, Block b) {
   return __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
 }
 
-inline Block EvenBytes(Block a, Block b) {
-  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+inline Block OddBytes(Block a, Block b) {
+  return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
 }
 
 // `value` where the comparison held, else 0.

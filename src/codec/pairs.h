@@ -76,12 +76,12 @@ template <typename Digit>
   return out;
 }
 
-// The bytes that the pairs of a block make, each in the lower half of a word; what the upper half holds is of no
+// The bytes that the pairs of a block make, each in the upper half of a word; what the lower half holds is of no
 // account.
 template <typename Value>
 Block JoinedWords(Block characters) {
   const auto values = reinterpret_cast<Words>(Value::Of(characters));
-  return reinterpret_cast<Block>((values << 4) + (values >> 8));
+  return reinterpret_cast<Block>(values + (values << 12));
 }
 
 template <typename Value>
@@ -98,11 +98,11 @@ template <typename Value>
   for (; pairs - o >= kBlockSize; o += kBlockSize) {
     const Block first = JoinedWords<Value>(LoadBlock(&in[2 * o]));
     const Block last = JoinedWords<Value>(LoadBlock(&in[2 * o + kBlockSize]));
-    StoreBlock(EvenBytes(first, last), &out[o]);
+    StoreBlock(OddBytes(first, last), &out[o]);
   }
   if (pairs - o >= kHalfBlock) {
     const Block joined = JoinedWords<Value>(LoadBlock(&in[2 * o]));
-    StoreHalf(EvenBytes(joined, joined), &out[o]);
+    StoreHalf(OddBytes(joined, joined), &out[o]);
     o += kHalfBlock;
   }
   for (std::size_t rest = pairs % kHalfBlock; rest != 0; --rest, ++o) {

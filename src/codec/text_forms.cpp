@@ -46,7 +46,7 @@ int JoinCheckedPairs(Bytes text, unsigned char* out) {
     const Block characters = LoadBlock(&text[i]);
     if (!AllHold(IsHexDigit(characters))) break;
     const Block joined = JoinedWords<HexValue>(characters);
-    StoreHalf(EvenBytes(joined, joined), out + i / 2);
+    StoreHalf(OddBytes(joined, joined), out + i / 2);
   }
   for (; i + 1 < text.size() && IsHexDigit(text[i]) && IsHexDigit(text[i + 1]); i += 2) {
     out[i / 2] = JoinPair<HexValue>(text[i], text[i + 1]);
