@@ -73,10 +73,12 @@ std::size_t TableIndex(unsigned first, unsigned second) {
   return first * 256 + second - gbk_first_code;
 }
 
-// The pairs at the start of `text` that are in the table.
-Converted ConvertPairs(std::span<const unsigned char> text, std::span<unsigned short> room) {
+// The pairs at the start of `text` that are in the table. Out of line, for the loop needs its registers.
+[[gnu::noinline]] Converted ConvertPairs(std::span<const unsigned char> text,
+                                         std::span<unsigned short> room) {
   const std::size_t most = std::min(text.size() / 2, room.size());
   std::size_t i = 0;
+#pragma GCC unroll 4
   for (; i < most; ++i) {
     const std::size_t index = TableIndex(text[2 * i], text[2 * i + 1]);
     if (index >= kGbkEntries) break;
