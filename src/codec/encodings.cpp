@@ -3,15 +3,17 @@
 #include <iconv.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <span>
 
+#include "codec/lanes.h"
 #include "codec/split_form.h"
 
 namespace gwq {
 namespace {
 
-constexpr unsigned kFirstPairByte = 0x81;
+constexpr std::uint8_t kFirstPairByte = 0x81;
 constexpr std::size_t kGbkEntries = std::size(unicodeTables);
 constexpr std::size_t kUnicodeEntries = std::size(gbkTables);
 
@@ -42,10 +44,97 @@ class Conversion {
   iconv_t handle_;
 };
 
+struct Converted {
+  std::size_t read;
+  std::size_t written;
+};
+
+// The text up to its zero byte, or as much as there is room for, a byte a character.
+std::span<const unsigned char> CertainText(const unsigned char* in, std::size_t room) {
+  return {in, strnlen(reinterpret_cast<const char*>(in), room)};
+}
+
+// The bytes at the start of `text` that are characters by themselves.
+Converted WidenSingles(std::span<const unsigned char> text, std::span<unsigned short> room) {
+  const std::size_t most = std::min(text.size(), room.size());
+  std::size_t i = 0;
+  for (; most - i >= kBlockSize; i += kBlockSize) {
+    const Block bytes = LoadBlock(&text[i]);
+    if (!AllHold(bytes < kFirstPairByte)) break;
+    StoreBlock(InterleaveFirst(bytes, Block{}), &room[i]);
+    StoreBlock(InterleaveLast(bytes, Block{}), &room[i + kHalfBlock]);
+  }
+  for (; i < most && text[i] < kFirstPairByte; ++i) room[i] = text[i];
+  return {i, i};
+}
+
+// The place of a pair in the table; too large for all that has none.
+std::size_t TableIndex(unsigned first, unsigned second) {
+  return first * 256 + second - gbk_first_code;
+}
+
+// The pairs at the start of `text` that are in the table. Out of line, for the loop needs its registers.
+[[gnu::noinline]] Converted ConvertPairs(std::span<const unsigned char> text,
+                                         std::span<unsigned short> room) {
+  const std::size_t most = std::min(text.size() / 2, room.size());
+  std::size_t i = 0;
+#pragma GCC unroll 4
+  for (; i < most; ++i) {
+    const std::size_t index = TableIndex(text[2 * i], text[2 * i + 1]);
+    if (index >= kGbkEntries) break;
+    room[i] = unicodeTables[index];
+  }
+  return {2 * i, i};
+}
+
+// A pair that may be dropped, or lack its second byte.
+Converted ConvertAnyPair(const unsigned char* in, std::span<unsigned short> room) {
+  if (in[1] == 0) return {1, 0};
+  const std::size_t index = TableIndex(in[0], in[1]);
+  if (index >= kGbkEntries) return {2, 0};
+  room[0] = unicodeTables[index];
+  return {2, 1};
+}
+
+Converted ConvertRun(const unsigned char* in, std::span<const unsigned char> known,
+                     std::span<unsigned short> room) {
+  if (*in < kFirstPairByte) return WidenSingles(known, room);
+  const Converted pairs = ConvertPairs(known, room);
+  return pairs.read != 0 ? pairs : ConvertAnyPair(in, room);
+}
+
 constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+// Both characters of twelve bits, so that three bytes take two look-ups.
+constexpr auto kDigitPairs = [] {
+  std::array<std::array<char, 2>, 1U << 12U> pairs{};
+  for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
+    pairs[bits] = {kBase64Digits[bits >> 6U], kBase64Digits[bits & 0x3FU]};
+  }
+  return pairs;
+}();
+
+void EncodeTwelveBits(std::uint64_t bits, char* out) {
+  std::memcpy(out, kDigitPairs[bits & 0xFFFU].data(), 2);
+}
+
 void EncodeGroup(std::uint32_t bits, char* out) {
-  for (unsigned i = 0; i < 4; ++i) out[i] = kBase64Digits[(bits >> (18U - 6U * i)) & 0x3FU];
+  EncodeTwelveBits(bits >> 12U, out);
+  EncodeTwelveBits(bits, out + 2);
+}
+
+// Encodes groups two by two, from words of eight bytes, as far as there are such. Returns how many bytes.
+std::size_t EncodePairsOfGroups(std::span<const std::uint8_t> bytes, char* out) {
+  std::size_t done = 0;
+#pragma GCC unroll 2
+  for (; bytes.size() - done >= sizeof(std::uint64_t); done += 6, out += 8) {
+    const std::uint64_t bits = __builtin_bswap64(LoadWord(&bytes[done]));
+    EncodeTwelveBits(bits >> 52U, out);
+    EncodeTwelveBits(bits >> 40U, out + 2);
+    EncodeTwelveBits(bits >> 28U, out + 4);
+    EncodeTwelveBits(bits >> 16U, out + 6);
+  }
+  return done;
 }
 
 // The last group of one or two bytes, padded.
@@ -54,6 +143,47 @@ void EncodeRest(std::span<const std::uint8_t> rest, char* out) {
   EncodeGroup(static_cast<std::uint32_t>(rest[0]) << 16U | second << 8U, out);
   out[3] = '=';
   if (rest.size() == 1) out[2] = '=';
+}
+
+// What a character contributes to the three bytes of its group, by its place; the first byte is the lowest. "=" and
+// characters outside the alphabet have kNoDigit, which no digit has.
+constexpr std::uint32_t kNoDigit = 1U << 24U;
+constexpr auto kContributions = [] {
+  std::array<std::array<std::uint32_t, 256>, 4> places{};
+  for (std::size_t place = 0; place < places.size(); ++place) {
+    places[place].fill(kNoDigit);
+    for (std::uint32_t i = 0; i < 64; ++i) {
+      const std::uint32_t bits = i << (18U - 6U * place);
+      places[place][static_cast<unsigned char>(kBase64Digits[i])] =
+          bits >> 16U | (bits & 0xFF00U) | (bits & 0xFFU) << 16U;
+    }
+  }
+  return places;
+}();
+
+std::uint32_t GroupBytes(const unsigned char* group) {
+  return kContributions[0][group[0]] | kContributions[1][group[1]] | kContributions[2][group[2]] |
+         kContributions[3][group[3]];
+}
+
+void StoreGroup(std::uint32_t bytes, unsigned char* out) {
+  const auto first_two = static_cast<std::uint16_t>(bytes);
+  std::memcpy(out, &first_two, sizeof first_two);
+  out[2] = static_cast<unsigned char>(bytes >> 16U);
+}
+
+// Decodes groups from the start of `text` on, as long as they are all digits and have room. Returns how many.
+[[gnu::noinline]] std::size_t DecodePlainGroups(std::span<const char> text, std::span<unsigned char> room) {
+  const auto* group = reinterpret_cast<const unsigned char*>(text.data());
+  unsigned char* out = room.data();
+  const std::size_t most = std::min(text.size() / 4, room.size() / 3);
+#pragma GCC unroll 4
+  for (std::size_t done = 0; done < most; ++done, group += 4, out += 3) {
+    const std::uint32_t bytes = GroupBytes(group);
+    if (bytes >= kNoDigit) return done;
+    StoreGroup(bytes, out);
+  }
+  return most;
 }
 
 // The byte at place k of a group, from the character at that place and the next one.
@@ -68,20 +198,18 @@ unsigned char DecodedByte(std::size_t k, char current, char next) {
 
 int GbkToUnicode(const unsigned char* in, unsigned short* out, int cap) {
   if (in == nullptr || out == nullptr) return -1;
-  int count = 0;
-  while (count < cap && *in != 0) {
-    const unsigned first = *in++;
-    if (first < gwq::kFirstPairByte) {
-      out[count++] = static_cast<unsigned short>(first);
-      continue;
-    }
-    if (*in == 0) break;
-    const unsigned code = first * 256 + *in++;
-    if (code < gbk_first_code || code > gbk_last_code) continue;
-    const std::size_t index = code - gbk_first_code;
-    if (index < gwq::kGbkEntries) out[count++] = unicodeTables[index];
+  std::span<unsigned short> room = gwq::BytesOf(out, cap);
+  std::span<const unsigned char> known;  // what is read in any case: the text does not end in it
+  std::size_t count = 0;
+  while (!room.empty() && *in != 0) {
+    if (known.size() < gwq::kBlockSize) known = gwq::CertainText(in, room.size());
+    const gwq::Converted run = gwq::ConvertRun(in, known, room);
+    known = known.subspan(std::min(run.read, known.size()));
+    room = room.subspan(run.written);
+    in += run.read;
+    count += run.written;
   }
-  return count;
+  return static_cast<int>(count);
 }
 
 int UnicodeToGbk(const unsigned short* in, unsigned char* out, int cap) {
@@ -127,6 +255,9 @@ int EncryptBase64(const unsigned char* in, int len, char* out, int cap) {
   std::span<const std::uint8_t> bytes = gwq::BytesOf(in, len);
   const std::size_t need = 4 * ((bytes.size() + 2) / 3);
   if (in == nullptr || out == nullptr || cap < 0 || static_cast<std::size_t>(cap) < need) return -1;
+  const std::size_t done = gwq::EncodePairsOfGroups(bytes, out);
+  bytes = bytes.subspan(done);
+  out += done / 3 * 4;
   for (; bytes.size() >= 3; bytes = bytes.subspan(3), out += 4) {
     gwq::EncodeGroup(static_cast<std::uint32_t>(bytes[0]) << 16U | bytes[1] * 256U | bytes[2], out);
   }
@@ -138,7 +269,12 @@ int DecryptBase64(const char* in, int len, unsigned char* out, int cap) {
   std::span<const char> text = gwq::BytesOf(in, len);
   const std::span<unsigned char> room = gwq::BytesOf(out, cap);
   std::size_t count = 0;
-  for (; text.size() >= 4; text = text.subspan(4)) {
+  while (true) {
+    const std::size_t plain = gwq::DecodePlainGroups(text, room.subspan(std::min(count, room.size())));
+    count += 3 * plain;
+    text = text.subspan(4 * plain);
+    if (text.size() < 4) return static_cast<int>(count);
+    // A group with padding or other characters, or beyond the room.
     for (std::size_t k = 0; k < 3; ++k) {
       if (text[k] == '=' || text[k + 1] == '=') return static_cast<int>(count);
       // The count may pass the capacity by one before it is refused; that byte is not stored.
@@ -146,8 +282,8 @@ int DecryptBase64(const char* in, int len, unsigned char* out, int cap) {
       if (count < room.size()) room[count] = gwq::DecodedByte(k, text[k], text[k + 1]);
       ++count;
     }
+    text = text.subspan(4);
   }
-  return static_cast<int>(count);
 }
 
 int GetIndexFromBase64Table(char c) {

@@ -8,6 +8,7 @@
 
 #include "codec/secret.h"
 #include "codec/split_form.h"
+#include "codec/xor_fold.h"
 
 namespace gwq {
 namespace {
@@ -20,12 +21,6 @@ constexpr int kRefused = -14;
 constexpr std::size_t kBodySize = 2048;
 
 using Bytes = std::span<const std::uint8_t>;
-
-std::uint8_t Xor(Bytes bytes) {
-  std::uint8_t folded = 0;
-  for (const std::uint8_t byte : bytes) folded = static_cast<std::uint8_t>(folded ^ byte);
-  return folded;
-}
 
 unsigned char* AppendSplit(unsigned char* out, Bytes bytes) {
   SplitBytes(bytes, reinterpret_cast<char*>(out));
@@ -43,12 +38,6 @@ Bytes FindBody(Bytes received, std::uint8_t start, std::uint8_t end) {
   return {body, body_end};
 }
 
-void MergeLowNibbles(Bytes in, unsigned char* out) {
-  for (std::size_t i = 0; i + 1 < in.size(); i += 2) {
-    *out++ = static_cast<unsigned char>(((in[i] & 0x0FU) << 4U) | (in[i + 1] & 0x0FU));
-  }
-}
-
 // A merged answer: length, status, data, XOR. Reads as zeros behind its `size` bytes.
 struct MergedAnswer {
   SecretArray<std::uint8_t, kBodySize> bytes;
@@ -58,7 +47,7 @@ struct MergedAnswer {
 
   [[nodiscard]] bool XorHolds() {
     const std::size_t covered = size > 3 ? size - 3 : 0;
-    return Xor(bytes.span().subspan(2, covered)) == bytes[size - 1];
+    return XorFold(bytes.span().subspan(2, covered)) == bytes[size - 1];
   }
 
   // The declared length is the terminal's word; what it may reach is what arrived.
@@ -83,7 +72,7 @@ int PackData(const unsigned char* body, int n, unsigned char* out) {
   const gwq::Bytes bytes = BytesOf(body, n);
   const auto size = static_cast<unsigned>(bytes.size());
   const std::uint8_t length[] = {static_cast<std::uint8_t>(size >> 8U), static_cast<std::uint8_t>(size)};
-  const std::uint8_t check[] = {gwq::Xor(bytes)};
+  const std::uint8_t check[] = {gwq::XorFold(bytes)};
   unsigned char* end = out;
   *end++ = gwq::kStx;
   end = gwq::AppendSplit(end, length);
@@ -97,8 +86,7 @@ int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* da
   const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), gwq::kStx, gwq::kEtx);
   if (body.size() < 2 || body.size() % 2 != 0 || body.size() > gwq::kBodySize) return gwq::kBadFrame;
   gwq::MergedAnswer answer;
-  gwq::MergeLowNibbles(body, answer.bytes.data());
-  answer.size = body.size() / 2;
+  answer.size = gwq::MergePairs(body, answer.bytes.span());
   if (!answer.XorHolds()) return gwq::kBadFrame;
   const gwq::Bytes found = answer.Data();
   if (data != nullptr) std::copy(found.begin(), found.end(), data);
@@ -115,11 +103,11 @@ int GetPacketBody(unsigned char start, unsigned char end, const unsigned char* b
 }
 
 int GetDataLRC(const unsigned char* data, int count) {
-  return gwq::Xor(BytesOf(data, count));
+  return gwq::XorFold(BytesOf(data, count));
 }
 
 unsigned char getLRC(const unsigned char* data, int count) {
-  return gwq::Xor(BytesOf(data, count));
+  return gwq::XorFold(BytesOf(data, count));
 }
 
 unsigned char* Endian_intToChar(int value, unsigned char* out) {
@@ -136,7 +124,7 @@ void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out) {
 
 void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
   if (out == nullptr || len % 2 != 0) return;
-  gwq::MergeLowNibbles(BytesOf(in, len), out);
+  gwq::MergePairs(BytesOf(in, len), BytesOf(out, len / 2));
 }
 
 int CheckAndGetResponse(const unsigned char* buf, int count) {

@@ -25,4 +25,7 @@ void SplitBytes(std::span<const std::uint8_t> in, char* out);
 // count with `following`. Returns the bytes written.
 std::size_t JoinPairs(std::span<const std::uint8_t> in, std::uint8_t following, std::span<std::uint8_t> out);
 
+// As JoinPairs with a zero following, where only the low nibble of each character counts.
+std::size_t MergePairs(std::span<const std::uint8_t> in, std::span<std::uint8_t> out);
+
 }  // namespace gwq

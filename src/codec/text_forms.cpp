@@ -4,23 +4,17 @@
 #include <cstdint>
 #include <cstring>
 
+#include "codec/pairs.h"
 #include "codec/secret.h"
 #include "codec/split_form.h"
+#include "codec/xor_fold.h"
 
 namespace gwq {
 namespace {
 
-constexpr char kUpperDigits[] = "0123456789ABCDEF";
-constexpr char kLowerDigits[] = "0123456789abcdef";
-
 using Bytes = std::span<const std::uint8_t>;
-
-void HexBytes(Bytes in, const char* digits, char* out) {
-  for (const std::uint8_t byte : in) {
-    *out++ = digits[byte >> 4U];
-    *out++ = digits[byte & 0x0FU];
-  }
-}
+using UpperHexDigit = HexDigit<'A'>;
+using LowerHexDigit = HexDigit<'a'>;
 
 // The input that finds room when the room is looked at before each pair only.
 Bytes FittingPairs(Bytes in, int out_capacity) {
@@ -40,36 +34,29 @@ bool JoinFits(const void* in, int in_length, const void* out, int out_capacity) 
   return in != nullptr && out != nullptr && out_capacity >= (static_cast<long long>(in_length) + 1) / 2;
 }
 
-std::uint8_t ToUpper(std::uint8_t c) {
-  return c >= 'a' && c <= 'z' ? static_cast<std::uint8_t>(c - 0x20) : c;
+template <typename T>
+auto IsHexDigit(T c) {
+  return Either(Within(c, '0', '9'), Within(static_cast<T>(c | 0x20), 'a', 'f'));
 }
 
-// Arithmetic on any character, digit or not; wraps around at 8 bits.
-std::uint8_t HexPair(std::uint8_t c0, std::uint8_t c1) {
-  const unsigned high = static_cast<unsigned>(c0 < 'A' ? c0 : c0 + 9) & 0x0FU;
-  const unsigned low = static_cast<unsigned>(c1 < 'A' ? c1 - 0x30 : c1 - 0x37);
-  return static_cast<std::uint8_t>(high * 16 + low);
-}
-
-int HexToBytes(Bytes in, std::span<std::uint8_t> out) {
-  std::size_t o = 0;
-  for (std::size_t i = 0; i < in.size() && o < out.size(); i += 2) {
-    const std::uint8_t second = i + 1 < in.size() ? ToUpper(in[i + 1]) : std::uint8_t{0};
-    out[o++] = HexPair(ToUpper(in[i]), second);
+// As many pairs of hexadecimal digits as stand at the start of `text`; returns the bytes written.
+int JoinCheckedPairs(Bytes text, unsigned char* out) {
+  std::size_t i = 0;
+  for (; text.size() - i >= kBlockSize; i += kBlockSize) {
+    const Block characters = LoadBlock(&text[i]);
+    if (!AllHold(IsHexDigit(characters))) break;
+    const Block joined = JoinedWords<HexValue>(characters);
+    StoreHalf(OddBytes(joined, joined), out + i / 2);
   }
-  return static_cast<int>(o);
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  return -1;
+  for (; i + 1 < text.size() && IsHexDigit(text[i]) && IsHexDigit(text[i + 1]); i += 2) {
+    out[i / 2] = JoinPair<HexValue>(text[i], text[i + 1]);
+  }
+  return static_cast<int>(i / 2);
 }
 
 int BytesToHex(Bytes in, char* out, int out_capacity) {
   const Bytes converted = out == nullptr ? Bytes{} : FittingPairs(in, out_capacity);
-  HexBytes(converted, kUpperDigits, out);
+  SplitInPairs<UpperHexDigit>(converted, out);
   return WrittenPairs(converted);
 }
 
@@ -80,19 +67,15 @@ std::size_t HalfRoundedUp(std::span<const char> text) {
 }  // namespace
 
 void SplitBytes(std::span<const std::uint8_t> in, char* out) {
-  for (const std::uint8_t byte : in) {
-    *out++ = static_cast<char>((byte >> 4U) + 0x30);
-    *out++ = static_cast<char>((byte & 0x0FU) + 0x30);
-  }
+  SplitInPairs<SplitDigit>(in, out);
 }
 
 std::size_t JoinPairs(std::span<const std::uint8_t> in, std::uint8_t following, std::span<std::uint8_t> out) {
-  std::size_t o = 0;
-  for (std::size_t i = 0; i < in.size() && o < out.size(); i += 2) {
-    const unsigned second = i + 1 < in.size() ? in[i + 1] : following;
-    out[o++] = static_cast<std::uint8_t>((in[i] & 0x0FU) * 16 + second - 0x30);
-  }
-  return o;
+  return JoinPairsOf<SplitValue>(in, following, out);
+}
+
+std::size_t MergePairs(std::span<const std::uint8_t> in, std::span<std::uint8_t> out) {
+  return JoinPairsOf<NibbleValue>(in, 0, out);
 }
 
 }  // namespace gwq
@@ -111,15 +94,15 @@ int AsciiToHexStr(char* in, int inLen, char* out, int outCap) {
 int AsciiToHexStr(const char* in, int inLen, char* out, int outCap) {
   if (out == nullptr) return 0;
   const gwq::Bytes converted = gwq::FittingPairs(AsBytes(BytesOf(in, inLen)), outCap);
-  gwq::HexBytes(converted, gwq::kLowerDigits, out);
-  if (!converted.empty()) out[2 * converted.size()] = '\0';
+  char* const end = gwq::SplitInPairs<gwq::LowerHexDigit>(converted, out);
+  if (end != out) *end = '\0';
   return gwq::WrittenPairs(converted);
 }
 
 int GetHexStr(const unsigned char* in, int inLen, char* out, int outCap) {
   if (out == nullptr) return 0;
   const gwq::Bytes converted = gwq::FittingPairs(BytesOf(in, inLen), outCap);
-  gwq::SplitBytes(converted, out);
+  gwq::SplitInPairs<gwq::SplitDigit>(converted, out);
   return gwq::WrittenPairs(converted);
 }
 
@@ -133,7 +116,8 @@ int SplitChar(const unsigned char* in, int inLen, char* out, int outCap) {
 }
 
 int GetAsciStr(const char* in, int inLen, unsigned char* out, int outCap) {
-  return static_cast<int>(gwq::JoinPairs(AsBytes(BytesOf(in, inLen)), 0, BytesOf(out, outCap)));
+  const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
+  return static_cast<int>(gwq::JoinPairsOf<gwq::SplitValue>(text, 0, BytesOf(out, outCap)));
 }
 
 int HexAsc1Merge(const char* in, int inLen, unsigned char* out, int outCap) {
@@ -143,17 +127,12 @@ int HexAsc1Merge(const char* in, int inLen, unsigned char* out, int outCap) {
 
 int Merge(const char* in, int inLen, unsigned char* out, int outCap) {
   if (!gwq::JoinFits(in, inLen, out, outCap)) return 0;
-  const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
-  std::size_t o = 0;
-  for (std::size_t i = 0; i < text.size(); i += 2) {
-    const unsigned second = i + 1 < text.size() ? text[i + 1] : 0U;
-    out[o++] = static_cast<unsigned char>((text[i] & 0x0FU) * 16 + (second & 0x0FU));
-  }
-  return static_cast<int>(o);
+  return static_cast<int>(gwq::MergePairs(AsBytes(BytesOf(in, inLen)), BytesOf(out, outCap)));
 }
 
 int HexStrToAscii(const char* in, int inLen, unsigned char* out, int outCap) {
-  return gwq::HexToBytes(AsBytes(BytesOf(in, inLen)), BytesOf(out, outCap));
+  const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
+  return static_cast<int>(gwq::JoinPairsOf<gwq::HexValue>(text, 0, BytesOf(out, outCap)));
 }
 
 int GetAsciString(const char* in, int inLen, unsigned char* out, int outCap) {
@@ -177,27 +156,17 @@ int BCDToHex(const char* in, int inLen, char* out, int outCap) {
 int HexToAscii(const unsigned char* in, int len, char* out) {
   if (out == nullptr) return 0;
   const gwq::Bytes bytes = BytesOf(in, len);
-  gwq::HexBytes(bytes, gwq::kUpperDigits, out);
-  out[2 * bytes.size()] = '\0';
+  *gwq::SplitInPairs<gwq::UpperHexDigit>(bytes, out) = '\0';
   return gwq::WrittenPairs(bytes);
 }
 
 int AsciiToHex(const char* in, int len, unsigned char* out) {
   if (out == nullptr) return 0;
-  const std::span<const char> text = BytesOf(in, len);
-  int written = 0;
-  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-    const int high = gwq::HexDigit(text[i]);
-    const int low = gwq::HexDigit(text[i + 1]);
-    if (high < 0 || low < 0) break;
-    out[written++] = static_cast<unsigned char>(high * 16 + low);
-  }
-  return written;
+  return gwq::JoinCheckedPairs(AsBytes(BytesOf(in, len)), out);
 }
 
 unsigned char GetXorValue(unsigned char seed, const unsigned char* data, int len) {
-  for (const unsigned char byte : BytesOf(data, len)) seed = static_cast<unsigned char>(seed ^ byte);
-  return seed;
+  return gwq::XorFold(BytesOf(data, len), seed);
 }
 
 char* SplitData(const char* src, char* dst, const char* delim) {

@@ -29,15 +29,22 @@ WallClock Now() {
 
 }  // namespace
 
+void WriteDigits(int number, std::span<char> place) {
+  for (std::size_t i = place.size(); i-- > 0; number /= 10) place[i] = static_cast<char>('0' + number % 10);
+}
+
 std::tm LocalDate() {
   return Local(time(nullptr));
 }
 
 ClockText TimeStamp() {
   const WallClock now = Now();
-  ClockText text{};
-  std::snprintf(text.data(), text.size(), "%02d:%02d:%02d(%03d)", now.local.tm_hour, now.local.tm_min,
-                now.local.tm_sec, now.milliseconds);
+  ClockText text{"00:00:00(000)"};
+  const std::span<char> place(text);
+  WriteDigits(now.local.tm_hour, place.subspan(0, 2));
+  WriteDigits(now.local.tm_min, place.subspan(3, 2));
+  WriteDigits(now.local.tm_sec, place.subspan(6, 2));
+  WriteDigits(now.milliseconds, place.subspan(9, 3));
   return text;
 }
 

@@ -3,10 +3,15 @@
 
 #include <array>
 #include <ctime>
+#include <span>
 
 namespace gwq {
 
 using ClockText = std::array<char, 128>;
+
+// Fills `place` with the last decimal digits of a number that is not negative. Every line of the log needs a date and a
+// time, and snprintf takes its time over them.
+void WriteDigits(int number, std::span<char> place);
 
 // Today's local date.
 std::tm LocalDate();

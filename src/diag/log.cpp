@@ -14,6 +14,7 @@
 #include <memory>
 #include <span>
 
+#include "codec/text_forms.h"
 #include "diag/clock_text.h"
 #include "diag/log_files.h"
 #include "diag/shared_word.h"
@@ -91,17 +92,14 @@ void AppendStamp(LineBuffer& line) {
   line.Append("  ");
 }
 
+// Needs room for a terminator behind the text.
 void AppendHex(LineBuffer& line, std::span<const unsigned char> data) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  char* out = line.Free();
-  for (const unsigned char byte : data) {
-    *out++ = kDigits[byte >> 4U];
-    *out++ = kDigits[byte & 0x0FU];
-  }
+  HexToAscii(data.data(), static_cast<int>(data.size()), line.Free());
   line.Used(2 * data.size());
 }
 
-void WriteMessage(const char* format, va_list arguments) {
+// Out of line: a call while the log is off shall cost no more than the look at the switch.
+[[gnu::noinline]] void WriteMessage(const char* format, va_list arguments) {
   constexpr std::size_t kStampAndEnd = 64;
   const TodaysLog log;
   LineBuffer line(kMessageSize + kStampAndEnd);

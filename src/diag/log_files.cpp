@@ -39,12 +39,14 @@ std::string_view OwnDirectory() {
 }
 
 // Empty when it does not fit: a path that is cut would name something else.
-Path InOwnDirectory(const char* name) {
+Path InOwnDirectory(std::string_view name) {
   const std::string_view directory = OwnDirectory();
   Path path{};
-  const int length = std::snprintf(path.data(), path.size(), "%.*s%s", static_cast<int>(directory.size()),
-                                   directory.data(), name);
-  return length < static_cast<int>(path.size()) ? path : Path{};
+  if (directory.size() + name.size() < path.size()) {
+    directory.copy(path.data(), directory.size());
+    name.copy(path.data() + directory.size(), name.size());
+  }
+  return path;
 }
 
 void CopyText(const Path& path, char* out) {
@@ -53,9 +55,11 @@ void CopyText(const Path& path, char* out) {
 
 Path TodaysPath() {
   const std::tm today = LocalDate();
-  std::array<char, 64> name{};
-  std::snprintf(name.data(), name.size(), "Log/Gwq_Volkarn/VK_%04d%02d%02d.log", today.tm_year + 1900,
-                today.tm_mon + 1, today.tm_mday);
+  std::array name = std::to_array("Log/Gwq_Volkarn/VK_YYYYMMDD.log");
+  const std::span<char> date = std::span(name).subspan(std::strlen("Log/Gwq_Volkarn/VK_"));
+  WriteDigits(today.tm_year + 1900, date.first(4));
+  WriteDigits(today.tm_mon + 1, date.subspan(4, 2));
+  WriteDigits(today.tm_mday, date.subspan(6, 2));
   return InOwnDirectory(name.data());
 }
 

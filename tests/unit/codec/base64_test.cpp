@@ -128,23 +128,50 @@ TEST(DecryptBase64, CharactersOutsideTheAlphabetGiveTheBitsOfMinus1) {
   ExpectDecoded("\xFFZZZ", {0xFD, 0x96, 0x59});
 }
 
-// The literal rule for each byte: "=" returns the count, then a count beyond the capacity is refused.
-int ExpectedCount(std::string_view text, std::size_t cap) {
+// The literal rule, byte by byte: "=" returns the count, then a count beyond the capacity is refused.
+Encoded ExpectedDecoding(std::string_view text, std::size_t cap) {
+  Encoded expected{0, Bytes(cap, kUntouched)};
   std::size_t count = 0;
   for (std::size_t at = 0; at + 4 <= text.size(); at += 4) {
-    for (std::size_t k = at; k < at + 3; ++k) {
-      if (text[k] == '=' || text[k + 1] == '=') return static_cast<int>(count);
-      if (count > cap) return -1;
+    for (std::size_t k = 0; k < 3; ++k) {
+      const char current = text[at + k];
+      const char next = text[at + k + 1];
+      expected.result = static_cast<int>(count);
+      if (current == '=' || next == '=') return expected;
+      expected.result = -1;
+      if (count > cap) return expected;
+      const int value =
+          GetIndexFromBase64Table(current) * (4 << (2 * k)) | GetIndexFromBase64Table(next) >> (4 - 2 * k);
+      if (count < cap) expected.out[count] = static_cast<std::uint8_t>(value);
       ++count;
     }
   }
-  return static_cast<int>(count);
+  expected.result = static_cast<int>(count);
+  return expected;
+}
+
+TEST(DecryptBase64, RandomTextIsDecodedByTheLiteralRuleIntoEveryCapacity) {
+  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::mt19937 random(3);
+  for (int round = 0; round < 400; ++round) {
+    std::string text(random() % 60, 'A');
+    for (char& c : text) c = kDigits[random() % kDigits.size()];
+    for (auto damaged = random() % 3; damaged != 0 && !text.empty(); --damaged) {
+      text[random() % text.size()] = random() % 2 == 0 ? '=' : static_cast<char>(random());
+    }
+    for (std::size_t cap = 0; cap <= text.size(); ++cap) {
+      const Encoded expected = ExpectedDecoding(text, cap);
+      const Encoded decoded = Decode(text, cap);
+      ASSERT_EQ(decoded.result, expected.result) << text << " into " << cap;
+      ASSERT_EQ(decoded.out, expected.out) << text << " into " << cap;
+    }
+  }
 }
 
 TEST(DecryptBase64, CapacityIsRefusedOnlyWhenTheCountHasPassedIt) {
   for (const char* text : {"TWFu", "TWE=", "TQ==", "TWFuTWFu", "TWFuTWE=", "TWFuTQ==", "TWFuTWFuTWF"}) {
     for (std::size_t cap = 0; cap <= 10; ++cap) {
-      EXPECT_EQ(Decode(text, cap).result, ExpectedCount(text, cap)) << text << " into " << cap;
+      EXPECT_EQ(Decode(text, cap).result, ExpectedDecoding(text, cap).result) << text << " into " << cap;
     }
   }
 }

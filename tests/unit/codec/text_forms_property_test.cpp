@@ -1,10 +1,12 @@
 // The conversions against plain loops over one byte after the other, on random input and for every capacity.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <ostream>
 #include <string>
 
+#include "codec/packet.h"
 #include "codec/text_forms.h"
 #include "unit/codec/buffers.h"
 
@@ -182,7 +184,7 @@ class EachConversion : public testing::TestWithParam<Conversion> {
 
 TEST_P(EachConversion, DoesAsAPlainLoopForEveryCapacity) {
   Random random(1);
-  for (int length = 0; length <= 24; ++length) {
+  for (int length = 0; length <= 80; ++length) {
     const ByteVector bytes = random.Bytes(length);
     for (int capacity = -1; capacity <= 2 * length + 3; ++capacity) Check(bytes, capacity);
   }
@@ -204,6 +206,17 @@ TEST_P(EachConversion, DoesAsAPlainLoopOnEveryPairOfCharacters) {
   for (int c0 = 0; c0 < 256; ++c0) {
     for (int c1 = 0; c1 < 256; ++c1) {
       Check({static_cast<std::uint8_t>(c0), static_cast<std::uint8_t>(c1)}, 4);
+    }
+  }
+}
+
+TEST_P(EachConversion, DoesAsAPlainLoopForEveryCharacterAtEveryPlace) {
+  Random random(8);
+  for (int place = 0; place < 72; ++place) {
+    ByteVector bytes = random.Of("0123456789ABCDEFabcdef", 72);
+    for (int c = 0; c < 256; ++c) {
+      bytes[static_cast<std::size_t>(place)] = static_cast<std::uint8_t>(c);
+      Check(bytes, 144);
     }
   }
 }
@@ -242,11 +255,50 @@ TEST(RoundTrip, SplitFormBackToBytes) {
   }
 }
 
+// Texts are joined where they stand, too.
+template <auto kFunction>
+void ExpectJoinedInPlace(std::string_view alphabet) {
+  Random random(9);
+  for (int length = 0; length <= 200; ++length) {
+    const ByteVector text = random.Of(alphabet, length);
+    ExactBuffer in(text);
+    ExactBuffer expected(text);
+    ExactBuffer apart(static_cast<std::size_t>(length));
+    const int count = kFunction(in.Chars(), length, apart.Bytes(), length);
+    std::copy_n(apart.Bytes(), count, expected.Bytes());
+    ASSERT_EQ(kFunction(in.Chars(), length, in.Bytes(), length), count);
+    ASSERT_EQ(in.Content(), expected.Content()) << "length " << length;
+  }
+}
+
+TEST(JoiningInPlace, IsAsJoiningElsewhere) {
+  ExpectJoinedInPlace<GetAsciStr>(kSplit);
+  ExpectJoinedInPlace<HexAsc1Merge>(kSplit);
+  ExpectJoinedInPlace<Merge>(kSplit);
+  ExpectJoinedInPlace<HexStrToAscii>(kUpper);
+}
+
+TEST(XorFolds, AreAPlainLoopForEveryLength) {
+  Random random(10);
+  for (int length = 0; length <= 400; ++length) {
+    const ByteVector bytes = random.Bytes(length);
+    const std::uint8_t seed = random.Byte();
+    std::uint8_t folded = 0;
+    for (const std::uint8_t byte : bytes) folded = static_cast<std::uint8_t>(folded ^ byte);
+    ExactBuffer in(bytes);
+    ASSERT_EQ(GetXorValue(seed, in.Bytes(), length), folded ^ seed);
+    ASSERT_EQ(GetDataLRC(in.Bytes(), length), folded);
+    ASSERT_EQ(getLRC(in.Bytes(), length), folded);
+  }
+}
+
 TEST(AsciiToHexOnRandomText, StopsWhereAPlainLoopStops) {
   Random random(7);
-  for (int round = 0; round < 2000; ++round) {
-    const ByteVector text =
-        random.Of("0123456789ABCDEFabcdef0123456789ABCDEFabcdefgG:@`", random.Between(0, 40));
+  for (int round = 0; round < 6000; ++round) {
+    const std::string digits = "0123456789ABCDEFabcdef0123456789ABCDEFabcdef";
+    ByteVector text = random.Of(digits + (round % 2 == 0 ? "gG:@`" : ""), random.Between(0, 120));
+    if (!text.empty())
+      text[static_cast<std::size_t>(random.Between(0, static_cast<int>(text.size()) - 1))] = random.Byte();
     ByteVector expected;
     for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
       if (std::isxdigit(text[i]) == 0 || std::isxdigit(text[i + 1]) == 0) break;

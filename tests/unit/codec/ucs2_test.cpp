@@ -94,6 +94,51 @@ TEST(GbkToUnicode, DroppedPairsDoNotUseUpTheCapacity) {
   EXPECT_EQ(decoded.out, Characters{'a'});
 }
 
+// The rule, a byte or a pair at a time.
+Characters ExpectedCharacters(const Bytes& text, int cap) {
+  Characters out;
+  for (std::size_t i = 0; i < text.size() && static_cast<int>(out.size()) < cap; ++i) {
+    const unsigned first = text[i];
+    if (first < 0x81) {
+      out.push_back(static_cast<unsigned short>(first));
+      continue;
+    }
+    if (++i == text.size()) break;
+    const unsigned code = first * 256 + text[i];
+    if (code >= 0x8140 && code <= 0xFE9F) out.push_back(unicodeTables[code - 0x8140]);
+  }
+  return out;
+}
+
+TEST(GbkToUnicode, RandomTextIsConvertedByTheRuleIntoEveryCapacity) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 600; ++round) {
+    Bytes text(random() % 90);
+    const auto run = 1 + random() % 40;  // about so many bytes of one kind after one another
+    bool single = true;
+    for (std::uint8_t& byte : text) {
+      if (random() % run == 0) single = !single;
+      byte = static_cast<std::uint8_t>(single ? 1 + random() % 0x80 : 0x81 + random() % 0x7F);
+    }
+    for (int cap = 0; cap <= static_cast<int>(text.size()) + 1; ++cap) {
+      Characters expected = ExpectedCharacters(text, cap);
+      const Decoded decoded = Decode(text, cap);
+      ASSERT_EQ(decoded.count, static_cast<int>(expected.size())) << cap;
+      expected.resize(static_cast<std::size_t>(cap), kUntouched);
+      ASSERT_EQ(decoded.out, expected) << cap;
+    }
+  }
+}
+
+// No terminator is needed once the capacity is reached.
+TEST(GbkToUnicode, ReadsNoFurtherThanTheCapacityNeeds) {
+  for (int length = 1; length <= 70; ++length) {
+    GuardedBuffer in(Bytes(static_cast<std::size_t>(length), 'x'));
+    std::vector<unsigned short> out(static_cast<std::size_t>(length));
+    EXPECT_EQ(GbkToUnicode(in.data(), out.data(), length), length);
+  }
+}
+
 TEST(GbkToUnicode, NullIsMinus1) {
   unsigned short out = 7;
   const unsigned char text[] = "a";
