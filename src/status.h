@@ -10,12 +10,6 @@
 
 #include "frame/port.h"
 
-/* Statuses of single functions. */
-enum GwqSingleStatus {
-  GWQ_NO_LOCAL_FILE = -12,     /* HIDDownLoad: the local file cannot be opened or read */
-  GWQ_NO_VERSION_ANSWER = -401 /* the terminal did not tell its version within a second */
-};
-
 enum GwqLanguage { GWQ_ENGLISH = 0, GWQ_CHINESE = 1 };
 
 struct GwqStatusText {

@@ -20,7 +20,6 @@ namespace {
 
 constexpr int kBaud = 9600;
 constexpr int kTimeoutMs = 3000;
-constexpr int kCannotOpen = -12;
 constexpr int kFirmware = 4;
 constexpr std::size_t kPieceSize = 30300;
 constexpr std::size_t kLongestName = 1022;
@@ -100,11 +99,12 @@ int HIDDownLoad(const char* path, int fileType) {
   const gwq::File file = gwq::OpenFile(path, "rb");
   if (!file) {
     ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
-    return gwq::kCannotOpen;
+    return GWQ_NO_LOCAL_FILE;
   }
   const std::string_view name = gwq::NameOnTerminal(path, fileType);
   if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get())) return GWQ_REFUSED;
-  if (std::ferror(file.get()) != 0) return gwq::kCannotOpen;  // half a file must not pass for a whole one
+  if (std::ferror(file.get()) != 0)
+    return GWQ_NO_LOCAL_FILE;  // half a file must not pass for a whole one
   const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;

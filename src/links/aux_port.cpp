@@ -26,13 +26,13 @@ constexpr int kCancelled = -27;
 constexpr const char* kLockKeyboard = "\x1B[2h";
 constexpr const char* kUnlockKeyboard = "\x1B[2l";
 
-int g_AuxFd = line::kClosed;
+int g_AuxFd = tty::kClosed;
 struct termio s_SavedTermio {};
 int g_bAuxReading = 0;
 int g_bAuxCancel = 0;
 
 bool IsOpen() {
-  return LoadShared(g_AuxFd) != line::kClosed;
+  return LoadShared(g_AuxFd) != tty::kClosed;
 }
 
 void Send(const char* bytes, std::size_t count) {
@@ -79,9 +79,9 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
   int count = 0;
   while (true) {
     if (LoadShared(g_bAuxCancel) != 0) return Cancelled();
-    const auto got = static_cast<int>(line::Read(LoadShared(g_AuxFd), buffer + count, maximum - count));
+    const auto got = static_cast<int>(tty::Read(LoadShared(g_AuxFd), buffer + count, maximum - count));
     ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
-    if (got < 0) return line::kReadError;
+    if (got < 0) return tty::kReadError;
     count += got;
     if (const auto result = end.Reached(buffer, count)) return *result;
   }
@@ -95,7 +95,7 @@ using gwq::Gbk;
 using gwq::LoadShared;
 using gwq::LogGbk;
 using gwq::StoreShared;
-namespace line = gwq::line;
+namespace tty = gwq::tty;
 
 void ClearInvisibleCharInStr(char* text) {
   ICC_DPrintLogToFile("ClearInvisibleCharInStr  \n");
@@ -104,18 +104,18 @@ void ClearInvisibleCharInStr(char* text) {
 }
 
 int SetTerm(int fd, int baud) {
-  const int result = line::SetUp(fd, baud, gwq::s_SavedTermio);
+  const int result = tty::SetUp(fd, baud, gwq::s_SavedTermio);
   if (result == 0) ICC_DPrintLogToFile("SetTerm  RET_SUCCESS\n");
   return result;
 }
 
 int ResetAux(int fd) {
   ICC_DPrintLogToFile(" ResetAux \n");
-  return line::Restore(fd, gwq::s_SavedTermio);
+  return tty::Restore(fd, gwq::s_SavedTermio);
 }
 
 int ICC_OpenLinux(const char* path, int baud) {
-  const int result = line::Open(g_AuxFd, path, baud, &SetTerm);
+  const int result = tty::Open(g_AuxFd, path, baud, &SetTerm);
   if (result == 0) LogGbk(Gbk("ICC_OpenLinux : 打开终端\n"));
   return result;
 }
@@ -123,22 +123,22 @@ int ICC_OpenLinux(const char* path, int baud) {
 int ICC_CloseLinux() {
   if (!gwq::IsOpen()) return 0;
   ResetAux(LoadShared(g_AuxFd));
-  line::Close(g_AuxFd);
+  tty::Close(g_AuxFd);
   LogGbk(Gbk("ICC_CloseLinux :关闭终端\n"));
   return 0;
 }
 
 int VK_SendDataToTransPort(const unsigned char* data, int length) {
-  return line::Write(LoadShared(g_AuxFd), data, length);
+  return tty::Write(LoadShared(g_AuxFd), data, length);
 }
 
 int ICC_WriteLinux(const unsigned char* data, int length) {
-  if (data == nullptr || length < 1) return line::kBadArgument;
+  if (data == nullptr || length < 1) return tty::kBadArgument;
   return VK_SendDataToTransPort(data, length);
 }
 
 int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (!gwq::IsOpen() || buffer == nullptr) return line::kBadArgument;
+  if (!gwq::IsOpen() || buffer == nullptr) return tty::kBadArgument;
   StoreShared(gwq::g_bAuxCancel, 0);
   StoreShared(gwq::g_bAuxReading, 1);
   const int result = gwq::ReadUntilEnd(buffer, maximum, gwq::ReadEnd(maximum, timeout_s, end));
@@ -148,7 +148,7 @@ int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRea
 }
 
 int VK_OpenAuxPort(int type, int port, int baud, int lock) {
-  if (port < 1) return line::kBadArgument;
+  if (port < 1) return tty::kBadArgument;
   gwq::ChooseDialect(type);
   gwq::Send(gwq::AuxSwitchOn(type, port, baud).data());
   if (type == gwq::kAuxSecond || lock == 0) return 0;
@@ -175,8 +175,8 @@ int ICC_OpenLinuxAux(int type, int port, int baud, int lock) {
   if (const int result = ICC_OpenLinux(name.data(), baud); result != 0) return result;
   if (VK_OpenAuxPort(type, port, baud, lock) == 0) return 0;
   ResetAux(LoadShared(g_AuxFd));
-  line::Close(g_AuxFd);
-  return line::kSettingsFailed;
+  tty::Close(g_AuxFd);
+  return tty::kSettingsFailed;
 }
 
 int ICC_CloseLinuxAux(int lock) {
@@ -186,7 +186,7 @@ int ICC_CloseLinuxAux(int lock) {
 }
 
 int ICC_WriteLinuxAux(const unsigned char* data, int length) {
-  if (data == nullptr || length < 1) return line::kBadArgument;
+  if (data == nullptr || length < 1) return tty::kBadArgument;
   gwq::SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
   const int result = ICC_WriteLinux(data, length);
   gwq::SendAround(g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
@@ -198,7 +198,7 @@ int ICC_ReadLinuxAux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxAuxRead() {
-  if (!gwq::IsOpen()) return line::kNotOpen;
+  if (!gwq::IsOpen()) return tty::kNotOpen;
   if (LoadShared(gwq::g_bAuxReading) == 1) StoreShared(gwq::g_bAuxCancel, 1);
   return 0;
 }

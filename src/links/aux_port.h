@@ -32,7 +32,7 @@ GWQ_API extern GwqAuxOp g_AuxOp;
  *   baud  the line's as ICC_OpenLinuxCom; the auxiliary port's is 9600 where the dialect lacks the speed
  *   lock  not 0 locks the keyboard meanwhile; dialect 2 never does
  * Returns 0; -3 if standard output is no terminal or it cannot be opened; -1 if its settings cannot be read
- * or applied, or the port is below 1: then the terminal is closed again, its settings restored. */
+ * or applied, or the port is below 1; the terminal is closed again, in the last case with its settings restored. */
 GWQ_API int ICC_OpenLinuxAux(int type, int port, int baud, int lock);
 
 /* Switches the auxiliary port off, restores the terminal's settings and closes it.

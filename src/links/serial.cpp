@@ -13,7 +13,7 @@ namespace {
 constexpr int kWriteFailed = -5;
 constexpr int kCancelled = -23;
 
-int g_ComFd = line::kClosed;
+int g_ComFd = tty::kClosed;
 struct termio g_OldTermio {};
 int g_bComReading = 0;
 int g_bComCancel = 0;
@@ -22,8 +22,8 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
   int count = 0;
   while (true) {
     if (LoadShared(g_bComCancel) != 0) return kCancelled;
-    const ssize_t got = line::Read(LoadShared(g_ComFd), buffer + count, maximum - count);
-    if (got < 0) return line::kReadError;
+    const ssize_t got = tty::Read(LoadShared(g_ComFd), buffer + count, maximum - count);
+    if (got < 0) return tty::kReadError;
     count += static_cast<int>(got);
     if (const auto result = end.Reached(buffer, count)) return *result;
   }
@@ -35,40 +35,41 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
 using gwq::g_ComFd;
 using gwq::LoadShared;
 using gwq::StoreShared;
-namespace line = gwq::line;
+namespace tty = gwq::tty;
 
 int SetComAttr(int fd, int baud) {
-  return line::SetUp(fd, baud, gwq::g_OldTermio);
+  return tty::SetUp(fd, baud, gwq::g_OldTermio);
 }
 
 int RestoreComAttr(int fd) {
-  return line::Restore(fd, gwq::g_OldTermio);
+  return tty::Restore(fd, gwq::g_OldTermio);
 }
 
 int ICC_OpenLinuxCom(const char* path, int baud) {
+  tty::Close(g_ComFd);
   ICC_DPrintLogToFile("ICC_OpenLinuxCom szTtyName=%s", path);
-  return line::Open(g_ComFd, path, baud, &SetComAttr);
+  return tty::Open(g_ComFd, path, baud, &SetComAttr);
 }
 
 int ICC_CloseLinuxCom() {
-  if (LoadShared(g_ComFd) == line::kClosed) return 0;
+  if (LoadShared(g_ComFd) == tty::kClosed) return 0;
   RestoreComAttr(LoadShared(g_ComFd));
-  line::Close(g_ComFd);
+  tty::Close(g_ComFd);
   return 0;
 }
 
 int SendDataToTransPort(const unsigned char* data, int length) {
-  return line::Write(LoadShared(g_ComFd), data, length);
+  return tty::Write(LoadShared(g_ComFd), data, length);
 }
 
 int ICC_WriteLinuxCom(const unsigned char* data, int length) {
-  if (data == nullptr || length < 1) return line::kBadArgument;
+  if (data == nullptr || length < 1) return tty::kBadArgument;
   const int sent = SendDataToTransPort(data, length);
   return sent >= 0 ? sent : gwq::kWriteFailed;
 }
 
 int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (LoadShared(g_ComFd) == line::kClosed || buffer == nullptr) return line::kBadArgument;
+  if (LoadShared(g_ComFd) == tty::kClosed || buffer == nullptr) return tty::kBadArgument;
   ICC_DPrintLogToFile(" ICC_ReadLinuxCom nTimeOut=%d", timeout_s);
   StoreShared(gwq::g_bComCancel, 0);
   StoreShared(gwq::g_bComReading, 1);
@@ -78,7 +79,7 @@ int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxComRead() {
-  if (LoadShared(g_ComFd) == line::kClosed) return line::kNotOpen;
+  if (LoadShared(g_ComFd) == tty::kClosed) return tty::kNotOpen;
   if (LoadShared(gwq::g_bComReading) == 1) StoreShared(gwq::g_bComCancel, 1);
   return 0;
 }

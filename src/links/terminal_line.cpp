@@ -10,7 +10,7 @@
 
 #include "diag/shared_word.h"
 
-namespace gwq::line {
+namespace gwq::tty {
 namespace {
 
 struct Speed {
@@ -84,10 +84,9 @@ int Write(int fd, const unsigned char* data, int length) {
   return sent;
 }
 
-// The range is checked, for a length of 0 leaves the read to the device's settings and a negative one
-// would count as a huge one.
+// A negative room, from a maximum below 0, would count as a huge one.
 ssize_t Read(int fd, unsigned char* buffer, int room) {
   return read(fd, buffer, static_cast<std::size_t>(std::max(room, 0)));
 }
 
-}  // namespace gwq::line
+}  // namespace gwq::tty

@@ -4,7 +4,7 @@
 #include <sys/types.h>
 #include <termio.h>
 
-namespace gwq::line {
+namespace gwq::tty {
 
 inline constexpr int kOpenFailed = -3;
 inline constexpr int kSettingsFailed = -1;
@@ -34,4 +34,4 @@ int Write(int fd, const unsigned char* data, int length);
 // One read of what is there, `room` bytes at most.
 ssize_t Read(int fd, unsigned char* buffer, int room);
 
-}  // namespace gwq::line
+}  // namespace gwq::tty

@@ -21,7 +21,7 @@ int s_bCancelRead = 0;
 void ForgetDevice() {
   if (m_devList != nullptr) libusb_free_device_list(m_devList, 1);
   m_devList = nullptr;
-  StoreShared<libusb_device*>(m_targetDev, nullptr);
+  m_targetDev = nullptr;
   StoreShared<libusb_device_handle*>(m_devHandle, nullptr);
 }
 
@@ -47,7 +47,7 @@ int FindDevice(int vid, int pid) {
     ForgetDevice();
     return usb::kNoDevice;
   }
-  StoreShared(m_targetDev, FindInList(vid, pid));
+  m_targetDev = FindInList(vid, pid);
   if (m_targetDev == nullptr) {
     ICC_DPrintLogToFile("Not find target device, return\n");
     ForgetDevice();

@@ -25,7 +25,7 @@ GWQ_API int ICC_CloseLinuxHid(void);
 GWQ_API int ICC_WriteLinuxHid(unsigned char* data, int length);
 
 /* Reads reports until `maximum` bytes are there, the predicate accepts, or the time is over.
- *   buffer     out; `maximum` + 1023 bytes: the report that reaches the maximum is kept whole
+ *   buffer     out; `maximum` + 1023 bytes and 1024 at least: the report that reaches the maximum is kept whole
  *   maximum    count that ends the read
  *   timeout_s  whole seconds; 0 waits until the clock's second changes
  *   end        predicate, called after every transfer, also an empty one; NULL reads on

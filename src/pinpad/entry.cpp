@@ -101,7 +101,7 @@ using Step = int (*)(const PinBlockCall& call);
 constexpr int kBoundToAccount = 1;
 constexpr int kHighestSoundMode = 2;
 
-int Returned(int code) {
+int LoggedReturn(int code) {
   ICC_DPrintLogToFile("[out]Return:%d", code);
   return code;
 }
@@ -109,7 +109,7 @@ int Returned(int code) {
 // A setting failed with `code`, which is `result` to the caller.
 int SettingFailed(const PinBlockCall& call, const char* setting, int code, int result) {
   if (call.Shows()) {
-    Returned(code);
+    LoggedReturn(code);
   } else {
     ICC_DPrintLogToFile("[%s] ERROR", setting);
   }
@@ -118,19 +118,19 @@ int SettingFailed(const PinBlockCall& call, const char* setting, int code, int r
 
 bool PinLengthFits(int type, int length) {
   if (type == 6) return length == 6;
-  return (type == kBoundToAccount || type == 5) && length >= 4 && length <= 14;
+  return (type == kBoundToAccount || type == 5) && Within(length, 4, 14);
 }
 
 int CheckTypeAndLength(const PinBlockCall& call) {
   if (PinLengthFits(call.pin_type, *call.length)) return GWQ_OK;
-  return call.Shows() ? Returned(GWQ_BAD_ARGUMENT) : GWQ_BAD_ARGUMENT;
+  return call.Shows() ? LoggedReturn(GWQ_BAD_ARGUMENT) : GWQ_BAD_ARGUMENT;
 }
 
 int CheckSoundMode(const PinBlockCall& call) {
   if (call.sound_mode <= kHighestSoundMode) return GWQ_OK;
   if (!call.Shows()) return GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("PN_SetSoundType err times > 2");
-  return Returned(GWQ_BAD_ARGUMENT);
+  return LoggedReturn(GWQ_BAD_ARGUMENT);
 }
 
 int DrainFirst(const PinBlockCall& call) {
@@ -203,9 +203,9 @@ int ReadBlock(const PinBlockCall& call) {
 }
 
 int ReadBlockShowing(const PinBlockCall& call) {
-  return Returned(GetPinblockShowString(0, call.reserved, call.line.baud,
-                                        reinterpret_cast<unsigned char*>(call.block), call.length,
-                                        call.timeout_s, call.shown));
+  return LoggedReturn(GetPinblockShowString(0, call.reserved, call.line.baud,
+                                            reinterpret_cast<unsigned char*>(call.block), call.length,
+                                            call.timeout_s, call.shown));
 }
 
 constexpr auto kPlainSteps =
@@ -295,6 +295,6 @@ int PN_GetPinBlockShowString(int /*iPortNo*/, const char* szReserved, int iBaudR
                                .shown = szShowString};
   ICC_DPrintLogToFile("[PN_GetPinBlockShowString]");
   gwq::LogArguments(call);
-  if (!gwq::HasOutputs(call)) return gwq::Returned(GWQ_BAD_ARGUMENT);
+  if (!gwq::HasOutputs(call)) return gwq::LoggedReturn(GWQ_BAD_ARGUMENT);
   return gwq::Run(gwq::kShowingSteps, call);
 }

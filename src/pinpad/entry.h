@@ -26,7 +26,7 @@ GWQ_C_BEGIN
  *   piPinLen    out; the block's length in bytes
  *   szPinBlock  out; the block and a terminator; at most 1021 bytes
  * Also -18, -2, -22: the pad's own refusals 1, 2, 3 (the first byte of an answer that is not a good one; so
- * -2 for any refusal that comes in a frame); -14 any other. */
+ * -2 for any refusal that comes in a frame); -14 any other; -8 for an answer that begins with a zero byte. */
 GWQ_API int PN_GetPin(int iPortNo, const char* szReserved, int iBaudRate, int iTimeout, int* piPinLen,
                       char* szPinBlock);
 
@@ -50,15 +50,17 @@ GWQ_API int GetPinblockShowString(int iPortNo, const char* szReserved, int iBaud
  *   pPinBlock       out; as PN_GetPin
  *   pnPinLen        in: the PIN's length, which must be the pad's: 6 for type 6, else 4 to 14; out: the
  *                   block's length in bytes
- * Also -1 if the pad is set to another type or length; -14 if a setting or the factor was refused; -21 if
- * the account is NULL or holds anything but digits; and PN_GetPin's results. */
+ * Also -1 if the pad is set to another type or length; -14 if a setting or the factor failed for any reason; -21 if
+ * the account is NULL or holds anything but digits; and PN_GetPin's results. The account goes to the log when it is
+ * on. */
 GWQ_API int PN_GetPinBlock(int iPortNo, const char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
                            int nModex, int iPinType, const char* szAccountNo, char* szPinPadFactor,
                            void* pPinBlock, int* pnPinLen);
 
 /* As PN_GetPinBlock, with a text on the pad's screen while the PIN is keyed.
  *   szShowString  in; as GetPinblockShowString
- * `nModex` is looked at only after the entry mode is set; a refused entry mode gives -1 here. */
+ * `nModex` is looked at only after the entry mode is set; an entry mode that fails gives -1 here, and a terminal that
+ * cannot be opened -14, for USB is not drained first. The text goes to the log as well. */
 GWQ_API int PN_GetPinBlockShowString(int iPortNo, const char* szReserved, int iBaudRate, int nTimeout,
                                      int iAlgoType, int nModex, int iPinType, const char* szAccountNo,
                                      char* szPinPadFactor, void* pPinBlock, int* pnPinLen,
@@ -72,7 +74,8 @@ GWQ_API int PN_GetPinBlockShowString(int iPortNo, const char* szReserved, int iB
  *              caller makes room for both
  *   pnLen      in: bytes in `szInfo`; out: the file's size, written before the file is read
  *   szEncData  out; the terminal's answer text and a terminator; at most 4096 bytes
- * Also -14 if the terminal failed or the file could not be fetched; -406 if it holds no encryption key. */
+ * Also -14 if any exchange but the opening failed, or the file could not be fetched; -406 if the terminal holds no
+ * encryption key. The bytes go to the log when it is on. */
 GWQ_API int PN_GetStringBlock(int iPortNo, const char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
                               const char* szInfo, char* pFileData, int* pnLen, char* szEncData);
 

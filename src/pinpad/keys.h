@@ -49,7 +49,7 @@ GWQ_API int PN_ObtainPublicKey(int iPortNo, const char* szReserved, int iBaudRat
 
 /* Has the pad compute a digest, on USB. Body 30 15 algorithm length data; 3 s.
  *   iHashAlgo  the pad's number of the algorithm, of which the low byte is sent
- *   szData     in; text; the low byte of its length is sent before it
+ *   szData     in; text, at most 65530 bytes; the low byte of its length is sent before it
  *   pDigest    out; the digest's bytes and a terminator; at most 1021 bytes
  * Also as PN_ObtainPublicKey. */
 GWQ_API int PN_ObtainDigest(int iPortNo, const char* szReserved, int iBaudRate, int iHashAlgo,
@@ -65,7 +65,7 @@ GWQ_API int PN_ObtainDigest(int iPortNo, const char* szReserved, int iBaudRate, 
  *                               little     64    136    32 bytes
  *                               endian
  *   szVerifyKey     in; text
- * When the log is on it receives all three texts.
+ * Key bytes, factor and verify key are at most 65531 bytes together. When the log is on it receives all three texts.
  * Returns 0; -1 also for the pad's result 1; -8 for its results 2 and 3 and for a damaged answer; 3 if the pad
  * confirmed without a result; otherwise the pad's own result or status word. */
 GWQ_API int PN_DownloadPinPadWK(int iPortNo, const char* szReserved, int iBaudRate,

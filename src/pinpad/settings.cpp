@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "pinpad/framed.h"
 
 namespace gwq {
@@ -63,7 +64,7 @@ int ReadDeviceId(int baud, char* device_id) {
 }
 
 bool IsDeviceId(const char* text) {
-  return text != nullptr && *text != '\0' && std::strlen(text) <= kLongestDeviceId;
+  return Given(text) && std::strlen(text) <= kLongestDeviceId;
 }
 
 int SendDeviceId(int baud, const char* device_id) {
@@ -78,8 +79,8 @@ int SendDeviceId(int baud, const char* device_id) {
   return GWQ_REFUSED;
 }
 
-// One of several settings in a row; true when it was made.
-bool Made(const char* log, int result) {
+// Logs what one of several settings in a row came to.
+bool LoggedSuccess(const char* log, int result) {
   ICC_DPrintLogToFile(log, result);
   return result == GWQ_OK;
 }
@@ -166,11 +167,11 @@ int PN_SetPinPadParameter(int /*iPortNo*/, const char* szReserved, int iBaudRate
                       iPinRule);
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   int result = PN_SetEnType(0, szReserved, iBaudRate, iAlgoType);
-  if (!gwq::Made("PN_SetEnType iRet=%d", result)) return result;
+  if (!gwq::LoggedSuccess("PN_SetEnType iRet=%d", result)) return result;
   result = PN_SetPinLen(0, szReserved, iBaudRate, iPinLen);
-  if (!gwq::Made("PN_SetPinLen iRet=%d", result)) return result;
+  if (!gwq::LoggedSuccess("PN_SetPinLen iRet=%d", result)) return result;
   result = PN_SetEndRule(0, szReserved, iBaudRate, iPinRule);
-  if (!gwq::Made("PN_SetEndRule iRet=%d", result)) return result;
+  if (!gwq::LoggedSuccess("PN_SetEndRule iRet=%d", result)) return result;
   result = PN_SetFillType(0, szReserved, iBaudRate, szFill);
   ICC_DPrintLogToFile("PN_SetFillType iRet=%d", result);
   ICC_DPrintLogToFile("PN_SetPinPadParameter iRet=%d", result);

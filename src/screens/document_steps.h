@@ -14,6 +14,9 @@ namespace gwq {
 inline constexpr std::string_view kCancelAnswer = "\x02\x66\x03";
 inline constexpr std::string_view kTimeoutAnswer = "\x02w\x03";
 
+// Logged where the arguments do not hold.
+inline constexpr const char kParamError[] = "param Error,return\n";
+
 // A list of documents as the terminal gets it, with a terminator behind its N bytes.
 template <std::size_t N>
 using DocumentList = SecretArray<char, N + 1>;

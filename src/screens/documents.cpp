@@ -80,7 +80,7 @@ int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTi
   int nowhere = 0;
   int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
   const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
-  const int begun = gwq::Begin({0, iBaudRate}, hold, "param Error,return\n");
+  const int begun = gwq::Begin({0, iBaudRate}, hold, gwq::kParamError);
   if (begun == GWQ_BAD_ARGUMENT) return gwq::Undecided(begun, decision);
   if (begun != GWQ_OK) return begun;
   gwq::List list;

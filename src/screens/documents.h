@@ -9,7 +9,7 @@
  *
  * Common results
  *   0    success
- *   -1   iTimeout out of range or no szFilePath; nothing was sent
+ *   -1   iTimeout out of range or no szFilePath: nothing was sent; or a document cannot be read
  *   -3   the link could not be opened
  *   -15  a document does not exist
  *   others  of the push (files/push.h) or of the exchange (frame/transaction.h)

@@ -24,7 +24,7 @@ struct Teller {
 };
 
 bool StarsHold(int level) {
-  return level >= 0 && level <= 6;
+  return Within(level, 0, 6);
 }
 
 template <std::size_t N>

@@ -60,7 +60,7 @@ int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessag
 }
 
 int GWQ_StartKeyboard(int iPortNo, int iBaudRate, int iTimeout, int iMode, char* pOutput) {
-  if ((iMode != 0 && iMode != 1) || pOutput == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
+  if (!gwq::Within(iMode, 0, 1) || pOutput == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
     return GWQ_BAD_ARGUMENT;
   }
   const gwq::Line line{iPortNo, iBaudRate};

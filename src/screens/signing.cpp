@@ -97,7 +97,7 @@ struct Manner {
   bool clears_data;
 };
 
-constexpr Manner kPlain{.bad_argument = "param Error,return\n",
+constexpr Manner kPlain{.bad_argument = kParamError,
                         .timeout = "ERR_TIMEOUT,return\n",
                         .cancelled = "ERR_CANCAL,return\n",
                         .failed = "ERR_FAILD,return\n",
@@ -371,6 +371,7 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
   const gwq::Line line{0, iBaudRate};
   const gwq::TzgMode mode{nOperFlag, nSignLen};
+  // A time-out out of range is an argument that even an absent terminal does not excuse; the other call says so.
   const bool in_range = gwq::IsCustomerTimeout(iTimeout);
   if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {

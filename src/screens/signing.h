@@ -15,7 +15,7 @@
  *
  * Common results
  *   0    success
- *   -1   an argument is missing or out of range; nothing was sent
+ *   -1   an argument is missing or out of range: nothing was sent; or a document cannot be read
  *   -2   the customer did not sign in time
  *   -3   the link could not be opened
  *   -14  the terminal failed, the signature could not be fetched, or its data not be read
@@ -51,7 +51,7 @@ GWQ_API int MP_SignPDF_Voice(void* ignored, const char* szLink, int iBaudRate, i
 /* Has documents signed in the terminal's TZG mode, with a spoken prompt. The mode is nSignLen, plus 1 when nOperFlag is
  * 1. Unless it is 2, 3 or 4 (2 only without nOperFlag 1), iTimeout is in range and the terminal supports it, the call is
  * one to MP_SignPDF_Voice.
- * In TZG mode no text is required, NULL is an empty one; szVoiceContent is sent as it is; the stroke data are written to
+ * In TZG mode only szFilePath must not be NULL; a NULL text is an empty one; szVoiceContent is sent as it is; the stroke data are written to
  * "/tmp/data.txt", made anew with mode 0600; szSignData is not cleared first; a wait without any answer gives -14.
  *   nOperFlag, nSignLen  passed to the terminal */
 GWQ_API int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout,

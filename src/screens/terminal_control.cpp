@@ -11,7 +11,6 @@ namespace {
 constexpr int kVersionBaud = 9600;
 constexpr int kVersionTimeoutMs = 1000;
 constexpr int kCloseTimeoutMs = 2000;
-constexpr int kNoVersion = -401;  // of this function alone
 
 constexpr useconds_t kPauseBeforeCancelUs = 200'000;
 constexpr useconds_t kPauseBeforeCloseUs = 300'000;
@@ -23,9 +22,9 @@ int NotOpened() {
 }
 
 int NoVersion() {
-  ICC_DPrintLogToFile("ERR_TIMEOUT iRet:%d", kNoVersion);
+  ICC_DPrintLogToFile("ERR_TIMEOUT iRet:%d", GWQ_NO_VERSION_ANSWER);
   ICC_DPrintLogToFile("End");
-  return kNoVersion;
+  return GWQ_NO_VERSION_ANSWER;
 }
 
 int Failed() {
