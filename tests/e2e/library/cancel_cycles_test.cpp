@@ -13,6 +13,7 @@
 #include <random>
 #include <thread>
 
+#include "bank_pad.h"
 #include "e2e/library/screens_rig.h"
 
 namespace gwq::test {
@@ -102,9 +103,11 @@ class Cancelled : public ScreenSession {
 
   virtual void ExpectNextCallWorks() { EXPECT_EQ(1, lib.takes_utf8()); }
 
-  milliseconds Random(int most) { return milliseconds(std::uniform_int_distribution(0, most)(random_)); }
+  bool has_usb = true;
 
  private:
+  milliseconds Random(int most) { return milliseconds(std::uniform_int_distribution(0, most)(random_)); }
+
   // Returns when the flag was set, or was about to be.
   Clock::time_point Cancel(Way way) {
     constexpr milliseconds kPauseBefore{200};
@@ -118,7 +121,7 @@ class Cancelled : public ScreenSession {
         EXPECT_EQ(0, cancel_evaluate(nullptr, nullptr, kBaud));
         return start;
       default:
-        cancel_current(nullptr, nullptr, kBaud, 0);
+        closed_ = cancel_current(nullptr, nullptr, kBaud, 0);
         return start + kPauseBefore;
     }
   }
@@ -127,9 +130,12 @@ class Cancelled : public ScreenSession {
     WatchForQuestion(waiting.question);
     Call call(waiting.call);
     AwaitWaiting();
-    std::this_thread::sleep_for(Random(250));
+    std::this_thread::sleep_for(Random(200));
     EXPECT_FALSE(call.Ended());
     const Clock::time_point cancelled = Cancel(way);
+    if (way == Way::kCancelCurrentOperation) {
+      EXPECT_EQ(has_usb ? 0 : GWQ_NOT_OPENED, closed_);
+    }
     call.Join();
     EXPECT_EQ(waiting.cancelled, call.status());
     const milliseconds took = call.After(cancelled);
@@ -143,7 +149,7 @@ class Cancelled : public ScreenSession {
   void CancelAtAnyMoment(const Waiting& waiting, Way way) {
     constexpr milliseconds kRepeated{1500};
     Call call(waiting.call);
-    std::this_thread::sleep_for(Random(700));
+    std::this_thread::sleep_for(Random(500));
     const Clock::time_point start = Clock::now();
     std::thread canceller([&] { Cancel(way); });
     RepeatUntilEnded(call, start + kEndOfRead + waiting.beyond + milliseconds(200));
@@ -179,6 +185,7 @@ class Cancelled : public ScreenSession {
       static_cast<unsigned>(NumberIn("GWQ_TEST_SEED", static_cast<int>(std::random_device{}() >> 1U)));
   std::mt19937 random_{seed_};
   std::atomic<int> cancels_{0};
+  int closed_ = 0;  // the status of the last MP_CancelCurrentOperation
   int lost_ = 0;
   milliseconds slowest_{0};
 };
@@ -220,7 +227,26 @@ class CancelledTextScreens : public Cancelled {
 };
 
 using CancelledTexts = CancelledTextScreens;
-using CancelledPad = CancelledTextScreens;
+
+class CancelledPad : public CancelledTextScreens {
+ protected:
+  // Without one the pad asks nobody for a PIN.
+  void LoadWorkingKey() {
+    ASSERT_EQ(
+        0, lib.Get<decltype(&PN_SetPinPadParameter)>("PN_SetPinPadParameter")(0, kLink, kBaud, 0, 6, 0, "F"));
+    std::array<char, 4096> modulus{};
+    std::array<char, 1024> factor{};
+    ASSERT_EQ(0, lib.Get<decltype(&PN_ObtainPublicKey)>("PN_ObtainPublicKey")(0, kLink, kBaud, 1, 2048,
+                                                                              modulus.data()));
+    ASSERT_EQ(0, lib.Get<decltype(&PN_ObtainFactor)>("PN_ObtainFactor")(0, kLink, kBaud, "1", factor.data()));
+    const example::Key key = example::NewKey();
+    ASSERT_EQ(0,
+              lib.Get<decltype(&PN_DownloadPinPadWK)>("PN_DownloadPinPadWK")(
+                  0, kLink, kBaud, factor.data(), "1", example::EncipherForRsa(key, modulus.data()).c_str(),
+                  example::VerifyKey(key, example::Algorithm::kTripleDes).c_str()));
+  }
+};
+
 using CancelledPages = Cancelled;
 
 TEST_F(CancelledTexts, EvaluateEnds) {
@@ -341,6 +367,7 @@ TEST_F(CancelledSignatures, TzgEnds) {
 }
 
 TEST_F(CancelledPad, PinBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
   const auto get = lib.Get<decltype(&PN_GetPin)>("PN_GetPin");
   // Its command is the only one of the call.
   CancelAgainAndAgain({"PN_GetPin", std::string(1, '\x03'), [get] {
@@ -365,7 +392,10 @@ TEST_F(CancelledPad, ClearPinEnds) {
 // A cancelled serial read is a failed read to the engine, on purpose.
 class CancelledOnSerial : public CancelledTextScreens {
  protected:
-  CancelledOnSerial() { port = kSerialPort; }
+  CancelledOnSerial() {
+    port = kSerialPort;
+    has_usb = false;
+  }
 
   // Nothing is drained there: what comes before the wait are a few short commands.
   void AwaitWaiting() override {

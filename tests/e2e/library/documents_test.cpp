@@ -27,7 +27,7 @@ class Documents : public ScreenSession {
     EXPECT_EQ(decision, got);
   }
 
-  void ExpectOnTerminal(const std::string& name) {
+  static void ExpectOnTerminal(const std::string& name) {
     EXPECT_EQ(kDocumentText, ReadFile(OnTerminal("/tmp/" + name))) << name;
   }
 
@@ -37,7 +37,7 @@ class Documents : public ScreenSession {
            Document("附件 二.pdf", kDocumentText);
   }
 
-  void ExpectSeveralOnTerminal() {
+  static void ExpectSeveralOnTerminal() {
     for (const char* name : {"a.pdf", "开户协议.pdf", "附件 二.pdf"}) ExpectOnTerminal(name);
   }
 };

@@ -123,18 +123,19 @@ extern "C" {
   return s_open(device, handle);
 }
 
-[[gnu::visibility("default")]] int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint,
-                                                        unsigned char* data, int length, int* transferred,
-                                                        unsigned timeout) {
+[[gnu::visibility("default")]] int libusb_bulk_transfer(libusb_device_handle* dev_handle,
+                                                        unsigned char endpoint, unsigned char* data,
+                                                        int length, int* actual_length, unsigned timeout) {
   static const auto s_transfer = gwq::test::Real<decltype(&libusb_bulk_transfer)>("libusb_bulk_transfer");
   const bool in = (endpoint & gwq::test::kIn) != 0;
   if (in) Watch::Instance().Reads();
   if (!in) Watch::Instance().Sends({reinterpret_cast<const char*>(data), static_cast<std::size_t>(length)});
-  const int result = s_transfer(handle, endpoint, data, length, transferred, timeout);
-  if (in && *transferred == 0) Watch::Instance().FoundNothing();
+  const int result = s_transfer(dev_handle, endpoint, data, length, actual_length, timeout);
+  if (in && *actual_length == 0) Watch::Instance().FoundNothing();
   return result;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): glibc's is reserved
 [[gnu::visibility("default")]] std::time_t time(std::time_t* out) noexcept {
   std::timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
