@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <functional>
 #include <random>
 #include <thread>
@@ -180,7 +181,7 @@ class Cancelled : public ScreenSession {
   decltype(&MP_CancleEvaluate) cancel_evaluate = lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate");
   decltype(&MP_CancelCurrentOperation) cancel_current =
       lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation");
-  int cycles_ = NumberIn("GWQ_TEST_CYCLES", 12);
+  int cycles_ = NumberIn("GWQ_TEST_CYCLES", 10);
   unsigned seed_ =
       static_cast<unsigned>(NumberIn("GWQ_TEST_SEED", static_cast<int>(std::random_device{}() >> 1U)));
   std::mt19937 random_{seed_};
