@@ -19,6 +19,7 @@ ITEM = re.compile(r'^ {3}(\S(?:.*?\S)?)  +(\S.*)$')
 FUNCTION = re.compile(r'^(?:GWQ_API|static inline) [^;{]*?(\w+)\(([^;{]*)\)[^;{]*[;{]', re.MULTILINE)
 DATUM = re.compile(r'^GWQ_API extern [^;(]*;', re.MULTILINE)
 DIRECTION = re.compile(r'^(in/out|in and out|in|out)(?:[;,] |$)')
+VERBATIM = '\0'  # before each verbatim line of an item
 STATUS = re.compile(r'(?<![\w.-])-(\d{1,3})(?![\w.])')
 SIGN_IS_STATUS = ('frame', 'links', 'files', 'pinpad', 'screens')
 
@@ -77,6 +78,8 @@ class Comment:
         elif indent > 3 and (self.column is None or indent > self.column + 3):
             if last and last[0] == 'pre':
                 last[1].append(line)
+            elif last and last[0] == 'item':
+                self.parts[-1] = ('item', last[1], last[2] + VERBATIM + line)
             else:
                 self.parts.append(('pre', [line]))
         elif indent > 3 and last and last[0] == 'item':
@@ -125,12 +128,13 @@ class Writer:
 
     def text(self, text, links_statuses=False):
         """Escaped for Doxygen; `code` and names become links."""
+        text, *verbatim = text.split(VERBATIM)
         text = re.sub(r'([\\@#%])', r'\\\1', html.escape(text, quote=False))
         text = re.sub(r'`([^`]*)`', r'<code>\1</code>', text)
         text = re.sub(r'(?<![\w/])(\w+)(?![\w/(]|\.\w)', lambda m: '#' + m[1] if m[1] in self.names - {'min'} else m[1], text)
         if links_statuses and self.header.split('/')[0] in SIGN_IS_STATUS:
             text = STATUS.sub(self.status_link, text)
-        return text
+        return text + (self.part(('pre', verbatim)) if verbatim else '')
 
     def status_link(self, match):
         number = match[0]
@@ -228,19 +232,19 @@ class Manual:
         texts = [self.writer.text(r, True) for r in function.results]
         if not texts and not rows:
             texts = [self.writer.text(function.body[0][1], True)]
-        return '@return ' + ' '.join(texts) + (self.writer.definitions(rows) if rows else '') + '\n'
+        return '@return ' + (self.writer.definitions(rows) if rows else '') + ' '.join(texts) + '\n'
 
     def function(self, function, result):
         parts = [self.writer.part(p) for p in function.body] or [function.results[0]]
         brief, _, rest = parts[0].partition('. ')
-        lines = [f'@ingroup {group_of(function.name, self.header)}\n@brief {brief.strip().rstrip(".")}.\n\n{rest}\n', *parts[1:], '\n']
+        lines = [f'@ingroup {group_of(function.name, self.header)}\n@brief {brief.strip().rstrip(".")}.\n\n{rest}', *parts[1:]]
         lines += [self.parameter(function, *p) for p in function.parameters]
         if not re.match(r'(GWQ_API )?void $', result):
             lines.append(self.returned(function))
         lines += [f'@remark {self.writer.text(r)}\n' for r in self.head.remarks]
         if function.name in self.wire:
             lines.append(self.writer.wire_table(self.wire[function.name]))
-        return '/** ' + '\n'.join(lines) + '*/\n'
+        return '/** ' + '\n'.join(line for line in lines if line) + '*/\n'
 
     def block(self, comment, code):
         """A comment and the declarations behind it, up to an empty line."""

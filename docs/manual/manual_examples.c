@@ -53,7 +53,8 @@ static int Sign(const char* picture) {
 static int Show(void) {
   /* [show] */
   int key = -1;
-  const int status = MP_StartInfoHtml(NULL, NULL, 9600, 60, 1, "<html><body>Opening hours</body></html>", &key, 5);
+  const int status =
+      MP_StartInfoHtml(NULL, NULL, 9600, 60, 1, "<html><body>Opening hours</body></html>", &key, 5);
   if (status == GWQ_OK) printf("%s\n", key == 0 ? "confirmed" : "not confirmed");
   /* [show] */
   return status;
@@ -119,8 +120,10 @@ int main(int argc, char** argv) {
   if (argc < 3) return 2;
   document = argv[1];
   snprintf(directory, sizeof directory, "%s/signature.png", argv[2]);
-  int failed = Told("connect", Connect()) + Told("keys", Keys()) + Told("pin", Pin()) + Told("sign", Sign(directory));
-  failed += Told("show", Show()) + Told("rate", Rate()) + Told("files", Files()) + Told("diagnose", Diagnose());
+  int failed =
+      Told("connect", Connect()) + Told("keys", Keys()) + Told("pin", Pin()) + Told("sign", Sign(directory));
+  failed +=
+      Told("show", Show()) + Told("rate", Rate()) + Told("files", Files()) + Told("diagnose", Diagnose());
   failed += Told("links", Links()) + Told("codecs", Codecs());
   return failed == 0 ? 0 : 1;
 }
