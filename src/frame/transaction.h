@@ -4,8 +4,8 @@
  *   port        0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a negative port
  *               opens USB but sends as on a serial device: one write, not cut into 1024-byte reports
  *   baud        bits per second on a serial port
- *   command     in; on port 0, its length as text when `commandLen` is 0
- *   commandLen  bytes of the command
+ *   command     in
+ *   commandLen  bytes of the command; on port 0, 0 means its length as text
  *   answer      out; pass it zeroed, with 1024 bytes of room beyond *answerLen: a USB read keeps the report that
  *               reaches the maximum whole. NULL (or NULL answerLen) skips the read. After a failed read it may
  *               hold what had arrived.
