@@ -191,7 +191,7 @@ class Terminal {
   // ---- Files
 
   // The file's path on the terminal (pushFileToZ11).
-  std::string Push(const Path& file) const {
+  std::string Push(const Path& file) const {  // NOLINT(readability-convert-member-functions-to-static)
     return TextOf("pushFileToZ11", [&](char* out) { return pushFileToZ11(Listed({file}).c_str(), out); });
   }
 
