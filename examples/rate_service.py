@@ -10,8 +10,8 @@ def main() -> None:
     terminal = Terminal()
     terminal.set_teller(Teller("王芳", "0123", stars=5))
     with ThreadPoolExecutor(1) as pool:
-        rating = pool.submit(terminal.rate, seconds=30)
         try:
+            rating = pool.submit(terminal.rate, seconds=30)
             print(f"rating: {rating.result()}")
         except KeyboardInterrupt:
             terminal.cancel()

@@ -27,6 +27,7 @@ FUNCTIONS: dict[str, _Types] = {
     "GWQ_StartInfo": [*_LINE, c_int, _text, POINTER(c_uint)],
     "GWQ_StartKeyboard": [*_LINE, c_int, c_int, _room],
     "GetVideoList": [c_int, c_char, c_int, c_int, _room, c_int],
+    "ICC_CancelReadTransPort": [],
     "MP_CancelCurrentOperation": [*_SCREEN, c_int],
     "MP_CheckOut_All": [*_SCREEN, c_int, _text, _text, _room],
     "MP_ConfirmPDF": [*_SCREEN, c_int, _text, _number],

@@ -156,9 +156,11 @@ class Terminal:
         running = self._running
         if running is not None:
             self._cancelled = running
-            # A request that comes before the call waits is lost.
+            # A request that comes before the call waits is lost, and between sending and waiting it also stops further
+            # ones of CancelRead; the link's own has no such memory.
             while self._running is running:
                 self._library.CancelRead()
+                self._library.ICC_CancelReadTransPort()
                 time.sleep(_CANCEL_PAUSE)
         status = self._library.MP_CancelCurrentOperation(None, None, self._baud, 0)
         check("MP_CancelCurrentOperation", status)

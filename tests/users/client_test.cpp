@@ -104,13 +104,14 @@ TEST(Client, RefusesWhatTheLibraryWouldCut) {
   EXPECT_THROW(terminal.ShowDocuments({Path("/" + std::string(1023, 'a'))}), std::length_error);
 }
 
-// A cancel that comes before the rating waits is lost, so it is repeated.
+// A cancel that comes before the rating waits is lost, so it is repeated on both levels.
 TEST(ClientWaits, UntilAnotherThreadCancels) {
   const Terminal terminal;
   std::atomic<bool> over = false;
   std::thread other([&] {
     while (!over) {
       CancelRead();
+      ICC_CancelReadTransPort();
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     terminal.Cancel();
