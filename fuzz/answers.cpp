@@ -42,9 +42,14 @@ Bytes Transfer(const Manner& manner, Bytes content) {
   const auto type = content.empty() ? std::uint8_t{3} : static_cast<std::uint8_t>(content.front() % 5);
   if (!content.empty()) content.erase(content.begin());
   const std::size_t length = content.size() + (manner.WrongLength() ? 3000 : 0);
-  const int check = GetDataLRC(content.data(), static_cast<int>(content.size())) ^ (manner.WrongCheck() ? 1 : 0);
-  const Bytes header{kStx, type, static_cast<std::uint8_t>(check), static_cast<std::uint8_t>(length >> 16U),
-                     static_cast<std::uint8_t>(length >> 8U), static_cast<std::uint8_t>(length)};
+  const int check =
+      GetDataLRC(content.data(), static_cast<int>(content.size())) ^ (manner.WrongCheck() ? 1 : 0);
+  const Bytes header{kStx,
+                     type,
+                     static_cast<std::uint8_t>(check),
+                     static_cast<std::uint8_t>(length >> 16U),
+                     static_cast<std::uint8_t>(length >> 8U),
+                     static_cast<std::uint8_t>(length)};
   content.insert(content.begin(), header.begin(), header.end());
   return content;
 }

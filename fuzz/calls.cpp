@@ -169,8 +169,8 @@ Answer MakeAnswer(Arguments& a) {
 }
 
 GwqEndOfRead MakeEnd(Arguments& a) {
-  static constexpr std::array<GwqEndOfRead, 6> kEnds{nullptr, &EndOfRead2, &EndOfRead3, &EndOfRead, &EndOfCondition4,
-                                                     &EndOfConditionD};
+  static constexpr std::array<GwqEndOfRead, 6> kEnds{nullptr,    &EndOfRead2,      &EndOfRead3,
+                                                     &EndOfRead, &EndOfCondition4, &EndOfConditionD};
   return kEnds[a.input().Byte() % kEnds.size()];
 }
 
@@ -187,7 +187,8 @@ void TransactByEnd(Arguments& a) {
   const Command command = MakeCommand(a);
   const Answer answer = MakeAnswer(a);
   const GwqEndOfRead end = MakeEnd(a);
-  TransProcByEnd(port, 9600, command.bytes, command.length, answer.bytes, answer.length, end, Milliseconds::Make(a));
+  TransProcByEnd(port, 9600, command.bytes, command.length, answer.bytes, answer.length, end,
+                 Milliseconds::Make(a));
 }
 
 void OnlySend(Arguments& a) {
@@ -335,8 +336,9 @@ void StringBlock(Arguments& a) {
   const int seconds = Seconds::Make(a);
   const unsigned null = a.input().Byte();
   PN_GetStringBlock(0, nullptr, 9600, seconds, a.input().Int(),
-                    null == 255 ? nullptr : reinterpret_cast<const char*>(bytes), null == 254 ? nullptr : file,
-                    null == 253 ? nullptr : length, null == 252 ? nullptr : answer);
+                    null == 255 ? nullptr : reinterpret_cast<const char*>(bytes),
+                    null == 254 ? nullptr : file, null == 253 ? nullptr : length,
+                    null == 252 ? nullptr : answer);
 }
 
 void ReadPinInClear(Arguments& a) {
@@ -345,6 +347,11 @@ void ReadPinInClear(Arguments& a) {
   const int seconds = Seconds::Make(a);
   const int size = Small(a);
   GWQ_ReadPin(port, 9600, mode, seconds, a.Room(Count(size), false), size);
+}
+
+void LogBytes(Arguments& a) {
+  const Block block = MakeBlock(a);
+  ICC_DPrintDataHexToFile(Text::Make(a), block.bytes, block.length);
 }
 
 void ListFiles(Arguments& a) {
@@ -580,6 +587,7 @@ constexpr Call kCalls[] = {
     {"test_init", 0, 0, false, &WithContext<test_init>},
     {"test_deinit", 0, 0, false, &WithContext<test_deinit>},
     {"SetDebugFlag", 0, 0, false, &Do<SetDebugFlag, Unsigned>},
+    {"ICC_DPrintDataHexToFile", 0, 0, false, &LogBytes},
     {"DelOutTimeLogFile", 0, 0, false, &Do<DelOutTimeLogFile>},
     {"pGetLogPath", 0, 0, false, &Do<pGetLogPath>},
     {"GetModuleCurPath", 0, 0, false, &Do<GetModuleCurPath, Out<256>>},

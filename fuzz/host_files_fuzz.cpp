@@ -17,7 +17,8 @@ void ReadIni(Machine& machine, Input input) {
   const std::string key = input.Text();
   const auto content = input.Rest();
   machine.PutFile("lib/GWQ_LOG.ini", {reinterpret_cast<const char*>(content.data()), content.size()});
-  for (const auto& [in, wanted] : {std::pair{section, key}, std::pair{std::string("Gwq"), std::string("Log")}}) {
+  for (const auto& [in, wanted] :
+       {std::pair{section, key}, std::pair{std::string("Gwq"), std::string("Log")}}) {
     Exact<char> value(100);
     GetProfileString("/lib/GWQ_LOG.ini", in.c_str(), wanted.c_str(), value.data());
     Require(std::memchr(value.data(), '\0', value.size()) != nullptr, "a value without an end");

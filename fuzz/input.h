@@ -29,17 +29,30 @@ class Input {
 
   // The numbers at which things change, or any other.
   int Int() {
-    static constexpr int kEdges[] = {0,   1,    2,    3,    4,    5,    6,     7,     8,         14,         15,       16,  20,
-                                     100, 128,  255,  256,  511,  998,  999,   1000,  1023,      1024,       1025,     2048, 4096,
-                                     -1,  -100, 2047, 2049, 9600, 4095, 32767, 65535, 115200,    -2147483647 - 1, 2147483647};
+    static constexpr int kEdges[] = {0,         1,    2,    3,    4,    5,     6,     7,      8,
+                                     14,        15,   16,   20,   100,  128,   255,   256,    511,
+                                     998,       999,  1000, 1023, 1024, 1025,  2048,  4096,   -1,
+                                     -100,      2047, 2049, 9600, 4095, 32767, 65535, 115200, -2147483647 - 1,
+                                     2147483647};
     const std::uint8_t choice = Byte();
-    return choice < std::size(kEdges) ? kEdges[choice] : choice < 128 ? choice - 64 : static_cast<int>(Number(4));
+    return choice < std::size(kEdges) ? kEdges[choice]
+           : choice < 128             ? choice - 64
+                                      : static_cast<int>(Number(4));
   }
 
   // Texts of any kind but with a zero byte in them: short ones, long ones, paths of files that exist or not.
   std::string Text() {
-    static constexpr const char* kPaths[] = {"/docs/a.pdf", "/docs/b.jpg", "/docs/c.htm", "/docs/update.dat", "/docs/none.pdf",
-                                             "/docs/empty.dat", "a.pdf", "/docs", "/tmp/x", "|", "/docs/a.pdf|/docs/b.jpg",
+    static constexpr const char* kPaths[] = {"/docs/a.pdf",
+                                             "/docs/b.jpg",
+                                             "/docs/c.htm",
+                                             "/docs/update.dat",
+                                             "/docs/none.pdf",
+                                             "/docs/empty.dat",
+                                             "a.pdf",
+                                             "/docs",
+                                             "/tmp/x",
+                                             "|",
+                                             "/docs/a.pdf|/docs/b.jpg",
                                              "\xE4\xB8\xAD\xE6\x96\x87|/docs/\xE4\xB8\xAD.pdf"};
     const std::uint8_t choice = Byte();
     if (choice < 16) return kPaths[choice % std::size(kPaths)];
@@ -67,7 +80,8 @@ class Input {
 
   static std::string Repeated(std::size_t length, std::span<const std::uint8_t> pattern) {
     std::string text(length, 'x');
-    for (std::size_t i = 0; i < length && !pattern.empty(); ++i) text[i] = static_cast<char>(pattern[i % pattern.size()]);
+    for (std::size_t i = 0; i < length && !pattern.empty(); ++i)
+      text[i] = static_cast<char>(pattern[i % pattern.size()]);
     return WithoutZeros(text);
   }
 

@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <utility>
 
 #include "diag/log.h"
@@ -67,19 +68,23 @@ bool g_root_changed = true;
 // The library's directory, and documents of a caller.
 void FillRoot() {
   if (!std::exchange(g_root_changed, false)) return;
-  for (const auto& entry : std::filesystem::directory_iterator(Root().Path())) std::filesystem::remove_all(entry);
+  for (const auto& entry : std::filesystem::directory_iterator(Root().Path()))
+    std::filesystem::remove_all(entry);
   for (const char* directory : {"tmp", "lib", "docs"}) std::filesystem::create_directory(Root() / directory);
-  for (const char* name : {"docs/a.pdf", "docs/b.jpg", "docs/c.htm", "docs/update.dat"}) test::WriteFile(Root() / name, name);
+  for (const char* name : {"docs/a.pdf", "docs/b.jpg", "docs/c.htm", "docs/update.dat"})
+    test::WriteFile(Root() / name, name);
 }
 
 // From outside, while a transfer waits; one of those that never wait themselves.
 void Cancel(int value) {
   using Function = void (*)();
-  static constexpr std::array<Function, 7> kCancels{
-      [] { CancelRead(); },           [] { CancelWrite(); },
-      [] { ICC_CancelLinuxHidRead(); }, [] { ICC_CancelLinuxComRead(); },
-      [] { ICC_CancelLinuxSdtRead(); }, [] { ICC_CancelLinuxAuxRead(); },
-      [] { ICC_CancelReadTransPort(); }};
+  static constexpr std::array<Function, 7> kCancels{[] { CancelRead(); },
+                                                    [] { CancelWrite(); },
+                                                    [] { ICC_CancelLinuxHidRead(); },
+                                                    [] { ICC_CancelLinuxComRead(); },
+                                                    [] { ICC_CancelLinuxSdtRead(); },
+                                                    [] { ICC_CancelLinuxAuxRead(); },
+                                                    [] { ICC_CancelReadTransPort(); }};
   kCancels[static_cast<unsigned>(value) % kCancels.size()]();
 }
 
@@ -96,7 +101,8 @@ void Fail(const std::string& what) {
   std::abort();
 }
 
-Machine::Machine(unsigned present) : present_(present), usb_(std::make_unique<Usb>()), next_line_(kFirstLine) {
+Machine::Machine(unsigned present)
+    : present_(present), usb_(std::make_unique<Usb>()), next_line_(kFirstLine) {
   FillRoot();
   lowest_free_ = LowestFree();
   for (unsigned i = 0; i < std::size(kUsbIdentities); ++i) {
@@ -118,7 +124,8 @@ void Machine::Plan(Fault fault, unsigned after, int value) {
 }
 
 std::optional<int> Machine::Strikes(Fault fault) {
-  const auto plan = std::find_if(plans_.begin(), plans_.end(), [fault](const Planned& p) { return p.fault == fault; });
+  const auto plan =
+      std::find_if(plans_.begin(), plans_.end(), [fault](const Planned& p) { return p.fault == fault; });
   if (plan == plans_.end()) return std::nullopt;
   if (plan->after-- > 0) return std::nullopt;
   const int value = plan->value;
@@ -132,7 +139,8 @@ void Machine::Answer(Bytes bytes, bool when_asked) {
 
 void Machine::PutFile(const std::string& path, std::string_view content) {
   g_root_changed = true;
-  if (const auto place = Place(path)) test::WriteFile(*place, content);
+  // What the library made there itself may be in the way.
+  if (const auto place = Place(path)) std::ofstream(*place, std::ios::binary) << content;
 }
 
 std::optional<std::string> Machine::Place(std::string_view path) {
@@ -383,7 +391,8 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
   if (fault && *fault % 3 == 1) return __real_fopen(*mode == 'r' ? "/" : "/dev/full", mode);
   if (fault) return nullptr;
   if (*mode != 'r') gwq::fuzz::g_root_changed = true;
-  return Elsewhere<std::FILE*>(path, nullptr, [mode](const char* place) { return __real_fopen(place, mode); });
+  return Elsewhere<std::FILE*>(path, nullptr,
+                               [mode](const char* place) { return __real_fopen(place, mode); });
 }
 
 int __real_unlink(const char* path);
@@ -430,10 +439,10 @@ int __wrap_dladdr(const void* address, Dl_info* info) {
 
 // ------------------------------------------------------------------ reads of the links
 
-#define GWQ_FUZZ_TIMED_READ(name)                                                                             \
-  int __real_##name(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);                     \
-  int __wrap_##name(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {                    \
-    return Running()->Timed(timeout_s, [&] { return __real_##name(buffer, maximum, timeout_s, end); });       \
+#define GWQ_FUZZ_TIMED_READ(name)                                                                       \
+  int __real_##name(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);               \
+  int __wrap_##name(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {              \
+    return Running()->Timed(timeout_s, [&] { return __real_##name(buffer, maximum, timeout_s, end); }); \
   }
 GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxHid)
 GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxCom)
@@ -455,10 +464,12 @@ void libusb_exit(libusb_context* /*context*/) {
 }
 
 ssize_t libusb_get_device_list(libusb_context* /*context*/, libusb_device*** list) {
-  if (const auto value = Running()->Strikes(Fault::kUsbList)) return *value % 2 == 0 ? 0 : LIBUSB_ERROR_NO_MEM;
+  if (const auto value = Running()->Strikes(Fault::kUsbList))
+    return *value % 2 == 0 ? 0 : LIBUSB_ERROR_NO_MEM;
   auto& usb = Running()->usb();
   *list = new libusb_device*[usb.devices.size() + 1]();
-  std::transform(usb.devices.begin(), usb.devices.end(), *list, [](libusb_device& device) { return &device; });
+  std::transform(usb.devices.begin(), usb.devices.end(), *list,
+                 [](libusb_device& device) { return &device; });
   usb.lists.insert(*list);
   return static_cast<ssize_t>(usb.devices.size());
 }
@@ -505,8 +516,8 @@ int libusb_claim_interface(libusb_device_handle* handle, int /*interface*/) {
   return 0;
 }
 
-int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data, int length,
-                         int* transferred, unsigned /*timeout_ms*/) {
+int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data,
+                         int length, int* transferred, unsigned /*timeout_ms*/) {
   *transferred = 0;
   gwq::fuzz::Require(Running()->usb().handles.contains(handle), "a transfer on a device that is not open");
   gwq::fuzz::Require(handle->claimed, "a transfer on an interface that is not claimed");
@@ -514,8 +525,8 @@ int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, u
   return Running()->TransferOut(length, transferred);
 }
 
-int libusb_interrupt_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data, int length,
-                              int* transferred, unsigned timeout_ms) {
+int libusb_interrupt_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data,
+                              int length, int* transferred, unsigned timeout_ms) {
   return libusb_bulk_transfer(handle, endpoint, data, length, transferred, timeout_ms);
 }
 

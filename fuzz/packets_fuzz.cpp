@@ -48,8 +48,9 @@ void PackAndUnpack(std::span<const std::uint8_t> bytes) {
   int length = 0;
   const int status = UnPackData(frame.data(), frame.length(), data.data(), &length);
   Require(status == body.data()[0] * 256 + body.data()[1], "another status word came back");
-  Require(std::ranges::equal(data.first(static_cast<std::size_t>(length)), body.first(body.size()).subspan(2)),
-          "other data came back");
+  Require(
+      std::ranges::equal(data.first(static_cast<std::size_t>(length)), body.first(body.size()).subspan(2)),
+      "other data came back");
 }
 
 }  // namespace
@@ -63,11 +64,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FindBody(answer, 0x02, 0x03);
   FindBody(answer, size > 0 ? data[0] : 0, size > 1 ? data[size - 1] : 0);
   PackAndUnpack({data, size});
+  Require(getLRC(answer.data(), answer.length()) == GetDataLRC(answer.data(), answer.length()),
+          "two checks differ");
+  Exact<unsigned char> number(4);
+  Require(Endian_intToChar(Input(data, size).Int(), number.data()) == number.data() + 3,
+          "a number of another length");
   std::string id(reinterpret_cast<const char*>(data), size);
   CheckDeviceId(id.c_str());
   Exact<unsigned char> split(2 * size);
   PSBC_SplitData(answer.data(), answer.length(), split.data());
   PSBC_MergeData(split.data(), split.length(), answer.data());
-  Require(std::ranges::equal(answer.first(size), std::span(data, size)), "split and merged, other bytes came back");
+  Require(std::ranges::equal(answer.first(size), std::span(data, size)),
+          "split and merged, other bytes came back");
   return 0;
 }

@@ -9,7 +9,8 @@
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size, unsigned seed) {
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size,
+                                               unsigned seed) {
   std::minstd_rand random(seed);
   if (random() % 3 == 0) return LLVMFuzzerMutate(data, size, max_size);
   gwq::fuzz::Exact<unsigned char> body({data, size});
@@ -20,7 +21,8 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
   changed[0] = static_cast<std::uint8_t>(status >> 8);
   changed[1] = static_cast<std::uint8_t>(status);
   std::copy_n(content.data(), length, changed.begin() + 2);
-  const std::size_t count = LLVMFuzzerMutate(changed.data(), static_cast<std::size_t>(length) + 2, changed.size());
+  const std::size_t count =
+      LLVMFuzzerMutate(changed.data(), static_cast<std::size_t>(length) + 2, changed.size());
   std::vector<std::uint8_t> frame(2 * count + 8);
   PackData(changed.data(), static_cast<int>(count), frame.data());
   if (random() % 4 == 0) frame[1 + random() % 4] = static_cast<std::uint8_t>('0' + random() % 16);

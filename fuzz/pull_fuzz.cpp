@@ -43,7 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int acknowledged = port.Acknowledged();
     const Result result = reception.Take(gwq::ReportView(report.data(), gwq::kReportSize));
     Require(port.Stored() - stored <= gwq::kReportSize, "a report brought more than it holds");
-    Require(port.Acknowledged() - acknowledged == (result == Result::kReportTaken ? 0 : 1), "packets and acknowledgements differ");
+    Require(port.Acknowledged() - acknowledged == (result == Result::kReportTaken ? 0 : 1),
+            "packets and acknowledgements differ");
     if (result == Result::kRejected || result == Result::kFileDone) break;
   }
   return 0;

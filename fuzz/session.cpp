@@ -19,7 +19,7 @@ constexpr std::int64_t kPerReadMs = 1220;
 constexpr std::int64_t kPerReportMs = 31;
 
 void PutFile(Input input) {
-  static constexpr std::array kFiles{"docs/a.pdf", "docs/b.jpg", "docs/c.htm", "docs/update.dat",
+  static constexpr std::array kFiles{"docs/a.pdf",     "docs/b.jpg", "docs/c.htm",     "docs/update.dat",
                                      "docs/empty.dat", "tmp/hw.txt", "lib/GWQ_LOG.ini"};
   const char* name = kFiles[input.Byte() % kFiles.size()];
   const unsigned repeats = input.Byte();
@@ -72,7 +72,8 @@ void RunCall(const Call& call, Arguments& arguments) {
                                (machine.Reads() - reads) * (call.per_read_s * 1000 + kPerReadMs) +
                                (machine.Reports() - reports) * kPerReportMs;
   if (took > allowed) {
-    Fail(std::string(call.name) + " took " + std::to_string(took) + " ms, allowed were " + std::to_string(allowed));
+    Fail(std::string(call.name) + " took " + std::to_string(took) + " ms, allowed were " +
+         std::to_string(allowed));
   }
   const Held after = machine.Holds();
   if (call.holds) return;
@@ -96,7 +97,8 @@ void EndSession() {
 
 void RunSession(const std::vector<Record>& records) {
   const bool settings = !records.empty() && records.front().type == RecordType::kSettings;
-  Input input(settings ? std::span<const std::uint8_t>(records.front().content) : std::span<const std::uint8_t>());
+  Input input(settings ? std::span<const std::uint8_t>(records.front().content)
+                       : std::span<const std::uint8_t>());
   const unsigned absent = input.Byte();  // zero, and so no record at all, has everything plugged in
   Machine machine(~absent);
   SetDebugFlag(input.Byte());

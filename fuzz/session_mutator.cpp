@@ -62,19 +62,38 @@ class Mutator {
 
   void Insert() { records_.insert(Gap(), New(static_cast<RecordType>(1 + Below(4)))); }
 
-  // A call that is answered when it asks.
+  static Record Answer(Bytes content) {
+    content.insert(content.begin(), 1);
+    return {RecordType::kAnswer, std::move(content)};
+  }
+
+  Record FrameOfSuccess() {
+    Bytes content{2, 0, 0};
+    const Bytes data = Some(32);
+    content.insert(content.end(), data.begin(), data.end());
+    return Answer(content);
+  }
+
+  // A call that is answered when it asks: what a push gets, what the customer does, what a pull gets.
   void InsertConversation() {
+    constexpr std::uint8_t kDone = 5;
+    constexpr std::uint8_t kPacket = 0x43;
     std::vector<Record> conversation;
-    for (std::size_t i = Below(4); i > 0; --i) {
-      conversation.push_back(New(RecordType::kAnswer));
-      conversation.back().content.insert(conversation.back().content.begin(), 1);
+    if (Below(2) == 0) conversation.assign(Below(10), Answer({kDone}));
+    for (std::size_t i = Below(4); i > 0; --i) conversation.push_back(Answer(Some(24)));
+    for (std::size_t i = Below(3) * Below(5); i > 0; --i) conversation.push_back(FrameOfSuccess());
+    for (std::size_t i = Below(3); i > 0; --i) {
+      conversation.push_back(Answer({kPacket, 1}));
+      conversation.push_back(Answer({kPacket, 2, Byte(), Byte(), Byte()}));
+      conversation.push_back(Answer({kPacket, 3}));
     }
     conversation.push_back(New(RecordType::kCall));
     records_.insert(Gap(), conversation.begin(), conversation.end());
   }
 
   void ChangeCall() {
-    const auto call = std::find_if(Any(), records_.end(), [](const Record& r) { return r.type == RecordType::kCall; });
+    const auto call =
+        std::find_if(Any(), records_.end(), [](const Record& r) { return r.type == RecordType::kCall; });
     if (call == records_.end()) return Insert();
     if (call->content.empty()) call->content.push_back(0);
     call->content.front() = static_cast<std::uint8_t>(Below(Calls().size()));
@@ -104,7 +123,8 @@ std::size_t Store(const std::vector<Record>& records, std::uint8_t* data, std::s
 using gwq::fuzz::Input;
 using gwq::fuzz::ParseRecords;
 
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size, unsigned seed) {
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t max_size,
+                                               unsigned seed) {
   auto records = ParseRecords(Input(data, size));
   gwq::fuzz::Mutator(records, seed).Mutate();
   const std::size_t stored = gwq::fuzz::Store(records, data, max_size);
@@ -112,8 +132,9 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 }
 
 // The beginning of one session and the end of another.
-extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data1, std::size_t size1, const std::uint8_t* data2,
-                                                 std::size_t size2, std::uint8_t* out, std::size_t max_out, unsigned seed) {
+extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data1, std::size_t size1,
+                                                 const std::uint8_t* data2, std::size_t size2,
+                                                 std::uint8_t* out, std::size_t max_out, unsigned seed) {
   auto first = ParseRecords(Input(data1, size1));
   const auto second = ParseRecords(Input(data2, size2));
   std::minstd_rand random(seed);

@@ -1,5 +1,6 @@
 // Text forms, Base64 and the character sets; and the sequences that are made of numbers alone.
 #include <algorithm>
+#include <array>
 #include <string>
 
 #include "codec/encodings.h"
@@ -30,10 +31,14 @@ void ToTexts(Exact<unsigned char>& in, std::size_t capacity) {
   Exact<char> upper(Even(capacity));
   AsciiToHexStr(reinterpret_cast<char*>(in.data()), in.length(), upper.data(), room);
   Exact<char> whole(2 * in.size() + 1);
-  Require(HexToAscii(in.data(), in.length(), whole.data()) == 2 * in.length(), "hexadecimal text of another length");
+  Require(HexToAscii(in.data(), in.length(), whole.data()) == 2 * in.length(),
+          "hexadecimal text of another length");
+  Require((GetXorValue(1, in.data(), in.length()) ^ GetXorValue(0, in.data(), in.length())) == 1,
+          "a check without its seed");
   Exact<unsigned char> back(in.size());
   AsciiToHex(whole.data(), 2 * in.length(), back.data());
-  Require(std::ranges::equal(back.first(in.size()), in.first(in.size())), "other bytes came back from hexadecimal");
+  Require(std::ranges::equal(back.first(in.size()), in.first(in.size())),
+          "other bytes came back from hexadecimal");
 }
 
 void FromTexts(Exact<unsigned char>& bytes, std::size_t capacity) {
@@ -53,15 +58,20 @@ void FromTexts(Exact<unsigned char>& bytes, std::size_t capacity) {
 
 void Base64(Exact<unsigned char>& in, std::size_t capacity) {
   Exact<char> text((in.size() + 2) / 3 * 4);
-  Require(EncryptBase64(in.data(), in.length(), text.data(), text.length()) == text.length(), "Base64 of another length");
+  Require(EncryptBase64(in.data(), in.length(), text.data(), text.length()) == text.length(),
+          "Base64 of another length");
   Exact<unsigned char> back(in.size());
   const int length = DecryptBase64(text.data(), text.length(), back.data(), back.length());
   Require(length == in.length() && std::ranges::equal(back.first(in.size()), in.first(in.size())),
           "other bytes came back from Base64");
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    Require(GetIndexFromBase64Table(text.data()[i]) >= 0, "a character that is not of the alphabet");
+  }
   Exact<char> small(capacity);
   EncryptBase64(in.data(), in.length(), small.data(), small.length());
   Exact<unsigned char> any(capacity);
-  const int count = DecryptBase64(reinterpret_cast<const char*>(in.data()), in.length(), any.data(), any.length());
+  const int count =
+      DecryptBase64(reinterpret_cast<const char*>(in.data()), in.length(), any.data(), any.length());
   Require(count >= -1 && count <= any.length() + 1, "more decoded than there is room for");
 }
 
@@ -69,11 +79,16 @@ void CharacterSets(Exact<unsigned char>& in, std::size_t capacity) {
   const auto* text = reinterpret_cast<const char*>(in.data());
   Exact<char> gbk(capacity);
   u2g(text, in.length(), gbk.data(), gbk.length());
+  static constexpr std::array kNames{"UTF-8", "GBK", "UCS-2LE", "GB18030", "ASCII", "none"};
+  Exact<char> any(capacity);
+  code_convert(kNames[in.size() % kNames.size()], kNames[capacity % kNames.size()], text, in.length(),
+               any.data(), any.length());
   Exact<char> utf8(capacity);
   g2u(text, in.length(), utf8.data(), utf8.length());
   std::string terminated(text, in.size());
   terminated.resize(terminated.find('\0') == std::string::npos ? terminated.size() : terminated.find('\0'));
-  Exact<unsigned char> narrow({reinterpret_cast<const std::uint8_t*>(terminated.c_str()), terminated.size() + 1});
+  Exact<unsigned char> narrow(
+      {reinterpret_cast<const std::uint8_t*>(terminated.c_str()), terminated.size() + 1});
   Exact<unsigned short> wide(capacity);
   const int count = GbkToUnicode(narrow.data(), wide.data(), wide.length());
   Require(count >= 0 && count <= wide.length(), "more characters than there is room for");
