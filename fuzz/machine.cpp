@@ -185,7 +185,7 @@ std::int64_t Machine::Seconds() {
     wall_ms_ += step * 1000;
     slack_ms_ += std::max<std::int64_t>(-step, 1) * 1000;
   }
-  return kStart + wall_ms_ / 1000;
+  return (kStart * 1000 + wall_ms_) / 1000;
 }
 
 // A long wait goes by in ever larger steps, never beyond its end.
@@ -385,7 +385,8 @@ int __wrap_ttyname_r(int fd, char* name, std::size_t size) {
 
 std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
-  if (Running() == nullptr) return __real_fopen(path, mode);
+  // What libFuzzer keeps of a find, in a mode of its own, is not the library's.
+  if (Running() == nullptr || std::strcmp(mode, "w") == 0) return __real_fopen(path, mode);
   const auto fault = Running()->Strikes(Fault::kFile);
   // A disk that is full, a file that opens and cannot be read, one that does not open.
   if (fault && *fault % 3 == 1) return __real_fopen(*mode == 'r' ? "/" : "/dev/full", mode);

@@ -19,7 +19,7 @@ class Mutator {
 
   void Mutate() {
     if (records_.empty()) return Insert();
-    switch (Below(8)) {
+    switch (Below(10)) {
       case 0:
         return Insert();
       case 1:
@@ -34,6 +34,8 @@ class Mutator {
         return std::swap(*Any(), *Any());
       case 5:
         return ChangeCall();
+      case 6:
+        return Below(8) == 0 ? InsertLongestAnswer() : ChangeCall();
       default:
         return ChangeContent(*Any());
     }
@@ -72,6 +74,21 @@ class Mutator {
     const Bytes data = Some(32);
     content.insert(content.end(), data.begin(), data.end());
     return Answer(content);
+  }
+
+  // The most that a short answer can be: one byte less than would end the read, and a whole report.
+  void InsertLongestAnswer() {
+    Bytes first(2 + 1023, 'x');
+    first[0] = 1;
+    first[1] = 0;
+    first[2] = 0x02;
+    first[3 + Below(1000)] = '|';
+    Bytes second(2 + 1024, 'y');
+    second[0] = second[1] = 0;
+    second.back() = Below(2) == 0 ? 0x03 : 'F';
+    const Record call = New(RecordType::kCall);
+    const std::vector<Record> records{{RecordType::kAnswer, first}, {RecordType::kAnswer, second}, call};
+    records_.insert(Gap(), records.begin(), records.end());
   }
 
   // A call that is answered when it asks: what a push gets, what the customer does, what a pull gets.
