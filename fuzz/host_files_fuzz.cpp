@@ -12,11 +12,11 @@
 namespace gwq::fuzz {
 namespace {
 
-void ReadIni(Machine& machine, Input input) {
+void ReadIni(Input input) {
   const std::string section = input.Text();
   const std::string key = input.Text();
   const auto content = input.Rest();
-  machine.PutFile("lib/GWQ_LOG.ini", {reinterpret_cast<const char*>(content.data()), content.size()});
+  Machine::PutFile("lib/GWQ_LOG.ini", {reinterpret_cast<const char*>(content.data()), content.size()});
   for (const auto& [in, wanted] :
        {std::pair{section, key}, std::pair{std::string("Gwq"), std::string("Log")}}) {
     Exact<char> value(100);
@@ -33,14 +33,14 @@ void Trim(const std::string& text) {
 }
 
 // Whatever files stand beside the log, a purge reads their names and ends.
-void Purge(Machine& machine, Input input) {
+void Purge(Input input) {
   pGetLogPath();
   while (!input.Empty()) {
     const auto bytes = input.Take(1 + input.Byte() % 40);
     std::string name(bytes.begin(), bytes.end());
     for (char& c : name) c = c == '/' || c == '\0' || c == '.' ? '0' : c;
-    machine.PutFile("lib/Log/Gwq_Volkarn/VK_" + name + ".log", "");
-    if (input.Byte() % 4 == 0) machine.PutFile("lib/Log/Gwq_Volkarn/" + name, "");
+    Machine::PutFile("lib/Log/Gwq_Volkarn/VK_" + name + ".log", "");
+    if (input.Byte() % 4 == 0) Machine::PutFile("lib/Log/Gwq_Volkarn/" + name, "");
   }
   DelOutTimeLogFile();
 }
@@ -76,9 +76,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Names(text);
   Input input(data, size);
   if (input.Byte() % 2 == 0) {
-    ReadIni(machine, input);
+    ReadIni(input);
   } else {
-    Purge(machine, input);
+    Purge(input);
   }
   machine.RequireNothingHeld();
   return 0;

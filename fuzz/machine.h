@@ -70,7 +70,7 @@ class Machine {
 
   // What the terminal says next: at once, or when it has been sent something since it last spoke.
   void Answer(Bytes bytes, bool when_asked);
-  void PutFile(const std::string& path, std::string_view content);
+  static void PutFile(const std::string& path, std::string_view content);
   // Where a path of the library is on this system; nothing for one that could lead outside.
   static std::optional<std::string> Place(std::string_view path);
 

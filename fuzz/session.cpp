@@ -26,7 +26,7 @@ void PutFile(Input input) {
   const auto piece = input.Rest();
   std::string content;
   for (unsigned i = 0; i <= repeats; ++i) content.append(piece.begin(), piece.end());
-  Machine::Current()->PutFile(name, content);
+  Machine::PutFile(name, content);
 }
 
 void PlanFaults(Input input) {
@@ -68,9 +68,10 @@ void RunCall(const Call& call, Arguments& arguments) {
   const std::int64_t reports = machine.Reports();
   call.run(arguments);
   const std::int64_t took = machine.SpentMs() - machine.SlackMs() - start;
-  const std::int64_t allowed = (call.own_s + arguments.WaitS()) * 1000 + kSleepsMs +
-                               (machine.Reads() - reads) * (call.per_read_s * 1000 + kPerReadMs) +
-                               (machine.Reports() - reports) * kPerReportMs;
+  const std::int64_t allowed =
+      (call.own_s + arguments.WaitS()) * 1000 + kSleepsMs +
+      (machine.Reads() - reads) * (std::int64_t{call.per_read_s} * 1000 + kPerReadMs) +
+      (machine.Reports() - reports) * kPerReportMs;
   if (took > allowed) {
     Fail(std::string(call.name) + " took " + std::to_string(took) + " ms, allowed were " +
          std::to_string(allowed));

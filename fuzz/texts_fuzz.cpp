@@ -103,7 +103,7 @@ void FromUcs2(std::span<const std::uint8_t> bytes, std::size_t capacity) {
   UnicodeToGbk(in.data(), out.data(), static_cast<int>(capacity));
 }
 
-void CutText(std::string text, std::string delimiter) {
+void CutText(const std::string& text, const std::string& delimiter) {
   Exact<char> out(text.size() + 1);
   const char* at = SplitData(text.c_str(), out.data(), delimiter.c_str());
   Require(at >= text.c_str() && at <= text.c_str() + text.size(), "cut outside the text");
