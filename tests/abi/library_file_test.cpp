@@ -115,7 +115,7 @@ TEST_P(HardenedFile, MarksWhereJumpsMayLand) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, HardenedFile, testing::Values(GWQ_HARDENED_FILES),
-                         [](const auto& info) { return info.index == 0 ? "Library" : "Terminal"; });
+                         [](const auto& file) { return file.index == 0 ? "Library" : "Terminal"; });
 
 TEST(LibraryFile, HoldsNoPathOfTheBuildingMachine) {
   if (GWQ_SANITIZED) GTEST_SKIP() << "a sanitizer's messages name source files";
