@@ -1,6 +1,7 @@
 #include "transports/device_factory.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
@@ -10,7 +11,7 @@
 
 namespace gwq::terminal {
 
-Device DeviceFactory::Make(Line line, const std::string& line_name) {
+LineDevice DeviceFactory::Make(Line line, const std::string& line_name) {
   if (customer_file_.empty()) {
     customers_.push_back(std::make_unique<AgreeableCustomer>());
   } else {
@@ -18,7 +19,9 @@ Device DeviceFactory::Make(Line line, const std::string& line_name) {
   }
   Settings settings;
   settings.tzg = tzg_;
-  return Device(line, *customers_.back(), settings, trace_.Sink(line_name), MakeStorage(), &painter_);
+  Device device(line, *customers_.back(), settings, trace_.Sink(line_name), MakeStorage(), &painter_);
+  if (!hostile_) return device;
+  return {std::move(device), Hostility(*hostile_, line == Line::kUsb ? 0 : 1)};
 }
 
 std::string DeviceFactory::StorageDir() {

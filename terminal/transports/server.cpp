@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "transports/control_channel.h"
 #include "transports/device_factory.h"
@@ -41,6 +44,37 @@ class Wakeup {
   UniqueFd fd_;
 };
 
+// Unplugs a hostile terminal when it wants to go, and plugs it in again.
+class LooseCable final : public Timed {
+ public:
+  LooseCable(UsbTerminal& usb, const Clock& clock, std::function<void()> unplug, std::function<void()> plug)
+      : usb_(usb), clock_(clock), unplug_(std::move(unplug)), plug_(std::move(plug)) {}
+
+  std::optional<Time> NextDeadline() override {
+    if (back_at_ || !usb_.WantsUnplug()) return back_at_;
+    return clock_.Now();
+  }
+
+  void Advance(Time now) override {
+    if (!back_at_ && usb_.WantsUnplug()) {
+      unplug_();
+      back_at_ = now + kAbsence;
+    } else if (back_at_ && now >= *back_at_) {
+      back_at_.reset();
+      plug_();
+    }
+  }
+
+ private:
+  static constexpr Time kAbsence{700};
+
+  UsbTerminal& usb_;
+  const Clock& clock_;
+  const std::function<void()> unplug_;
+  const std::function<void()> plug_;
+  std::optional<Time> back_at_;
+};
+
 // The USB terminal in its testbed. Members are destroyed from the last to the
 // first, the testbed and its thread before what that thread uses.
 class Server {
@@ -55,6 +89,7 @@ class Server {
  private:
   void AddUsb(UsbId id);
   void AddSerial(int port);
+  void AddHostility();
   void Obey(const std::string& message);
   void Plug();
   void Unplug();
@@ -68,6 +103,7 @@ class Server {
   std::unique_ptr<UsbfsHandler> handler_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<Testbed> testbed_;
+  std::unique_ptr<Timed> hostility_;
   bool plugged_ = false;
   bool done_ = false;
 };
@@ -76,7 +112,14 @@ Server::Server(const TerminalOptions& options)
     : devices_(options), usb_id_(options.usb), testbed_(std::make_unique<Testbed>()) {
   if (options.usb) AddUsb(*options.usb);
   if (options.serial_port) AddSerial(*options.serial_port);
+  if (options.usb && options.hostile) AddHostility();
   wakeup_.Join(loop_);
+}
+
+void Server::AddHostility() {
+  hostility_ = std::make_unique<LooseCable>(
+      *usb_, clock_, [this] { Unplug(); }, [this] { Plug(); });
+  loop_.Add(*hostility_);
 }
 
 void Server::AddUsb(UsbId id) {
@@ -132,6 +175,12 @@ void IgnoreOutputSignals() {
   std::signal(SIGTTOU, SIG_IGN);
 }
 
+// With what is printed here the faults can be had again.
+void AnnounceHostility(const TerminalOptions& options) {
+  if (options.hostile)
+    std::fprintf(stderr, "gwq-terminal: hostile %s\n", HostileText(*options.hostile).c_str());
+}
+
 // The supervisor can no longer do it.
 void CleanUpAlone(const std::string& testbed_dir) {
   SignalProcessesOf(testbed_dir, SIGKILL);
@@ -142,6 +191,7 @@ void CleanUpAlone(const std::string& testbed_dir) {
 
 int RunServer(const TerminalOptions& options, int control_fd) {
   IgnoreOutputSignals();
+  AnnounceHostility(options);
   ControlChannel control{UniqueFd(control_fd)};
   try {
     Server server(options);
@@ -157,6 +207,7 @@ int RunServer(const TerminalOptions& options, int control_fd) {
 
 int RunPty(const TerminalOptions& options) {
   IgnoreOutputSignals();
+  AnnounceHostility(options);
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP});
   const Clock clock;
   DeviceFactory devices(options);
