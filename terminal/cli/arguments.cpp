@@ -52,7 +52,7 @@ std::string UsbIdProblem(const std::string& text) {
 
 std::string HostileProblem(const std::string& text) {
   try {
-    return text.empty() ? "is empty" : (static_cast<void>(ParseHostile(text)), "");
+    return text.empty() ? "is empty" : (static_cast<void>(ParseRates(text)), "");
   } catch (const std::exception& error) {
     return error.what();
   }
@@ -85,7 +85,7 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   options.storage_dir = Absolute(raw.storage);
   options.keys_dir = Absolute(raw.keys);
   options.faults_file = Absolute(raw.faults);
-  if (!raw.hostile.empty()) options.hostile = ParseHostile(raw.hostile);
+  if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
   options.tzg = !raw.no_tzg;
   if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
@@ -103,7 +103,7 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
   app.add_option("--hostile", raw.hostile, "A terminal that mangles answers and transfers, such as seed=7")
-      ->type_name("SPEC")
+      ->type_name("RATES")
       ->check(CLI::Validator(HostileProblem, ""));
   app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
@@ -196,7 +196,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
   if (!options.keys_dir.empty()) arguments.push_back("--keys=" + options.keys_dir);
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
-  if (options.hostile) arguments.push_back("--hostile=" + HostileText(*options.hostile));
+  if (options.hostile) arguments.push_back("--hostile=" + RatesText(*options.hostile));
   if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   return arguments;

@@ -46,11 +46,11 @@ Bytes Garbage(std::mt19937_64& random) {
 
 }  // namespace
 
-Hostility::Hostility(const HostileSpec& spec, unsigned line)
-    : spec_(spec), answers_(spec.seed + 3ULL * line), outs_(answers_()), ins_(answers_()) {}
+Hostility::Hostility(const FaultRates& rates, unsigned line)
+    : rates_(rates), answers_(rates.seed + 3ULL * line), outs_(answers_()), ins_(answers_()) {}
 
 bool Hostility::Happens(Random& random, Fault fault) const {
-  return Fraction(random) * 100 < spec_.PercentOf(fault);
+  return Fraction(random) * 100 < rates_.PercentOf(fault);
 }
 
 Transfer Hostility::Next(Random& random) const {

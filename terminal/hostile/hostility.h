@@ -7,7 +7,7 @@
 #include <random>
 
 #include "device/device.h"
-#include "hostile/hostile_spec.h"
+#include "hostile/fault_rates.h"
 
 namespace gwq::terminal {
 
@@ -26,7 +26,7 @@ struct Transfer {
 class Hostility {
  public:
   // Terminals of one program have each a `line` of their own.
-  Hostility(const HostileSpec& spec, unsigned line);
+  Hostility(const FaultRates& rates, unsigned line);
 
   void Send(Bytes answer, Time now);
   void Withdraw() { sent_.clear(); }
@@ -49,7 +49,7 @@ class Hostility {
   [[nodiscard]] bool IsLost(Random& random);
   void Damage(Random& random, Bytes& answer) const;
 
-  HostileSpec spec_;
+  FaultRates rates_;
   Random answers_;
   Random outs_;
   Random ins_;

@@ -42,7 +42,7 @@ class DeviceFactory {
   std::string storage_dir_;
   std::string keys_dir_;
   std::string faults_file_;
-  std::optional<HostileSpec> hostile_;
+  std::optional<FaultRates> hostile_;
   bool tzg_;
   TraceWriter trace_;
   PngPainter painter_;

@@ -178,7 +178,7 @@ void IgnoreOutputSignals() {
 // With what is printed here the faults can be had again.
 void AnnounceHostility(const TerminalOptions& options) {
   if (options.hostile)
-    std::fprintf(stderr, "gwq-terminal: hostile %s\n", HostileText(*options.hostile).c_str());
+    std::fprintf(stderr, "gwq-terminal: hostile %s\n", RatesText(*options.hostile).c_str());
 }
 
 // The supervisor can no longer do it.

@@ -44,9 +44,9 @@ int RunCalls(std::int64_t calls, std::uint64_t seed) {
   Terminal terminal;
   const TempDir local;
   void* library = LoadLibrary();
-  const auto spec = terminal::ParseHostile("seed=" + std::to_string(seed));
-  std::printf("hostile %s\n", HostileText(spec).c_str());
-  PlugInstantTerminal({terminal.Make(), Hostility(spec, 0)});
+  const auto rates = terminal::ParseRates("seed=" + std::to_string(seed));
+  std::printf("hostile %s\n", RatesText(rates).c_str());
+  PlugInstantTerminal({terminal.Make(), Hostility(rates, 0)});
 
   std::mt19937_64 cancels(seed);
   auto* cancel_read = reinterpret_cast<decltype(&CancelRead)>(Find(library, "CancelRead"));

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "hostile/hostile_spec.h"
+#include "hostile/fault_rates.h"
 #include "hostile/line_device.h"
 #include "unit/terminal/rig.h"
 
@@ -21,7 +21,7 @@ const Bytes kAnswer = ToBytes(
     "\x03");
 
 Hostility Certain(const std::string& fault) {
-  return {ParseHostile("seed=1," + fault + "=100"), 0};
+  return {ParseRates("seed=1," + fault + "=100"), 0};
 }
 
 // All that arrives of `count` answers.
@@ -38,39 +38,40 @@ std::size_t Differences(const Bytes& bytes) {
   return count;
 }
 
-TEST(HostileSpec, ASeedAloneHasEveryFaultNowAndThen) {
-  const HostileSpec spec = ParseHostile("seed=7");
-  EXPECT_EQ(spec.seed, 7U);
-  EXPECT_TRUE(std::all_of(spec.percent.begin(), spec.percent.end(), [](double p) { return p > 0 && p < 5; }));
+TEST(FaultRates, ASeedAloneHasEveryFaultNowAndThen) {
+  const FaultRates rates = ParseRates("seed=7");
+  EXPECT_EQ(rates.seed, 7U);
+  EXPECT_TRUE(
+      std::all_of(rates.percent.begin(), rates.percent.end(), [](double p) { return p > 0 && p < 5; }));
 }
 
-TEST(HostileSpec, NamedFaultsAreTheOnlyOnes) {
-  const HostileSpec spec = ParseHostile("drop=2.5,seed=7,unplug=100");
-  EXPECT_EQ(spec.seed, 7U);
-  EXPECT_EQ(spec.PercentOf(Fault::kDrop), 2.5);
-  EXPECT_EQ(spec.PercentOf(Fault::kUnplug), 100);
-  EXPECT_EQ(std::count(spec.percent.begin(), spec.percent.end(), 0), 9);
+TEST(FaultRates, NamedFaultsAreTheOnlyOnes) {
+  const FaultRates rates = ParseRates("drop=2.5,seed=7,unplug=100");
+  EXPECT_EQ(rates.seed, 7U);
+  EXPECT_EQ(rates.PercentOf(Fault::kDrop), 2.5);
+  EXPECT_EQ(rates.PercentOf(Fault::kUnplug), 100);
+  EXPECT_EQ(std::count(rates.percent.begin(), rates.percent.end(), 0), 9);
 }
 
-TEST(HostileSpec, IsReadBackFromItsText) {
-  const HostileSpec spec = ParseHostile("seed=18446744073709551615,flip=0.125,stall=3");
-  const HostileSpec again = ParseHostile(HostileText(spec));
-  EXPECT_EQ(again.seed, spec.seed);
-  EXPECT_EQ(again.percent, spec.percent);
+TEST(FaultRates, IsReadBackFromItsText) {
+  const FaultRates rates = ParseRates("seed=18446744073709551615,flip=0.125,stall=3");
+  const FaultRates again = ParseRates(RatesText(rates));
+  EXPECT_EQ(again.seed, rates.seed);
+  EXPECT_EQ(again.percent, rates.percent);
 }
 
-TEST(HostileSpec, WithoutASeedThereIsANewOneEachTime) {
-  EXPECT_NE(ParseHostile("drop=1").seed, ParseHostile("drop=1").seed);
+TEST(FaultRates, WithoutASeedThereIsANewOneEachTime) {
+  EXPECT_NE(ParseRates("drop=1").seed, ParseRates("drop=1").seed);
 }
 
-TEST(HostileSpec, NonsenseIsRefused) {
+TEST(FaultRates, NonsenseIsRefused) {
   for (const char* text : {"seed", "seed=", "seed=-1", "drop=101", "drop=-1", "drop=1x", "drop=nan", "rain=1",
                            "7", "seed=18446744073709551616"})
-    EXPECT_THROW(static_cast<void>(ParseHostile(text)), std::runtime_error) << text;
+    EXPECT_THROW(static_cast<void>(ParseRates(text)), std::runtime_error) << text;
 }
 
 TEST(Hostility, LetsEverythingPassWhenNoFaultHappens) {
-  Hostility hostility(ParseHostile("seed=1,drop=0"), 0);
+  Hostility hostility(ParseRates("seed=1,drop=0"), 0);
   EXPECT_EQ(hostility.NextOut().fate, TransferFate::kPasses);
   EXPECT_EQ(hostility.NextIn().fate, TransferFate::kPasses);
   EXPECT_EQ(Arrivals(std::move(hostility), 2, Time{0}), (std::vector<Bytes>{kAnswer, kAnswer}));
@@ -139,9 +140,9 @@ TEST(Hostility, SendsGarbageInAnAnswersPlace) {
 }
 
 TEST(Hostility, FallsSilentForSeveralAnswers) {
-  const HostileSpec spec = ParseHostile("seed=5,silence=20");
+  const FaultRates rates = ParseRates("seed=5,silence=20");
   std::string heard;
-  for (Hostility hostility(spec, 0); heard.size() < 200;) {
+  for (Hostility hostility(rates, 0); heard.size() < 200;) {
     hostility.Send(kAnswer, Time{0});
     heard += hostility.Take(kNever) ? 'x' : '.';
   }
@@ -168,18 +169,18 @@ TEST(Hostility, UnplugsItself) {
 }
 
 TEST(Hostility, IsTheSameForTheSameSeedAndLineOnly) {
-  const HostileSpec spec = ParseHostile("seed=42,flip=50,cut=20,drop=20");
-  const auto first = Arrivals(Hostility(spec, 0), 50);
-  EXPECT_EQ(first, Arrivals(Hostility(spec, 0), 50));
-  EXPECT_NE(first, Arrivals(Hostility(spec, 1), 50));
-  EXPECT_NE(first, Arrivals(Hostility(ParseHostile("seed=43,flip=50,cut=20,drop=20"), 0), 50));
+  const FaultRates rates = ParseRates("seed=42,flip=50,cut=20,drop=20");
+  const auto first = Arrivals(Hostility(rates, 0), 50);
+  EXPECT_EQ(first, Arrivals(Hostility(rates, 0), 50));
+  EXPECT_NE(first, Arrivals(Hostility(rates, 1), 50));
+  EXPECT_NE(first, Arrivals(Hostility(ParseRates("seed=43,flip=50,cut=20,drop=20"), 0), 50));
 }
 
 TEST(Hostility, TransfersDoNotChangeWhatBecomesOfAnswers) {
-  const HostileSpec spec = ParseHostile("seed=42,flip=50,stall=50");
-  Hostility busy(spec, 0);
+  const FaultRates rates = ParseRates("seed=42,flip=50,stall=50");
+  Hostility busy(rates, 0);
   for (int i = 0; i < 7; ++i) static_cast<void>(busy.NextOut());
-  EXPECT_EQ(Arrivals(std::move(busy), 20), Arrivals(Hostility(spec, 0), 20));
+  EXPECT_EQ(Arrivals(std::move(busy), 20), Arrivals(Hostility(rates, 0), 20));
 }
 
 TEST(LineDevice, AnswersLateWhenItsLineDelays) {

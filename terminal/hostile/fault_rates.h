@@ -2,7 +2,7 @@
 //
 //   seed=7,drop=1,delay=2,cut=1,repeat=1,flip=1,length=1,checksum=1,garbage=1,silence=1,stall=1,unplug=0.1
 //
-// The numbers are per cent: of the answers, and for `stall` and `unplug` of the transfers. A specification that names
+// The numbers are per cent: of the answers, and for `stall` and `unplug` of the transfers. A list that names
 // no kind of fault has all of them at their usual frequency; one that names any has only those. Without a seed there
 // is a new one each time.
 #pragma once
@@ -29,7 +29,7 @@ enum class Fault : std::size_t {
 };
 inline constexpr std::size_t kFaultKinds = 11;
 
-struct HostileSpec {
+struct FaultRates {
   std::uint64_t seed = 0;
   std::array<double, kFaultKinds> percent{};
 
@@ -37,9 +37,9 @@ struct HostileSpec {
 };
 
 // Throws std::runtime_error, telling what is wrong.
-[[nodiscard]] HostileSpec ParseHostile(const std::string& text);
+[[nodiscard]] FaultRates ParseRates(const std::string& text);
 
-// What ParseHostile turns into the same again.
-[[nodiscard]] std::string HostileText(const HostileSpec& spec);
+// What ParseRates turns into the same again.
+[[nodiscard]] std::string RatesText(const FaultRates& rates);
 
 }  // namespace gwq::terminal

@@ -1,4 +1,4 @@
-#include "hostile/hostile_spec.h"
+#include "hostile/fault_rates.h"
 
 #include <algorithm>
 #include <charconv>
@@ -49,8 +49,8 @@ std::uint64_t FreshSeed() {
 
 }  // namespace
 
-HostileSpec ParseHostile(const std::string& text) {
-  HostileSpec spec;
+FaultRates ParseRates(const std::string& text) {
+  FaultRates rates;
   std::optional<std::uint64_t> seed;
   bool kinds_named = false;
   std::string_view rest = text;
@@ -65,20 +65,20 @@ HostileSpec ParseHostile(const std::string& text) {
       seed = Parse<std::uint64_t>(value, UINT64_MAX);
       continue;
     }
-    spec.percent[KindNamed(item.substr(0, equals))] = Parse<double>(value, 100);
+    rates.percent[KindNamed(item.substr(0, equals))] = Parse<double>(value, 100);
     kinds_named = true;
   }
-  spec.seed = seed ? *seed : FreshSeed();
-  for (std::size_t i = 0; i < kFaultKinds && !kinds_named; ++i) spec.percent[i] = kKinds[i].usual_percent;
-  return spec;
+  rates.seed = seed ? *seed : FreshSeed();
+  for (std::size_t i = 0; i < kFaultKinds && !kinds_named; ++i) rates.percent[i] = kKinds[i].usual_percent;
+  return rates;
 }
 
-std::string HostileText(const HostileSpec& spec) {
+std::string RatesText(const FaultRates& rates) {
   std::string text("seed=");
-  text += std::to_string(spec.seed);
+  text += std::to_string(rates.seed);
   for (std::size_t i = 0; i < kFaultKinds; ++i) {
     std::array<char, 32> number{};
-    const auto end = std::to_chars(number.data(), number.data() + number.size(), spec.percent[i]).ptr;
+    const auto end = std::to_chars(number.data(), number.data() + number.size(), rates.percent[i]).ptr;
     text.append(",").append(kKinds[i].name).append("=").append(number.data(), end);
   }
   return text;
