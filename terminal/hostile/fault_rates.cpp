@@ -37,7 +37,7 @@ Number Parse(std::string_view text, Number most) {
 }
 
 std::size_t KindNamed(std::string_view name) {
-  const auto found =
+  const auto* const found =
       std::find_if(kKinds.begin(), kKinds.end(), [name](const Kind& kind) { return kind.name == name; });
   if (found == kKinds.end()) throw std::runtime_error("no such fault: '" + std::string(name) + "'");
   return static_cast<std::size_t>(found - kKinds.begin());
@@ -78,7 +78,7 @@ std::string RatesText(const FaultRates& rates) {
   text += std::to_string(rates.seed);
   for (std::size_t i = 0; i < kFaultKinds; ++i) {
     std::array<char, 32> number{};
-    const auto end = std::to_chars(number.data(), number.data() + number.size(), rates.percent[i]).ptr;
+    char* const end = std::to_chars(number.data(), number.data() + number.size(), rates.percent[i]).ptr;
     text.append(",").append(kKinds[i].name).append("=").append(number.data(), end);
   }
   return text;

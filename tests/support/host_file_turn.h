@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <system_error>
+#include <utility>
 
 namespace gwq::test {
 
