@@ -25,7 +25,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 if(GWQ_WERROR)
-  add_compile_options(-Werror)
+  # The analyzer is for C; what GCC 12's says of C++ is about what it cannot follow.
+  add_compile_options(-Werror $<$<COMPILE_LANG_AND_ID:C,GNU>:-fanalyzer>)
 endif()
 
 # Programs find the library in the build tree by an rpath, which must never
