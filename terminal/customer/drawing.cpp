@@ -39,14 +39,14 @@ void SetTabs(PangoLayout* layout) {
 
 }  // namespace
 
-Drawing::Drawing(int width, int height, Colour background)
+Drawing::Drawing(int width, int height, const Colour& background)
     : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
       context_(cairo_create(surface_.get())) {
   SetColour(background);
   cairo_paint(Context());
 }
 
-void Drawing::SetColour(Colour colour, double alpha) const {
+void Drawing::SetColour(const Colour& colour, double alpha) const {
   cairo_set_source_rgba(Context(), colour.red, colour.green, colour.blue, alpha);
 }
 
@@ -62,7 +62,8 @@ void Drawing::RoundedBox(double x, double y, double width, double height, double
   cairo_close_path(Context());
 }
 
-void Drawing::FillBox(double x, double y, double width, double height, double radius, Colour colour) const {
+void Drawing::FillBox(double x, double y, double width, double height, double radius,
+                      const Colour& colour) const {
   RoundedBox(x, y, width, height, radius);
   SetColour(colour);
   cairo_fill(Context());
@@ -76,7 +77,7 @@ std::vector<std::uint8_t> Drawing::Png() const {
   return png;
 }
 
-SetText::SetText(cairo_t* context, Layout layout, Colour colour)
+SetText::SetText(cairo_t* context, Layout layout, const Colour& colour)
     : context_(context), layout_(std::move(layout)), colour_(colour) {}
 
 int SetText::Width() const {

@@ -32,13 +32,13 @@ constexpr Colour Rgb(unsigned code) {
 
 class Drawing {
  public:
-  Drawing(int width, int height, Colour background);
+  Drawing(int width, int height, const Colour& background);
 
   [[nodiscard]] cairo_t* Context() const { return context_.get(); }
-  void SetColour(Colour colour, double alpha = 1) const;
+  void SetColour(const Colour& colour, double alpha = 1) const;
   // Adds it to the path.
   void RoundedBox(double x, double y, double width, double height, double radius) const;
-  void FillBox(double x, double y, double width, double height, double radius, Colour colour) const;
+  void FillBox(double x, double y, double width, double height, double radius, const Colour& colour) const;
 
   // Throws std::runtime_error if the encoder fails.
   [[nodiscard]] std::vector<std::uint8_t> Png() const;
@@ -59,7 +59,7 @@ using Layout = std::unique_ptr<PangoLayout, FreedBy<g_object_unref>>;
 // A piece of text that has been set. Its typesetter must outlive it.
 class SetText {
  public:
-  SetText(cairo_t* context, Layout layout, Colour colour);
+  SetText(cairo_t* context, Layout layout, const Colour& colour);
 
   [[nodiscard]] int Width() const;
   [[nodiscard]] int Height() const;

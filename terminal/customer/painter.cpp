@@ -64,7 +64,7 @@ class ScreenPicture {
   void FadeOut();
   void DrawKeys(const std::vector<ScreenKey>& keys, const ScreenKey* pressed);
   void DrawKey(const ScreenKey& key, double x, double width, bool pressed);
-  void DrawTick(double x, double y, Colour colour);
+  void DrawTick(double x, double y, const Colour& colour);
   void FillFromTop(double height);
 
   Drawing drawing_;
@@ -234,7 +234,7 @@ void ScreenPicture::DrawKey(const ScreenKey& key, double x, double width, bool p
   if (pressed) DrawTick(left, kKeysTop + kKeyHeight / 2.0, ink);
 }
 
-void ScreenPicture::DrawTick(double x, double y, Colour colour) {
+void ScreenPicture::DrawTick(double x, double y, const Colour& colour) {
   drawing_.SetColour(colour);
   cairo_set_line_width(drawing_.Context(), 3);
   cairo_set_line_cap(drawing_.Context(), CAIRO_LINE_CAP_ROUND);
