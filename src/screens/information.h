@@ -28,7 +28,7 @@ GWQ_C_BEGIN
 GWQ_API int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessage,
                           unsigned int* pnKeyPressed);
 
-/* Lets the customer key a number; the host waits no longer than the customer has.
+/* Lets the customer key a number; the host waits as long as the customer has, without the 3 s more.
  *   iMode    0 or 1, the terminal's entry mode
  *   pOutput  out; what was keyed, no terminator: pass 2046 zeroed bytes; NULL gives -1 */
 GWQ_API int GWQ_StartKeyboard(int iPortNo, int iBaudRate, int iTimeout, int iMode, char* pOutput);

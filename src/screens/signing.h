@@ -49,11 +49,12 @@ GWQ_API int MP_SignPDF_Voice(void* ignored, const char* szLink, int iBaudRate, i
                              const char* szFilePath, const char* szLocation, const char* szVoiceContent,
                              const char* szSignPath, char* szSignData);
 
-/* Has documents signed in the terminal's TZG mode, with a spoken prompt. The mode is nSignLen, plus 1 when nOperFlag is
- * 1. Unless it is 2, 3 or 4 (2 only without nOperFlag 1), iTimeout is in range and the terminal supports it, the call is
- * one to MP_SignPDF_Voice.
- * In TZG mode only szFilePath must not be NULL; a NULL text is an empty one; szVoiceContent is sent as it is; the stroke data are written to
- * "/tmp/data.txt", made anew with mode 0600; szSignData is not cleared first; a wait without any answer gives -14.
+/* Has documents signed in the terminal's TZG mode, with a spoken prompt. The mode is nSignLen, plus 1 when
+ * nOperFlag is 1. Unless it is 2, 3 or 4 (2 only without nOperFlag 1), iTimeout is in range and the terminal
+ * supports it, the call is one to MP_SignPDF_Voice.
+ * In TZG mode only szFilePath must not be NULL; a NULL text is an empty one; szVoiceContent is sent as it is;
+ * the stroke data are written to "/tmp/data.txt", made anew with mode 0600; szSignData is not cleared first; a
+ * wait without any answer gives -14.
  *   nOperFlag, nSignLen  passed to the terminal */
 GWQ_API int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout,
                              const char* szFilePath, const char* szLocation, const char* szVoiceContent,

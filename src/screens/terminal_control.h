@@ -16,7 +16,7 @@ GWQ_API int MP_GetFirmwareVersion(void* ignored1, void* ignored2, int ignored3, 
 
 /* Ends a call of another thread that waits for the customer, as CancelRead does (frame/transaction.h), and has the
  * terminal close what it shows, once that call has closed its link. Takes 0.6 seconds and what the terminal needs,
- * at most 2 s more, after the other thread's exchange is over. Any thread.
+ * for whose answer it waits 2 to 3 s, after the other thread's exchange is over. Any thread.
  *   iBaudRate  accepted; USB has none
  * Returns the status of the close command (frame/transaction.h): 0 once the terminal has answered, whatever it
  * answers. */
