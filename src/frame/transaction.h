@@ -37,7 +37,8 @@ GWQ_API int TransProc(int port, int baud, char* command, int commandLen, char* a
                       int timeout_ms);
 
 /* Sends and reads until a predicate accepts the answer.
- *   end  the predicate; NULL reads until the time is over */
+ *   end  the predicate; NULL reads until the time is over; must not itself begin an exchange, which would
+ *        wait for the end of this one for ever */
 GWQ_API int TransProcByEnd(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                            GwqEndOfRead end, int timeout_ms);
 
