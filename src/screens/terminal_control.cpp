@@ -69,7 +69,8 @@ int TakeVersion(std::string_view version, char* common, char* private_part) {
     return GWQ_REFUSED;
   }
   TakePart(version.substr(0, bar), "szCommonVersion = %.*s", common);
-  TakePart(version.substr(bar + 1), "szPrivateVersion = %.*s", private_part);
+  version.remove_prefix(bar + 1);
+  TakePart(version, "szPrivateVersion = %.*s", private_part);
   ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Success End");
   return GWQ_OK;
 }

@@ -65,6 +65,14 @@ std::string Readelf(const std::string& option, const std::string& file) {
   return readelf.standard_output;
 }
 
+// One range check that the compiler keeps would bring it in, with an initialiser that runs after the load hook.
+TEST(LibraryFile, HoldsNothingOfTheCxxRuntime) {
+  if (!GWQ_FORTIFIED) GTEST_SKIP() << "in an optimised build only";
+  const std::string symbols = Readelf("--symbols", GWQ_LIBRARY);
+  ASSERT_NE(symbols.find("OnLoad"), std::string::npos);
+  EXPECT_EQ(symbols.find("__cxa_throw"), std::string::npos);
+}
+
 // The line of a program header; empty when there is none.
 std::string Segment(const std::string& file, const std::string& name) {
   for (const std::string& line : Lines(Readelf("-l", file))) {
