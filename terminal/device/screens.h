@@ -35,6 +35,9 @@ class Screens {
   void Close(int channel);
   void CloseAny();
 
+  // What the customer does now. The deed foretold is then off.
+  void Act(ScreenAction action);
+
   void Advance(Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
 
@@ -46,7 +49,7 @@ class Screens {
   void Put(Screen screen);
   void AskCustomer();
   void TimeOut();
-  void Act();
+  void ActAsForetold();
   // What the host is told; nothing when the screen does not take the action.
   [[nodiscard]] std::optional<std::string> AnswerTo(const ScreenAction& action) const;
   void Finish(const std::string& answer, const std::string& what);

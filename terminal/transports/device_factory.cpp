@@ -3,22 +3,36 @@
 #include <stdexcept>
 
 #include "customer/agreeable.h"
+#include "customer/live.h"
 #include "customer/scripted.h"
 #include "device/key_pairs.h"
 #include "store/fault_script.h"
 #include "store/initial_files.h"
 
 namespace gwq::terminal {
+namespace {
 
-Device DeviceFactory::Make(Line line, const std::string& line_name) {
-  if (customer_file_.empty()) {
-    customers_.push_back(std::make_unique<AgreeableCustomer>());
-  } else {
-    customers_.push_back(LoadCustomer(customer_file_));
-  }
+TraceSink Both(const TraceSink& one, const TraceSink& other) {
+  if (!one || !other) return one ? one : other;
+  return [one, other](const TraceEvent& event) {
+    one(event);
+    other(event);
+  };
+}
+
+}  // namespace
+
+std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
+  if (customer_file_.empty()) return std::make_unique<AgreeableCustomer>();
+  return LoadCustomer(customer_file_);
+}
+
+Device DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   Settings settings;
   settings.tzg = tzg_;
-  return Device(line, *customers_.back(), settings, trace_.Sink(line_name), MakeStorage(), &painter_);
+  return Device(line, *customers_.back(), settings, Both(trace_.Sink(line_name), page), MakeStorage(),
+                &painter_);
 }
 
 std::string DeviceFactory::StorageDir() {

@@ -50,6 +50,13 @@ void UsbTerminal::Advance(Time now) {
   PassReports();
 }
 
+void UsbTerminal::Use(const std::function<void(Device&, Time)>& action) {
+  const Lock lock(mutex_);
+  action(device_, clock_.Now());
+  CollectAnswers();
+  PassReports();
+}
+
 void UsbTerminal::Connect(UsbClient& client) {
   const Lock lock(mutex_);
   client.unplugged = !plugged_;

@@ -38,6 +38,9 @@ class UsbTerminal final : public Timed {
   std::optional<Time> NextDeadline() override;
   void Advance(Time now) override;
 
+  // Calls with the device, and passes on what it answers.
+  void Use(const std::function<void(Device&, Time)>& action);
+
   // A client must be disconnected before it is destroyed.
   void Connect(UsbClient& client);
   void Disconnect(UsbClient& client);
