@@ -86,5 +86,5 @@ export function documentsView(paths) {
   };
   const list = paths.length > 1 && make("div.tabs", { role: "tablist", "aria-label": t("Documents") }, ...tabs);
   requestAnimationFrame(() => show(paths[0]));
-  return make("div.documents", {}, list || null, stage);
+  return make("div.documents", {}, list, stage);
 }

@@ -12,7 +12,7 @@ export function make(kind, attributes = {}, ...children) {
     else if (value === true) element.setAttribute(name, "");
     else if (value !== false && value != null) element.setAttribute(name, value);
   }
-  element.append(...children.filter((child) => child != null));
+  element.append(...children.filter((child) => child != null && child !== false && child !== ""));
   return element;
 }
 

@@ -20,6 +20,7 @@ export class Panel {
     this.lines = make("ol.trace", { tabindex: "0", role: "log", "aria-label": "trace" });
     this.element = byId("panel");
     this.toggle = byId("toggle");
+    new ResizeObserver(() => (this.lines.scrollTop = this.lines.scrollHeight)).observe(this.lines);
     this.toggle.addEventListener("click", () => this.open(this.element.hidden));
   }
 

@@ -68,10 +68,19 @@ const confirmKeys = (act) => (event) => {
   if (event.key === "Escape") act("cancel");
 };
 
+function timeOfDay() {
+  const time = make("time");
+  const draw = () => (time.textContent = new Date().toLocaleTimeString([], { hour: "2-digit", minute: "2-digit" }));
+  draw();
+  return { time, timer: setInterval(draw, 1000) };
+}
+
 function idle(screen, act, state) {
   const pictures = state.files.filter((path) => path.startsWith(PICTURES));
   if (!pictures.length) {
-    return { element: make("div.idle", {}, make("p.big", {}, t("Welcome")), make("p", {}, t("Please wait to be called"))) };
+    const { time, timer } = timeOfDay();
+    const words = [make("p.big", {}, t("Welcome")), make("p", {}, t("Please wait to be called"))];
+    return { element: make("div.idle", {}, time, ...words), stop: () => clearInterval(timer) };
   }
   let shown = 0;
   const image = make("img.slide", { src: fileUrl(pictures[0]), alt: t("Picture from the bank") });
@@ -134,12 +143,14 @@ function signing(screen, act) {
   return {
     element: make("div.column.signing", {},
       documentsView(screen.documents),
-      screen.location && make("p.extra", {}, `${t("Place")}: ${screen.location}`),
-      make("div.signature", {}, make("div.area", {}, hint, canvas)),
-      make("div.keys", {},
-        button("cancel", t("Cancel"), () => act("cancel")),
-        button("quiet", t("Sample signature"), () => pen.sample()),
-        clear, sign)),
+      make("div.writing", {},
+        screen.location && make("p.extra", {}, `${t("Place")}: ${screen.location}`),
+        make("div.area", {}, hint, canvas),
+        make("div.keys", {},
+          button("quiet", t("Sample signature"), () => pen.sample()),
+          clear,
+          button("cancel", t("Cancel"), () => act("cancel")),
+          sign))),
     onkey: (event) => event.key === "Escape" && act("cancel"),
   };
 }

@@ -23,6 +23,27 @@ def split(text):
     return "".join(chr(0x30 + byte // 16) + chr(0x30 + byte % 16) for byte in text.encode())
 
 
+# A host on USB that starts an evaluation and prints the answer.
+USB_HOST = """
+import ctypes, sys
+usb = ctypes.CDLL("libusb-1.0.so.0")
+usb.libusb_open_device_with_vid_pid.restype = ctypes.c_void_p
+usb.libusb_init(None)
+vendor, product = (int(part, 16) for part in sys.argv[1].split(":"))
+unit = ctypes.c_void_p(usb.libusb_open_device_with_vid_pid(None, vendor, product))
+usb.libusb_detach_kernel_driver(unit, 0)
+assert usb.libusb_claim_interface(unit, 0) == 0
+done = ctypes.c_int()
+for endpoint, text in [(0x03, b"\\x1b[4STARTEVALUTF8"), (0x81, b"")]:
+    report = ctypes.create_string_buffer(text, 1024)
+    status = usb.libusb_interrupt_transfer(unit, endpoint, report, 1024, ctypes.byref(done), 20000)
+    assert status == 0, status
+print(report.value.decode(), flush=True)
+sys.stdin.read()
+"""
+USB_ID = "1209:0001"
+
+
 class Terminal:
     """gwq-terminal with its page, and the serial line to it."""
 
@@ -209,7 +230,7 @@ class Page(unittest.IsolatedAsyncioTestCase):
             (path + "none.js", {}, 404),
             (path + "file/tmp/none", {}, 404),
             (path + "file/../../etc/passwd", {}, 403),
-            (path + "file/%2e%2e/%2e%2e/etc/passwd", {}, 404),
+            (path + "file/%2e%2e/%2e%2e/etc/passwd", {}, 403),
         ]:
             response, _ = self.terminal.get(asked, headers=headers)
             self.assertEqual(response.status, status, (asked, headers))
@@ -224,6 +245,40 @@ class Page(unittest.IsolatedAsyncioTestCase):
                 found += [row.split()[1][: -len(port)] for row in file if row.split()[1].endswith(port)]
         self.assertIn("0100007F", found)
         self.assertLessEqual(set(found), {"0100007F", "00000000000000000000000001000000"})
+
+
+class UsbPage(unittest.IsolatedAsyncioTestCase):
+    def setUp(self):
+        self.errors = tempfile.TemporaryFile()
+        command = [TERMINAL, "exec", "--vid-pid", USB_ID, "--ui", "--", sys.executable, "-c", USB_HOST, USB_ID]
+        pipe = subprocess.PIPE
+        self.process = subprocess.Popen(command, stdin=pipe, stdout=pipe, stderr=self.errors)
+        self.addCleanup(self.end)
+
+    def end(self):
+        self.process.communicate(timeout=20)
+        self.errors.close()
+        self.assertEqual(self.process.returncode, 0)
+
+    async def address(self):
+        for _ in range(1000):
+            self.errors.seek(0)
+            if found := re.search(r"http://(\S+)", self.errors.read().decode()):
+                return found.group(1)
+            await asyncio.sleep(0.01)
+        return self.fail("no address was printed")
+
+    async def test_rates_a_service_and_pulls_the_plug(self):
+        address = await self.address()
+        origin = "http://" + address.split("/")[0]
+        async with websockets.connect(f"ws://{address}socket", origin=origin) as socket:
+            screen = await told(socket, "screen", lambda message: message["kind"] == "evaluation")
+            act = {"type": "act", "screen": screen["number"], "kind": "key", "text": "1"}
+            await socket.send(json.dumps(act))
+            self.assertEqual(self.process.stdout.readline().decode().strip(), "B1F")
+            for plugged in [False, True]:
+                await socket.send(json.dumps({"type": "plug", "plugged": plugged}))
+                await told(socket, "link", lambda message, state=plugged: message["plugged"] == state)
 
 
 if __name__ == "__main__":
