@@ -34,7 +34,7 @@ unit = ctypes.c_void_p(usb.libusb_open_device_with_vid_pid(None, vendor, product
 usb.libusb_detach_kernel_driver(unit, 0)
 assert usb.libusb_claim_interface(unit, 0) == 0
 done = ctypes.c_int()
-for endpoint, text in [(0x03, b"\\x1b[4STARTEVALUTF8"), (0x81, b"")]:
+for endpoint, text in [(0x02, b"\\x1b[4STARTEVALUTF8"), (0x81, b"")]:
     report = ctypes.create_string_buffer(text, 1024)
     status = usb.libusb_interrupt_transfer(unit, endpoint, report, 1024, ctypes.byref(done), 20000)
     assert status == 0, status
