@@ -80,6 +80,7 @@ std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path)
 std::vector<std::string> StoredFiles(FileSystem& files) {
   constexpr int kMediaTypes = 5;
   std::vector<std::string> directories;
+  directories.reserve(kMediaTypes + 1);
   for (int type = 0; type < kMediaTypes; ++type) directories.push_back(MediaDirectory(type));
   directories.emplace_back("/tmp");
   std::vector<std::string> paths;

@@ -121,13 +121,13 @@ class PageServer final : public CustomerPage {
   static void Closed(SoupWebsocketConnection* socket, gpointer self);
 
   [[nodiscard]] std::optional<std::string> PathOf(SoupServerMessage* message, const char* path) const;
-  void ServeScreen(SoupServerMessage* message);
-  void ServeFile(SoupServerMessage* message, const std::string& path, bool as_page);
+  void ServeScreen(SoupServerMessage* message) const;
+  void ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) const;
 
-  void Obey(const PageRequest& request);
-  void Do(const ActRequest& request);
-  void Do(const PressRequest& request);
-  void Do(const PlugRequest& request);
+  void Obey(const PageRequest& request) const;
+  void Do(const ActRequest& request) const;
+  void Do(const PressRequest& request) const;
+  void Do(const PlugRequest& request) const;
 
   void Update();
   void UpdateScreen();
@@ -209,7 +209,7 @@ void PageServer::Serve(SoupServer*, SoupServerMessage* message, const char* path
 }
 
 // The HTML that the screen shows.
-void PageServer::ServeScreen(SoupServerMessage* message) {
+void PageServer::ServeScreen(SoupServerMessage* message) const {
   std::string text;
   terminal_.use([&text](Device& device, Time) { text = device.CurrentScreen().text; });
   SetHeaders(message, kShownPolicy);
@@ -217,7 +217,7 @@ void PageServer::ServeScreen(SoupServerMessage* message) {
 }
 
 // A file of the terminal. Nothing in it may run.
-void PageServer::ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) {
+void PageServer::ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) const {
   std::optional<std::string> content;
   terminal_.use([&](Device& device, Time) { content = ReadWhole(device.Files(), path); });
   if (!content) return soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);
@@ -250,24 +250,24 @@ void PageServer::Closed(SoupWebsocketConnection* socket, gpointer self) {
   std::erase_if(sockets, [socket](const auto& one) { return one.get() == socket; });
 }
 
-void PageServer::Obey(const PageRequest& request) {
+void PageServer::Obey(const PageRequest& request) const {
   std::visit([this](const auto& asked) { Do(asked); }, request);
 }
 
-void PageServer::Do(const ActRequest& request) {
+void PageServer::Do(const ActRequest& request) const {
   terminal_.use([&request](Device& device, Time now) {
     if (device.ScreenChanges() == request.screen) device.Act(request.action, now);
   });
 }
 
-void PageServer::Do(const PressRequest& request) {
+void PageServer::Do(const PressRequest& request) const {
   terminal_.use([&request](Device& device, Time now) {
     const auto entry = device.CurrentEntry();
     if (entry && entry->number == request.entry) device.Press(request.key, now);
   });
 }
 
-void PageServer::Do(const PlugRequest& request) {
+void PageServer::Do(const PlugRequest& request) const {
   if (terminal_.plug) terminal_.plug(request.plugged);
 }
 
