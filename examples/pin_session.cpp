@@ -5,6 +5,8 @@
 //   pin_session [ACCOUNT]
 //
 // Exit status 0 when every step went as it should and the same PIN came out of both blocks.
+#include <vector>
+
 #include "pin_entry.h"
 #include "steps.h"
 
@@ -25,20 +27,20 @@ std::string Enter(const std::string& account, Algorithm algorithm) {
 
 void EncipherText() {
   const std::string text = "amount 1,250.00 to account 6225880123456789";
-  std::string file(1 << 16, '\0');
-  std::string answer(4097, '\0');
+  std::vector<char> file(1 << 16);
+  std::vector<char> answer(4097);
   int length = static_cast<int>(text.size());
   Check(PN_GetStringBlock(0, nullptr, kBaud, kSeconds, static_cast<int>(Algorithm::kSm4), text.c_str(),
                           file.data(), &length, answer.data()),
         "enciphering a text");
-  Say("a text, enciphered by the terminal", example::Short(answer.c_str()));
+  Say("a text, enciphered by the terminal", example::Short(answer.data()));
 }
 
 void AskNumber() {
-  std::string number(1025, '\0');
+  std::vector<char> number(1025);
   Check(PN_GetInNo(0, nullptr, kBaud, kSeconds, 11, 0, "请输入手机号码", number.data()),
         "asking for a number");
-  Say("the number that was asked for", number.c_str());
+  Say("the number that was asked for", number.data());
 }
 
 void Session(const std::string& account) {

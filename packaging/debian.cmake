@@ -3,7 +3,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "The gwq developers <maintainers@gwq.invalid>")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_ALL runtime development python)
 if(TARGET gwq-terminal)
   list(APPEND CPACK_COMPONENTS_ALL terminal)
 endif()
@@ -29,6 +29,14 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${gwq_runtime} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
   "Headers, the list of exports, and what pkg-config and CMake look for.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-gwq)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), ${gwq_runtime} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_DEBUGINFO_PACKAGE OFF)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The library as a typed Python module.")
 
 # The preloaded half of umockdev is not linked.
 set(CPACK_DEBIAN_TERMINAL_PACKAGE_NAME gwq-terminal)

@@ -2,7 +2,12 @@
  *
  * The functions are part of the program that includes them, not of the library. Their texts are constant and never
  * NULL, whatever the status; any thread may call them. What a status means for one function in particular stands at
- * its declaration. */
+ * its declaration.
+ *
+ * Common arguments
+ *   status    what a function of the library returned
+ *   language  enum GwqLanguage; anything but GWQ_CHINESE is English
+ */
 #ifndef GWQ_STATUS_H
 #define GWQ_STATUS_H
 
@@ -10,17 +15,23 @@
 
 #include "frame/port.h"
 
-enum GwqLanguage { GWQ_ENGLISH = 0, GWQ_CHINESE = 1 };
-
-struct GwqStatusText {
-  int status;
-  const char* name;
-  const char* cause[2]; /* by enum GwqLanguage */
-  const char* remedy[2];
+/* The languages of the texts. */
+enum GwqLanguage {
+  GWQ_ENGLISH = 0, /* English */
+  GWQ_CHINESE = 1  /* Chinese, in UTF-8 */
 };
 
-/* All that is known of a status. A positive value, which is a count, a choice or the PIN pad's own status word, has the
- * name "GWQ_VALUE", and a negative one that no function returns "GWQ_UNKNOWN"; `status` is 0 in these two. */
+/* What is known of a status. */
+struct GwqStatusText {
+  int status;            /* the value */
+  const char* name;      /* the constant's name */
+  const char* cause[2];  /* by enum GwqLanguage */
+  const char* remedy[2]; /* by enum GwqLanguage */
+};
+
+/* Finds all that is known of a status. A positive value, which is a count, a choice or the PIN pad's own status word, has the
+ * name "GWQ_VALUE", and a negative one that no function returns "GWQ_UNKNOWN"; `status` is 0 in these two.
+ * Returns the row; never NULL. */
 static inline const struct GwqStatusText* GwqFindStatus(int status) {
   static const struct GwqStatusText texts[] = {
       {GWQ_OK, "GWQ_OK", {"Done.", "成功。"}, {"Nothing to do.", "无需处理。"}},
@@ -148,17 +159,17 @@ static inline const struct GwqStatusText* GwqFindStatus(int status) {
   return status > 0 ? &value : &unknown;
 }
 
-/* The constant's name, such as "GWQ_NO_ANSWER". */
+/* Returns the constant's name, such as "GWQ_NO_ANSWER". */
 static inline const char* GwqStatusName(int status) {
   return GwqFindStatus(status)->name;
 }
 
-/* Why it came to this status, in a sentence. English unless `language` is GWQ_CHINESE. */
+/* Returns why it came to this status, in a sentence. */
 static inline const char* GwqStatusCause(int status, int language) {
   return GwqFindStatus(status)->cause[language == GWQ_CHINESE];
 }
 
-/* What to do about it, likewise. */
+/* Returns what to do about it, in a sentence. */
 static inline const char* GwqStatusRemedy(int status, int language) {
   return GwqFindStatus(status)->remedy[language == GWQ_CHINESE];
 }

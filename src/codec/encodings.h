@@ -1,7 +1,13 @@
 /* Text encodings and Base64.
  *
- * The terminal works in GBK (GB 18030, two-byte part); callers hand over UTF-8. Pure functions, callable from any
- * thread. */
+ * The terminal works in GBK (GB 18030, two-byte part); callers hand over UTF-8.
+ *
+ * Common arguments
+ *   in            in; `inLen` or `len` bytes where there is one of them
+ *   inLen, len    how many
+ *   cap, outSize  room in `out`, in bytes or, where it is of UCS-2, in characters
+ *
+ * Pure functions, callable from any thread. */
 #ifndef GWQ_CODEC_ENCODINGS_H
 #define GWQ_CODEC_ENCODINGS_H
 
@@ -49,7 +55,9 @@ GWQ_API int code_convert(const char* from, const char* to, const char* in, int i
 GWQ_API int u2g(const char* in, int inLen, char* out, int outSize);
 GWQ_API int g2u(const char* in, int inLen, char* out, int outSize);
 
-/* Does nothing and returns 0; kept for its callers. */
+/* Does nothing; kept for its callers.
+ *   in, inLen, out  not used
+ * Returns 0. */
 GWQ_API int ANSIToUTF8(const char* in, int inLen, char* out);
 
 /* Base64 of RFC 4648, with padding, without line breaks and without a terminator. An encoding, whatever the names say.
@@ -65,7 +73,9 @@ GWQ_API int EncryptBase64(const unsigned char* in, int len, char* out, int cap);
  * but not stored. */
 GWQ_API int DecryptBase64(const char* in, int len, unsigned char* out, int cap);
 
-/* The value of a Base64 character, 0 to 63; 0 for "=", -1 for any other. */
+/* Looks up a Base64 character.
+ *   c  the character
+ * Returns its value, 0 to 63; 0 for "=", -1 for any other. */
 GWQ_API int GetIndexFromBase64Table(char c);
 
 GWQ_C_END

@@ -6,6 +6,13 @@
  *             STX  n high   n low   body     XOR of the body   ETX
  *
  * An answer wraps, in the same way, a 16-bit status word (0 is success) and the data behind it.
+ *
+ * Common arguments
+ *   in, data  in; `len` or `count` bytes
+ *   buf       in; `count` bytes, what was received
+ *   len       bytes in `in`
+ *   count     bytes in `buf` or `data`
+ *
  * Pure functions, callable from any thread.
  */
 #ifndef GWQ_CODEC_PACKET_H
@@ -33,17 +40,20 @@ GWQ_API int PackData(const unsigned char* body, int n, unsigned char* out);
 GWQ_API int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* dataLen);
 
 /* Copies what stands between the first `start` byte and the next `end` byte.
- *   out  out; at least `count` bytes
+ *   start, end  the marks
+ *   out         out; at least `count` bytes
  * Returns its length, or -1 if there is no such body or it is empty. */
 GWQ_API int GetPacketBody(unsigned char start, unsigned char end, const unsigned char* buf, int count,
                           unsigned char* out);
 
-/* XOR of `count` bytes, 0 to 255. */
+/* Folds bytes to one.
+ * Returns the XOR of `count` bytes, 0 to 255. */
 GWQ_API int GetDataLRC(const unsigned char* data, int count);
 GWQ_API unsigned char getLRC(const unsigned char* data, int count);
 
 /* Writes a 32-bit value big-endian.
- *   out  out; 4 bytes
+ *   value  the value
+ *   out    out; 4 bytes
  * Returns a pointer to the last byte written. */
 GWQ_API unsigned char* Endian_intToChar(int value, unsigned char* out);
 
@@ -62,13 +72,16 @@ GWQ_API int CheckAndGetResponse(const unsigned char* buf, int count);
 
 /* Takes a PIN-block answer apart: `stx`, split form of a mark and data, `etx`. The mark 0x10 goes with
  * at most 8 data bytes, 0x20 with more.
- *   out     out; the data; at most 1023 bytes
- *   outLen  out; count of data bytes
+ *   stx, etx  the marks
+ *   out       out; the data; at most 1023 bytes
+ *   outLen    out; count of data bytes
  * Returns 0, or -14 with outputs untouched. */
 GWQ_API int CheckAndGetResponseForTY(unsigned char stx, unsigned char etx, const unsigned char* buf,
                                      int count, unsigned char* out, int* outLen);
 
-/* 1 when the text is "st_" followed by exactly 8 decimal digits, else 0 (also for NULL). */
+/* Checks the form of a serial number.
+ *   id  in; may be NULL
+ * Returns 1 when the text is "st_" followed by exactly 8 decimal digits, else 0. */
 GWQ_API int CheckDeviceId(const char* id);
 
 GWQ_C_END

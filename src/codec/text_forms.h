@@ -3,9 +3,16 @@
  *   hexadecimal  "0"-"9", "A"-"F", two characters a byte, high nibble first (RFC 4648, base 16)
  *   split form   each nibble plus 0x30, high nibble first: "0"-"9", then ":" ";" "<" "=" ">" "?"
  *
- * Unless stated: `in` is read for `inLen` bytes and no further; `out` gets no terminator; the
- * result is the number of bytes written; `inLen` or `outCap` of 0 or less converts nothing. Pure
- * functions, callable from any thread.
+ * Common arguments
+ *   in          in; read for `inLen` or `len` bytes and no further
+ *   inLen, len  how many; 0 or less converts nothing
+ *   out         out; gets no terminator
+ *   outCap      bytes that `out` has room for; 0 or less converts nothing
+ *
+ * Common results
+ *   n    bytes written
+ *
+ * Pure functions, callable from any thread.
  */
 #ifndef GWQ_CODEC_TEXT_FORMS_H
 #define GWQ_CODEC_TEXT_FORMS_H
@@ -56,7 +63,10 @@ GWQ_API int HexToAscii(const unsigned char* in, int len, char* out);
  *   out  out; (`len`) / 2 bytes */
 GWQ_API int AsciiToHex(const char* in, int len, unsigned char* out);
 
-/* seed XOR data[0] XOR ... XOR data[len - 1]. */
+/* Folds bytes to one.
+ *   seed  what the first byte is folded into
+ *   data  in; `len` bytes
+ * Returns seed XOR data[0] XOR ... XOR data[len - 1]. */
 GWQ_API unsigned char GetXorValue(unsigned char seed, const unsigned char* data, int len);
 
 /* Cuts a text at the first occurrence of `delim`.

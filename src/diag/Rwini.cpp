@@ -1,3 +1,6 @@
+// Preconditions hold in every build: glibc declares __assert_fail only where this is not set.
+#undef NDEBUG
+
 #include "diag/Rwini.h"
 
 #include <algorithm>
@@ -18,7 +21,7 @@ constexpr std::string_view kKeyEnds = "=|^ \t";
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// Preconditions hold in every build: assert() would be gone where NDEBUG is set.
+// assert() itself would name this line and this function.
 void Require(bool held, const char* text, int line = __builtin_LINE(),
              const char* function = __builtin_FUNCTION()) {
   if (!held) __assert_fail(text, "Rwini.cpp", static_cast<unsigned>(line), function);

@@ -16,12 +16,13 @@
 
 GWQ_C_BEGIN
 
-/* Switches the log: 0 off, anything else on. */
+/* Switches the log.
+ *   flag  0 off, anything else on */
 GWQ_API void SetDebugFlag(unsigned int flag);
 
 /* Writes one line if the log is on, printf-style; a message is cut after 4095 bytes. A line that
  * cannot be written (no directory, full disk) is dropped. Returns 0 always.
- *   format  in; not NULL */
+ *   format  in; not NULL; the values that it names follow */
 GWQ_API int ICC_DPrintLogToFile(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /* Writes one line with the bytes in upper-case hexadecimal if the log is on:
@@ -38,7 +39,7 @@ GWQ_API void GetModuleCurPath(char* path);
 /* The full path of a file in the library's directory.
  *   name  in; relative name
  *   path  out; at least 256 bytes; empty when the path does not fit
- *   size  ignored
+ *   size  not read
  * Returns the length of the path. */
 GWQ_API int GetFullPath(const char* name, char* path, int size);
 
@@ -46,8 +47,10 @@ GWQ_API int GetFullPath(const char* name, char* path, int size);
  * buffer of the library that every call writes anew. One thread at a time. */
 GWQ_API char* pGetLogPath(void);
 
-/* Days from 1 January of year 1 (day 0) in the Gregorian calendar. Nothing is range-checked:
- * month 0 counts like month 1, day 0 is the day before day 1. */
+/* Counts days in the Gregorian calendar. Nothing is range-checked: month 0 counts like month 1, day 0 is the
+ * day before day 1.
+ *   year, month, day  a date
+ * Returns the days from 1 January of year 1 (day 0). */
 GWQ_API int GetAbsDays(int year, int month, int day);
 
 /* Prints "DelOutTimeLogFile" to standard output and removes the log files older than 15 days. Keep nothing
@@ -56,7 +59,7 @@ GWQ_API int GetAbsDays(int year, int month, int day);
 GWQ_API void DelOutTimeLogFile(void);
 
 /* The directory for temporary files, "/tmp".
- *   size  ignored
+ *   size  not read
  *   path  out; at least 5 bytes */
 GWQ_API void GetTempPath(int size, char* path);
 

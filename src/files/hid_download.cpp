@@ -103,8 +103,7 @@ int HIDDownLoad(const char* path, int fileType) {
   }
   const std::string_view name = gwq::NameOnTerminal(path, fileType);
   if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get())) return GWQ_REFUSED;
-  if (std::ferror(file.get()) != 0)
-    return GWQ_NO_LOCAL_FILE;  // half a file must not pass for a whole one
+  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // half a file must not pass for a whole one
   const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;

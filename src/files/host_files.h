@@ -1,6 +1,9 @@
 /* Files on the host: names, whole-file reading and writing, Base64 of files.
  *
- * Paths are not NULL unless stated. One thread at a time. */
+ * Common arguments
+ *   path  in; a file on the host; not NULL unless stated
+ *
+ * One thread at a time. */
 #ifndef GWQ_FILES_HOST_FILES_H
 #define GWQ_FILES_HOST_FILES_H
 
@@ -19,10 +22,15 @@ GWQ_API void GetFileNameEx(const char* path, char* out);
 GWQ_API void GetFileExtendName(const char* path, char* out);
 GWQ_API void GetFileExtenName(const char* path, char* out);
 
-/* The size of a file in bytes; -1 if there is none, or for NULL. */
+/* Tells how large a file is.
+ *   path  in; NULL gives -1
+ * Returns its size in bytes; -1 if there is none. */
 GWQ_API int get_file_size(const char* path);
 
-/* Writes a file anew. Returns 1 if it was created and all bytes were written, else 0. */
+/* Writes a file anew.
+ *   data   in; `count` bytes
+ *   count  how many
+ * Returns 1 if it was created and all bytes were written, else 0. */
 GWQ_API int WriteFileData(const char* path, const unsigned char* data, int count);
 
 /* Reads a whole file.
@@ -41,7 +49,8 @@ GWQ_API int GetBase46FromFile(const char* path, char* out, int* len);
 
 /* Writes the bytes of a Base64 text to a file; no file when there are none. A file that cannot be written is not
  * reported.
- *   len  length of the text
+ *   text  in; `len` characters
+ *   len   length of the text
  * Returns 0; -1 a text that cannot be decoded; -2 NULL or a negative length; -24 out of memory. */
 GWQ_API int WriteBase64ToFile(const char* path, const char* text, int len);
 

@@ -87,7 +87,9 @@ int DownFile(int fileType, int total, int index, const unsigned char* data, int 
   gwq::CommandText<4096> command;
   const auto piece = gwq::BytesOf(data, std::min(count, gwq::kPieceSize));
   command << "\x1B[0DOWNLOAD\x02" << fileType << "|" << (name == nullptr ? "" : name) << "|";
-  gwq::AppendPiece(command, total, total - index, piece);
+  // Both come from the caller, whatever they are: the difference wraps around.
+  const auto remaining = static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
+  gwq::AppendPiece(command, total, remaining, piece);
   command << "\x03";
   if (WriteData(gwq::kPieceSize, reinterpret_cast<unsigned char*>(command.data())) != GWQ_OK)
     return GWQ_SEND_FAILED;

@@ -1,7 +1,7 @@
 /* Media stored on the terminal, and its firmware image.
  *
  * Common arguments
- *   port, baud  of the exchange; 0 is USB
+ *   port, baud  of the exchange; port 0 is USB
  *   channel     passed on, without meaning here
  *   name        in; a name on the terminal; NULL is an empty one
  *   fileType    0 pictures, 2 head photos, 4 firmware image; others are the terminal's
@@ -29,13 +29,17 @@ GWQ_API int DownVideoInfo(int port, char channel, int baud, int fileType, const 
 /* Sends one piece on the link in use: a command of 1024 bytes, cut there.
  *   total, index  number of pieces, and this one's number from 1
  *   data          in; `count` bytes, at most 1024 are sent
+ *   count         how many
  * Returns 0; -10 not written whole; -11 the read gave anything but 0, which an answer does as well; -14 the answer is
  * not the three bytes 0x02 0xAA 0x03. */
 GWQ_API int DownFile(int fileType, int total, int index, const unsigned char* data, int count,
                      const char* name);
 
 /* Builds a piece's record: total and remaining (32 bits, little-endian), the bytes, the XOR of all before it.
- *   out  out; `count` + 9 bytes
+ *   total, remaining  as they go into the record
+ *   data              in; `count` bytes
+ *   count             how many
+ *   out               out; `count` + 9 bytes
  * Returns `count` + 9. */
 GWQ_API int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out);
 
@@ -46,7 +50,9 @@ GWQ_API int DelAllVideoFile(int port, char channel, int baud, int fileType);
 /* As DelVideoFile, without awaiting an answer. "*" deletes all. */
 GWQ_API int DeleteMediaFile(int port, char channel, int baud, int fileType, const char* name);
 
-/* Sends a file or firmware image on USB. Returns -1 unless `port` is 0, else what HIDDownLoad returns. */
+/* Sends a file or firmware image on USB.
+ *   path  in; as HIDDownLoad
+ * Returns -1 unless `port` is 0, else what HIDDownLoad returns. */
 GWQ_API int DownVideoFile(int port, char channel, int baud, int fileType, const char* path);
 
 /* Sends a file or, with type 4, the firmware image "update.dat". Each packet is sent up to its first zero byte.

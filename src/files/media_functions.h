@@ -1,6 +1,9 @@
 /* The files that the terminal shows: head photos of the tellers, the QR code, the pictures of the idle screen, and its
  * firmware package. All on USB; arguments named ignored are ignored.
  *
+ * Common arguments
+ *   baud  accepted; USB has none
+ *
  * Common results
  *   0    success
  *   -3   the link could not be opened
@@ -23,7 +26,9 @@ GWQ_C_BEGIN
  * Also -24: the list is longer than the capacity, or an argument is NULL. */
 GWQ_API int MP_FindHeadPhoto(const char* ignored1, const char* ignored2, int baud, char* list, int* length);
 
-/* Deletes a head photo; a NULL name is an empty one. Returns 0, -3 or -14. */
+/* Deletes a head photo.
+ *   name  in; NULL is an empty one
+ * Returns 0, -3 or -14. */
 GWQ_API int MP_DelHeadFile(const char* ignored1, const char* ignored2, int baud, const char* name);
 
 /* Sends a head photo.
@@ -34,7 +39,8 @@ GWQ_API int MP_DelHeadFile(const char* ignored1, const char* ignored2, int baud,
 GWQ_API int MP_DownHeadFile(const char* ignored, const char* channel, int baud, const char* path,
                             const char* name);
 
-/* Replaces the terminal's QR-code picture, or removes it when `path` is NULL or empty. */
+/* Replaces the terminal's QR-code picture, or removes it.
+ *   path  in; local picture; NULL or empty removes */
 GWQ_API int MP_SetBarcodePic(const char* ignored1, const char* ignored2, int baud, const char* path);
 
 /* Lists the terminal's files of a type.

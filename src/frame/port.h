@@ -11,7 +11,7 @@ GWQ_C_BEGIN
 
 /* Statuses shared by the interface; each function says which it returns. */
 enum GwqStatus {
-  GWQ_OK = 0,
+  GWQ_OK = 0, /* done */
   GWQ_BAD_ARGUMENT =
       -1, /* an argument is out of range, nothing was sent; on a link: unknown type, or settings failed */
   GWQ_NO_ANSWER = -2,           /* nothing was read; on a link: not open, or a bad argument */
@@ -38,7 +38,10 @@ enum GwqStatus {
 };
 
 /* Values of nLinkType. */
-enum GwqLinkType { GWQ_LINK_USB = 0, GWQ_LINK_SERIAL = 1 };
+enum GwqLinkType {
+  GWQ_LINK_USB = 0,   /* links/usb_hid.h */
+  GWQ_LINK_SERIAL = 1 /* links/serial.h */
+};
 
 /* Describes the link to open. Clear it whole before filling it. */
 typedef struct TransMssionLinux_t {
@@ -60,12 +63,14 @@ typedef struct TransMssionLinux_t {
  * the descriptor's time-out and predicate; after a failure they go on using the one before.
  * Returns the link's status (links/serial.h, links/usb_hid.h), -1 for an unknown link type or NULL.
  * Each of these calls exists under two names that behave alike. Those below return -1 as well when the link
- * in use is of an unknown type, as ICC_ChangeTermParam and SetBackUpParam can make it. */
+ * in use is of an unknown type, as ICC_ChangeTermParam and SetBackUpParam can make it.
+ *   port  in; NULL gives -1 */
 GWQ_API int ICC_OpenTransPort(TransMssionLinux_t* port);
 GWQ_API int ICC_OpenLinuxTransPort(TransMssionLinux_t* port);
 
 /* Writes on the link in use.
- *   data  in; `length` bytes
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes written or the link's failure. */
 GWQ_API int ICC_WriteDataToTransPort(unsigned char* data, int length);
 GWQ_API int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length);
@@ -86,13 +91,15 @@ GWQ_API int ICC_CancelReadTransPort(void);
 GWQ_API int ICC_CancelReadLinuxTransPort(void);
 
 /* Takes link type, time-out, predicate and parameter from the descriptor without opening or closing
- * anything. Returns 0 always. */
+ * anything.
+ *   port  in; NULL changes nothing
+ * Returns 0 always. */
 GWQ_API int ICC_ChangeTermParam(TransMssionLinux_t* port);
 GWQ_API int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port);
 
 /* Copies the descriptor's leading bytes over the remembered parameters as raw memory, field boundaries
  * disregarded: bytes 0-3 become the time-out, 8-15 the predicate, 16-19 the link type, 20-23 the parameter.
- */
+ *   port  in; NULL changes nothing */
 GWQ_API void SetBackUpParam(TransMssionLinux_t* port);
 
 /* Writes on the link in use.

@@ -1,15 +1,17 @@
 /* Transactions: open the link of a port, send a command, read the answer, close the link.
  *
  * Common arguments
- *   port       0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a negative port
- *              opens USB but sends as on a serial device: one write, not cut into 1024-byte reports
- *   command    in; on port 0, `commandLen` 0 means its length as text
- *   answer     out; pass it zeroed, with 1024 bytes of room beyond *answerLen: a USB read keeps the report that
- *              reaches the maximum whole. NULL (or NULL answerLen) skips the read. After a failed read it may
- *              hold what had arrived.
- *   answerLen  in: most bytes to read; out: length of the answer as text (up to its first zero byte);
- *              untouched on failure
- *   timeout_ms cut down to whole seconds; below 1000 the read ends when the clock's second changes
+ *   port        0 USB, trying both identities; n >= 1 serial device /dev/ttyS(n-1) at `baud`; a negative port
+ *               opens USB but sends as on a serial device: one write, not cut into 1024-byte reports
+ *   baud        bits per second on a serial port
+ *   command     in
+ *   commandLen  bytes of the command; on port 0, 0 means its length as text
+ *   answer      out; pass it zeroed, with 1024 bytes of room beyond *answerLen: a USB read keeps the report that
+ *               reaches the maximum whole. NULL (or NULL answerLen) skips the read. After a failed read it may
+ *               hold what had arrived.
+ *   answerLen   in: most bytes to read; out: length of the answer as text (up to its first zero byte);
+ *               untouched on failure
+ *   timeout_ms  cut down to whole seconds; below 1000 the read ends when the clock's second changes
  *
  * Common results
  *   0    the answer is there
@@ -34,7 +36,8 @@ GWQ_C_BEGIN
 GWQ_API int TransProc(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                       int timeout_ms);
 
-/* Sends and reads until `end` accepts the answer; NULL reads until the time is over. */
+/* Sends and reads until a predicate accepts the answer.
+ *   end  the predicate; NULL reads until the time is over */
 GWQ_API int TransProcByEnd(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                            GwqEndOfRead end, int timeout_ms);
 
@@ -46,7 +49,8 @@ GWQ_API int TransProcForEva(int port, int baud, char* command, int commandLen, c
 GWQ_API int TransProcForInfo(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                              int timeout_ms);
 
-/* Sends only; `answer` and `answerLen` are ignored. */
+/* Sends only.
+ *   answer, answerLen  not read; may be NULL */
 GWQ_API int TransProcOnlyWrite(int port, int baud, char* command, int commandLen, char* answer,
                                int* answerLen, int timeout_ms);
 
@@ -68,13 +72,15 @@ GWQ_API void CancelWrite(void);
 /* The stop flag of file uploads; an upload clears it when it starts. */
 GWQ_API extern int g_CancelWrite;
 
-/* End-of-answer predicates: 0 when the bytes read so far are complete, else 1. They read `data` as
- * text where said: it must hold a zero byte behind what was read.
+/* End-of-answer predicates.
+ *   data             in; what was read so far; where it is looked at as text, with a zero byte behind
+ *   count            how many bytes
  *   EndOfRead        at least 7 bytes, and the big-endian 16-bit value in bytes 5 and 6 is at most count - 7
  *   EndOfRead2       the text ends with ETX (0x03); data must not be NULL
  *   EndOfRead3       the text ends with "F"; data must not be NULL
  *   EndOfCondition4  any byte
- *   EndOfConditionD  the byte at count - 1 is CR */
+ *   EndOfConditionD  the byte at count - 1 is CR
+ * Returns 0 when the answer is complete so, else 1. */
 GWQ_API int EndOfRead(unsigned char* data, int count);
 GWQ_API int EndOfRead2(unsigned char* data, int count);
 GWQ_API int EndOfRead3(unsigned char* data, int count);
@@ -84,7 +90,8 @@ GWQ_API int EndOfConditionD(unsigned char* data, int count);
 GWQ_C_END
 
 #ifdef __cplusplus
-/* The smaller argument. C++ linkage. */
+/* Returns the smaller argument. C++ linkage.
+ *   a, b  any */
 GWQ_API int min(int a, int b);
 #endif
 

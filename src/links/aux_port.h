@@ -15,11 +15,11 @@ GWQ_C_BEGIN
 
 /* The dialect in use, and what stands around each write of ICC_WriteLinuxAux. */
 typedef struct GwqAuxOp {
-  int32_t nType; /* as given to VK_OpenAuxPort */
-  char szPrefix[1024];
-  int32_t nPrefixLen; /* 0 is none; more than 1024 counts as 1024 */
-  char szSuffix[1024];
-  int32_t nSuffixLen; /* as nPrefixLen */
+  int32_t nType;       /* as given to VK_OpenAuxPort */
+  char szPrefix[1024]; /* stands before what is written */
+  int32_t nPrefixLen;  /* 0 is none; more than 1024 counts as 1024 */
+  char szSuffix[1024]; /* stands behind it */
+  int32_t nSuffixLen;  /* as nPrefixLen */
 } GwqAuxOp;
 
 /* Filled by VK_OpenAuxPort. */
@@ -41,12 +41,18 @@ GWQ_API int ICC_OpenLinuxAux(int type, int port, int baud, int lock);
 GWQ_API int ICC_CloseLinuxAux(int lock);
 
 /* Writes all bytes, between the dialect's prefix and suffix.
- *   data  in; `length` bytes
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes of `data` written, fewer than `length` after an error; -2 for NULL, a length below 1, or
  * if no terminal is open. */
 GWQ_API int ICC_WriteLinuxAux(const unsigned char* data, int length);
 
-/* As ICC_ReadLinux. */
+/* Reads as ICC_ReadLinux does.
+ *   buffer     out; `maximum` bytes; no terminator: pass it zeroed if the predicate reads text
+ *   maximum    most bytes to read
+ *   timeout_s  whole seconds; 0 waits until the clock's second changes
+ *   end        predicate; NULL reads on
+ * Returns what ICC_ReadLinux returns. */
 GWQ_API int ICC_ReadLinuxAux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
 
 /* Makes a read that is waiting in another thread stop and go into its sleep; without one it has no effect.
@@ -63,7 +69,8 @@ GWQ_API int ICC_OpenLinux(const char* path, int baud);
 GWQ_API int ICC_CloseLinux(void);
 
 /* Writes all bytes, with nothing around them.
- *   data  in; `length` bytes
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes written, fewer than `length` after an error; -2 for NULL, a length below 1, or if no
  * terminal is open. */
 GWQ_API int ICC_WriteLinux(const unsigned char* data, int length);
@@ -79,7 +86,7 @@ GWQ_API int ICC_WriteLinux(const unsigned char* data, int length);
  * Bytes received before a failure stand in the buffer. */
 GWQ_API int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
 
-/* Chooses the dialect and switches the open terminal's auxiliary port on; arguments as ICC_OpenLinuxAux. What
+/* Chooses the dialect and switches the open terminal's auxiliary port on. Arguments as ICC_OpenLinuxAux. What
  * is sent is not checked. Returns 0, or -2 with nothing done if the port is below 1. */
 GWQ_API int VK_OpenAuxPort(int type, int port, int baud, int lock);
 
@@ -89,21 +96,28 @@ GWQ_API int VK_OpenAuxPort(int type, int port, int baud, int lock);
 GWQ_API int VK_CloseAuxPort(int lock);
 
 /* Writes until all bytes are out or an error comes.
- *   data  in; `length` bytes
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes written; -2 if no terminal is open, for NULL, or a length of 0 or less. */
 GWQ_API int VK_SendDataToTransPort(const unsigned char* data, int length);
 
-/* Makes `fd` the open terminal, its settings untouched; -1 means none. */
+/* Makes an open descriptor the link's own, its settings untouched.
+ *   fd  the descriptor; -1 means none */
 GWQ_API void SetAuxFd(int fd);
 
 /* Discards what has come from the open terminal and was not read yet. */
 GWQ_API void ClearReceiveBuffer(void);
 
-/* Saves the settings of `fd` and applies the link's own at `baud`. Returns 0, -1 if they cannot be read or
+/* Saves a terminal line's settings and applies the link's own.
+ *   fd    its descriptor
+ *   baud  as ICC_OpenLinuxCom
+ * Returns 0, -1 if they cannot be read or
  * applied, -2 if `fd` is -1. */
 GWQ_API int SetTerm(int fd, int baud);
 
-/* Applies the saved settings to `fd`. Returns 0, -1 if they cannot be applied, -2 if `fd` is -1. */
+/* Applies the saved settings.
+ *   fd  the line's descriptor
+ * Returns 0, -1 if they cannot be applied, -2 if `fd` is -1. */
 GWQ_API int ResetAux(int fd);
 
 /* Removes every blank, tab, LF and CR.

@@ -25,6 +25,7 @@ GWQ_API int ICC_CloseLinuxCom(void);
 
 /* Writes all bytes.
  *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes written, fewer than `length` after an error; -2 for NULL or a length below 1; -5 if
  * no port is open. */
 GWQ_API int ICC_WriteLinuxCom(const unsigned char* data, int length);
@@ -43,17 +44,25 @@ GWQ_API int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, 
 GWQ_API int ICC_CancelLinuxComRead(void);
 
 /* Writes until all bytes are out or an error comes.
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns the bytes written; -2 if no port is open, for NULL, or a length of 0 or less. */
 GWQ_API int SendDataToTransPort(const unsigned char* data, int length);
 
-/* Makes `fd` the open port, its settings untouched; -1 means none. */
+/* Makes an open descriptor the link's own, its settings untouched.
+ *   fd  the descriptor; -1 means none */
 GWQ_API void SetComFd(int fd);
 
-/* Saves the settings of `fd` and applies the link's own at `baud`. Returns 0, -1 if they cannot be read or
+/* Saves a terminal line's settings and applies the link's own.
+ *   fd    its descriptor
+ *   baud  as ICC_OpenLinuxCom
+ * Returns 0, -1 if they cannot be read or
  * applied, -2 if `fd` is -1. */
 GWQ_API int SetComAttr(int fd, int baud);
 
-/* Applies the saved settings to `fd`. Returns 0, -1 if they cannot be applied, -2 if `fd` is -1. */
+/* Applies the saved settings.
+ *   fd  the line's descriptor
+ * Returns 0, -1 if they cannot be applied, -2 if `fd` is -1. */
 GWQ_API int RestoreComAttr(int fd);
 
 GWQ_C_END

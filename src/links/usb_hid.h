@@ -12,6 +12,7 @@
 GWQ_C_BEGIN
 
 /* Opens the first device with these ids, takes it from the kernel's driver and claims interface 0.
+ *   vid, pid  vendor and product id
  * Returns 0, also when a device is open already, which is then kept whatever its ids; -7 if there is no
  * such device; -3 if it cannot be opened or claimed. */
 GWQ_API int ICC_OpenLinuxHid(int vid, int pid);
@@ -20,7 +21,8 @@ GWQ_API int ICC_OpenLinuxHid(int vid, int pid);
 GWQ_API int ICC_CloseLinuxHid(void);
 
 /* Writes in at most 5 transfers of 1000 ms.
- *   data  in; `length` bytes
+ *   data    in; `length` bytes
+ *   length  how many
  * Returns `length` when all bytes went out, else -5; -7 if no device is open. */
 GWQ_API int ICC_WriteLinuxHid(unsigned char* data, int length);
 

@@ -26,9 +26,9 @@ GWQ_C_BEGIN
 GWQ_API int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen);
 
 /* Replaces a master key.
- *   MKeyIndex       0 to 15
- *   NewMKey,OldMKey in; hexadecimal text; a key ends before its first zero byte. A record of more than 512
- *                   bytes is sent empty. Both keys go to the log in clear when it is on. */
+ *   MKeyIndex         0 to 15
+ *   NewMKey, OldMKey  in; hexadecimal text; a key ends before its first zero byte. A record of more than 512
+ *                     bytes is sent empty. Both keys go to the log in clear when it is on. */
 GWQ_API int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, const char* NewMKey,
                            const char* OldMKey);
 
@@ -56,8 +56,8 @@ GWQ_API int GWQ_ReadPin(int iPortNo, int iBaudRate, int iMode, int iTimeout, cha
  *   iCmdDigit1  0 or 1, passed to the terminal
  *   iCmdDigit2  0 to 3, passed to the terminal
  *   iTimeout    1 to 999 seconds
- *   pPinBlock   out; upper-case hexadecimal text, no terminator: pass 1025 zeroed bytes. After an answer that
- * is not the expected one (-14) it holds 1024 characters "0". */
+ *   pPinBlock   out; upper-case hexadecimal text, no terminator: pass 1025 zeroed bytes. After an
+ *               answer that is not the expected one (-14) it holds 1024 characters "0" */
 GWQ_API int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
                            char* pPinBlock);
 
@@ -72,7 +72,7 @@ GWQ_API int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmd
  * Also -14 if the terminal does not know the command. */
 GWQ_API int GWQ_GetVerBuildDate(int iPort, char cReserved, int iBaudRate, char* szDate);
 
-/* 1 if the terminal's build date is after 2023-11-13, so that it takes UTF-8 text; 0 if not, or unknown. */
+/* Returns 1 if the terminal's build date is after 2023-11-13, so that it takes UTF-8 text; 0 if not, or unknown. */
 GWQ_API int CheckUtf8version(void);
 
 GWQ_C_END

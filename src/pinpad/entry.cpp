@@ -50,9 +50,11 @@ int EnterPin(Line line, const PadBody& body, int seconds, const EntryLogs& logs,
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());
   if (answer.status() != GWQ_OK) return EntryRefusal(answer);
-  CopyOut(answer.data(), block);
-  *length = static_cast<int>(answer.data().size());
+  // Logged before the block is copied: registers that copying leaves filled would be saved by a function with
+  // variable arguments.
   ICC_DPrintLogToFile(logs.done, GWQ_OK);
+  *length = static_cast<int>(answer.data().size());
+  CopyOut(answer.data(), block);
   return GWQ_OK;
 }
 

@@ -31,6 +31,7 @@ GWQ_API int PN_GetPin(int iPortNo, const char* szReserved, int iBaudRate, int iT
                       char* szPinBlock);
 
 /* As PN_GetPin, with a text on the pad's screen. Body 40 30 seconds text.
+ *   nTimeout             seconds, as PN_GetPin
  *   pPinBlock, pnPinLen  out; as szPinBlock, piPinLen
  *   szShowString         in; sent as it is, at most 40956 bytes; NULL or empty: none */
 GWQ_API int GetPinblockShowString(int iPortNo, const char* szReserved, int iBaudRate,
@@ -58,6 +59,7 @@ GWQ_API int PN_GetPinBlock(int iPortNo, const char* szReserved, int iBaudRate, i
                            void* pPinBlock, int* pnPinLen);
 
 /* As PN_GetPinBlock, with a text on the pad's screen while the PIN is keyed.
+ *   nTimeout      seconds, as PN_GetPin
  *   szShowString  in; as GetPinblockShowString
  * `nModex` is looked at only after the entry mode is set; an entry mode that fails gives -1 here, and a terminal that
  * cannot be opened -14, for USB is not drained first. The text goes to the log as well. */

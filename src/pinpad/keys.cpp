@@ -199,8 +199,8 @@ int PN_ObtainDigest(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, 
   gwq::PadAnswer answer;
   const int result = gwq::AskPadLogged({0, iBaudRate}, body, gwq::kDigestTimeoutMs, answer);
   if (result != GWQ_OK) return result;
-  gwq::CopyOut(answer.data(), pDigest);
   ICC_DPrintLogToFile("PN_ObtainDigest iRet=%d", GWQ_OK);
+  gwq::CopyOut(answer.data(), pDigest);
   return GWQ_OK;
 }
 

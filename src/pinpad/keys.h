@@ -66,8 +66,8 @@ GWQ_API int PN_ObtainDigest(int iPortNo, const char* szReserved, int iBaudRate, 
  *                               endian
  *   szVerifyKey     in; text
  * Key bytes, factor and verify key are at most 65531 bytes together. When the log is on it receives all three texts.
- * Returns 0; -1 also for the pad's result 1; -8 for its results 2 and 3 and for a damaged answer; 3 if the pad
- * confirmed without a result; otherwise the pad's own result or status word. */
+ * Also -1 for the pad's result 1; -8 for its results 2 and 3 and for a damaged answer; 3 if the pad confirmed
+ * without a result; otherwise the pad's own result or status word. */
 GWQ_API int PN_DownloadPinPadWK(int iPortNo, const char* szReserved, int iBaudRate,
                                 const char* szPinPadFactor, const char* szWKType, const char* encWKData,
                                 const char* szVerifyKey);

@@ -28,7 +28,9 @@ GWQ_C_BEGIN
  * Returns, in place of -14, the pad's own non-zero status word, or -8 for a damaged answer. */
 GWQ_API int PN_GetEnType(int iPortNo, const char* szReserved, int iBaudRate, int* piEnType);
 
-/* Sets the encryption type. Body 30 10 type; 2 s. Returns as PN_GetEnType. */
+/* Sets the encryption type. Body 30 10 type; 2 s.
+ *   iEnType  the type
+ * Returns, in place of -14, the pad's own non-zero status word, or -8 for a damaged answer. */
 GWQ_API int PN_SetEnType(int iPortNo, const char* szReserved, int iBaudRate, int iEnType);
 
 /* Reads the PIN's length. Body 30 35; 2 s.
@@ -36,20 +38,24 @@ GWQ_API int PN_SetEnType(int iPortNo, const char* szReserved, int iBaudRate, int
  * Also -14: the answer holds no data. */
 GWQ_API int PN_GetPinLen(int iPortNo, const char* szReserved, int iBaudRate, int* piPinLen);
 
-/* Sets the PIN's length, of which the low four bits count. Body 30 12 length; 2 s. */
+/* Sets the PIN's length. Body 30 12 length; 2 s.
+ *   iPinLen  digits, of which the low four bits count */
 GWQ_API int PN_SetPinLen(int iPortNo, const char* szReserved, int iBaudRate, int iPinLen);
 
-/* Sets what ends a PIN entry. Body 30 13 rule; 2 s. */
+/* Sets what ends a PIN entry. Body 30 13 rule; 2 s.
+ *   iEndRule  the pad's number of the rule */
 GWQ_API int PN_SetEndRule(int iPortNo, const char* szReserved, int iBaudRate, int iEndRule);
 
 /* Sets what a PIN block is filled with. Body 30 11 FF, or 30 11; 2 s.
  *   szFill  in; beginning with "F": fill with 0xFF; anything else, or NULL: with 0 */
 GWQ_API int PN_SetFillType(int iPortNo, const char* szReserved, int iBaudRate, const char* szFill);
 
-/* Sets the entry mode. Body 30 32 mode; 2 s. */
+/* Sets the entry mode. Body 30 32 mode; 2 s.
+ *   iPinMode  the pad's number of the mode */
 GWQ_API int PN_SetPinMoe(int iPortNo, const char* szReserved, int iBaudRate, int iPinMode);
 
-/* Sets the sound of the keys. Body 30 14 sound; 2 s. */
+/* Sets the sound of the keys. Body 30 14 sound; 2 s.
+ *   iSoundType  the pad's number of the sound */
 GWQ_API int PN_SetSoundType(int iPortNo, const char* szReserved, int iBaudRate, int iSoundType);
 
 /* Sets the account number that PIN blocks are bound to. Body 30 16 length account; 2 s.
@@ -69,6 +75,10 @@ GWQ_API int PN_ReadDeviceId(int iPortNo, const char* szReserved, int iBaudRate, 
 GWQ_API int PN_WriteDeviceId(int iPortNo, const char* szReserved, int iBaudRate, const char* szDeviceId);
 
 /* Sets encryption type, PIN length, end rule and fill type one after the other, on USB whatever the port.
+ *   iAlgoType  as iEnType of PN_SetEnType
+ *   iPinLen    as PN_SetPinLen
+ *   iPinRule   as iEndRule of PN_SetEndRule
+ *   szFill     in; as PN_SetFillType
  * The first that fails ends the call with its result; what was set before stays set. */
 GWQ_API int PN_SetPinPadParameter(int iPortNo, const char* szReserved, int iBaudRate, int iAlgoType,
                                   int iPinLen, int iPinRule, const char* szFill);

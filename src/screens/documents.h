@@ -3,6 +3,7 @@
  * Both work on USB; arguments named ignored are ignored. The documents go to the terminal before they are shown.
  *
  * Common arguments
+ *   iBaudRate   accepted; USB has none
  *   iTimeout    1 to 999 seconds
  *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
  *               are GBK: it ends before the first byte that is not UTF-8, and after 1024 bytes

@@ -4,6 +4,7 @@
  * signature comes back as a picture and as stroke data, both written to local files.
  *
  * Common arguments
+ *   iBaudRate   accepted; USB has none
  *   szLink      in; its first character is passed to the pull, where it means nothing; may be NULL
  *   iTimeout    1 to 999 seconds
  *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
@@ -37,7 +38,7 @@ GWQ_C_BEGIN
 /* Has documents signed. The stroke data are written to "hw.data" in the directory of szSignPath; in "/" when it names
  * none.
  *   szFilePath, szLocation  not NULL, not empty
- *   szSignData  cleared first, as far as the text goes that it holds: pass it terminated */
+ *   szSignData              cleared first, as far as the text goes that it holds: pass it terminated */
 GWQ_API int MP_SignPDF(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
                        const char* szLocation, const char* szSignPath, char* szSignData);
 

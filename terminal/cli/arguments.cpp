@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <regex>
 #include <string_view>
@@ -50,6 +51,14 @@ std::string UsbIdProblem(const std::string& text) {
   return std::regex_match(text, form) ? "" : "'" + text + "' is not VENDOR:PRODUCT in hexadecimal";
 }
 
+std::string HostileProblem(const std::string& text) {
+  try {
+    return text.empty() ? "is empty" : (static_cast<void>(ParseRates(text)), "");
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
+
 // The options as they stand on a command line.
 struct RawOptions {
   std::string vid_pid = UsbIdText(DefaultUsbId());
@@ -59,6 +68,7 @@ struct RawOptions {
   std::string storage;
   std::string keys;
   std::string faults;
+  std::string hostile;
   bool no_tzg = false;
   std::uint16_t page_port = 0;
   std::string trace;
@@ -77,6 +87,7 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   options.storage_dir = Absolute(raw.storage);
   options.keys_dir = Absolute(raw.keys);
   options.faults_file = Absolute(raw.faults);
+  if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
   options.tzg = !raw.no_tzg;
   if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
   if (chosen.count("--trace") > 0)
@@ -105,6 +116,9 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
       ->type_name("FILE")
       ->check(CLI::ExistingFile);
+  app.add_option("--hostile", raw.hostile, "A terminal that mangles answers and transfers, such as seed=7")
+      ->type_name("RATES")
+      ->check(CLI::Validator(HostileProblem, ""));
   app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
@@ -196,6 +210,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
   if (!options.keys_dir.empty()) arguments.push_back("--keys=" + options.keys_dir);
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
+  if (options.hostile) arguments.push_back("--hostile=" + RatesText(*options.hostile));
   if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.page_port) arguments.push_back("--ui=" + std::to_string(*options.page_port));
   if (options.trace) arguments.push_back("--trace=" + *options.trace);

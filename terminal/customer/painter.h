@@ -8,13 +8,13 @@
 
 namespace gwq::terminal {
 
-// The screen, its words as bars.
-[[nodiscard]] std::vector<std::uint8_t> ScreenPng(const Screen& screen);
+[[nodiscard]] std::vector<std::uint8_t> ScreenPng(const Screen& screen, const ScreenKey* pressed = nullptr);
 
 class PngPainter final : public Painter {
  public:
   [[nodiscard]] std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const override;
-  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen) const override;
+  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen,
+                                                  const ScreenKey* pressed) const override;
 };
 
 }  // namespace gwq::terminal

@@ -13,7 +13,9 @@ class Painter {
  public:
   virtual ~Painter() = default;
   [[nodiscard]] virtual std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const = 0;
-  [[nodiscard]] virtual std::vector<std::uint8_t> Picture(const Screen& screen) const = 0;
+  // `pressed` is a key of the screen, or nullptr.
+  [[nodiscard]] virtual std::vector<std::uint8_t> Picture(const Screen& screen,
+                                                          const ScreenKey* pressed) const = 0;
 };
 
 }  // namespace gwq::terminal

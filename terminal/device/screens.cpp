@@ -56,11 +56,6 @@ std::string Deed(const ScreenAction& action) {
   return "does something";
 }
 
-std::optional<std::string> AnswerOf(const ScreenKey* key) {
-  if (key == nullptr) return std::nullopt;
-  return key->answer;
-}
-
 std::span<const std::uint8_t> AsBytes(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
@@ -139,25 +134,31 @@ void Screens::ActAsForetold() {
   Finish(*answer, deed);
 }
 
-std::optional<std::string> Screens::AnswerTo(const ScreenAction& action) const {
+const ScreenKey* Screens::KeyOf(const ScreenAction& action) const {
   switch (action.kind) {
     case ScreenAction::Kind::kKey:
-      return AnswerOf(current_.KeyNamed(action.text));
+      return current_.KeyNamed(action.text);
     case ScreenAction::Kind::kDigits:
-      if (current_.kind != ScreenKind::kKeypad) return std::nullopt;
-      return kKeypadLead + action.text + kKeyEnd;
+      return current_.kind == ScreenKind::kKeypad ? current_.KeyFor(ScreenKey::Role::kConfirm) : nullptr;
     case ScreenAction::Kind::kSign:
-      return AnswerOf(current_.KeyFor(ScreenKey::Role::kSign));
+      return current_.KeyFor(ScreenKey::Role::kSign);
     case ScreenAction::Kind::kConfirm:
-      return AnswerOf(current_.KeyFor(ScreenKey::Role::kConfirm));
+      return current_.KeyFor(ScreenKey::Role::kConfirm);
     case ScreenAction::Kind::kCancel:
-      return AnswerOf(current_.KeyFor(ScreenKey::Role::kCancel));
+      return current_.KeyFor(ScreenKey::Role::kCancel);
     case ScreenAction::Kind::kAnswer:
-      return action.text;
     case ScreenAction::Kind::kWalkAway:
-      return std::nullopt;
+      return nullptr;
   }
-  return std::nullopt;
+  return nullptr;
+}
+
+std::optional<std::string> Screens::AnswerTo(const ScreenAction& action) const {
+  if (action.kind == ScreenAction::Kind::kAnswer) return action.text;
+  const ScreenKey* const key = KeyOf(action);
+  if (key == nullptr) return std::nullopt;
+  if (action.kind == ScreenAction::Kind::kDigits) return kKeypadLead + action.text + kKeyEnd;
+  return key->answer;
 }
 
 // The screen is gone before its answer goes out.
@@ -180,7 +181,7 @@ bool Screens::KeepSignature(const std::vector<PenPoint>& strokes) {
 
 void Screens::KeepPicture() {
   if (painter_ == nullptr) return;
-  const FileResult result = StoreFile(files_, kPicturePath, painter_->Picture(current_));
+  const FileResult result = StoreFile(files_, kPicturePath, painter_->Picture(current_, KeyOf(action_)));
   if (result != FileResult::kDone) outlet_.Note("the picture of the screen cannot be kept");
 }
 

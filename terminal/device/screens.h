@@ -50,6 +50,8 @@ class Screens {
   void AskCustomer();
   void TimeOut();
   void ActAsForetold();
+  // The key that the action presses; nullptr when the screen has none for it.
+  [[nodiscard]] const ScreenKey* KeyOf(const ScreenAction& action) const;
   // What the host is told; nothing when the screen does not take the action.
   [[nodiscard]] std::optional<std::string> AnswerTo(const ScreenAction& action) const;
   void Finish(const std::string& answer, const std::string& what);

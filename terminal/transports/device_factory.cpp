@@ -1,6 +1,7 @@
 #include "transports/device_factory.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "customer/agreeable.h"
 #include "customer/live.h"
@@ -27,12 +28,14 @@ std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
   return LoadCustomer(customer_file_);
 }
 
-Device DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
   customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   Settings settings;
   settings.tzg = tzg_;
-  return Device(line, *customers_.back(), settings, Both(trace_.Sink(line_name), page), MakeStorage(),
+  Device device(line, *customers_.back(), settings, Both(trace_.Sink(line_name), page), MakeStorage(),
                 &painter_);
+  if (!hostile_) return device;
+  return {std::move(device), Hostility(*hostile_, line == Line::kUsb ? 0 : 1)};
 }
 
 std::string DeviceFactory::StorageDir() {

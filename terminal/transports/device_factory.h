@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "customer/painter.h"
 #include "device/customer.h"
 #include "device/device.h"
+#include "hostile/line_device.h"
 #include "store/file_store.h"
 #include "transports/options.h"
 #include "transports/private_dir.h"
@@ -23,13 +25,14 @@ class DeviceFactory {
         storage_dir_(options.storage_dir),
         keys_dir_(options.keys_dir),
         faults_file_(options.faults_file),
+        hostile_(options.hostile),
         tzg_(options.tzg),
         trace_(options.trace) {}
 
   // Each device has a customer of its own, and files of its own unless there is a
   // storage directory. Throws when that or one of the scripts is no good. With a `page` the
   // customer is a person, and sees there what happens.
-  [[nodiscard]] Device Make(Line line, const std::string& line_name, const TraceSink& page = {});
+  [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
  private:
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
@@ -41,6 +44,7 @@ class DeviceFactory {
   std::string storage_dir_;
   std::string keys_dir_;
   std::string faults_file_;
+  std::optional<FaultRates> hostile_;
   bool tzg_;
   TraceWriter trace_;
   PngPainter painter_;

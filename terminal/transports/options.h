@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "hostile/fault_rates.h"
+
 namespace gwq::terminal {
 
 struct UsbId {
@@ -20,6 +22,7 @@ struct TerminalOptions {
   std::string storage_dir;                 // the terminals' files; empty: fresh ones, gone at the end
   std::string keys_dir;                    // their PIN pads' key pairs; empty: new each time
   std::string faults_file;                 // what goes wrong with them; empty: nothing
+  std::optional<FaultRates> hostile;       // how they mistreat the line; nothing: not at all
   bool tzg = true;                         // they know how to sign in TZG mode
   std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
   std::optional<std::string> trace;        // a file, or "-" for standard error

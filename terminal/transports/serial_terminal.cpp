@@ -50,7 +50,7 @@ void SerialTerminal::Advance(Time now) {
 }
 
 void SerialTerminal::Use(const std::function<void(Device&, Time)>& action) {
-  action(device_, clock_.Now());
+  device_.Use(action, clock_.Now());
   CollectAnswers();
 }
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "device/device.h"
+#include "hostile/line_device.h"
 #include "transports/clock.h"
 #include "transports/event_loop.h"
 #include "transports/unique_fd.h"
@@ -22,7 +22,7 @@ struct PtyPair {
 
 class SerialTerminal final : public Timed {
  public:
-  SerialTerminal(Device device, const Clock& clock) : clock_(clock), device_(std::move(device)) {}
+  SerialTerminal(LineDevice device, const Clock& clock) : clock_(clock), device_(std::move(device)) {}
 
   // What a host opens.
   [[nodiscard]] const std::string& Path() const { return pty_.slave_path; }
@@ -42,7 +42,7 @@ class SerialTerminal final : public Timed {
   void WriteLine();
 
   const Clock& clock_;
-  Device device_;
+  LineDevice device_;
   PtyPair pty_;
   Bytes unsent_;  // what the line had no room for yet
 };

@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "transports/control_channel.h"
 #include "transports/device_factory.h"
@@ -51,6 +54,36 @@ void OpenPage(std::unique_ptr<CustomerPage>& page, std::uint16_t port, PageTermi
 PageTerminal PageTerminalOf(SerialTerminal& serial) {
   return {[&serial](const auto& action) { serial.Use(action); }, [] { return true; }, {}};
 }
+// Unplugs a hostile terminal when it wants to go, and plugs it in again.
+class LooseCable final : public Timed {
+ public:
+  LooseCable(UsbTerminal& usb, const Clock& clock, std::function<void()> unplug, std::function<void()> plug)
+      : usb_(usb), clock_(clock), unplug_(std::move(unplug)), plug_(std::move(plug)) {}
+
+  std::optional<Time> NextDeadline() override {
+    if (back_at_ || !usb_.WantsUnplug()) return back_at_;
+    return clock_.Now();
+  }
+
+  void Advance(Time now) override {
+    if (!back_at_ && usb_.WantsUnplug()) {
+      unplug_();
+      back_at_ = now + kAbsence;
+    } else if (back_at_ && now >= *back_at_) {
+      back_at_.reset();
+      plug_();
+    }
+  }
+
+ private:
+  static constexpr Time kAbsence{700};
+
+  UsbTerminal& usb_;
+  const Clock& clock_;
+  const std::function<void()> unplug_;
+  const std::function<void()> plug_;
+  std::optional<Time> back_at_;
+};
 
 // The USB terminal in its testbed. Members are destroyed from the last to the
 // first, the testbed and its thread before what that thread uses.
@@ -66,6 +99,7 @@ class Server {
  private:
   void AddUsb(UsbId id, const TraceSink& page);
   void AddSerial(int port, const TraceSink& page);
+  void AddHostility();
   [[nodiscard]] PageTerminal PageTerminalHere();
   void Obey(const std::string& message);
   void Plug();
@@ -81,6 +115,7 @@ class Server {
   std::unique_ptr<UsbfsHandler> handler_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<Testbed> testbed_;
+  std::unique_ptr<Timed> hostility_;
   std::unique_ptr<CustomerPage> page_;
   bool plugged_ = false;
   bool done_ = false;
@@ -91,6 +126,7 @@ Server::Server(const TerminalOptions& options)
   const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
   if (options.usb) AddUsb(*options.usb, page);
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
+  if (options.usb && options.hostile) AddHostility();
   wakeup_.Join(loop_);
   if (options.page_port) OpenPage(page_, *options.page_port, PageTerminalHere(), page_trace_, loop_);
 }
@@ -100,6 +136,12 @@ PageTerminal Server::PageTerminalHere() {
   if (!usb_) return PageTerminalOf(*serial_);
   return {[this](const auto& action) { usb_->Use(action); }, [this] { return plugged_; },
           [this](bool plugged) { plugged ? Plug() : Unplug(); }};
+}
+
+void Server::AddHostility() {
+  hostility_ = std::make_unique<LooseCable>(
+      *usb_, clock_, [this] { Unplug(); }, [this] { Plug(); });
+  loop_.Add(*hostility_);
 }
 
 void Server::AddUsb(UsbId id, const TraceSink& page) {
@@ -155,6 +197,12 @@ void IgnoreOutputSignals() {
   std::signal(SIGTTOU, SIG_IGN);
 }
 
+// With what is printed here the faults can be had again.
+void AnnounceHostility(const TerminalOptions& options) {
+  if (options.hostile)
+    std::fprintf(stderr, "gwq-terminal: hostile %s\n", RatesText(*options.hostile).c_str());
+}
+
 // The supervisor can no longer do it.
 void CleanUpAlone(const std::string& testbed_dir) {
   SignalProcessesOf(testbed_dir, SIGKILL);
@@ -165,6 +213,7 @@ void CleanUpAlone(const std::string& testbed_dir) {
 
 int RunServer(const TerminalOptions& options, int control_fd) {
   IgnoreOutputSignals();
+  AnnounceHostility(options);
   ControlChannel control{UniqueFd(control_fd)};
   try {
     Server server(options);
@@ -180,6 +229,7 @@ int RunServer(const TerminalOptions& options, int control_fd) {
 
 int RunPty(const TerminalOptions& options) {
   IgnoreOutputSignals();
+  AnnounceHostility(options);
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP});
   const Clock clock;
   PageTrace trace([] {});  // everything happens in the loop

@@ -25,11 +25,14 @@ class Urb {
 
   // Data towards the host is collected until the transfer finishes.
   [[nodiscard]] std::size_t Room() const { return Payload().size() - received_.size(); }
+  [[nodiscard]] std::size_t Collected() const { return received_.size(); }
   void Collect(std::span<const std::uint8_t> bytes);
 
   // `status` as the kernel puts it: 0 or a negative error number.
   void Finish(int status, std::size_t transferred);
   void FinishWithCollected(int status) { Finish(status, received_.size()); }
+
+  [[nodiscard]] std::size_t Moved() const { return static_cast<std::size_t>(transferred_); }
 
   // Hands the outcome to the host as the result of a reap.
   void Deliver(UMockdevIoctlData* reap_argument) const;

@@ -14,9 +14,15 @@ namespace {
 
 constexpr std::size_t kMostReports = 4096;
 
+// Finishes a transfer before its time, with what it has moved.
+void Abandon(Urb& urb, int status) {
+  urb.Finish(status, std::max(urb.Collected(), urb.Moved()));
+}
+
 }  // namespace
 
-UsbTerminal::UsbTerminal(UsbId id, Device device, const Clock& clock, std::function<void()> deadline_moved)
+UsbTerminal::UsbTerminal(UsbId id, LineDevice device, const Clock& clock,
+                         std::function<void()> deadline_moved)
     : id_(id), clock_(clock), deadline_moved_(std::move(deadline_moved)), device_(std::move(device)) {}
 
 void UsbTerminal::Plug(ReapGate gate) {
@@ -30,6 +36,7 @@ void UsbTerminal::Plug(ReapGate gate) {
 void UsbTerminal::Unplug() {
   const Lock lock(mutex_);
   plugged_ = false;
+  wants_unplug_ = false;
   for (UsbClient* client : clients_) {
     client->unplugged = true;
     FinishAllWaiting(*client, -ESHUTDOWN);
@@ -52,7 +59,7 @@ void UsbTerminal::Advance(Time now) {
 
 void UsbTerminal::Use(const std::function<void(Device&, Time)>& action) {
   const Lock lock(mutex_);
-  action(device_, clock_.Now());
+  device_.Use(action, clock_.Now());
   CollectAnswers();
   PassReports();
 }
@@ -115,7 +122,9 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   if (urb.Endpoint() != kEndpointOut && urb.Endpoint() != kEndpointIn) return ENOENT;
   // usbfs claims for a host that forgot to.
   if (const int error = interface_.Claim(client, 0); error != 0) return error;
-  if (urb.Endpoint() == kEndpointOut) {
+  if (Mistreat(client, urb)) {
+    // has been dealt with
+  } else if (urb.Endpoint() == kEndpointOut) {
     FinishOut(client, std::move(urb));
   } else {
     client.waiting.push_back(std::move(urb));
@@ -126,14 +135,17 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
 
 int UsbTerminal::Discard(UsbClient& client, gulong address) {
   const Lock lock(mutex_);
-  const auto found = std::find_if(client.waiting.begin(), client.waiting.end(),
-                                  [address](const Urb& urb) { return urb.Address() == address; });
-  if (found == client.waiting.end()) return EINVAL;
-  found->FinishWithCollected(-ENOENT);
-  client.finished.push_back(std::move(*found));
-  client.waiting.erase(found);
-  UpdateGate();
-  return 0;
+  const auto is_meant = [address](const Urb& urb) { return urb.Address() == address; };
+  for (std::deque<Urb>* list : {&client.waiting, &client.hanging}) {
+    const auto found = std::find_if(list->begin(), list->end(), is_meant);
+    if (found == list->end()) continue;
+    Abandon(*found, -ENOENT);
+    client.finished.push_back(std::move(*found));
+    list->erase(found);
+    UpdateGate();
+    return 0;
+  }
+  return EINVAL;
 }
 
 std::optional<Urb> UsbTerminal::Reap(UsbClient& client) {
@@ -143,6 +155,42 @@ std::optional<Urb> UsbTerminal::Reap(UsbClient& client) {
   client.finished.pop_front();
   UpdateGate();
   return urb;
+}
+
+bool UsbTerminal::WantsUnplug() {
+  const Lock lock(mutex_);
+  return wants_unplug_;
+}
+
+// True when a hostile terminal lets the transfer come to nothing.
+bool UsbTerminal::Mistreat(UsbClient& client, Urb& urb) {
+  const Transfer transfer = urb.Endpoint() == kEndpointOut ? device_.NextOut() : device_.NextIn();
+  switch (transfer.fate) {
+    case TransferFate::kPasses:
+      return false;
+    case TransferFate::kHangs:
+      Hang(client, std::move(urb), transfer.part);
+      return true;
+    case TransferFate::kFails:
+      urb.Finish(-EPIPE, 0);
+      client.finished.push_back(std::move(urb));
+      return true;
+    case TransferFate::kUnplugs:
+      Hang(client, std::move(urb), 0);
+      wants_unplug_ = true;
+      deadline_moved_();
+      return true;
+  }
+  return false;
+}
+
+void UsbTerminal::Hang(UsbClient& client, Urb urb, double part) {
+  if (urb.Endpoint() == kEndpointOut) {
+    const auto moved = static_cast<std::size_t>(part * static_cast<double>(urb.Payload().size()));
+    ReceiveReports(urb.Payload().first(moved));
+    urb.Finish(0, moved);
+  }
+  client.hanging.push_back(std::move(urb));
 }
 
 void UsbTerminal::FinishOut(UsbClient& client, Urb urb) {
@@ -168,11 +216,13 @@ void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
 }
 
 void UsbTerminal::FinishAllWaiting(UsbClient& client, int status) {
-  for (Urb& urb : client.waiting) {
-    urb.FinishWithCollected(status);
-    client.finished.push_back(std::move(urb));
+  for (std::deque<Urb>* list : {&client.waiting, &client.hanging}) {
+    for (Urb& urb : *list) {
+      Abandon(urb, status);
+      client.finished.push_back(std::move(urb));
+    }
+    list->clear();
   }
-  client.waiting.clear();
 }
 
 // A transfer longer than a report arrives as several.

@@ -7,7 +7,7 @@
 #include <optional>
 #include <set>
 
-#include "device/device.h"
+#include "hostile/line_device.h"
 #include "transports/clock.h"
 #include "transports/event_loop.h"
 #include "transports/options.h"
@@ -21,6 +21,7 @@ namespace gwq::terminal {
 struct UsbClient {
   bool unplugged = false;    // the device it opened is gone, even if a new one is there
   std::deque<Urb> waiting;   // for data from the terminal, oldest first
+  std::deque<Urb> hanging;   // will never finish by themselves
   std::deque<Urb> finished;  // to be reaped, oldest first
 };
 
@@ -30,7 +31,7 @@ class UsbTerminal final : public Timed {
  public:
   // `deadline_moved` is called, on any thread, when NextDeadline has changed by
   // what a host did.
-  UsbTerminal(UsbId id, Device device, const Clock& clock, std::function<void()> deadline_moved);
+  UsbTerminal(UsbId id, LineDevice device, const Clock& clock, std::function<void()> deadline_moved);
 
   void Plug(ReapGate gate);
   void Unplug();
@@ -40,6 +41,8 @@ class UsbTerminal final : public Timed {
 
   // Calls with the device, and passes on what it answers.
   void Use(const std::function<void(Device&, Time)>& action);
+  // A hostile terminal has dropped off the bus: its owner is to unplug it.
+  [[nodiscard]] bool WantsUnplug();
 
   // A client must be disconnected before it is destroyed.
   void Connect(UsbClient& client);
@@ -59,6 +62,8 @@ class UsbTerminal final : public Timed {
  private:
   using Lock = std::lock_guard<std::mutex>;
 
+  bool Mistreat(UsbClient& client, Urb& urb);
+  void Hang(UsbClient& client, Urb urb, double part);
   void FinishOut(UsbClient& client, Urb urb);
   void FinishControl(UsbClient& client, Urb urb);
   static void FinishAllWaiting(UsbClient& client, int status);
@@ -73,8 +78,9 @@ class UsbTerminal final : public Timed {
   const std::function<void()> deadline_moved_;
 
   std::mutex mutex_;  // guards everything below, and every UsbClient
-  Device device_;
+  LineDevice device_;
   bool plugged_ = false;
+  bool wants_unplug_ = false;
   UsbInterface interface_;
   ReapGate gate_;
   std::set<UsbClient*> clients_;

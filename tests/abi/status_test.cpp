@@ -37,9 +37,7 @@ Statuses Enumeration(const std::string& header, const std::string& name) {
 }
 
 Statuses AllStatuses() {
-  Statuses all = Enumeration("frame/port.h", "GwqStatus");
-  all.merge(Enumeration("status.h", "GwqSingleStatus"));
-  return all;
+  return Enumeration("frame/port.h", "GwqStatus");
 }
 
 // A whole sentence, and no byte of the source's lines in it.

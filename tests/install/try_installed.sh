@@ -30,6 +30,15 @@ for program in program program_by_full_path; do
     -o "$work/$program"
 done
 
+cat >"$work/program_by_object.cpp" <<'END'
+#include <gwq/gwq.hpp>
+#include <iostream>
+int main() { std::cout << gwq::client::Terminal().Describe() << "\n"; }
+END
+# shellcheck disable=SC2046
+${CXX:-c++} -std=c++17 -Wall -Wextra -Werror $(pkg-config --cflags gwq) "$work/program_by_object.cpp" \
+  $(pkg-config --libs gwq) -o "$work/program_by_object"
+
 cat >"$work/cmake/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(integrator LANGUAGES C)
@@ -49,6 +58,15 @@ for program in program program_by_full_path cmake/build/program_by_cmake; do
     { cat "$work/output.txt"; fail "$program"; }
   grep -q 'terminal software of [0-9]' "$work/output.txt" || { cat "$work/output.txt"; fail "$program said nothing"; }
 done
+
+try_described() {
+  LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$@" >"$work/output.txt" 2>&1 ||
+    { cat "$work/output.txt"; fail "$*"; }
+  grep -q 'st_00000001' "$work/output.txt" || { cat "$work/output.txt"; fail "$* described nothing"; }
+}
+try_described "$work/program_by_object"
+export PYTHONPATH="$prefix/lib/python3/dist-packages" PYTHONDONTWRITEBYTECODE=1
+try_described python3 -c 'import gwq; print(gwq.Terminal().description())'
 
 readelf -d "$library_dir/libgwq.so" "$prefix/bin/gwq-terminal" | grep -E 'R(UN)?PATH' && fail "an rpath is left"
 [ "$(grep -c 'idVendor' "$prefix/lib/udev/rules.d/70-gwq.rules")" -eq 2 ] || fail "the udev rule names no two identities"

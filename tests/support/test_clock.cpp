@@ -33,9 +33,13 @@ class Clock {
     ms_ = now * kMsPerSecond;
   }
 
-  std::time_t Seconds() {
+  std::int64_t Milliseconds() {
     const std::lock_guard lock(mutex_);
-    const std::int64_t now = stopped_ ? ms_ : WallClockMs() + ms_;
+    return stopped_ ? ms_ : WallClockMs() + ms_;
+  }
+
+  std::time_t Seconds() {
+    const std::int64_t now = Milliseconds();
     return now / kMsPerSecond - (now % kMsPerSecond < 0 ? 1 : 0);
   }
 
@@ -57,6 +61,11 @@ class Clock {
   std::vector<std::int64_t> Slept() {
     const std::lock_guard lock(mutex_);
     return slept_;
+  }
+
+  void ForgetSleeps() {
+    const std::lock_guard lock(mutex_);
+    slept_.clear();
   }
 
   void Reset() {
@@ -81,6 +90,14 @@ void SetTime(std::time_t now) {
 
 std::time_t Now() {
   return Clock::Instance().Seconds();
+}
+
+std::int64_t NowMs() {
+  return Clock::Instance().Milliseconds();
+}
+
+void ForgetSleeps() {
+  Clock::Instance().ForgetSleeps();
 }
 
 void AdvanceMs(std::int64_t milliseconds) {

@@ -15,14 +15,18 @@ namespace gwq::test {
 // Stops the clock at this time.
 void SetTime(std::time_t now);
 
-// What time() answers.
+// What time() answers, and more exactly.
 std::time_t Now();
+std::int64_t NowMs();
 
 // Moves the clock without a sleep being recorded.
 void AdvanceMs(std::int64_t milliseconds);
 
 // The sleeps since the last ResetClock, oldest first, in milliseconds rounded up.
 std::vector<std::int64_t> SleptMs();
+
+// For tests that sleep without end.
+void ForgetSleeps();
 
 // Back to the wall clock, with no sleeps recorded.
 void ResetClock();

@@ -1,35 +1,15 @@
 #include "e2e/library/pad_rig.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <array>
 #include <memory>
 #include <stdexcept>
+
+#include "support/host_file_turn.h"
 
 namespace gwq::test {
 namespace {
 
 constexpr char kHostFile[] = "/tmp/enctemp.data";
-
-// The file has a fixed name: every test that uses it has its turn. The lock is on the directory.
-class HostFileTurn {
- public:
-  HostFileTurn() : directory_(open("/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    flock(directory_, LOCK_EX);
-    unlink(kHostFile);
-  }
-  ~HostFileTurn() {
-    unlink(kHostFile);
-    close(directory_);
-  }
-  HostFileTurn(const HostFileTurn&) = delete;
-  HostFileTurn& operator=(const HostFileTurn&) = delete;
-
- private:
-  int directory_;
-};
 
 struct Run {
   const EVP_CIPHER* cipher;
@@ -141,7 +121,7 @@ Pad::Entry Pad::GetPinBlockShowing(const Request& request) {
 }
 
 int Pad::StringBlock(int algorithm, const std::string& text, std::string& file, std::string& answer) {
-  const HostFileTurn turn;
+  const HostFileTurn turn(kHostFile);
   file.assign(kRoom, '\0');
   int length = static_cast<int>(text.size());
   const int status = CallFor<decltype(&PN_GetStringBlock)>(answer, "PN_GetStringBlock", kSeconds, algorithm,

@@ -1,19 +1,10 @@
 // PINs, keys and PIN blocks stay neither on the stack nor in released heap blocks once a call has returned.
-//
-// Each call runs on a stack of its own, which is searched afterwards; every block that the library releases
-// is searched before it goes.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
-#include <pthread.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <semaphore>
 #include <string_view>
 
 #include "frame/transaction.h"
@@ -21,121 +12,11 @@
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
+#include "unit/pinpad/secret_search.h"
 #include "wire/frames.h"
 
 namespace gwq::test {
 namespace {
-
-constexpr std::size_t kStackSize = 1U << 20U;
-
-// What is looked for; read by the releasing functions while a call runs.
-const std::vector<Bytes>* g_secrets = nullptr;
-int g_dirty_blocks = 0;
-thread_local bool t_watched = false;
-
-bool Holds(const std::uint8_t* begin, std::size_t size, const Bytes& secret) {
-  return std::search(begin, begin + size, secret.begin(), secret.end()) != begin + size;
-}
-
-// The test's own blocks are wiped: what they held must not turn up in one that the library is given next.
-void Inspect(void* block) {
-  if (block == nullptr) return;
-  const std::size_t size = malloc_usable_size(block);
-  if (!t_watched || InsideScriptedUsb()) {
-    explicit_bzero(block, size);
-    return;
-  }
-  for (const Bytes& secret : *g_secrets) {
-    g_dirty_blocks += Holds(static_cast<std::uint8_t*>(block), size, secret) ? 1 : 0;
-  }
-}
-
-class OwnStack {
- public:
-  OwnStack()
-      : memory_(static_cast<std::uint8_t*>(
-            mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {}
-  ~OwnStack() { munmap(memory_, kStackSize); }
-  OwnStack(const OwnStack&) = delete;
-  OwnStack& operator=(const OwnStack&) = delete;
-
-  void Run(const std::function<void()>& call) {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstack(&attributes, memory_, kStackSize), 0);
-    pthread_t thread{};
-    call_ = &call;
-    ASSERT_EQ(pthread_create(&thread, &attributes, &Main, this), 0);
-    returned_.acquire();
-    ReadContent();
-    searched_.release();
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-  }
-
-  [[nodiscard]] bool Has(const Bytes& secret) const {
-    return Holds(content_.data(), content_.size(), secret);
-  }
-
- private:
-  // The thread stays until its stack was read, for the C library gives the pages back when it ends.
-  static void* Main(void* self) {
-    auto* const stack = static_cast<OwnStack*>(self);
-    t_watched = true;
-    CallFarDown(*stack->call_);
-    t_watched = false;
-    stack->returned_.release();
-    stack->searched_.acquire();
-    return nullptr;
-  }
-
-  // Through the kernel: the sanitizers would object to reading another thread's frames.
-  void ReadContent() {
-    content_.resize(kStackSize);
-    const int memory = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
-    const auto got = pread(memory, content_.data(), kStackSize,
-                           static_cast<off_t>(reinterpret_cast<std::uintptr_t>(memory_)));
-    close(memory);
-    EXPECT_EQ(got, static_cast<ssize_t>(kStackSize));
-  }
-
-  // Below what this thread's own waiting overwrites afterwards.
-  __attribute__((noinline)) static void CallFarDown(const std::function<void()>& call) {
-    std::uint8_t distance[32768];
-    asm volatile("" : : "r"(distance) : "memory");
-    call();
-    asm volatile("" : : "r"(distance) : "memory");
-  }
-
-  std::uint8_t* memory_;
-  const std::function<void()>* call_ = nullptr;
-  std::binary_semaphore returned_{0};
-  std::binary_semaphore searched_{0};
-  Bytes content_;
-};
-
-// Runs the call and tells which of the secrets it left.
-struct Findings {
-  std::vector<std::string> on_stack;
-  int in_released_blocks;
-};
-
-Findings Search(const std::vector<Bytes>& secrets, const std::function<void()>& call) {
-  g_secrets = &secrets;
-  g_dirty_blocks = 0;
-  OwnStack stack;
-  stack.Run(call);
-  Findings findings{{}, g_dirty_blocks};
-  for (const Bytes& secret : secrets) {
-    if (stack.Has(secret)) findings.on_stack.push_back(Readable(secret));
-  }
-  return findings;
-}
-
-void ExpectClean(const Findings& findings) {
-  EXPECT_EQ(findings.on_stack, std::vector<std::string>{});
-  EXPECT_EQ(findings.in_released_blocks, 0);
-}
 
 const Bytes kPin = BytesOf("83917264");
 
@@ -146,18 +27,18 @@ __attribute__((noinline)) void LeaveOnStack() {
 }
 
 TEST(Search, FindsWhatIsLeftOnTheStack) {
-  EXPECT_EQ(Search({kPin}, &LeaveOnStack).on_stack.size(), 1U);
-  EXPECT_EQ(Search({kPin}, [] {}).on_stack.size(), 0U);
+  EXPECT_EQ(SearchFor({kPin}, &LeaveOnStack).on_stack.size(), 1U);
+  EXPECT_EQ(SearchFor({kPin}, [] {}).on_stack.size(), 0U);
 }
 
 TEST(Search, FindsWhatIsLeftInAReleasedBlock) {
-  EXPECT_EQ(Search({kPin},
-                   [] {
-                     void* const block = std::malloc(64);
-                     std::copy(kPin.begin(), kPin.end(), static_cast<std::uint8_t*>(block) + 30);
-                     asm volatile("" : : "r"(block) : "memory");
-                     std::free(block);
-                   })
+  EXPECT_EQ(SearchFor({kPin},
+                      [] {
+                        void* const block = std::malloc(64);
+                        std::copy(kPin.begin(), kPin.end(), static_cast<std::uint8_t*>(block) + 30);
+                        asm volatile("" : : "r"(block) : "memory");
+                        std::free(block);
+                      })
                 .in_released_blocks,
             1);
 }
@@ -185,7 +66,7 @@ TEST_P(CounterSecrets, ClearPinIsWiped) {
   usb_.Answer("83917264\r").ExpectCommand(wire::kLeaveEntry);
   const auto pin = std::make_unique<char[]>(16);
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 30, pin.get(), 15); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 30, pin.get(), 15); }));
   EXPECT_EQ(result, 0);
   EXPECT_EQ(std::string_view(pin.get()), "83917264");
 }
@@ -197,7 +78,7 @@ TEST_P(CounterSecrets, ClearPinIsWipedWhenTheBufferIsTooSmall) {
   usb_.Answer("83917264\r").ExpectCommand(wire::kLeaveEntry);
   const auto pin = std::make_unique<char[]>(16);
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 30, pin.get(), 3); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 30, pin.get(), 3); }));
   EXPECT_EQ(result, -24);
 }
 
@@ -208,7 +89,7 @@ TEST_P(CounterSecrets, ClearPinIsWipedWhenTheAnswerStaysIncomplete) {
   usb_.Answer("83917264").ExpectCommand(wire::kLeaveEntry);
   const auto pin = std::make_unique<char[]>(16);
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 1, pin.get(), 15); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = GWQ_ReadPin(0, 0, 0, 1, pin.get(), 15); }));
   EXPECT_EQ(result, -11);
 }
 
@@ -218,7 +99,7 @@ TEST_P(CounterSecrets, AnswerIsWipedFromTheLinksReport) {
   const auto answer = std::make_unique<char[]>(64 + 1024);
   int length = 64;
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = TransProcOnlyRead(0, 0, answer.get(), &length, 1000); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = TransProcOnlyRead(0, 0, answer.get(), &length, 1000); }));
   EXPECT_EQ(result, 0);
 }
 
@@ -227,14 +108,14 @@ TEST_P(CounterSecrets, CommandIsWipedFromTheReportItWasSentIn) {
   const auto command = std::make_unique<char[]>(16);
   std::string_view("83917264").copy(command.get(), 8);
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = TransProcOnlySend(0, 0, command.get(), 8, 1000); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = TransProcOnlySend(0, 0, command.get(), 8, 1000); }));
   EXPECT_EQ(result, 0);
 }
 
 TEST_P(CounterSecrets, PinThatWasDrainedIsWiped) {
   usb_.Answer("83917264\rF").ExpectCommand(wire::kPinLength14);
   int result = 1;
-  ExpectClean(Search({kPin}, [&] { result = GWQ_SetPinLen(0, 0, 14); }));
+  ExpectClean(SearchFor({kPin}, [&] { result = GWQ_SetPinLen(0, 0, 14); }));
   EXPECT_EQ(result, 0);
 }
 
@@ -251,7 +132,7 @@ TEST_P(CounterSecrets, PinBlockIsWipedInAllItsForms) {
                                       {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0},
                                       BytesOf(account)};
   ExpectClean(
-      Search(secrets, [&] { result = GWQ_ReadPinAnsi(0, 0, 1, 2, 30, account_text.get(), block.get()); }));
+      SearchFor(secrets, [&] { result = GWQ_ReadPinAnsi(0, 0, 1, 2, 30, account_text.get(), block.get()); }));
   EXPECT_EQ(result, 0);
   EXPECT_EQ(std::string_view(block.get()), wire::kBlock8Hex);
 }
@@ -274,7 +155,7 @@ TEST_P(CounterSecrets, KeysAreWipedInAllTheirForms) {
                                       BytesOf("1:;2<3=4>5?60718"),
                                       BytesOf("B1E29D4C8757610F"),
                                       BytesOf("1AB2C3D4E5F60718")};
-  ExpectClean(Search(secrets, [&] { result = GWQ_UpdateMKey(0, 0, 3, new_key.get(), old_key.get()); }));
+  ExpectClean(SearchFor(secrets, [&] { result = GWQ_UpdateMKey(0, 0, 3, new_key.get(), old_key.get()); }));
   EXPECT_EQ(result, 0);
 }
 
@@ -290,32 +171,9 @@ TEST_P(CounterSecrets, WorkingKeyIsWipedInAllItsForms) {
   const std::vector<Bytes> secrets = {{0xB1, 0xE2, 0x9D, 0x4C, 0x87, 0x57, 0x61, 0x0F},
                                       BytesOf(";1>29=4<8757610?"),
                                       BytesOf("B1E29D4C8757610F")};
-  ExpectClean(Search(secrets, [&] { result = GWQ_DownLoadWKey(0, 0, 1, 2, key.get()); }));
+  ExpectClean(SearchFor(secrets, [&] { result = GWQ_DownLoadWKey(0, 0, 1, 2, key.get()); }));
   EXPECT_EQ(result, -14);
 }
 
 }  // namespace
 }  // namespace gwq::test
-
-extern "C" {
-
-void __real_free(void* block);
-void __real__ZdlPv(void* block);
-void __real__ZdlPvm(void* block, std::size_t size);
-
-void __wrap_free(void* block) {
-  gwq::test::Inspect(block);
-  __real_free(block);
-}
-
-void __wrap__ZdlPv(void* block) {
-  gwq::test::Inspect(block);
-  __real__ZdlPv(block);
-}
-
-void __wrap__ZdlPvm(void* block, std::size_t size) {
-  gwq::test::Inspect(block);
-  __real__ZdlPvm(block, size);
-}
-
-}  // extern "C"

@@ -1,6 +1,5 @@
 // Bytes enciphered by the terminal and fetched as a file, by way of a file of a fixed name on the host.
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +7,7 @@
 
 #include "pinpad/entry.h"
 #include "support/fake_tty.h"
+#include "support/host_file_turn.h"
 #include "support/temp_dir.h"
 #include "unit/pinpad/pinpad_rig.h"
 
@@ -21,24 +21,6 @@ constexpr int kBaud = 115200;
 constexpr int kTimeout = 30;
 constexpr const char* kHostFile = "/tmp/enctemp.data";
 constexpr std::string_view kAnswer = "\x02\x30HIDDEN TEXT\x03";
-
-// Every process that uses the file has its turn; the lock is on the directory, so that nothing is left.
-class HostFileTurn {
- public:
-  HostFileTurn() : fd_(open("/tmp", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    flock(fd_, LOCK_EX);
-    std::filesystem::remove_all(kHostFile);
-  }
-  ~HostFileTurn() {
-    std::filesystem::remove_all(kHostFile);
-    close(fd_);
-  }
-  HostFileTurn(const HostFileTurn&) = delete;
-  HostFileTurn& operator=(const HostFileTurn&) = delete;
-
- private:
-  int fd_;
-};
 
 class StringBlock : public PinPadRig {
  protected:
@@ -78,7 +60,7 @@ class StringBlock : public PinPadRig {
   // Ends the text that the caller's buffer holds, so that so many bytes of it are cleared.
   void EndFileTextAt(std::size_t at) { file_.data()[at] = 0; }
 
-  HostFileTurn turn_;
+  HostFileTurn turn_{kHostFile};
   GuardedBuffer file_{6000, kFill};
   GuardedBuffer answer_{4096, kFill};
   int length_ = 0;

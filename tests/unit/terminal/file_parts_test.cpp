@@ -1,11 +1,9 @@
-// Names, faults, and the pictures that the terminal makes.
+// Names, faults, and strokes.
 #include <gtest/gtest.h>
-#include <png.h>
 
-#include "customer/painter.h"
-#include "customer/signature.h"
 #include "device/file_faults.h"
 #include "device/file_names.h"
+#include "device/pen.h"
 #include "file_rig.h"
 #include "store/fault_script.h"
 #include "support/temp_dir.h"
@@ -112,36 +110,6 @@ TEST(FaultCounter, CountsEachStepForItself) {
   EXPECT_EQ(counter.Next("data"), Verdict::kNone);
 }
 
-struct Decoded {
-  unsigned width = 0;
-  unsigned height = 0;
-  std::vector<std::uint8_t> grey;
-};
-
-Decoded Decode(const std::vector<std::uint8_t>& png) {
-  png_image image{};
-  image.version = PNG_IMAGE_VERSION;
-  EXPECT_NE(png_image_begin_read_from_memory(&image, png.data(), png.size()), 0) << image.message;
-  image.format = PNG_FORMAT_GRAY;
-  Decoded decoded{image.width, image.height, std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};
-  EXPECT_NE(png_image_finish_read(&image, nullptr, decoded.grey.data(), 0, nullptr), 0) << image.message;
-  return decoded;
-}
-
-TEST(Signature, IsAPictureOfItsStrokes) {
-  const auto points = DefaultSignature();
-  const Decoded picture = Decode(SignaturePng(points));
-  EXPECT_EQ(picture.width, 480U);
-  EXPECT_EQ(picture.height, 160U);
-  for (const PenPoint& point : points) {
-    ASSERT_GE(point.x, 0);
-    ASSERT_LT(point.x, kSignatureWidth);
-    ASSERT_GE(point.y, 0);
-    ASSERT_LT(point.y, kSignatureHeight);
-    EXPECT_EQ(picture.grey[static_cast<std::size_t>(point.y * kSignatureWidth + point.x)], 0);
-  }
-}
-
 TEST(Signature, StrokesAreALineForEachPoint) {
   EXPECT_EQ(StrokeText({{1, 2, 300, 0}, {4, 5, 0, 8}}), "1,2,300,0\n4,5,0,8\n");
 }
@@ -156,12 +124,6 @@ TEST(Signature, TimeOnlyRunsForwardAndEachStrokeEndsWithThePenUp) {
     pen_ups += points[i].pressure == 0 ? 1 : 0;
   }
   EXPECT_EQ(pen_ups, 3);
-}
-
-TEST(Screen, IsAPicture) {
-  const Decoded picture = Decode(ScreenPng(Screen{}));
-  EXPECT_EQ(picture.width, 800U);
-  EXPECT_EQ(picture.height, 480U);
 }
 
 }  // namespace

@@ -83,10 +83,9 @@ TEST(PadPublicKey, HasTheFormOfItsAlgorithm) {
 
 TEST(PadPublicKey, OfAnotherLengthOrAlgorithmIsNotThere) {
   Rig rig;
-  for (const ByteList& tail :
-       std::vector<ByteList>{{}, {1}, {2}, {1, 0x20}, {2, 0x80}, {2, 1}, {3, 0x80}, {1, 2}}) {
-    ByteList body{0x30, 0x02};
-    body.insert(body.end(), tail.begin(), tail.end());
+  for (const std::string_view tail :
+       {"", "\x01", "\x02", "\x01\x20", "\x02\x80", "\x02\x01", "\x03\x80", "\x01\x02"}) {
+    const ByteList body = Body({0x30, 0x02}, tail);
     EXPECT_EQ(AskPad(rig, body).status, kNoSuchKey) << ToHex(body);
   }
 }

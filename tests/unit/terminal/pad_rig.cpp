@@ -27,7 +27,7 @@ using ParamBuild = std::unique_ptr<OSSL_PARAM_BLD, Freer<OSSL_PARAM_BLD_free>>;
 using Number = std::unique_ptr<BIGNUM, Freer<BN_free>>;
 using Context = std::unique_ptr<EVP_CIPHER_CTX, Freer<EVP_CIPHER_CTX_free>>;
 
-std::uint8_t Xor(const ByteList& bytes) {
+std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
   return std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0}, std::bit_xor<>());
 }
 
@@ -120,10 +120,12 @@ std::string PadFrame(const ByteList& body) {
 
 PadAnswer ReadPadAnswer(const std::string& frame) {
   if (frame.size() < 12 || frame.front() != '\x02' || frame.back() != '\x03') return {};
-  ByteList bytes = Unsplit(std::string_view(frame).substr(1, frame.size() - 2));
+  const ByteList bytes = Unsplit(std::string_view(frame).substr(1, frame.size() - 2));
   const std::size_t length = bytes[0] * std::size_t{256} + bytes[1];
-  if (bytes.size() != length + 3 || Xor(ByteList(bytes.begin() + 2, bytes.end())) != 0) return {};
-  return {bytes[2] * 256 + bytes[3], ByteList(bytes.begin() + 4, bytes.end() - 1)};
+  const std::span<const std::uint8_t> checked = std::span(bytes).subspan(2);
+  if (bytes.size() != length + 3 || Xor(checked) != 0) return {};
+  const auto data = checked.subspan(2, length - 2);
+  return {bytes[2] * 256 + bytes[3], ByteList(data.begin(), data.end())};
 }
 
 PadAnswer AskPad(Rig& rig, const ByteList& body) {

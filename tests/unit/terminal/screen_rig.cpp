@@ -7,8 +7,9 @@ namespace gwq::terminal::test {
 std::vector<std::uint8_t> TellingPainter::Signature(const std::vector<PenPoint>& points) const {
   return ToBytes("signature of " + std::to_string(points.size()) + " points");
 }
-std::vector<std::uint8_t> TellingPainter::Picture(const Screen& screen) const {
-  return ToBytes("picture of " + screen.text);
+std::vector<std::uint8_t> TellingPainter::Picture(const Screen& screen, const ScreenKey* pressed) const {
+  return ToBytes("picture of " + screen.text + ", " + (pressed == nullptr ? "no key" : pressed->label) +
+                 " pressed");
 }
 
 ScreenAction Does(ScreenAction::Kind kind, std::string text, Time after) {

@@ -19,7 +19,8 @@ inline constexpr std::string_view kTimedOut =
 class TellingPainter final : public Painter {
  public:
   [[nodiscard]] std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const override;
-  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen) const override;
+  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen,
+                                                  const ScreenKey* pressed) const override;
 };
 
 ScreenAction Does(ScreenAction::Kind kind, std::string text = {}, Time after = 100ms);

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "customer/agreeable.h"
-#include "customer/painter.h"
 #include "customer/screen_script.h"
 #include "customer/scripted.h"
 #include "rig.h"
@@ -152,39 +151,6 @@ TEST(Scripted, ScreensWithoutAStepAreAgreedTo) {
 TEST(Agreeable, AnswersAScreenAsSoonAsAPin) {
   AgreeableCustomer customer("1", 70ms);
   EXPECT_EQ(customer.Respond(Screen{}).after, 70ms);
-}
-
-// White where nothing is written.
-TEST(ScreenPicture, DependsOnWhatIsShown) {
-  Screen screen;
-  const auto empty = ScreenPng(screen);
-  for (std::string* part : {&screen.title, &screen.text, &screen.second_text}) {
-    const auto before = ScreenPng(screen);
-    *part = "some words";
-    EXPECT_NE(ScreenPng(screen), before);
-  }
-  screen.documents = {"/tmp/a.pdf"};
-  const auto before = ScreenPng(screen);
-  screen.keys.push_back({ScreenKey::Role::kConfirm, "0", "Confirm", "B0F"});
-  EXPECT_NE(ScreenPng(screen), before);
-  EXPECT_EQ(ScreenPng(Screen{}), empty);
-}
-
-TEST(ScreenPicture, OfAnHtmlPageLeavesItsTagsOut) {
-  Screen tagged;
-  tagged.kind = ScreenKind::kHtml;
-  tagged.text = "<p class=\"x\">some</p> words";
-  Screen plain = tagged;
-  plain.text = "some words";
-  EXPECT_EQ(ScreenPng(tagged), ScreenPng(plain));
-}
-
-TEST(ScreenPicture, TakesTextOfAnyLength) {
-  Screen screen;
-  screen.title = std::string(1000, 't');
-  screen.text = std::string(1'000'000, 'a');
-  screen.keys.assign(20, {ScreenKey::Role::kPlain, "1", std::string(100, 'l'), ""});
-  EXPECT_GT(ScreenPng(screen).size(), 100U);
 }
 
 }  // namespace

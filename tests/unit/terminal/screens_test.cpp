@@ -213,7 +213,11 @@ TEST(Html, ScreenshotIsKeptOfTheScreenAsItStood) {
   ScreenRig rig;
   rig.Put("/tmp/capture.png", "an older one");
   EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "the page"), Does(Kind::kConfirm)), "B0F");
-  EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of the page");
+  EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of the page, Confirm pressed");
+  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "it"), Does(Kind::kCancel)), "B1F");
+  EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of it, Cancel pressed");
+  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "it"), Does(Kind::kAnswer, "B9F")), "B9F");
+  EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of it, no key pressed");
 }
 
 TEST(Html, NobodyLeavesNoScreenshot) {

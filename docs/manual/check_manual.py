@@ -1,0 +1,84 @@
+#!/usr/bin/env python3
+"""Compares the manual with what the library exports: check_manual.py INTERFACE XML-DIRECTORY"""
+import json
+import pathlib
+import re
+import sys
+import xml.etree.ElementTree as ElementTree
+
+from header_filter import SOURCE, group_of, groups, wire
+
+DEVICE_HEADERS = re.compile(r'gwq/(pinpad/|screens/|files/(media|media_functions|pull|push)\.h)')
+COMMAND_WORD = re.compile(r'\[\d([A-Z]\w+)')
+FRAME = re.compile(r'\b([34]0) ([0-9A-F]{2})\b')
+
+
+def documented(xml_directory):
+    """{(kind, name, arguments)} of what the groups' pages describe, without the inline functions of status.h."""
+    found = set()
+    for page in pathlib.Path(xml_directory).glob('group__*.xml'):
+        for member in ElementTree.parse(page).iter('memberdef'):
+            if member.find('location').get('file').endswith('status.h') or member.get('kind') not in ('function', 'variable'):
+                continue
+            text = ''.join(member.find('briefdescription').itertext()) + ''.join(member.find('detaileddescription').itertext())
+            if text.strip():
+                found.add((member.get('kind'), member.findtext('name'), arguments(member.findtext('argsstring'))))
+    return found
+
+
+def arguments(text):
+    return re.sub(r'\s', '', re.sub(r'\[\w*\]', '', text or '')).removesuffix('void)').removesuffix(')') + ')'
+
+
+def exported(interface):
+    found = set()
+    for e in interface:
+        is_function = e['kind'] == 'function'
+        text = e['signature'][e['signature'].index('('):] if is_function else ''
+        found.add(('function' if is_function else 'variable', e['name'], arguments(text)))
+    return found
+
+
+def sources():
+    return '\n'.join(p.read_text(encoding='utf-8') for p in SOURCE.rglob('*.cpp'))
+
+
+def complaints(interface, xml_directory):
+    manual, library = documented(xml_directory), exported(interface)
+    yield from (f'exported, but not in the manual: {e[1]}' for e in sorted(library - manual))
+    yield from (f'in the manual, but not exported: {e[1]}' for e in sorted(manual - library))
+
+    functions = {e['name'] for e in interface if e['kind'] == 'function'}
+    device = {e['name'] for e in interface if e['kind'] == 'function' and DEVICE_HEADERS.match(e['header'])}
+    steps = wire()
+    yield from (f'no bytes on the wire: {name}' for name in sorted(device - set(steps)))
+    yield from (f'bytes on the wire of no exported function: {name}' for name in sorted(set(steps) - functions))
+
+    code = sources()
+    for name, rows in steps.items():
+        for row in rows:
+            if len(row) != 3:
+                yield f'not three columns on the wire: {name}'
+            referred = re.match(r'as (\w+)', row[0])
+            if referred and referred[1] not in functions:
+                yield f'{name} refers to {referred[1]}, which is not exported'
+            yield from (f'{name}: no source sends {word}' for word in COMMAND_WORD.findall(row[0]) if word not in code)
+            yield from (f'{name}: no source sends the frame {a} {b}' for a, b in FRAME.findall(row[0])
+                        if f'0x{a}{b}' not in code)
+
+    known = {e['name'] for e in interface} | {'GwqStatusName', 'GwqStatusCause', 'GwqStatusRemedy'}
+    for group in groups():
+        for name in group.get('functions', []) + group['sequence']:
+            if name not in known:
+                yield f'group {group["id"]} names {name}, which is not exported'
+
+
+def main(interface_file, xml_directory):
+    interface = json.loads(pathlib.Path(interface_file).read_text(encoding='utf-8'))['exports']
+    found = list(complaints(interface, xml_directory))
+    if found:
+        sys.exit('\n'.join(found))
+    print(f'{len(interface)} exported names documented')
+
+
+main(*sys.argv[1:])

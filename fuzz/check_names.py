@@ -1,0 +1,20 @@
+"""Fails for an exported function that no fuzzer calls: check_names.py EXPORTS DIRECTORY."""
+
+import pathlib
+import re
+import sys
+
+# Data, what is called by every session as it is, and what takes a format of the compiler's.
+ELSEWHERE = set(
+    "dllversion g_AuxOp g_CancelWrite m_devsSdt m_szBuf m_szCMD gbkTables gbk_buf_size gbk_first_code gbk_last_code "
+    "unicodeTables unicode_buf_size unicode_first_code unicode_last_code ANSIToUTF8 ICC_DPrintLogToFile min".split())
+
+
+def main() -> None:
+    exports = {re.match(r"\w+", line).group() for line in pathlib.Path(sys.argv[1]).read_text().splitlines() if line}
+    sources = " ".join(path.read_text() for path in sorted(pathlib.Path(sys.argv[2]).glob("*.cpp")))
+    missing = sorted(exports - ELSEWHERE - set(re.findall(r"\w+", sources)))
+    sys.exit(f"no fuzzer calls {', '.join(missing)}" if missing else 0)
+
+
+main()

@@ -1,0 +1,141 @@
+// Text forms, Base64 and the character sets; and the sequences that are made of numbers alone.
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "codec/encodings.h"
+#include "codec/text_forms.h"
+#include "diag/log.h"
+#include "exact.h"
+#include "input.h"
+#include "links/aux_dialect.h"
+#include "machine.h"
+
+namespace gwq::fuzz {
+namespace {
+
+std::size_t Even(std::size_t count) {
+  return (count + 1) / 2 * 2;
+}
+
+// Conversions whose output passes an odd capacity by one character.
+void ToTexts(Exact<unsigned char>& in, std::size_t capacity) {
+  const int room = static_cast<int>(capacity);
+  for (auto* convert : {&GetHexString, &GetHexStr, &HexAsc1Split, &SplitChar}) {
+    Exact<char> out(Even(capacity));
+    const int length = convert(in.data(), in.length(), out.data(), room);
+    Require(length >= 0 && length <= out.length(), "more text than there is room for");
+  }
+  Exact<char> terminated(Even(capacity) + 1);
+  AsciiToHexStr(reinterpret_cast<const char*>(in.data()), in.length(), terminated.data(), room);
+  Exact<char> upper(Even(capacity));
+  AsciiToHexStr(reinterpret_cast<char*>(in.data()), in.length(), upper.data(), room);
+  Exact<char> whole(2 * in.size() + 1);
+  Require(HexToAscii(in.data(), in.length(), whole.data()) == 2 * in.length(),
+          "hexadecimal text of another length");
+  Require((GetXorValue(1, in.data(), in.length()) ^ GetXorValue(0, in.data(), in.length())) == 1,
+          "a check without its seed");
+  Exact<unsigned char> back(in.size());
+  AsciiToHex(whole.data(), 2 * in.length(), back.data());
+  Require(std::ranges::equal(back.first(in.size()), in.first(in.size())),
+          "other bytes came back from hexadecimal");
+}
+
+void FromTexts(Exact<unsigned char>& bytes, std::size_t capacity) {
+  const auto* in = reinterpret_cast<const char*>(bytes.data());
+  for (auto* convert : {&GetAsciStr, &HexAsc1Merge, &Merge, &HexStrToAscii, &GetAsciString}) {
+    Exact<unsigned char> out(capacity);
+    const int length = convert(in, bytes.length(), out.data(), out.length());
+    Require(length >= 0 && length <= out.length(), "more bytes than there is room for");
+  }
+  for (auto* convert : {&HexToBCD, &BCDToHex}) {
+    Exact<char> out(Even(capacity));
+    convert(in, bytes.length(), out.data(), static_cast<int>(capacity));
+  }
+  Exact<unsigned char> half(bytes.size() / 2);
+  AsciiToHex(in, bytes.length(), half.data());
+}
+
+void Base64(Exact<unsigned char>& in, std::size_t capacity) {
+  Exact<char> text((in.size() + 2) / 3 * 4);
+  Require(EncryptBase64(in.data(), in.length(), text.data(), text.length()) == text.length(),
+          "Base64 of another length");
+  Exact<unsigned char> back(in.size());
+  const int length = DecryptBase64(text.data(), text.length(), back.data(), back.length());
+  Require(length == in.length() && std::ranges::equal(back.first(in.size()), in.first(in.size())),
+          "other bytes came back from Base64");
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    Require(GetIndexFromBase64Table(text.data()[i]) >= 0, "a character that is not of the alphabet");
+  }
+  Exact<char> small(capacity);
+  EncryptBase64(in.data(), in.length(), small.data(), small.length());
+  Exact<unsigned char> any(capacity);
+  const int count =
+      DecryptBase64(reinterpret_cast<const char*>(in.data()), in.length(), any.data(), any.length());
+  Require(count >= -1 && count <= any.length() + 1, "more decoded than there is room for");
+}
+
+void CharacterSets(Exact<unsigned char>& in, std::size_t capacity) {
+  const auto* text = reinterpret_cast<const char*>(in.data());
+  Exact<char> gbk(capacity);
+  u2g(text, in.length(), gbk.data(), gbk.length());
+  static constexpr std::array kNames{"UTF-8", "GBK", "UCS-2LE", "GB18030", "ASCII", "none"};
+  Exact<char> any(capacity);
+  code_convert(kNames[in.size() % kNames.size()], kNames[capacity % kNames.size()], text, in.length(),
+               any.data(), any.length());
+  Exact<char> utf8(capacity);
+  g2u(text, in.length(), utf8.data(), utf8.length());
+  std::string terminated(text, in.size());
+  terminated.resize(terminated.find('\0') == std::string::npos ? terminated.size() : terminated.find('\0'));
+  Exact<unsigned char> narrow(
+      {reinterpret_cast<const std::uint8_t*>(terminated.c_str()), terminated.size() + 1});
+  Exact<unsigned short> wide(capacity);
+  const int count = GbkToUnicode(narrow.data(), wide.data(), wide.length());
+  Require(count >= 0 && count <= wide.length(), "more characters than there is room for");
+}
+
+void FromUcs2(std::span<const std::uint8_t> bytes, std::size_t capacity) {
+  Exact<unsigned short> in(bytes.size() / 2 + 1);
+  if (bytes.size() >= 2) std::memcpy(in.data(), bytes.data(), bytes.size() / 2 * 2);
+  std::size_t singles = 0;
+  for (std::size_t i = 0; in.data()[i] != 0; ++i) singles += in.data()[i] <= 0x7F ? 1 : 0;
+  Exact<unsigned char> out(Even(capacity) + singles);
+  UnicodeToGbk(in.data(), out.data(), static_cast<int>(capacity));
+}
+
+void CutText(const std::string& text, const std::string& delimiter) {
+  Exact<char> out(text.size() + 1);
+  const char* at = SplitData(text.c_str(), out.data(), delimiter.c_str());
+  Require(at >= text.c_str() && at <= text.c_str() + text.size(), "cut outside the text");
+}
+
+void Numbers(Input input) {
+  const int type = input.Int();
+  const int port = input.Int();
+  const AuxSequence sequence = AuxSwitchOn(type, port, input.Int());
+  Require(std::find(sequence.begin(), sequence.end(), '\0') != sequence.end(), "a sequence without an end");
+  Require(AuxSwitchOff(type) != nullptr && AuxWrappingOf(type).prefix.size() <= 1024, "no such dialect");
+  const int month = input.Int();
+  const int year = input.Int();
+  GetAbsDays(year, month, input.Int());
+}
+
+}  // namespace
+}  // namespace gwq::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace gwq::fuzz;
+  Input input(data, size);
+  const std::size_t capacity = input.Short() % 3000;
+  Numbers(input);
+  const auto bytes = input.Rest();
+  Exact<unsigned char> in(bytes);
+  ToTexts(in, capacity);
+  FromTexts(in, capacity);
+  Base64(in, capacity);
+  CharacterSets(in, capacity);
+  FromUcs2(bytes, capacity);
+  const std::string text(bytes.begin(), bytes.end());
+  CutText(text, text.substr(0, capacity % 4));
+  return 0;
+}

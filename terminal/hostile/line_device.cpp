@@ -1,0 +1,49 @@
+#include "hostile/line_device.h"
+
+#include <algorithm>
+
+namespace gwq::terminal {
+
+void LineDevice::Receive(std::span<const std::uint8_t> bytes, Time now) {
+  now_ = std::max(now_, now);
+  device_.Receive(bytes, now);
+  Collect();
+}
+
+void LineDevice::Advance(Time now) {
+  now_ = std::max(now_, now);
+  device_.Advance(now);
+  Collect();
+}
+
+void LineDevice::Use(const std::function<void(Device&, Time)>& action, Time now) {
+  now_ = std::max(now_, now);
+  action(device_, now);
+  Collect();
+}
+
+// Answers take their way, and their faults, in the order in which the device gives them.
+void LineDevice::Collect() {
+  if (!hostility_) return;
+  if (device_.TakeWithdrawal()) {
+    hostility_->Withdraw();
+    withdrawn_ = true;
+  }
+  while (std::optional<Bytes> answer = device_.TakeAnswer()) hostility_->Send(std::move(*answer), now_);
+}
+
+std::optional<Time> LineDevice::NextDeadline() const {
+  const std::optional<Time> own = device_.NextDeadline();
+  const std::optional<Time> arrival = hostility_ ? hostility_->NextArrival() : std::nullopt;
+  return own && arrival ? std::min(own, arrival) : own ? own : arrival;
+}
+
+bool LineDevice::TakeWithdrawal() {
+  return hostility_ ? std::exchange(withdrawn_, false) : device_.TakeWithdrawal();
+}
+
+std::optional<Bytes> LineDevice::TakeAnswer() {
+  return hostility_ ? hostility_->Take(now_) : device_.TakeAnswer();
+}
+
+}  // namespace gwq::terminal

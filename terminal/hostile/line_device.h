@@ -1,0 +1,40 @@
+// A device as the transports see it: at the end of a line that may be hostile.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "device/device.h"
+#include "hostile/hostility.h"
+
+namespace gwq::terminal {
+
+class LineDevice {
+ public:
+  LineDevice(Device device, std::optional<Hostility> hostility = {})  // NOLINT(google-explicit-constructor)
+      : device_(std::move(device)), hostility_(std::move(hostility)) {}
+
+  // As the members of Device.
+  void Receive(std::span<const std::uint8_t> bytes, Time now);
+  void Advance(Time now);
+  // Calls with the device and the time.
+  void Use(const std::function<void(Device&, Time)>& action, Time now);
+  [[nodiscard]] std::optional<Time> NextDeadline() const;
+  [[nodiscard]] bool TakeWithdrawal();
+  [[nodiscard]] std::optional<Bytes> TakeAnswer();
+
+  [[nodiscard]] Transfer NextOut() { return hostility_ ? hostility_->NextOut() : Transfer{}; }
+  [[nodiscard]] Transfer NextIn() { return hostility_ ? hostility_->NextIn() : Transfer{}; }
+
+ private:
+  void Collect();
+
+  Device device_;
+  std::optional<Hostility> hostility_;
+  Time now_{0};
+  bool withdrawn_ = false;
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,48 @@
+// Run under gwq-terminal exec --hostile: soak_on_usb CALLS SECONDS SEED
+// The real libusb and the real time; the serial port is 78.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "hostile/soak.h"
+#include "support/temp_dir.h"
+
+namespace gwq::test {
+namespace {
+
+// What the line did is not seen from here. A transfer out may take its whole second five times over; the files that
+// are pulled have a few reports.
+constexpr Traffic kMostTraffic = {.stalled_ms = 10'000, .reports = 10};
+
+std::int64_t NowMs() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+int Run(char** argv) {
+  const TempDir directory;
+  SoakPlan plan;
+  plan.calls = std::strtoll(argv[1], nullptr, 10);
+  plan.seconds = std::strtoll(argv[2], nullptr, 10);
+  plan.seed = std::strtoull(argv[3], nullptr, 10);
+  plan.scene = {
+      .now_ms = NowMs, .serial_port = 78, .long_text = 20'000, .directory = directory.Path().string()};
+  plan.take_traffic = [] { return kMostTraffic; };
+  plan.before_call = [](Caller&) {};
+  return Soak(LoadLibrary(), plan) == 0 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace gwq::test
+
+int main(int argc, char** argv) {
+  try {
+    if (argc == 4) return gwq::test::Run(argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "soak_on_usb: %s\n", error.what());
+    return 2;
+  }
+  std::fprintf(stderr, "usage: soak_on_usb CALLS SECONDS SEED\n");
+  return 2;
+}
