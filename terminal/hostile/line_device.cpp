@@ -22,6 +22,12 @@ void LineDevice::Use(const std::function<void(Device&, Time)>& action, Time now)
   Collect();
 }
 
+void LineDevice::SetRates(const FaultRates& rates) {
+  if (hostility_) return hostility_->SetRates(rates);
+  hostility_.emplace(rates, 0);
+  Collect();
+}
+
 // Answers take their way, and their faults, in the order in which the device gives them.
 void LineDevice::Collect() {
   if (!hostility_) return;

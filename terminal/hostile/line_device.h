@@ -25,6 +25,9 @@ class LineDevice {
   [[nodiscard]] bool TakeWithdrawal();
   [[nodiscard]] std::optional<Bytes> TakeAnswer();
 
+  // What the line does from now on.
+  void SetRates(const FaultRates& rates);
+
   [[nodiscard]] Transfer NextOut() { return hostility_ ? hostility_->NextOut() : Transfer{}; }
   [[nodiscard]] Transfer NextIn() { return hostility_ ? hostility_->NextIn() : Transfer{}; }
 

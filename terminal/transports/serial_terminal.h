@@ -33,6 +33,9 @@ class SerialTerminal final : public Timed {
   // Calls with the device, and passes on what it answers.
   void Use(const std::function<void(Device&, Time)>& action);
 
+  // How hostile its line is from now on.
+  void SetRates(const FaultRates& rates) { device_.SetRates(rates); }
+
   std::optional<Time> NextDeadline() override { return device_.NextDeadline(); }
   void Advance(Time now) override;
 

@@ -51,9 +51,14 @@ void OpenPage(std::unique_ptr<CustomerPage>& page, std::uint16_t port, PageTermi
   std::fprintf(stderr, "gwq-terminal: you are the customer at %s\n", page->Address().c_str());
 }
 
-PageTerminal PageTerminalOf(SerialTerminal& serial) {
-  return {[&serial](const auto& action) { serial.Use(action); }, [] { return true; }, {}};
+PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates) {
+  return {[&serial](const auto& action) { serial.Use(action); },
+          [] { return true; },
+          {},
+          [&serial](const FaultRates& changed) { serial.SetRates(changed); },
+          rates};
 }
+
 // Unplugs a hostile terminal when it wants to go, and plugs it in again.
 class LooseCable final : public Timed {
  public:
@@ -100,7 +105,7 @@ class Server {
   void AddUsb(UsbId id, const TraceSink& page);
   void AddSerial(int port, const TraceSink& page);
   void AddHostility();
-  [[nodiscard]] PageTerminal PageTerminalHere();
+  [[nodiscard]] PageTerminal PageTerminalHere(const FaultRates& rates);
   void Obey(const std::string& message);
   void Plug();
   void Unplug();
@@ -126,16 +131,19 @@ Server::Server(const TerminalOptions& options)
   const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
   if (options.usb) AddUsb(*options.usb, page);
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
-  if (options.usb && options.hostile) AddHostility();
+  if (options.usb && (options.hostile || options.page_port)) AddHostility();
   wakeup_.Join(loop_);
-  if (options.page_port) OpenPage(page_, *options.page_port, PageTerminalHere(), page_trace_, loop_);
+  if (!options.page_port) return;
+  const FaultRates rates = options.hostile.value_or(FaultRates{});
+  OpenPage(page_, *options.page_port, PageTerminalHere(rates), page_trace_, loop_);
 }
 
 // The page belongs to one terminal.
-PageTerminal Server::PageTerminalHere() {
-  if (!usb_) return PageTerminalOf(*serial_);
+PageTerminal Server::PageTerminalHere(const FaultRates& rates) {
+  if (!usb_) return PageTerminalOf(*serial_, rates);
   return {[this](const auto& action) { usb_->Use(action); }, [this] { return plugged_; },
-          [this](bool plugged) { plugged ? Plug() : Unplug(); }};
+          [this](bool plugged) { plugged ? Plug() : Unplug(); },
+          [this](const FaultRates& changed) { usb_->SetRates(changed); }, rates};
 }
 
 void Server::AddHostility() {
@@ -239,7 +247,8 @@ int RunPty(const TerminalOptions& options) {
   EventLoop loop;
   terminal.Join(loop);
   std::unique_ptr<CustomerPage> page;
-  if (options.page_port) OpenPage(page, *options.page_port, PageTerminalOf(terminal), trace, loop);
+  const PageTerminal here = PageTerminalOf(terminal, options.hostile.value_or(FaultRates{}));
+  if (options.page_port) OpenPage(page, *options.page_port, here, trace, loop);
   loop.OnReadable(signals.Fd(), [&loop] { loop.Stop(); });
   if (std::printf("%s\n", terminal.Path().c_str()) < 0 || std::fflush(stdout) != 0)
     ThrowErrno("standard output");

@@ -64,6 +64,11 @@ void UsbTerminal::Use(const std::function<void(Device&, Time)>& action) {
   PassReports();
 }
 
+void UsbTerminal::SetRates(const FaultRates& rates) {
+  const Lock lock(mutex_);
+  device_.SetRates(rates);
+}
+
 void UsbTerminal::Connect(UsbClient& client) {
   const Lock lock(mutex_);
   client.unplugged = !plugged_;

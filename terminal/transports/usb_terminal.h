@@ -41,6 +41,8 @@ class UsbTerminal final : public Timed {
 
   // Calls with the device, and passes on what it answers.
   void Use(const std::function<void(Device&, Time)>& action);
+  // How hostile its line is from now on.
+  void SetRates(const FaultRates& rates);
   // A hostile terminal has dropped off the bus: its owner is to unplug it.
   [[nodiscard]] bool WantsUnplug();
 

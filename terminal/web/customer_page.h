@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "device/device.h"
+#include "hostile/fault_rates.h"
 
 namespace gwq::terminal {
 
@@ -35,6 +36,8 @@ struct PageTerminal {
   std::function<void(const std::function<void(Device&, Time)>&)> use;
   std::function<bool()> is_plugged;
   std::function<void(bool)> plug;  // empty: it has no plug that could be pulled
+  std::function<void(const FaultRates&)> set_rates;
+  FaultRates rates;  // how hostile the line is at first
 };
 
 class CustomerPage {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <utility>
 
 namespace gwq::terminal {
@@ -12,6 +13,7 @@ using Json = nlohmann::json;
 
 constexpr std::size_t kMostTyped = 32;
 constexpr std::size_t kMostPoints = 10'000;
+constexpr std::size_t kLongestRates = 500;
 constexpr int kMostPressure = 1023;
 constexpr int kMostTimeMs = 3'600'000;
 constexpr std::size_t kLongestMessage = std::size_t{1} << 18;
@@ -127,6 +129,15 @@ std::optional<PadKey> ReadKey(const std::string& name) {
   return std::nullopt;
 }
 
+std::optional<FaultRates> ReadRates(const std::string& text) {
+  try {
+    if (text.empty() || text.size() > kLongestRates) return std::nullopt;
+    return ParseRates(text);
+  } catch (const std::runtime_error&) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 std::string ScreenMessage(const ShownScreen& shown) {
@@ -170,8 +181,9 @@ std::string FilesMessage(const std::vector<std::string>& paths) {
   return Text({{"type", "files"}, {"paths", paths}});
 }
 
-std::string LinkMessage(bool plugged, bool pluggable) {
-  return Text({{"type", "link"}, {"plugged", plugged}, {"pluggable", pluggable}});
+std::string LinkMessage(bool plugged, bool pluggable, const FaultRates& rates) {
+  return Text(
+      {{"type", "link"}, {"plugged", plugged}, {"pluggable", pluggable}, {"faults", RatesText(rates)}});
 }
 
 std::optional<PageRequest> ReadPageRequest(std::string_view message) {
@@ -187,6 +199,9 @@ std::optional<PageRequest> ReadPageRequest(std::string_view message) {
     if (key) return PressRequest{ReadCount(json, "entry"), *key};
   } else if (type == "plug" && json.contains("plugged") && json["plugged"].is_boolean()) {
     return PlugRequest{json["plugged"].get<bool>()};
+  } else if (type == "faults") {
+    const auto rates = ReadRates(ReadText(json, "rates"));
+    if (rates) return FaultsRequest{*rates};
   }
   return std::nullopt;
 }

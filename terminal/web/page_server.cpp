@@ -124,10 +124,11 @@ class PageServer final : public CustomerPage {
   void ServeScreen(SoupServerMessage* message) const;
   void ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) const;
 
-  void Obey(const PageRequest& request) const;
+  void Obey(const PageRequest& request);
   void Do(const ActRequest& request) const;
   void Do(const PressRequest& request) const;
   void Do(const PlugRequest& request) const;
+  void Do(const FaultsRequest& request);
 
   void Update();
   void UpdateScreen();
@@ -250,7 +251,7 @@ void PageServer::Closed(SoupWebsocketConnection* socket, gpointer self) {
   std::erase_if(sockets, [socket](const auto& one) { return one.get() == socket; });
 }
 
-void PageServer::Obey(const PageRequest& request) const {
+void PageServer::Obey(const PageRequest& request) {
   std::visit([this](const auto& asked) { Do(asked); }, request);
 }
 
@@ -271,12 +272,17 @@ void PageServer::Do(const PlugRequest& request) const {
   if (terminal_.plug) terminal_.plug(request.plugged);
 }
 
+void PageServer::Do(const FaultsRequest& request) {
+  terminal_.rates = request.rates;
+  terminal_.set_rates(request.rates);
+}
+
 // Tells the pages what is new. Files only change when the host says something, or the customer.
 void PageServer::Update() {
   const std::vector<TraceEvent> events = trace_.Take();
   UpdateScreen();
   UpdateEntry();
-  Tell(told_.link, LinkMessage(terminal_.is_plugged(), static_cast<bool>(terminal_.plug)));
+  Tell(told_.link, LinkMessage(terminal_.is_plugged(), static_cast<bool>(terminal_.plug), terminal_.rates));
   if (events.empty() && !told_.files.empty()) return;
   lines_.insert(lines_.end(), events.begin(), events.end());
   while (lines_.size() > kMostLines) lines_.pop_front();

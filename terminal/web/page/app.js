@@ -7,13 +7,15 @@ import { currentLanguage, switchLanguage, t } from "./texts.js";
 
 const state = {
   connected: false,
-  link: { plugged: true, pluggable: false },
+  ended: "",
+  link: { plugged: true, pluggable: false, faults: "" },
   screen: null,
   entry: { number: 0 },
   files: [],
   away: false,
   canWalkAway: false,
 };
+const TOO_MANY = 1008;
 let view = null;
 let endsAt = 0;
 let lasts = 0;
@@ -32,7 +34,7 @@ function setAway(away) {
 
 // While there is nothing for the customer to do, and why.
 function drawVeil() {
-  const why = !state.connected ? "The terminal has ended."
+  const why = !state.connected ? state.ended
     : !state.link.plugged ? "The cable is unplugged."
     : state.away ? "You walked away. The terminal waits for its time-out." : "";
   const veil = byId("veil");
@@ -83,7 +85,7 @@ function draw() {
   byId("spoken").textContent = view.title;
   byId("screen").replaceChildren(view.element);
   byId("language").textContent = currentLanguage() === "zh" ? "English" : "中文";
-  byId("title").focus({ preventScroll: true });
+  if (!document.activeElement.closest(".corner, .panel")) byId("title").focus({ preventScroll: true });
   drawVeil();
 }
 
@@ -127,8 +129,9 @@ socket.addEventListener("message", (event) => {
   const message = JSON.parse(event.data);
   onMessage[message.type]?.(message);
 });
-socket.addEventListener("close", () => {
+socket.addEventListener("close", ({ code }) => {
   state.connected = false;
+  state.ended = code === TOO_MANY ? "Too many pages are open." : "The terminal has ended.";
   speak("");
   setClock(0);
   drawVeil();

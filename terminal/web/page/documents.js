@@ -23,6 +23,15 @@ const failed = () => make("p.hint", {}, t("This document cannot be shown"));
 export const frame = (src) =>
   make("iframe.page", { sandbox: "", src, title: t("Page shown by the bank"), referrerpolicy: "no-referrer" });
 
+// The keys scroll the page, and turn it at its end.
+function turnByKey(event, paper, turn) {
+  const atEnd = paper.scrollTop + paper.clientHeight > paper.scrollHeight - 2;
+  const step = { PageDown: atEnd && 1, PageUp: paper.scrollTop < 2 && -1, ArrowRight: 1, ArrowLeft: -1 }[event.key];
+  if (!step) return;
+  event.preventDefault();
+  turn(step);
+}
+
 function pdfView(path) {
   const canvas = make("canvas", { role: "img", "aria-label": nameOf(path) });
   const place = make("output", {}, t("Loading"));
@@ -47,9 +56,11 @@ function pdfView(path) {
     paper.scrollTop = 0;
   };
   const turn = (step) => {
+    if (!pdf) return;
     number = Math.min(Math.max(number + step, 1), pdf.numPages);
     draw();
   };
+  paper.addEventListener("keydown", (event) => turnByKey(event, paper, turn));
   const back = button("turn", "‹", () => turn(-1), { "aria-label": t("Previous page"), disabled: true });
   const next = button("turn", "›", () => turn(1), { "aria-label": t("Next page"), disabled: true });
   view.append(make("div.turns", {}, back, place, next));
@@ -73,12 +84,12 @@ function documentView(path) {
   if (!isNamed(path, ".png", ".jpg", ".jpeg", ".bmp", ".gif")) return failed();
   const image = make("img", { src: fileUrl(path), alt: nameOf(path) });
   image.addEventListener("error", () => image.replaceWith(failed()));
-  return make("div.paper", { tabindex: "0" }, image);
+  return make("div.paper.picture", { tabindex: "0" }, image);
 }
 
 // All documents of a screen, one at a time.
 export function documentsView(paths) {
-  const stage = make("div.stage");
+  const stage = make("div.stage", paths.length > 1 ? { role: "tabpanel" } : {});
   const tabs = paths.map((path) => button("tab", nameOf(path), () => show(path), { role: "tab" }));
   const show = (path) => {
     tabs.forEach((tab, i) => tab.setAttribute("aria-selected", paths[i] === path));

@@ -103,7 +103,7 @@ function evaluation(screen, act) {
   const none = screen.keys.find((key) => key.role === "cancel");
   return {
     element: make("div.center", {}, screen.teller && tellerCard(screen.teller), make("div.rates", {}, ...keys),
-      none && button("quiet", t(none.label), () => act("key", none.name))),
+      none && button("plain", t(none.label), () => act("key", none.name))),
     onkey: (event) => {
       if (screen.keys.some((key) => key.name === event.key)) act("key", event.key);
       if (event.key === "Escape") act("cancel");
@@ -148,6 +148,7 @@ function signing(screen, act) {
         make("div.area", {}, hint, canvas),
         make("div.keys", {},
           button("quiet", t("Sample signature"), () => pen.sample()),
+          make("span.room"),
           clear,
           button("cancel", t("Cancel"), () => act("cancel")),
           sign))),
@@ -157,7 +158,8 @@ function signing(screen, act) {
 
 const checkout = (screen, act) => ({
   element: make("div.column", {},
-    make("div.bill", { tabindex: "0" }, make("div.text", {}, screen.text), make("div.text", {}, screen.second_text)),
+    make("div.bill", { tabindex: "0" },
+      make("div.slip", {}, make("p", {}, screen.text), screen.second_text && make("p", {}, screen.second_text))),
     keysRow(screen, act)),
   onkey: confirmKeys(act),
 });

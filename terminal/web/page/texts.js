@@ -58,6 +58,20 @@ const chinese = {
   "The terminal has ended.": "终端已结束。",
   "Commands and answers": "命令与应答",
   "Stored files": "存储的文件",
+  "Faults of the line": "线路故障",
+  "Of 100": "每一百次中",
+  "Lost answers": "应答丢失",
+  "Late answers": "应答延迟",
+  "Answers cut short": "应答截断",
+  "Answers twice": "应答重复",
+  "A wrong bit": "位错误",
+  "Wrong lengths": "长度错误",
+  "Wrong checksums": "校验错误",
+  "Garbage instead": "乱码应答",
+  "Spells of silence": "间歇无应答",
+  "Stalled transfers": "传输停顿",
+  "A loose cable": "线缆松动",
+  "Too many pages are open.": "打开的页面过多。",
   "none": "无",
   "host": "主机",
   "terminal": "终端",
@@ -66,11 +80,14 @@ const chinese = {
   "Picture from the bank": "银行图片",
 };
 
-let language = navigator.language.startsWith("zh") ? "zh" : "en";
+let language = sessionStorage.getItem("language") ?? (navigator.language.startsWith("zh") ? "zh" : "en");
+const tellBrowser = () => (document.documentElement.lang = language === "zh" ? "zh-CN" : "en");
+tellBrowser();
 
 export const currentLanguage = () => language;
 export function switchLanguage() {
   language = language === "zh" ? "en" : "zh";
-  document.documentElement.lang = language === "zh" ? "zh-CN" : "en";
+  sessionStorage.setItem("language", language);
+  tellBrowser();
 }
 export const t = (text) => (language === "zh" && chinese[text]) || text;
