@@ -6,8 +6,8 @@ import { after, before, describe, test } from "node:test";
 import { Counter, Customer, inkOf, makeFiles, openBrowser } from "./rig.js";
 
 const TELLER = { name: "王芳", number: "0123", stars: 5 };
-const HTML = `<h1>转账确认 Transfer</h1><p>收款人 Li Ming，金额 1,200.00 元</p>
-  <img src="http://192.0.2.1/x.png"><script>parent.document.title = document.title = "ran"</script>`;
+const htmlWith = (address) => `<h1>转账确认 Transfer</h1><p>收款人 Li Ming，金额 1,200.00 元</p>
+  <img src="${address}x.png"><script>parent.document.title = document.title = "ran"</script>`;
 const PLACE = "1,300,100";
 
 let browser;
@@ -21,6 +21,8 @@ after(async () => {
   await browser?.close();
 });
 
+const together = (name, tests) => describe(name, { concurrency: 2 }, tests);
+
 // A test at a counter of its own.
 function visit(name, play, { options = [], context = {} } = {}) {
   test(name, { timeout: 60_000 }, async () => {
@@ -33,6 +35,17 @@ function visit(name, play, { options = [], context = {} } = {}) {
       await counter.close();
     }
   });
+}
+
+// Another program's web server.
+async function openServer() {
+  const server = createServer((_, response) => {
+    opened.visits += 1;
+    response.setHeader("Content-Type", "text/html").end("<p>elsewhere");
+  });
+  await new Promise((resolve) => server.listen(0, "127.0.0.1", resolve));
+  const opened = { address: `http://127.0.0.1:${server.address().port}/`, visits: 0, close: () => server.close() };
+  return opened;
 }
 
 const sign = (counter, options = {}) =>
@@ -62,7 +75,7 @@ async function pdfIsDrawn(page, number, pages) {
   });
 }
 
-describe("idle", () => {
+together("idle", () => {
   visit("welcomes the customer, and then shows the bank's pictures", async ({ counter, customer, page }) => {
     await page.getByText("Welcome", { exact: true }).last().waitFor();
     await customer.shows("idle-welcome");
@@ -76,7 +89,7 @@ describe("idle", () => {
   });
 });
 
-describe("teller", () => {
+together("teller", () => {
   visit("shows card, photo and stars, and closes them when its time is up", async ({ counter, customer, page }) => {
     await counter.call("add_photo", [files.at("teller.png"), "0123.png"]);
     await counter.call("show_teller", [{ ...TELLER, photo: "0123.png" }], { seconds: 4 });
@@ -114,6 +127,7 @@ describe("teller", () => {
     assert.ok(parseFloat(outline) >= 3, outline);
     await page.keyboard.press("Enter");
     assert.deepEqual(await rated, { value: 2 });
+    await customer.waits();
     const again = counter.call("rate");
     await page.locator('body[data-kind="evaluation"]').waitFor();
     await page.keyboard.press("3");
@@ -121,7 +135,7 @@ describe("teller", () => {
   }, { context: { locale: "zh-CN" } });
 });
 
-describe("information", () => {
+together("information", () => {
   visit("is confirmed with Enter, and refused with Escape", async ({ counter, customer, page }) => {
     const text = "尊敬的客户：\n请核对以下信息 Please check\n\n姓名 Name：李明 Li Ming\n账号 Account：6225 8801 2345 6789";
     const confirmed = counter.call("inform", [text]);
@@ -137,7 +151,8 @@ describe("information", () => {
   });
 
   visit("as HTML stands in a frame that can do nothing", async ({ counter, customer, page }) => {
-    const answer = counter.call("ask_html", [HTML], { countdown: 9 });
+    const elsewhere = await openServer();
+    const answer = counter.call("ask_html", [htmlWith(elsewhere.address)], { countdown: 9 });
     const frame = page.frameLocator("iframe.page");
     await frame.getByRole("heading", { name: "转账确认 Transfer" }).waitFor();
     assert.equal(await page.locator("iframe.page").getAttribute("sandbox"), "");
@@ -145,11 +160,13 @@ describe("information", () => {
     await page.getByRole("button", { name: /^Confirm \(\d\)$/ }).click();
     assert.deepEqual(await answer, { value: 0 });
     assert.equal(await page.title(), "Welcome");
-    const [refusal, ...others] = customer.wrong.filter((text) => !text.includes("192.0.2.1"));
-    assert.deepEqual(others, []);
-    assert.match(refusal, /Blocked script execution in '.*' because the document's frame is sandboxed/);
-    customer.wrong = customer.wrong.filter((text) => /^http/.test(text));
-    assert.deepEqual(customer.wrong, [], "nothing is fetched from elsewhere");
+    assert.equal(elsewhere.visits, 0);
+    elsewhere.close();
+    const [script, picture, ...others] = customer.wrong.sort();
+    assert.match(script, /^Blocked script execution in '.*' because the document's frame is sandboxed/);
+    assert.match(picture, /violates the following Content Security Policy directive: "img-src data:"/);
+    assert.deepEqual(others, [`${elsewhere.address}x.png`], "the wish for it, which was refused");
+    customer.wrong = [];
   });
 
   visit("of a checkout is confirmed", async ({ counter, customer }) => {
@@ -161,7 +178,7 @@ describe("information", () => {
   });
 });
 
-describe("documents", () => {
+together("documents", () => {
   visit("are read page by page and agreed to", async ({ counter, customer, page }) => {
     const agreed = counter.call("confirm_documents", [files.at("agreement-协议.pdf")]);
     await customer.sees("Please read and agree");
@@ -172,6 +189,11 @@ describe("documents", () => {
     await customer.button("Next page").click();
     assert.notEqual(await pdfIsDrawn(page, 2, 3), first);
     await page.locator(".paper").focus();
+    await page.keyboard.press("End");
+    await page.waitForFunction(() => {
+      const paper = document.querySelector(".paper");
+      return paper.scrollTop + paper.clientHeight > paper.scrollHeight - 2;
+    });
     await page.keyboard.press("PageDown");
     await pdfIsDrawn(page, 3, 3);
     assert.ok(await customer.button("Next page").isDisabled());
@@ -192,7 +214,7 @@ describe("documents", () => {
   });
 });
 
-describe("signing", () => {
+together("signing", () => {
   const STROKES = [[[60, 40], [60, 120], [140, 120]], [[200, 130], [260, 30], [320, 130]]];
 
   visit("with the mouse gives the host a picture of the strokes", async ({ counter, customer, page }) => {
@@ -279,7 +301,7 @@ describe("signing", () => {
   });
 });
 
-describe("PIN pad", () => {
+together("PIN pad", () => {
   const PIN = "739154";
   const ACCOUNT = "6225880123456789";
   const ENCIPHERED = "7ABD7E083CCCB5C4DF133F577FA1BAED";  // the working key, under the factory's master key
@@ -369,7 +391,7 @@ describe("PIN pad", () => {
   });
 });
 
-describe("access", () => {
+together("access", () => {
   visit("needs the token", async ({ counter, customer, page }) => {
     const { origin } = new URL(counter.address);
     for (const path of ["/", `/${"0".repeat(32)}/`, `/${"0".repeat(32)}/app.js`]) {
@@ -387,10 +409,9 @@ describe("access", () => {
   });
 
   visit("is for no other page in the same browser, though it knew the token", async ({ counter, customer }) => {
-    const elsewhere = createServer((_, response) => response.setHeader("Content-Type", "text/html").end("<p>elsewhere"));
-    await new Promise((resolve) => elsewhere.listen(0, "127.0.0.1", resolve));
+    const elsewhere = await openServer();
     const page = await customer.context.newPage();
-    await page.goto(`http://127.0.0.1:${elsewhere.address().port}/`);
+    await page.goto(elsewhere.address);
     const outcome = await page.evaluate(async (address) => {
       const socket = await new Promise((resolve) => {
         const opening = new WebSocket(address.replace("http:", "ws:") + "socket");
@@ -417,7 +438,7 @@ describe("access", () => {
   });
 });
 
-describe("developer's panel", () => {
+together("developer's panel", () => {
   visit("tells commands and answers, and lists the files", async ({ counter, customer, page }) => {
     await customer.openPanel();
     const rated = counter.call("rate");
@@ -438,7 +459,7 @@ describe("developer's panel", () => {
 
   visit("pulls the cable and plugs it in again", async ({ counter, customer, page }) => {
     await customer.openPanel();
-    const rated = counter.call("rate");
+    const rated = counter.call("rate", [], { seconds: 4 });
     await customer.sees("Please rate our service");
     await customer.button("Unplug").click();
     await page.getByText("The cable is unplugged.").waitFor();
@@ -447,6 +468,7 @@ describe("developer's panel", () => {
     assert.ok(failed && status < 0, `${failed} ${status}`);
     await customer.button("Plug in").click();
     await page.locator("#veil").waitFor({ state: "hidden" });
+    await customer.waits();
     const again = counter.call("rate");
     await customer.button("Fair").click();
     assert.deepEqual(await again, { value: 2 });

@@ -43,7 +43,7 @@ function drawVeil() {
   if (state.away && state.connected && state.link.plugged)
     veil.append(button("plain", t("Come back"), () => setAway(false)));
   for (const part of [byId("screen"), byId("title").parentElement]) part.inert = Boolean(why);
-  state.canWalkAway = state.connected && !state.away && (state.entry.number > 0 || Boolean(state.screen?.keys.length));
+  state.canWalkAway = !why && (state.entry.number > 0 || Boolean(state.screen?.keys.length));
   panel.draw(state);
 }
 

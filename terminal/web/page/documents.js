@@ -49,15 +49,17 @@ function pdfView(path) {
     const viewport = page.getViewport({ scale: Math.min(Math.max(scale, 0.2), 4) });
     [canvas.width, canvas.height] = [viewport.width, viewport.height];
     drawing = page.render({ canvasContext: canvas.getContext("2d"), viewport });
-    await drawing.promise.catch(() => {});
+    const begun = drawing;
+    await begun.promise.catch(() => {});
+    if (begun !== drawing) return;
     canvas.setAttribute("aria-label", `${nameOf(path)}, ${number}`);
     place.value = `${number} / ${pdf.numPages}`;
     [back.disabled, next.disabled] = [number === 1, number === pdf.numPages];
-    paper.scrollTop = 0;
   };
   const turn = (step) => {
     if (!pdf) return;
     number = Math.min(Math.max(number + step, 1), pdf.numPages);
+    paper.scrollTop = 0;
     draw();
   };
   paper.addEventListener("keydown", (event) => turnByKey(event, paper, turn));
@@ -70,7 +72,7 @@ function pdfView(path) {
       if (!response.ok) throw new Error(response.statusText);
       const data = await response.arrayBuffer();
       pdf = await library.getDocument({ data, isEvalSupported: false, enableXfa: false }).promise;
-      await draw();
+      new ResizeObserver(() => draw()).observe(paper);
     } catch {
       view.replaceChildren(failed());
     }

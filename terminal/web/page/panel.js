@@ -27,7 +27,7 @@ class Faults {
   constructor(send) {
     this.send = send;
     this.often = make("select", { onchange: () => this.tell() },
-      ...[100, 50, 10, 1].map((percent) => make("option", {}, String(percent))));
+      ...[100, 50, 10, 1].map((percent) => make("option", { value: percent }, `${percent} %`)));
     this.switches = Object.keys(FAULTS).map((name) => make("input", { type: "checkbox", name, onchange: () => this.tell() }));
   }
 
@@ -44,7 +44,7 @@ class Faults {
     });
     const on = this.switches.filter(({ checked }) => checked).length;
     const summary = make("summary", {}, t("Faults of the line"), on > 0 && make("b", {}, String(on)));
-    return [summary, make("label", {}, t("Of 100"), this.often), make("div.switches", {}, ...labels)];
+    return [summary, make("label", {}, t("How often"), this.often), make("div.switches", {}, ...labels)];
   }
 }
 

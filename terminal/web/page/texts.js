@@ -59,7 +59,7 @@ const chinese = {
   "Commands and answers": "命令与应答",
   "Stored files": "存储的文件",
   "Faults of the line": "线路故障",
-  "Of 100": "每一百次中",
+  "How often": "发生频率",
   "Lost answers": "应答丢失",
   "Late answers": "应答延迟",
   "Answers cut short": "应答截断",

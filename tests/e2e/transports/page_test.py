@@ -179,11 +179,33 @@ class Page(unittest.IsolatedAsyncioTestCase):
 
     async def test_garbage_does_no_harm(self):
         async with self.terminal.page() as socket:
-            for message in ["", "{", "[]", '{"type":7}', '{"type":"act","screen":-1,"kind":"key"}', b"\x00\xff"]:
+            for message in ["", "{", "[]", "[" * 100000, '{"type":"faults","rates":"drop=101"}', "x" * (1 << 17), '{"type":7}', '{"type":"act","screen":-1,"kind":"key"}', b"\x00\xff"]:
                 await socket.send(message)
             screen = await self.shown(socket, "evaluation", "\x1b[4STARTEVALUTF8")
             await self.act(socket, screen, kind="confirm")
             self.assertEqual(await self.terminal.host_reads(3), b"B3F")
+
+    async def test_a_message_that_is_too_large_closes_its_socket_only(self):
+        async with self.terminal.page() as other, self.terminal.page() as socket:
+            await socket.send('{"type":"act","kind":"cancel","text":"' + "x" * (1 << 18) + '"}')
+            with self.assertRaises(websockets.ConnectionClosed):
+                await told(socket, "nothing")
+            screen = await self.shown(other, "evaluation", "\x1b[4STARTEVALUTF8")
+            await self.act(other, screen, kind="confirm")
+            self.assertEqual(await self.terminal.host_reads(3), b"B3F")
+
+    async def test_switches_the_faults_of_the_line(self):
+        async with self.terminal.page() as first, self.terminal.page() as second:
+            for rates, answers in [("seed=7,drop=100", False), ("seed=7,drop=0", True)]:
+                await first.send(json.dumps({"type": "faults", "rates": rates}))
+                await told(second, "link", lambda message, start=rates: message["faults"].startswith(start + ","))
+                screen = await self.shown(first, "evaluation", "\x1b[4STARTEVALUTF8")
+                await self.act(first, screen, kind="confirm")
+                await told(first, "screen", lambda message: message["kind"] == "idle")
+                if answers:
+                    self.assertEqual(await self.terminal.host_reads(3), b"B3F")
+            with self.assertRaises(BlockingIOError):
+                os.read(self.terminal.line, 1)
 
     async def test_refuses_sockets_without_the_token_or_of_another_origin(self):
         good = self.terminal.url.replace("http:", "ws:")

@@ -1,6 +1,9 @@
 // Who may see the customer's page, and what a page may ask for.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+#include <random>
+
 #include "rig.h"
 #include "web/access.h"
 #include "web/customer_page.h"
@@ -92,19 +95,101 @@ TEST(PageMessages, TheLastPointOfASignatureLiftsThePen) {
 }
 
 TEST(PageMessages, WhatNoCustomerCanDoIsNotTaken) {
-  for (const char* message :
-       {"", "null", "[]", "{", R"({"type":"act"})", R"({"type":"act","kind":"answer","text":"B2F"})",
-        R"({"type":"act","kind":"digits","text":"4 2"})",
-        R"({"type":"act","kind":"digits","text":"123456789012345678901234567890123"})",
-        R"({"type":"act","kind":"sign"})", R"({"type":"act","kind":"sign","strokes":[]})",
-        R"({"type":"act","kind":"sign","strokes":[[480,0,1,0]]})",
-        R"({"type":"act","kind":"sign","strokes":[[0,-1,1,0]]})",
-        R"({"type":"act","kind":"sign","strokes":[[0,0,1]]})", R"({"type":"press","entry":1,"key":"12"})",
-        R"({"type":"press","entry":1,"key":"x"})", R"({"type":"plug"})", R"({"type":"plug","plugged":1})",
-        "{\"type\":\"act\",\"kind\":\"key\",\"text\":\"\xFF\"}"}) {
+  for (const char* message : {"",
+                              "null",
+                              "[]",
+                              "{",
+                              R"({"type":"act"})",
+                              R"({"type":"act","kind":"answer","text":"B2F"})",
+                              R"({"type":"act","kind":"digits","text":"4 2"})",
+                              R"({"type":"act","kind":"digits","text":"123456789012345678901234567890123"})",
+                              R"({"type":"act","kind":"sign"})",
+                              R"({"type":"act","kind":"sign","strokes":[]})",
+                              R"({"type":"act","kind":"sign","strokes":[[480,0,1,0]]})",
+                              R"({"type":"act","kind":"sign","strokes":[[0,-1,1,0]]})",
+                              R"({"type":"act","kind":"sign","strokes":[[0,0,1]]})",
+                              R"({"type":"press","entry":1,"key":"12"})",
+                              R"({"type":"press","entry":1,"key":"x"})",
+                              R"({"type":"plug"})",
+                              R"({"type":"plug","plugged":1})",
+                              R"({"type":"faults"})",
+                              R"({"type":"faults","rates":""})",
+                              R"({"type":"faults","rates":"drop"})",
+                              R"({"type":"faults","rates":"drop=101"})",
+                              R"({"type":"faults","rates":"drop=nan"})",
+                              R"({"type":"faults","rates":["drop"]})",
+                              "{\"type\":\"act\",\"kind\":\"key\",\"text\":\"\xFF\"}"}) {
     EXPECT_FALSE(ReadPageRequest(message)) << message;
   }
-  EXPECT_FALSE(ReadPageRequest(std::string(300'000, ' ')));
+  std::string rates = R"({"type":"faults","rates":"drop=1)";
+  for (int i = 0; i < 200; ++i) rates += ",drop=1";
+  EXPECT_FALSE(ReadPageRequest(rates + "\"}"));
+}
+
+TEST(PageMessages, FaultsAreAsAtTheCommandLine) {
+  const auto faults = Read<FaultsRequest>(R"({"type":"faults","rates":"seed=7,drop=100,cut=0.5"})");
+  ASSERT_TRUE(faults);
+  EXPECT_EQ(faults->rates.PercentOf(Fault::kDrop), 100);
+  EXPECT_EQ(faults->rates.PercentOf(Fault::kCut), 0.5);
+  EXPECT_EQ(faults->rates.PercentOf(Fault::kDelay), 0);
+  const std::string told = LinkMessage(true, false, faults->rates);
+  EXPECT_NE(told.find("\"faults\":\"seed=7,drop=100,"), std::string::npos) << told;
+}
+
+TEST(PageMessages, HugeOnesAreNotTaken) {
+  const std::string cancel = R"({"type":"act","kind":"cancel"})";
+  EXPECT_TRUE(ReadPageRequest(cancel + std::string((1U << 18U) - cancel.size(), ' ')));
+  EXPECT_FALSE(ReadPageRequest(cancel + std::string((1U << 18U) - cancel.size() + 1, ' ')));
+  EXPECT_FALSE(ReadPageRequest(std::string(100'000, '[')));
+  std::string deep;
+  for (int i = 0; i < 20'000; ++i) deep += R"({"type":)";
+  EXPECT_FALSE(ReadPageRequest(deep));
+  std::string points = R"({"type":"act","kind":"sign","strokes":[[1,1,1,1])";
+  for (int i = 0; i < 10'000; ++i) points += ",[1,1,1,1]";
+  EXPECT_FALSE(ReadPageRequest(points + "]}"));
+}
+
+// Each member in turn is of every type that JSON has.
+TEST(PageMessages, WrongTypesAreNotTaken) {
+  for (const char* text : {R"({"type":"act","screen":1,"kind":"key","text":"1"})",
+                           R"({"type":"act","screen":1,"kind":"sign","strokes":[[1,1,1,1]]})",
+                           R"({"type":"press","entry":1,"key":"1"})", R"({"type":"plug","plugged":true})",
+                           R"({"type":"faults","rates":"drop=1"})"}) {
+    EXPECT_TRUE(ReadPageRequest(text)) << text;
+    const auto right = nlohmann::json::parse(text);
+    for (const auto& [name, value] : right.items()) {
+      for (const char* other : {"null", "-1", "1.5", "1e300", "\"\u00e9\"", "[]", "[[1,1,1,1e9]]", "[[[]]]",
+                                R"({"a":{"b":null}})", "[\"1\"]"}) {
+        nlohmann::json changed = right;
+        changed[name] = nlohmann::json::parse(other);
+        // A screen or an entry that is none counts as no. 0, which nothing waits for; so does a key without a name.
+        const bool harmless = name == "screen" || name == "entry" || name == "text";
+        EXPECT_EQ(ReadPageRequest(changed.dump()).has_value(), harmless) << changed;
+      }
+    }
+  }
+}
+
+TEST(PageMessages, AnyBytesAreRead) {
+  std::mt19937 random(7);
+  const std::string good =
+      R"({"type":"act","screen":7,"kind":"sign","strokes":[[0,0,1,0],[479,159,1023,8]]})";
+  int taken = 0;
+  for (int i = 0; i < 20'000; ++i) {
+    std::string message = good;
+    for (unsigned change = 0; change < 1 + random() % 4; ++change)
+      message[random() % message.size()] = static_cast<char>(random());
+    if (i % 4 == 0) message.resize(random() % message.size());
+    const auto request = ReadPageRequest(message);
+    if (!request) continue;
+    ++taken;
+    const auto* act = std::get_if<ActRequest>(&*request);
+    ASSERT_NE(act, nullptr) << message;
+    for (const PenPoint& point : act->action.strokes)
+      ASSERT_TRUE(point.x >= 0 && point.x < 480 && point.y >= 0 && point.y < 160) << message;
+  }
+  EXPECT_GT(taken, 0);
+  EXPECT_LT(taken, 10'000);
 }
 
 TEST(PageMessages, APinIsOnlyCounted) {
