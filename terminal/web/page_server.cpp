@@ -153,6 +153,8 @@ PageServer::PageServer(std::uint16_t port, PageTerminal terminal, PageTrace& tra
   Listen(port);
   soup_server_add_early_handler(server_.get(), nullptr, Check, this, nullptr);
   soup_server_add_handler(server_.get(), nullptr, Serve, this, nullptr);
+  // Compressed messages would be larger than any limit.
+  soup_server_remove_websocket_extension(server_.get(), SOUP_TYPE_WEBSOCKET_EXTENSION_DEFLATE);
   soup_server_add_websocket_handler(server_.get(), nullptr, nullptr, nullptr, Open, this, nullptr);
   loop.Join(context_.Get());
   loop.BeforeEachWait([this] { Update(); });
