@@ -294,6 +294,7 @@ together("signing", () => {
     await customer.sees("请签名");
     const after = Number(await page.getByRole("timer").textContent());
     assert.ok(after < before && after > 60, `${before} ${after}`);
+    await pdfIsDrawn(page, 1, 3);
     await customer.button("示例签名").click();
     await customer.shows("signing-chinese");
     await customer.button("签名确认").click();
@@ -452,6 +453,7 @@ together("developer's panel", () => {
     await page.getByRole("link", { name: "/tmp/agreement-协议.pdf" }).waitFor();
     const signed = sign(counter, { seconds: 20 });
     await customer.sees("Please sign");
+    await pdfIsDrawn(page, 1, 3);
     await customer.shows("panel");
     await customer.button("Cancel").click();
     await signed;

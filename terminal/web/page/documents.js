@@ -33,7 +33,7 @@ function turnByKey(event, paper, turn) {
 }
 
 function pdfView(path) {
-  const canvas = make("canvas", { role: "img", "aria-label": nameOf(path) });
+  const canvas = make("canvas", { role: "img", "aria-label": nameOf(path), hidden: true });
   const place = make("output", {}, t("Loading"));
   const paper = make("div.paper", { tabindex: "0" }, canvas);
   const view = make("div.pdf", {}, paper);
@@ -47,6 +47,7 @@ function pdfView(path) {
     if (wanted !== number) return;
     const scale = (paper.clientWidth / page.getViewport({ scale: 1 }).width) * devicePixelRatio;
     const viewport = page.getViewport({ scale: Math.min(Math.max(scale, 0.2), 4) });
+    canvas.hidden = false;
     [canvas.width, canvas.height] = [viewport.width, viewport.height];
     drawing = page.render({ canvasContext: canvas.getContext("2d"), viewport });
     const begun = drawing;
