@@ -4,9 +4,9 @@ import { t } from "./texts.js";
 
 const MOST_LINES = 300;
 const FAULTS = {
-  drop: "Lost answers", silence: "Spells of silence", delay: "Late answers", repeat: "Answers twice",
-  cut: "Answers cut short", garbage: "Garbage instead", flip: "A wrong bit", length: "Wrong lengths",
-  checksum: "Wrong checksums", stall: "Stalled transfers", unplug: "A loose cable",
+  drop: "Lost answers", silence: "Silence", delay: "Late answers", repeat: "Answers twice",
+  cut: "Cut answers", garbage: "Garbage", flip: "A wrong bit", length: "Wrong lengths",
+  checksum: "Bad checksums", stall: "Stalled line", unplug: "A loose cable",
 };
 const OF_CABLES = ["stall", "unplug"];
 
