@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "frame/usb_ids.h"
+#include "web/customer_page.h"
 
 namespace gwq::terminal {
 namespace {
@@ -69,6 +70,7 @@ struct RawOptions {
   std::string faults;
   std::string hostile;
   bool no_tzg = false;
+  std::uint16_t page_port = 0;
   std::string trace;
   int control_fd = -1;
 };
@@ -77,7 +79,7 @@ std::string Absolute(const std::string& path) {
   return path.empty() ? path : std::filesystem::absolute(path).string();
 }
 
-TerminalOptions Interpret(const RawOptions& raw, bool traced) {
+TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   TerminalOptions options;
   if (!raw.no_usb) options.usb = ParseUsbId(raw.vid_pid);
   if (raw.serial > 0) options.serial_port = raw.serial;
@@ -87,14 +89,26 @@ TerminalOptions Interpret(const RawOptions& raw, bool traced) {
   options.faults_file = Absolute(raw.faults);
   if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
   options.tzg = !raw.no_tzg;
-  if (traced) options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
+  if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
+  if (chosen.count("--trace") > 0)
+    options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
 }
 
+void AddPageOption(CLI::App& app, RawOptions& raw, CLI::Option* customer) {
+  app.add_option("--ui", raw.page_port,
+                 "You are the customer, on a web page whose address is printed; at PORT, or a free one")
+      ->type_name("[PORT]")
+      ->expected(0, 1)
+      ->excludes(customer);
+}
+
 void AddCommonOptions(CLI::App& app, RawOptions& raw) {
-  app.add_option("--customer", raw.customer, "JSON script of the person at the terminal")
-      ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+  CLI::Option* customer =
+      app.add_option("--customer", raw.customer, "JSON script of the person at the terminal")
+          ->type_name("FILE")
+          ->check(CLI::ExistingFile);
+  if (HasCustomerPage()) AddPageOption(app, raw, customer);
   app.add_option("--storage", raw.storage, "Directory of the terminal's files; else they are gone at the end")
       ->type_name("DIR");
   app.add_option("--keys", raw.keys, "Directory of the PIN pad's key pairs; else they are new each time")
@@ -155,7 +169,7 @@ Parser::Parser() {
 
 Request Parser::Result(std::vector<std::string> command) const {
   const CLI::App* chosen = app.get_subcommands().front();
-  const TerminalOptions options = Interpret(raw, chosen->count("--trace") > 0);
+  const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
   if (chosen == serve) return ServeRequest{options, raw.control_fd};
   return ExecOptions{options, std::move(command), ServerArguments};
@@ -198,6 +212,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
   if (options.hostile) arguments.push_back("--hostile=" + RatesText(*options.hostile));
   if (!options.tzg) arguments.emplace_back("--no-tzg");
+  if (options.page_port) arguments.push_back("--ui=" + std::to_string(*options.page_port));
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   return arguments;
 }

@@ -39,6 +39,13 @@ struct NumberRequest {
 };
 using NumberAction = PinAction;
 
+// A key of the PIN pad, pressed by a customer who keys one after the other (Device::Press).
+struct PadKey {
+  enum class Kind { kDigit, kBack, kClear, kEnter, kCancel };
+  Kind kind = Kind::kDigit;
+  char digit = '0';
+};
+
 // What the person does about any other screen. What the screen offers no key for is not taken,
 // and leaves the screen to its time-out.
 struct ScreenAction {
@@ -57,6 +64,8 @@ struct ScreenAction {
   std::chrono::milliseconds after{0};
 };
 
+// Is asked once what they will do. Who cannot tell yet walks away, and does it later by
+// Device::Act and Device::Press, as long as the terminal waits.
 class Customer {
  public:
   static constexpr std::chrono::milliseconds kUsualDelay{200};

@@ -46,16 +46,14 @@ class Device::Impl : private Outlet {
        const Painter* painter)
       : settings_(std::move(settings)),
         trace_(std::move(trace)),
+        storage_(storage.files != nullptr ? storage.files : &no_files_),
         reader_(line, [this](Command&& command) { CarryOut(command); }),
         entry_(customer, *this),
         counter_(*this, entry_, settings_),
-        files_(*this, reader_, storage.files != nullptr ? *storage.files : no_files_,
-               std::move(storage.faults), settings_),
-        pad_(*this, entry_, counter_.Keys(), storage.files != nullptr ? *storage.files : no_files_,
-             storage.keys),
-        screens_(customer, *this, storage.files != nullptr ? *storage.files : no_files_, painter),
-        screen_commands_(*this, screens_, entry_, storage.files != nullptr ? *storage.files : no_files_,
-                         settings_),
+        files_(*this, reader_, *storage_, std::move(storage.faults), settings_),
+        pad_(*this, entry_, counter_.Keys(), *storage_, storage.keys),
+        screens_(customer, *this, *storage_, painter),
+        screen_commands_(*this, screens_, entry_, *storage_, settings_),
         description_(*this, settings_) {
     counter_.AddTo(text_commands_);
     files_.AddTo(text_commands_);
@@ -96,6 +94,18 @@ class Device::Impl : private Outlet {
   }
 
   [[nodiscard]] const Screens& ShownScreens() const { return screens_; }
+  [[nodiscard]] std::optional<EntryState> CurrentEntry() const { return entry_.Current(); }
+  [[nodiscard]] FileSystem& Files() const { return *storage_; }
+
+  void Act(ScreenAction action, Time now) {
+    Advance(now);
+    screens_.Act(std::move(action));
+  }
+
+  void Press(const PadKey& key, Time now) {
+    Advance(now);
+    entry_.Press(key);
+  }
 
   [[nodiscard]] bool TakeWithdrawal() { return std::exchange(withdrawn_, false); }
 
@@ -164,6 +174,7 @@ class Device::Impl : private Outlet {
   bool withdrawn_ = false;
   bool answers_lapse_ = false;
   NoFiles no_files_;
+  FileSystem* storage_;
   CommandReader reader_;
   PinEntry entry_;
   CounterCommands counter_;
@@ -207,6 +218,18 @@ std::optional<Time> Device::ScreenClosesAt() const {
 }
 std::uint64_t Device::ScreenChanges() const {
   return impl_->ShownScreens().Changes();
+}
+std::optional<EntryState> Device::CurrentEntry() const {
+  return impl_->CurrentEntry();
+}
+void Device::Act(ScreenAction action, Time now) {
+  impl_->Act(std::move(action), now);
+}
+void Device::Press(const PadKey& key, Time now) {
+  impl_->Press(key, now);
+}
+FileSystem& Device::Files() const {
+  return impl_->Files();
 }
 
 }  // namespace gwq::terminal

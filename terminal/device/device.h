@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "device/customer.h"
@@ -54,6 +55,16 @@ struct Storage {
   FileSystem* keys = nullptr;  // the PIN pad's key pairs (key_pairs.h); null: they are new each time
 };
 
+// An entry of a PIN or another number that waits for the customer's keys.
+struct EntryState {
+  using Request = std::variant<PinRequest, NumberRequest>;
+  std::uint64_t number = 0;  // counts the entries
+  Request request;
+  Time ends_at{0};        // by its time-out
+  std::size_t keyed = 0;  // digits that were pressed
+  std::string shown;      // those digits; only of a number that is shown in clear
+};
+
 class Device {
  public:
   // `customer` answers for the person in front of the terminal and must outlive the device.
@@ -92,6 +103,17 @@ class Device {
   [[nodiscard]] std::optional<Time> ScreenClosesAt() const;
   // Counts the screens, so that a change can be noticed.
   [[nodiscard]] std::uint64_t ScreenChanges() const;
+
+  // The entry that waits; nothing when there is none.
+  [[nodiscard]] std::optional<EntryState> CurrentEntry() const;
+
+  // What the customer does now, whatever they were going to do: at the screen, and at the
+  // PIN pad. Nothing happens where nothing is asked. Lets time pass up to `now` first.
+  void Act(ScreenAction action, Time now);
+  void Press(const PadKey& key, Time now);
+
+  // The terminal's files; empty and closed when it has no storage.
+  [[nodiscard]] FileSystem& Files() const;
 
  private:
   class Impl;

@@ -34,6 +34,12 @@ class PinEntry {
   void Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_ended);
   void Stop();
 
+  // A key that the customer presses now. The deed foretold is then off.
+  void Press(const PadKey& key);
+
+  // What is asked for, nothing when no entry waits.
+  [[nodiscard]] std::optional<EntryState> Current() const;
+
   void Advance(Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
 
@@ -42,11 +48,15 @@ class PinEntry {
     int min_digits = 1;
     int max_digits = 0;
     Time time_left{0};
+    bool ends_when_full = false;
   };
   struct Waiting {
     std::string what;
+    EntryState::Request request;
+    Limits limits;
     PinAction::Kind kind = PinAction::Kind::kWalkAway;
-    SecretBytes digits;
+    SecretBytes digits;           // that will be keyed, or that were pressed so far
+    bool pressed = false;         // the customer presses keys, and does not act by themselves
     std::optional<Time> acts_at;  // nothing when the time-out comes first
     Time times_out_at{0};
     OnKeyed on_keyed;
@@ -54,14 +64,19 @@ class PinEntry {
   };
 
   // Takes what the customer is going to do.
-  void Wait(const std::string& what, PinAction action, const Limits& limits, OnKeyed on_keyed,
-            OnEnded on_ended);
+  void Wait(Waiting waiting, PinAction action);
+  [[nodiscard]] bool IsTooShort() const;
+  [[nodiscard]] std::size_t Room() const;
+  void PressDigit(char digit);
+  void PressEnter();
+  void ActAs(PinAction::Kind kind);
   void Act();
   void TimeOut();
 
   Customer& customer_;
   Outlet& outlet_;
   std::optional<Waiting> waiting_;
+  std::uint64_t entries_ = 0;
 };
 
 }  // namespace gwq::terminal

@@ -104,7 +104,7 @@ std::optional<Time> Screens::NextDeadline() const {
 void Screens::Advance(Time now) {
   const auto deadline = NextDeadline();
   if (!deadline || *deadline > now) return;
-  if (acts_at_) return Act();
+  if (acts_at_) return ActAsForetold();
   TimeOut();
 }
 
@@ -113,11 +113,18 @@ void Screens::TimeOut() {
   Finish(current_.late_answer.value_or(""), "time-out");
 }
 
-void Screens::Act() {
+void Screens::Act(ScreenAction action) {
+  if (!current_.AsksCustomer()) return;
+  action_ = std::move(action);
+  ActAsForetold();
+}
+
+void Screens::ActAsForetold() {
   acts_at_.reset();
   const auto answer = AnswerTo(action_);
   const std::string deed = Deed(action_);
   outlet_.Trace(TraceEvent::Direction::kCustomer, deed);
+  if (action_.kind == ScreenAction::Kind::kWalkAway) return;
   if (!answer) return outlet_.Note("the screen does not take that; it waits for its time-out");
   if (action_.kind == ScreenAction::Kind::kSign && !KeepSignature(action_.strokes)) {
     outlet_.Note("the signature cannot be kept");

@@ -35,6 +35,9 @@ class Screens {
   void Close(int channel);
   void CloseAny();
 
+  // What the customer does now. The deed foretold is then off.
+  void Act(ScreenAction action);
+
   void Advance(Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
 
@@ -46,7 +49,7 @@ class Screens {
   void Put(Screen screen);
   void AskCustomer();
   void TimeOut();
-  void Act();
+  void ActAsForetold();
   // The key that the action presses; nullptr when the screen has none for it.
   [[nodiscard]] const ScreenKey* KeyOf(const ScreenAction& action) const;
   // What the host is told; nothing when the screen does not take the action.

@@ -49,6 +49,11 @@ Bytes Garbage(std::mt19937_64& random) {
 Hostility::Hostility(const FaultRates& rates, unsigned line)
     : rates_(rates), answers_(rates.seed + 3ULL * line), outs_(answers_()), ins_(answers_()) {}
 
+void Hostility::SetRates(const FaultRates& rates) {
+  rates_ = rates;
+  silent_for_ = 0;
+}
+
 bool Hostility::Happens(Random& random, Fault fault) const {
   return Fraction(random) * 100 < rates_.PercentOf(fault);
 }

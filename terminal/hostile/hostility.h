@@ -34,6 +34,9 @@ class Hostility {
   [[nodiscard]] std::optional<Bytes> Take(Time now);
   [[nodiscard]] std::optional<Time> NextArrival() const;
 
+  // From now on; one that has fallen silent speaks again.
+  void SetRates(const FaultRates& rates);
+
   [[nodiscard]] Transfer NextOut() { return Next(outs_); }
   [[nodiscard]] Transfer NextIn() { return Next(ins_); }
 

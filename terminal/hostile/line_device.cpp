@@ -16,6 +16,18 @@ void LineDevice::Advance(Time now) {
   Collect();
 }
 
+void LineDevice::Use(const std::function<void(Device&, Time)>& action, Time now) {
+  now_ = std::max(now_, now);
+  action(device_, now);
+  Collect();
+}
+
+void LineDevice::SetRates(const FaultRates& rates) {
+  if (hostility_) return hostility_->SetRates(rates);
+  hostility_.emplace(rates, 0);
+  Collect();
+}
+
 // Answers take their way, and their faults, in the order in which the device gives them.
 void LineDevice::Collect() {
   if (!hostility_) return;

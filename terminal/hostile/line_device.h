@@ -1,6 +1,7 @@
 // A device as the transports see it: at the end of a line that may be hostile.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <utility>
@@ -18,9 +19,14 @@ class LineDevice {
   // As the members of Device.
   void Receive(std::span<const std::uint8_t> bytes, Time now);
   void Advance(Time now);
+  // Calls with the device and the time.
+  void Use(const std::function<void(Device&, Time)>& action, Time now);
   [[nodiscard]] std::optional<Time> NextDeadline() const;
   [[nodiscard]] bool TakeWithdrawal();
   [[nodiscard]] std::optional<Bytes> TakeAnswer();
+
+  // What the line does from now on.
+  void SetRates(const FaultRates& rates);
 
   [[nodiscard]] Transfer NextOut() { return hostility_ ? hostility_->NextOut() : Transfer{}; }
   [[nodiscard]] Transfer NextIn() { return hostility_ ? hostility_->NextIn() : Transfer{}; }

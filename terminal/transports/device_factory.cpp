@@ -4,22 +4,36 @@
 #include <utility>
 
 #include "customer/agreeable.h"
+#include "customer/live.h"
 #include "customer/scripted.h"
 #include "device/key_pairs.h"
 #include "store/fault_script.h"
 #include "store/initial_files.h"
 
 namespace gwq::terminal {
+namespace {
 
-LineDevice DeviceFactory::Make(Line line, const std::string& line_name) {
-  if (customer_file_.empty()) {
-    customers_.push_back(std::make_unique<AgreeableCustomer>());
-  } else {
-    customers_.push_back(LoadCustomer(customer_file_));
-  }
+TraceSink Both(const TraceSink& one, const TraceSink& other) {
+  if (!one || !other) return one ? one : other;
+  return [one, other](const TraceEvent& event) {
+    one(event);
+    other(event);
+  };
+}
+
+}  // namespace
+
+std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
+  if (customer_file_.empty()) return std::make_unique<AgreeableCustomer>();
+  return LoadCustomer(customer_file_);
+}
+
+LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   Settings settings;
   settings.tzg = tzg_;
-  Device device(line, *customers_.back(), settings, trace_.Sink(line_name), MakeStorage(), &painter_);
+  Device device(line, *customers_.back(), settings, Both(trace_.Sink(line_name), page), MakeStorage(),
+                &painter_);
   if (!hostile_) return device;
   return {std::move(device), Hostility(*hostile_, line == Line::kUsb ? 0 : 1)};
 }

@@ -30,10 +30,12 @@ class DeviceFactory {
         trace_(options.trace) {}
 
   // Each device has a customer of its own, and files of its own unless there is a
-  // storage directory. Throws when that or one of the scripts is no good.
-  [[nodiscard]] LineDevice Make(Line line, const std::string& line_name);
+  // storage directory. Throws when that or one of the scripts is no good. With a `page` the
+  // customer is a person, and sees there what happens.
+  [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
  private:
+  [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
   [[nodiscard]] FileSystem* MakeKeyFiles();

@@ -34,21 +34,50 @@ int EventLoop::PollTimeout(const Clock& clock) const {
   return static_cast<int>(left.count());
 }
 
-void EventLoop::WaitAndServe(const Clock& clock) {
-  std::vector<pollfd> fds;
-  fds.reserve(watches_.size());
-  // A negative descriptor keeps its place and is passed over by poll.
-  for (const Watch& watch : watches_) fds.push_back({watch.wanted() ? watch.fd : -1, watch.events, 0});
-  if (poll(fds.data(), fds.size(), PollTimeout(clock)) < 0 && errno != EINTR) ThrowErrno("poll");
+int EventLoop::AddGlib(std::vector<GPollFD>& fds, int& timeout) const {
+  int priority = 0;
+  g_main_context_prepare(context_, &priority);
+  const std::size_t own = fds.size();
+  int glib_timeout = -1;
+  int count = 0;
+  int room = 0;
+  while ((count = g_main_context_query(context_, priority, &glib_timeout, fds.data() + own, room)) > room) {
+    room = count;
+    fds.resize(own + static_cast<std::size_t>(room));
+  }
+  fds.resize(own + static_cast<std::size_t>(count));
+  if (glib_timeout >= 0) timeout = timeout < 0 ? glib_timeout : std::min(timeout, glib_timeout);
+  return priority;
+}
 
-  const Time now = clock.Now();
+void EventLoop::ServeGlib(GPollFD* fds, std::size_t count, int priority) const {
+  if (g_main_context_check(context_, priority, fds, static_cast<int>(count)))
+    g_main_context_dispatch(context_);
+}
+
+void EventLoop::ServeTimed(Time now) {
   for (Timed* timed : timed_) {
     const std::optional<Time> deadline = timed->NextDeadline();
     if (deadline && *deadline <= now) timed->Advance(now);
   }
-  for (std::size_t i = 0; i < fds.size() && running_; ++i) {
+}
+
+void EventLoop::WaitAndServe(const Clock& clock) {
+  for (const auto& action : before_wait_) action();
+  std::vector<GPollFD> fds;
+  fds.reserve(watches_.size());
+  // A negative descriptor keeps its place and is passed over by poll.
+  for (const Watch& watch : watches_) fds.push_back({watch.wanted() ? watch.fd : -1, watch.events, 0});
+  const std::size_t own = fds.size();
+  int timeout = PollTimeout(clock);
+  const int priority = context_ != nullptr ? AddGlib(fds, timeout) : 0;
+  if (g_poll(fds.data(), static_cast<guint>(fds.size()), timeout) < 0 && errno != EINTR) ThrowErrno("poll");
+
+  ServeTimed(clock.Now());
+  for (std::size_t i = 0; i < own && running_; ++i) {
     if (fds[i].revents != 0) watches_[i].action();
   }
+  if (context_ != nullptr && running_) ServeGlib(fds.data() + own, fds.size() - own, priority);
 }
 
 }  // namespace gwq::terminal

@@ -1,6 +1,8 @@
 // One thread's loop over readable descriptors and the terminals' deadlines.
 #pragma once
 
+#include <glib.h>
+
 #include <functional>
 #include <optional>
 #include <vector>
@@ -27,6 +29,9 @@ class EventLoop {
   // `wanted` is asked before each wait whether `fd` is to be watched for room.
   void OnWritable(int fd, std::function<bool()> wanted, std::function<void()> action);
   void Add(Timed& timed) { timed_.push_back(&timed); }
+  void BeforeEachWait(std::function<void()> action) { before_wait_.push_back(std::move(action)); }
+  // Does GLib's work in this context too, which must be this thread's alone.
+  void Join(GMainContext* context) { context_ = context; }
 
   // Returns after an action has called Stop.
   void Run(const Clock& clock);
@@ -35,13 +40,19 @@ class EventLoop {
  private:
   struct Watch {
     int fd;
-    short events;
+    gushort events;
     std::function<bool()> wanted;
     std::function<void()> action;
   };
   void WaitAndServe(const Clock& clock);
   [[nodiscard]] int PollTimeout(const Clock& clock) const;
+  // Adds what GLib waits for behind our own, and tells how urgent its work is.
+  int AddGlib(std::vector<GPollFD>& fds, int& timeout) const;
+  void ServeGlib(GPollFD* fds, std::size_t count, int priority) const;
+  void ServeTimed(Time now);
 
+  GMainContext* context_ = nullptr;
+  std::vector<std::function<void()>> before_wait_;
   std::vector<Watch> watches_;
   std::vector<Timed*> timed_;
   bool running_ = false;

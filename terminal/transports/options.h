@@ -16,15 +16,16 @@ struct UsbId {
 };
 
 struct TerminalOptions {
-  std::optional<UsbId> usb;           // nothing: no terminal on USB
-  std::optional<int> serial_port;     // n: a terminal at /dev/ttyS(n-1)
-  std::string customer_file;          // empty: the agreeable customer
-  std::string storage_dir;            // the terminals' files; empty: fresh ones, gone at the end
-  std::string keys_dir;               // their PIN pads' key pairs; empty: new each time
-  std::string faults_file;            // what goes wrong with them; empty: nothing
-  std::optional<FaultRates> hostile;  // how they mistreat the line; nothing: not at all
-  bool tzg = true;                    // they know how to sign in TZG mode
-  std::optional<std::string> trace;   // a file, or "-" for standard error
+  std::optional<UsbId> usb;                // nothing: no terminal on USB
+  std::optional<int> serial_port;          // n: a terminal at /dev/ttyS(n-1)
+  std::string customer_file;               // empty: the agreeable customer
+  std::string storage_dir;                 // the terminals' files; empty: fresh ones, gone at the end
+  std::string keys_dir;                    // their PIN pads' key pairs; empty: new each time
+  std::string faults_file;                 // what goes wrong with them; empty: nothing
+  std::optional<FaultRates> hostile;       // how they mistreat the line; nothing: not at all
+  bool tzg = true;                         // they know how to sign in TZG mode
+  std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
+  std::optional<std::string> trace;        // a file, or "-" for standard error
 };
 
 struct ExecOptions {

@@ -49,6 +49,11 @@ void SerialTerminal::Advance(Time now) {
   CollectAnswers();
 }
 
+void SerialTerminal::Use(const std::function<void(Device&, Time)>& action) {
+  device_.Use(action, clock_.Now());
+  CollectAnswers();
+}
+
 void SerialTerminal::ReadLine() {
   std::array<std::uint8_t, 4096> buffer{};
   const ssize_t count = read(pty_.master.Get(), buffer.data(), buffer.size());

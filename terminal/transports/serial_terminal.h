@@ -1,6 +1,7 @@
 // A terminal at the end of a serial line, which is a pseudo-terminal.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "hostile/line_device.h"
@@ -28,6 +29,12 @@ class SerialTerminal final : public Timed {
 
   // Serves the line from `loop`, which must not outlive this object.
   void Join(EventLoop& loop);
+
+  // Calls with the device, and passes on what it answers.
+  void Use(const std::function<void(Device&, Time)>& action);
+
+  // How hostile its line is from now on.
+  void SetRates(const FaultRates& rates) { device_.SetRates(rates); }
 
   std::optional<Time> NextDeadline() override { return device_.NextDeadline(); }
   void Advance(Time now) override;

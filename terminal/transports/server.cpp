@@ -23,6 +23,7 @@
 #include "transports/testbed.h"
 #include "transports/usb_terminal.h"
 #include "transports/usbfs_handler.h"
+#include "web/customer_page.h"
 
 namespace gwq::terminal {
 namespace {
@@ -43,6 +44,20 @@ class Wakeup {
  private:
   UniqueFd fd_;
 };
+
+void OpenPage(std::unique_ptr<CustomerPage>& page, std::uint16_t port, PageTerminal terminal,
+              PageTrace& trace, EventLoop& loop) {
+  page = OpenCustomerPage(port, std::move(terminal), trace, loop);
+  std::fprintf(stderr, "gwq-terminal: you are the customer at %s\n", page->Address().c_str());
+}
+
+PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates) {
+  return {[&serial](const auto& action) { serial.Use(action); },
+          [] { return true; },
+          {},
+          [&serial](const FaultRates& changed) { serial.SetRates(changed); },
+          rates};
+}
 
 // Unplugs a hostile terminal when it wants to go, and plugs it in again.
 class LooseCable final : public Timed {
@@ -87,9 +102,10 @@ class Server {
   bool Run(ControlChannel& control);
 
  private:
-  void AddUsb(UsbId id);
-  void AddSerial(int port);
+  void AddUsb(UsbId id, const TraceSink& page);
+  void AddSerial(int port, const TraceSink& page);
   void AddHostility();
+  [[nodiscard]] PageTerminal PageTerminalHere(const FaultRates& rates);
   void Obey(const std::string& message);
   void Plug();
   void Unplug();
@@ -98,22 +114,36 @@ class Server {
   DeviceFactory devices_;
   EventLoop loop_;
   Wakeup wakeup_;
+  PageTrace page_trace_{[this] { wakeup_.Raise(); }};
   std::optional<UsbId> usb_id_;
   std::unique_ptr<UsbTerminal> usb_;
   std::unique_ptr<UsbfsHandler> handler_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<Testbed> testbed_;
   std::unique_ptr<Timed> hostility_;
+  std::unique_ptr<CustomerPage> page_;
   bool plugged_ = false;
   bool done_ = false;
 };
 
 Server::Server(const TerminalOptions& options)
     : devices_(options), usb_id_(options.usb), testbed_(std::make_unique<Testbed>()) {
-  if (options.usb) AddUsb(*options.usb);
-  if (options.serial_port) AddSerial(*options.serial_port);
-  if (options.usb && options.hostile) AddHostility();
+  const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
+  if (options.usb) AddUsb(*options.usb, page);
+  if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
+  if (options.usb && (options.hostile || options.page_port)) AddHostility();
   wakeup_.Join(loop_);
+  if (!options.page_port) return;
+  const FaultRates rates = options.hostile.value_or(FaultRates{});
+  OpenPage(page_, *options.page_port, PageTerminalHere(rates), page_trace_, loop_);
+}
+
+// The page belongs to one terminal.
+PageTerminal Server::PageTerminalHere(const FaultRates& rates) {
+  if (!usb_) return PageTerminalOf(*serial_, rates);
+  return {[this](const auto& action) { usb_->Use(action); }, [this] { return plugged_; },
+          [this](bool plugged) { plugged ? Plug() : Unplug(); },
+          [this](const FaultRates& changed) { usb_->SetRates(changed); }, rates};
 }
 
 void Server::AddHostility() {
@@ -122,8 +152,8 @@ void Server::AddHostility() {
   loop_.Add(*hostility_);
 }
 
-void Server::AddUsb(UsbId id) {
-  usb_ = std::make_unique<UsbTerminal>(id, devices_.Make(Line::kUsb, "usb"), clock_,
+void Server::AddUsb(UsbId id, const TraceSink& page) {
+  usb_ = std::make_unique<UsbTerminal>(id, devices_.Make(Line::kUsb, "usb", page), clock_,
                                        [this] { wakeup_.Raise(); });
   handler_ = std::make_unique<UsbfsHandler>(*usb_);
   testbed_->AttachUsbNode(handler_->Base());
@@ -131,8 +161,8 @@ void Server::AddUsb(UsbId id) {
   Plug();
 }
 
-void Server::AddSerial(int port) {
-  serial_ = std::make_unique<SerialTerminal>(devices_.Make(Line::kSerial, "serial"), clock_);
+void Server::AddSerial(int port, const TraceSink& page) {
+  serial_ = std::make_unique<SerialTerminal>(devices_.Make(Line::kSerial, "serial", page), clock_);
   serial_->Join(loop_);
   testbed_->LinkSerial(port, serial_->Path());
 }
@@ -210,10 +240,15 @@ int RunPty(const TerminalOptions& options) {
   AnnounceHostility(options);
   const SignalWatch signals({SIGINT, SIGTERM, SIGHUP});
   const Clock clock;
+  PageTrace trace([] {});  // everything happens in the loop
   DeviceFactory devices(options);
-  SerialTerminal terminal(devices.Make(Line::kSerial, "serial"), clock);
+  const TraceSink page_sink = options.page_port ? trace.Sink() : TraceSink{};
+  SerialTerminal terminal(devices.Make(Line::kSerial, "serial", page_sink), clock);
   EventLoop loop;
   terminal.Join(loop);
+  std::unique_ptr<CustomerPage> page;
+  const PageTerminal here = PageTerminalOf(terminal, options.hostile.value_or(FaultRates{}));
+  if (options.page_port) OpenPage(page, *options.page_port, here, trace, loop);
   loop.OnReadable(signals.Fd(), [&loop] { loop.Stop(); });
   if (std::printf("%s\n", terminal.Path().c_str()) < 0 || std::fflush(stdout) != 0)
     ThrowErrno("standard output");

@@ -57,6 +57,18 @@ void UsbTerminal::Advance(Time now) {
   PassReports();
 }
 
+void UsbTerminal::Use(const std::function<void(Device&, Time)>& action) {
+  const Lock lock(mutex_);
+  device_.Use(action, clock_.Now());
+  CollectAnswers();
+  PassReports();
+}
+
+void UsbTerminal::SetRates(const FaultRates& rates) {
+  const Lock lock(mutex_);
+  device_.SetRates(rates);
+}
+
 void UsbTerminal::Connect(UsbClient& client) {
   const Lock lock(mutex_);
   client.unplugged = !plugged_;

@@ -39,6 +39,10 @@ class UsbTerminal final : public Timed {
   std::optional<Time> NextDeadline() override;
   void Advance(Time now) override;
 
+  // Calls with the device, and passes on what it answers.
+  void Use(const std::function<void(Device&, Time)>& action);
+  // How hostile its line is from now on.
+  void SetRates(const FaultRates& rates);
   // A hostile terminal has dropped off the bus: its owner is to unplug it.
   [[nodiscard]] bool WantsUnplug();
 

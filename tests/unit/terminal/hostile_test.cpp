@@ -183,6 +183,32 @@ TEST(Hostility, TransfersDoNotChangeWhatBecomesOfAnswers) {
   EXPECT_EQ(Arrivals(std::move(busy), 20), Arrivals(Hostility(rates, 0), 20));
 }
 
+TEST(Hostility, ItsRatesCanBeChanged) {
+  Hostility hostility = Certain("silence");
+  hostility.Send(kAnswer, Time{0});
+  EXPECT_FALSE(hostility.Take(kNever));
+  hostility.SetRates(ParseRates("drop=0"));
+  hostility.Send(kAnswer, Time{0});
+  EXPECT_EQ(hostility.Take(kNever), kAnswer);
+  EXPECT_EQ(hostility.NextOut().fate, TransferFate::kPasses);
+}
+
+TEST(LineDevice, CanBecomeHostileAndAgreeableAgain) {
+  ListedCustomer customer;
+  LineDevice device(Device(Line::kUsb, customer));
+  const auto asks = [&device](Time now) {
+    device.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), now);
+    return device.TakeAnswer();
+  };
+  EXPECT_EQ(asks(10ms), kAnswer);
+  device.SetRates(ParseRates("drop=100,stall=100"));
+  EXPECT_FALSE(asks(20ms));
+  EXPECT_NE(device.NextOut().fate, TransferFate::kPasses);
+  device.SetRates(ParseRates("drop=0"));
+  EXPECT_EQ(asks(30ms), kAnswer);
+  EXPECT_EQ(device.NextIn().fate, TransferFate::kPasses);
+}
+
 TEST(LineDevice, AnswersLateWhenItsLineDelays) {
   ListedCustomer customer;
   LineDevice device(Device(Line::kUsb, customer), Certain("delay"));

@@ -1,0 +1,62 @@
+// What the terminal and the customer's page tell each other: JSON texts with a "type".
+//
+//   terminal -> page
+//     screen  number, kind, title, text, ..., keys, time_left_ms   what is shown
+//     entry   number, what, keyed, ..., time_left_ms                the PIN pad; number 0: no entry
+//     trace   lines: [{time_ms, from, text}]
+//     files   paths: ["/tmp/hw.png"]
+//     link    plugged, pluggable, faults: "seed=7,drop=1,..."
+//   page -> terminal
+//     act     screen, kind (key, digits, sign, confirm, cancel, walk_away), text, strokes: [[x, y, pressure, ms]]
+//     press   entry, key ("0" to "9", back, clear, enter, cancel)
+//     plug    plugged
+//     faults  rates: "drop=100"
+//
+// The page names what it answers by its number, so that a late answer never meets another
+// screen. Of a PIN it only ever learns how many digits there are.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "device/device.h"
+#include "hostile/fault_rates.h"
+
+namespace gwq::terminal {
+
+struct ShownScreen {
+  std::uint64_t number = 0;
+  Screen screen;
+  Time time_left{0};  // 0: it stays
+};
+
+[[nodiscard]] std::string ScreenMessage(const ShownScreen& shown);
+[[nodiscard]] std::string EntryMessage(const std::optional<EntryState>& entry, Time now);
+[[nodiscard]] std::string TraceMessage(const std::vector<TraceEvent>& events);
+[[nodiscard]] std::string FilesMessage(const std::vector<std::string>& paths);
+[[nodiscard]] std::string LinkMessage(bool plugged, bool pluggable, const FaultRates& rates);
+
+struct ActRequest {
+  std::uint64_t screen = 0;
+  ScreenAction action;
+};
+struct PressRequest {
+  std::uint64_t entry = 0;
+  PadKey key;
+};
+struct PlugRequest {
+  bool plugged = false;
+};
+struct FaultsRequest {
+  FaultRates rates;
+};
+using PageRequest = std::variant<ActRequest, PressRequest, PlugRequest, FaultsRequest>;
+
+// Nothing when it is none, or asks for what no customer can do.
+[[nodiscard]] std::optional<PageRequest> ReadPageRequest(std::string_view message);
+
+}  // namespace gwq::terminal

@@ -1,0 +1,28 @@
+#include <utility>
+
+#include "web/customer_page.h"
+
+namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kMostEvents = 1000;
+
+}  // namespace
+
+TraceSink PageTrace::Sink() {
+  return [this](const TraceEvent& event) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (events_.size() == kMostEvents) events_.erase(events_.begin());
+      events_.push_back(event);
+    }
+    wake_();
+  };
+}
+
+std::vector<TraceEvent> PageTrace::Take() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(events_, {});
+}
+
+}  // namespace gwq::terminal
