@@ -10,7 +10,7 @@ static int BuildDateStatus(void) {
   return GWQ_GetVerBuildDate(0, 0, kBaud, date);
 }
 
-static int Expect(const char *what, int status, int expected) {
+static int Expect(const char* what, int status, int expected) {
   printf("%s: status %d\n", what, status);
   if (status != expected) printf("expected %d\n", expected);
   return status == expected;
