@@ -10,6 +10,7 @@
 
 #include "device/device.h"
 #include "transports/options.h"
+#include "transports/usb_control.h"
 
 namespace gwq::terminal::usbip {
 
@@ -39,13 +40,12 @@ enum class ImportStatus : std::uint32_t { kDone = 0, kBusy = 2, kNoDevice = 4 };
 
 // After it: commands, a header each, and behind the header of a submitted transfer to the device its data.
 inline constexpr std::size_t kCommandSize = 48;
-inline constexpr std::size_t kSetupFieldSize = 8;
 
 struct Submit {
   std::uint32_t sequence = 0;
   std::uint8_t endpoint = 0;  // with the direction in its highest bit
   std::size_t length = 0;     // at most kMostTransferred
-  std::array<std::uint8_t, kSetupFieldSize> setup{};
+  std::array<std::uint8_t, kSetupSize> setup{};
 
   [[nodiscard]] bool IsIn() const { return (endpoint & 0x80) != 0; }
   [[nodiscard]] bool IsControl() const { return (endpoint & 0x7f) == 0; }
