@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace gwq::test::usbip {
 
@@ -26,10 +25,8 @@ inline std::string Big(std::uint64_t value, int bytes) {
   return text;
 }
 
-inline std::uint32_t Number(std::string_view bytes, std::size_t at) {
-  std::uint32_t number = 0;
-  for (std::size_t i = at; i < at + 4; ++i) number = number << 8U | static_cast<std::uint8_t>(bytes.at(i));
-  return number;
+inline std::string Zeros(std::size_t count) {
+  return std::string(count, '\0');
 }
 
 inline std::string Padded(std::string text, std::size_t size) {
@@ -73,7 +70,7 @@ inline std::string In(std::uint32_t sequence, std::uint32_t length = kReport) {
   return Header({sequence, 1, 1, length});
 }
 inline std::string Unlink(std::uint32_t sequence, std::uint32_t victim) {
-  return Big(2, 4) + Big(sequence, 4) + Big(kDeviceId, 4) + Big(0, 8) + Big(victim, 4) + Big(0, 24);
+  return Big(2, 4) + Big(sequence, 4) + Big(kDeviceId, 4) + Zeros(8) + Big(victim, 4) + Zeros(24);
 }
 
 // Numbers of a setup packet have the lowest byte first.
@@ -98,12 +95,12 @@ inline std::string ControlOut(std::uint32_t sequence, unsigned type, unsigned re
 // Replies.
 inline std::string Submitted(std::uint32_t sequence, int status, std::size_t transferred,
                              const std::string& data = "") {
-  return Big(kSubmitReply, 4) + Big(sequence, 4) + Big(0, 12) + Big(static_cast<std::uint32_t>(status), 4) +
-         Big(transferred, 4) + Big(0, 20) + data;
+  return Big(kSubmitReply, 4) + Big(sequence, 4) + Zeros(12) + Big(static_cast<std::uint32_t>(status), 4) +
+         Big(transferred, 4) + Zeros(20) + data;
 }
 inline std::string Unlinked(std::uint32_t sequence, int status) {
-  return Big(kUnlinkReply, 4) + Big(sequence, 4) + Big(0, 12) + Big(static_cast<std::uint32_t>(status), 4) +
-         Big(0, 24);
+  return Big(kUnlinkReply, 4) + Big(sequence, 4) + Zeros(12) + Big(static_cast<std::uint32_t>(status), 4) +
+         Zeros(24);
 }
 inline std::string DeviceRecord() {
   return Padded("/sys/devices/usb1/1-1", 256) + Padded("1-1", 32) + Big(1, 4) + Big(5, 4) + Big(3, 4) +
