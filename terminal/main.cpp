@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "cli/arguments.h"
+#include "transports/serve.h"
 #include "transports/server.h"
 #include "transports/supervisor.h"
 
@@ -13,10 +14,13 @@ namespace {
 int Run(const ExecOptions& options) {
   return RunCommand(options);
 }
+int Run(const ServeOptions& options) {
+  return RunServe(options);
+}
 int Run(const PtyRequest& request) {
   return RunPty(request.terminal);
 }
-int Run(const ServeRequest& request) {
+int Run(const ServerRequest& request) {
   return RunServer(request.terminal, request.control_fd);
 }
 int Run(const ExitRequest& request) {

@@ -26,6 +26,21 @@ The exit status is COMMAND's, or 128 and the signal's number if it died by a sig
 127 if it was not found, 126 if it could not be started, 2 for a wrong command line,
 1 if the terminal failed.)";
 
+constexpr std::uint16_t kUsbIpPort = 3240;
+
+constexpr const char* kServeFooter =
+    R"(Prints where, and serves until SIGINT, SIGTERM or SIGHUP: "usbip 127.0.0.1:PORT",
+"pty PATH". With both there are two terminals, each with keys and a customer of its
+own. SIGUSR1 unplugs the USB terminal, SIGUSR2 plugs it in again.
+
+For the kernel to see the USB terminal, root runs
+
+  modprobe vhci-hcd
+  usbip attach -r 127.0.0.1 -b 1-1              usbip --tcp-port PORT attach ...
+
+after each plugging in. The exit status is 0, 2 for a wrong command line, 1 if the
+terminal failed, such as for a port that is taken.)";
+
 UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
           static_cast<std::uint16_t>(kUsbIdentities[0].pid)};
@@ -59,6 +74,12 @@ std::string HostileProblem(const std::string& text) {
   }
 }
 
+std::string UsbIpProblem(const std::string& text) {
+  static const std::regex form("[0-9]{0,5}");
+  const bool good = std::regex_match(text, form) && (text.empty() || std::stoi(text) <= 65535);
+  return good ? "" : "'" + text + "' is not a port";
+}
+
 // The options as they stand on a command line.
 struct RawOptions {
   std::string vid_pid = UsbIdText(DefaultUsbId());
@@ -72,6 +93,8 @@ struct RawOptions {
   bool no_tzg = false;
   std::uint16_t page_port = 0;
   std::string trace;
+  std::string usbip_port;
+  bool pty = false;
   int control_fd = -1;
 };
 
@@ -93,6 +116,13 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   if (chosen.count("--trace") > 0)
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   return options;
+}
+
+ServeOptions InterpretServe(const RawOptions& raw, const CLI::App& serve, TerminalOptions terminal) {
+  std::optional<std::uint16_t> port;
+  if (serve.count("--usbip") > 0)
+    port = raw.usbip_port.empty() ? kUsbIpPort : static_cast<std::uint16_t>(std::stoi(raw.usbip_port));
+  return {std::move(terminal), port, raw.pty};
 }
 
 void AddPageOption(CLI::App& app, RawOptions& raw, CLI::Option* customer) {
@@ -125,15 +155,30 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
       ->expected(0, 1);
 }
 
-void AddLinkOptions(CLI::App& app, RawOptions& raw) {
+void AddUsbIdOption(CLI::App& app, RawOptions& raw) {
   app.add_option("--vid-pid", raw.vid_pid, "USB identity in hexadecimal")
       ->type_name("V:P")
       ->check(CLI::Validator(UsbIdProblem, ""))
       ->capture_default_str();
+}
+
+void AddLinkOptions(CLI::App& app, RawOptions& raw) {
+  AddUsbIdOption(app, raw);
   app.add_option("--serial", raw.serial, "A terminal at serial port N too, which is /dev/ttyS(N-1)")
       ->type_name("N")
       ->check(CLI::Range(1, 256));
   app.add_flag("--no-usb", raw.no_usb, "No terminal on USB");
+}
+
+void AddServeOptions(CLI::App& app, RawOptions& raw) {
+  app.add_option(
+         "--usbip", raw.usbip_port,
+         "A USB device of the whole machine, by USB/IP on 127.0.0.1; at PORT, or 3240; 0 is a free one")
+      ->type_name("[PORT]")
+      ->expected(0, 1)
+      ->check(CLI::Validator(UsbIpProblem, ""));
+  app.add_flag("--pty", raw.pty, "A terminal at a pseudo-terminal");
+  AddUsbIdOption(app, raw);
 }
 
 struct Parser {
@@ -142,6 +187,7 @@ struct Parser {
   CLI::App* exec = nullptr;
   CLI::App* pty = nullptr;
   CLI::App* serve = nullptr;
+  CLI::App* server = nullptr;
 
   Parser();
   [[nodiscard]] Request Result(std::vector<std::string> command) const;
@@ -161,17 +207,23 @@ Parser::Parser() {
   pty = app.add_subcommand("pty", "Serve a pseudo-terminal, whose path is printed, until interrupted");
   AddCommonOptions(*pty, raw);
 
-  serve = app.add_subcommand("serve", "")->group("");
-  serve->add_option("--control-fd", raw.control_fd)->required();
-  AddLinkOptions(*serve, raw);
+  serve = app.add_subcommand("serve", "Serve USB/IP, a pseudo-terminal or both until interrupted");
+  serve->footer(kServeFooter);
+  AddServeOptions(*serve, raw);
   AddCommonOptions(*serve, raw);
+
+  server = app.add_subcommand("server", "")->group("");
+  server->add_option("--control-fd", raw.control_fd)->required();
+  AddLinkOptions(*server, raw);
+  AddCommonOptions(*server, raw);
 }
 
 Request Parser::Result(std::vector<std::string> command) const {
   const CLI::App* chosen = app.get_subcommands().front();
   const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
-  if (chosen == serve) return ServeRequest{options, raw.control_fd};
+  if (chosen == serve) return InterpretServe(raw, *serve, options);
+  if (chosen == server) return ServerRequest{options, raw.control_fd};
   return ExecOptions{options, std::move(command), ServerArguments};
 }
 
@@ -195,6 +247,8 @@ Request ParseArguments(int argc, const char* const* argv) {
     parser.app.parse(arguments);
     if (parser.exec->parsed() == command.empty())
       throw CLI::ValidationError(command.empty() ? "no command: write it after --" : "a command needs exec");
+    if (parser.serve->parsed() && parser.serve->count("--usbip") == 0 && !parser.raw.pty)
+      throw CLI::ValidationError("nothing to serve: give --usbip, --pty or both");
   } catch (const CLI::ParseError& error) {
     return ExitRequest{parser.app.exit(error) == 0 ? 0 : kUsageError};
   }
@@ -202,7 +256,7 @@ Request ParseArguments(int argc, const char* const* argv) {
 }
 
 std::vector<std::string> ServerArguments(const TerminalOptions& options, int control_fd) {
-  std::vector<std::string> arguments = {std::filesystem::read_symlink("/proc/self/exe").string(), "serve",
+  std::vector<std::string> arguments = {std::filesystem::read_symlink("/proc/self/exe").string(), "server",
                                         "--control-fd=" + std::to_string(control_fd)};
   arguments.push_back(options.usb ? "--vid-pid=" + UsbIdText(*options.usb) : "--no-usb");
   if (options.serial_port) arguments.push_back("--serial=" + std::to_string(*options.serial_port));

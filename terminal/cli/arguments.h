@@ -15,7 +15,7 @@ struct PtyRequest {
 };
 
 // How the supervisor starts its server; not for people.
-struct ServeRequest {
+struct ServerRequest {
   TerminalOptions terminal;
   int control_fd = -1;
 };
@@ -25,12 +25,12 @@ struct ExitRequest {
   int status = 0;
 };
 
-using Request = std::variant<ExecOptions, PtyRequest, ServeRequest, ExitRequest>;
+using Request = std::variant<ExecOptions, ServeOptions, PtyRequest, ServerRequest, ExitRequest>;
 
 // Prints help, version and complaints itself.
 [[nodiscard]] Request ParseArguments(int argc, const char* const* argv);
 
-// The command line that ParseArguments turns into a ServeRequest.
+// The command line that ParseArguments turns into a ServerRequest.
 [[nodiscard]] std::vector<std::string> ServerArguments(const TerminalOptions& options, int control_fd);
 
 }  // namespace gwq::terminal

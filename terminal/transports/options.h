@@ -28,6 +28,12 @@ struct TerminalOptions {
   std::optional<std::string> trace;        // a file, or "-" for standard error
 };
 
+struct ServeOptions {
+  TerminalOptions terminal;                 // its USB identity is that on USB/IP
+  std::optional<std::uint16_t> usbip_port;  // nothing: not on USB/IP; 0: any port
+  bool pty = false;
+};
+
 struct ExecOptions {
   TerminalOptions terminal;
   std::vector<std::string> command;

@@ -1,13 +1,10 @@
 #include "transports/server.h"
 
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,9 +14,11 @@
 #include "transports/device_factory.h"
 #include "transports/errors.h"
 #include "transports/event_loop.h"
+#include "transports/loose_cable.h"
 #include "transports/private_dir.h"
 #include "transports/processes.h"
 #include "transports/serial_terminal.h"
+#include "transports/serving.h"
 #include "transports/testbed.h"
 #include "transports/usb_terminal.h"
 #include "transports/usbfs_handler.h"
@@ -43,51 +42,6 @@ class Wakeup {
 
  private:
   UniqueFd fd_;
-};
-
-void OpenPage(std::unique_ptr<CustomerPage>& page, std::uint16_t port, PageTerminal terminal,
-              PageTrace& trace, EventLoop& loop) {
-  page = OpenCustomerPage(port, std::move(terminal), trace, loop);
-  std::fprintf(stderr, "gwq-terminal: you are the customer at %s\n", page->Address().c_str());
-}
-
-PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates) {
-  return {[&serial](const auto& action) { serial.Use(action); },
-          [] { return true; },
-          {},
-          [&serial](const FaultRates& changed) { serial.SetRates(changed); },
-          rates};
-}
-
-// Unplugs a hostile terminal when it wants to go, and plugs it in again.
-class LooseCable final : public Timed {
- public:
-  LooseCable(UsbTerminal& usb, const Clock& clock, std::function<void()> unplug, std::function<void()> plug)
-      : usb_(usb), clock_(clock), unplug_(std::move(unplug)), plug_(std::move(plug)) {}
-
-  std::optional<Time> NextDeadline() override {
-    if (back_at_ || !usb_.WantsUnplug()) return back_at_;
-    return clock_.Now();
-  }
-
-  void Advance(Time now) override {
-    if (!back_at_ && usb_.WantsUnplug()) {
-      unplug_();
-      back_at_ = now + kAbsence;
-    } else if (back_at_ && now >= *back_at_) {
-      back_at_.reset();
-      plug_();
-    }
-  }
-
- private:
-  static constexpr Time kAbsence{700};
-
-  UsbTerminal& usb_;
-  const Clock& clock_;
-  const std::function<void()> unplug_;
-  const std::function<void()> plug_;
-  std::optional<Time> back_at_;
 };
 
 // The USB terminal in its testbed. Members are destroyed from the last to the
@@ -133,9 +87,9 @@ Server::Server(const TerminalOptions& options)
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
   if (options.usb && (options.hostile || options.page_port)) AddHostility();
   wakeup_.Join(loop_);
-  if (!options.page_port) return;
-  const FaultRates rates = options.hostile.value_or(FaultRates{});
-  OpenPage(page_, *options.page_port, PageTerminalHere(rates), page_trace_, loop_);
+  if (options.page_port)
+    page_ = OpenPage(*options.page_port, PageTerminalHere(options.hostile.value_or(FaultRates{})),
+                     page_trace_, loop_);
 }
 
 // The page belongs to one terminal.
@@ -198,19 +152,6 @@ bool Server::Run(ControlChannel& control) {
   return done_;
 }
 
-// Losing the reader of the trace, or the right to write to the keyboard's
-// terminal, is no reason to stop.
-void IgnoreOutputSignals() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGTTOU, SIG_IGN);
-}
-
-// With what is printed here the faults can be had again.
-void AnnounceHostility(const TerminalOptions& options) {
-  if (options.hostile)
-    std::fprintf(stderr, "gwq-terminal: hostile %s\n", RatesText(*options.hostile).c_str());
-}
-
 // The supervisor can no longer do it.
 void CleanUpAlone(const std::string& testbed_dir) {
   SignalProcessesOf(testbed_dir, SIGKILL);
@@ -233,27 +174,6 @@ int RunServer(const TerminalOptions& options, int control_fd) {
     control.Send(std::string("failed ") + error.what());
     return 1;
   }
-}
-
-int RunPty(const TerminalOptions& options) {
-  IgnoreOutputSignals();
-  AnnounceHostility(options);
-  const SignalWatch signals({SIGINT, SIGTERM, SIGHUP});
-  const Clock clock;
-  PageTrace trace([] {});  // everything happens in the loop
-  DeviceFactory devices(options);
-  const TraceSink page_sink = options.page_port ? trace.Sink() : TraceSink{};
-  SerialTerminal terminal(devices.Make(Line::kSerial, "serial", page_sink), clock);
-  EventLoop loop;
-  terminal.Join(loop);
-  std::unique_ptr<CustomerPage> page;
-  const PageTerminal here = PageTerminalOf(terminal, options.hostile.value_or(FaultRates{}));
-  if (options.page_port) OpenPage(page, *options.page_port, here, trace, loop);
-  loop.OnReadable(signals.Fd(), [&loop] { loop.Stop(); });
-  if (std::printf("%s\n", terminal.Path().c_str()) < 0 || std::fflush(stdout) != 0)
-    ThrowErrno("standard output");
-  loop.Run(clock);
-  return 0;
 }
 
 }  // namespace gwq::terminal

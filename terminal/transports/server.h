@@ -11,7 +11,4 @@ namespace gwq::terminal {
 // Must run with the testbed's preload library. Returns the exit status.
 int RunServer(const TerminalOptions& options, int control_fd);
 
-// Serves a pseudo-terminal, whose path it prints, until interrupted.
-int RunPty(const TerminalOptions& options);
-
 }  // namespace gwq::terminal

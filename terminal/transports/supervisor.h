@@ -1,8 +1,8 @@
 // Runs a command that sees the terminal.
 //
-//   gwq-terminal exec      the supervisor: without preload, so that it survives
-//    |                     what happens to the testbed, and cleans up after both
-//    +- gwq-terminal serve the server: the testbed and the terminal
+//   gwq-terminal exec         the supervisor: without preload, so that it survives
+//    |                        what happens to the testbed, and cleans up after both
+//    +- gwq-terminal server   the testbed and the terminal
 //    +- COMMAND
 #pragma once
 

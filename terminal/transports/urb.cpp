@@ -52,11 +52,12 @@ std::optional<Urb> Urb::Fetch(UMockdevIoctlData* argument) {
 Urb::Urb(GObjectPtr<UMockdevIoctlData> record, GObjectPtr<UMockdevIoctlData> buffer)
     : record_(std::move(record)),
       buffer_(std::move(buffer)),
+      address_(record_->client_addr),
       type_(Field<unsigned char>(record_.get(), offsetof(usbdevfs_urb, type))),
       endpoint_(Field<unsigned char>(record_.get(), offsetof(usbdevfs_urb, endpoint))) {}
 
 std::span<const std::uint8_t> Urb::Payload() const {
-  if (!buffer_) return {};
+  if (!buffer_) return payload_;
   return {buffer_->data, static_cast<std::size_t>(buffer_->data_len)};
 }
 

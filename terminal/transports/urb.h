@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "device/device.h"
 #include "transports/gobject_ptr.h"
@@ -17,8 +18,12 @@ class Urb {
   // Reads the transfer that a SUBMITURB names; nothing when the host's memory cannot be read.
   static std::optional<Urb> Fetch(UMockdevIoctlData* argument);
 
+  // One that stands in nobody's memory: the payload is its own, and is not delivered.
+  Urb(gulong address, unsigned char type, unsigned char endpoint, Bytes payload)
+      : payload_(std::move(payload)), address_(address), type_(type), endpoint_(endpoint) {}
+
   // Where it stands in the host's memory, by which the host discards it.
-  [[nodiscard]] gulong Address() const { return record_->client_addr; }
+  [[nodiscard]] gulong Address() const { return address_; }
   [[nodiscard]] unsigned char Endpoint() const { return endpoint_; }
   [[nodiscard]] unsigned char Type() const { return type_; }
   [[nodiscard]] std::span<const std::uint8_t> Payload() const;
@@ -32,6 +37,8 @@ class Urb {
   void Finish(int status, std::size_t transferred);
   void FinishWithCollected(int status) { Finish(status, received_.size()); }
 
+  [[nodiscard]] int Status() const { return status_; }
+  [[nodiscard]] const Bytes& Received() const { return received_; }
   [[nodiscard]] std::size_t Moved() const { return static_cast<std::size_t>(transferred_); }
 
   // Hands the outcome to the host as the result of a reap.
@@ -42,7 +49,9 @@ class Urb {
 
   GObjectPtr<UMockdevIoctlData> record_;
   GObjectPtr<UMockdevIoctlData> buffer_;  // null for an empty transfer
+  Bytes payload_;                         // instead of a buffer
   Bytes received_;
+  gulong address_ = 0;
   unsigned char type_ = 0;
   unsigned char endpoint_ = 0;
   int status_ = 0;

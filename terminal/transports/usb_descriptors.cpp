@@ -11,6 +11,7 @@ namespace {
 constexpr std::uint8_t kDeviceType = 1;
 constexpr std::uint8_t kConfigurationType = 2;
 constexpr std::uint8_t kStringType = 3;
+constexpr std::uint8_t kQualifierType = 6;
 constexpr std::uint8_t kHidType = 0x21;
 constexpr std::uint8_t kReportType = 0x22;
 
@@ -67,6 +68,11 @@ Bytes DeviceDescriptor(UsbId id) {
           0x01};
 }
 
+// The device at full speed would be the same.
+Bytes QualifierDescriptor() {
+  return {0x0a, kQualifierType, 0x00, 0x02, 0x00, 0x00, 0x00, 0x40, 0x01, 0x00};
+}
+
 // String descriptors are UTF-16; the texts here are ASCII.
 Bytes StringDescriptor(std::string_view text) {
   Bytes bytes = {static_cast<std::uint8_t>(2 + 2 * text.size()), kStringType};
@@ -115,6 +121,8 @@ std::optional<Bytes> Descriptor(UsbId id, std::uint8_t type, std::uint8_t index)
       return Bytes(kConfiguration.begin(), kConfiguration.end());
     case kStringType:
       return StringByIndex(index);
+    case kQualifierType:
+      return QualifierDescriptor();
     case kHidType:
       return Bytes(kConfiguration.begin() + kHidOffset, kConfiguration.begin() + kHidOffset + kHidSize);
     case kReportType:

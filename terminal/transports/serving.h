@@ -1,0 +1,27 @@
+// What the ways to serve a terminal have in common.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "transports/event_loop.h"
+#include "transports/options.h"
+#include "transports/serial_terminal.h"
+#include "web/customer_page.h"
+
+namespace gwq::terminal {
+
+// Losing the reader of the trace, or the right to write to the keyboard's
+// terminal, is no reason to stop.
+void IgnoreOutputSignals();
+
+// With what is printed here the faults can be had again.
+void AnnounceHostility(const TerminalOptions& options);
+
+// Opens the page of one terminal and prints its address.
+[[nodiscard]] std::unique_ptr<CustomerPage> OpenPage(std::uint16_t port, PageTerminal terminal,
+                                                     PageTrace& trace, EventLoop& loop);
+
+[[nodiscard]] PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates);
+
+}  // namespace gwq::terminal
