@@ -3,7 +3,8 @@
 // threads hand to each other looks like a race; so does the first use, on the
 // testbed's thread, of an object of ours that it was given. What our code does
 // there afterwards stays under observation. The same goes for the libraries that set
-// text: they have threads of their own, which look for fonts.
+// text: they have threads of their own, which look for fonts; and for the web server's,
+// which takes GLib's locks.
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
 
@@ -12,6 +13,7 @@ extern "C" const char* __tsan_default_suppressions() {
   return "called_from_lib:libglib-2.0.so.0\n"
          "called_from_lib:libgobject-2.0.so.0\n"
          "called_from_lib:libgio-2.0.so.0\n"
+         "called_from_lib:libsoup-3.0.so.0\n"
          "called_from_lib:libumockdev.so.0\n"
          "called_from_lib:libfontconfig.so.1\n"
          "called_from_lib:libcairo.so.2\n"

@@ -1,6 +1,7 @@
 // The customer's page in Chromium, with the library and a teller application on the other side.
 import assert from "node:assert/strict";
 import { createDecipheriv } from "node:crypto";
+import { readFileSync, writeFileSync } from "node:fs";
 import { createServer } from "node:http";
 import { after, before, describe, test } from "node:test";
 import { Counter, Customer, inkOf, makeFiles, openBrowser } from "./rig.js";
@@ -44,6 +45,7 @@ async function openServer() {
     response.setHeader("Content-Type", "text/html").end("<p>elsewhere");
   });
   await new Promise((resolve) => server.listen(0, "127.0.0.1", resolve));
+  server.unref();  // it keeps nobody waiting who gave up
   const opened = { address: `http://127.0.0.1:${server.address().port}/`, visits: 0, close: () => server.close() };
   return opened;
 }
@@ -159,6 +161,7 @@ together("information", () => {
     await customer.shows("html");
     await page.getByRole("button", { name: /^Confirm \(\d\)$/ }).click();
     assert.deepEqual(await answer, { value: 0 });
+    await customer.waits();
     assert.equal(await page.title(), "Welcome");
     assert.equal(elsewhere.visits, 0);
     elsewhere.close();
@@ -199,6 +202,18 @@ together("documents", () => {
     assert.ok(await customer.button("Next page").isDisabled());
     await customer.button("Agree").click();
     assert.deepEqual(await agreed, { value: true });
+  });
+
+  visit("only shown ask nothing and go with the next screen", async ({ counter, customer, page }) => {
+    assert.deepEqual(await counter.call("show_documents", [files.at("agreement-协议.pdf")]), { value: null });
+    await customer.sees("Document");
+    await pdfIsDrawn(page, 1, 3);
+    assert.equal(await page.locator(".keys button").count(), 0);
+    await customer.shows("document-shown");
+    const informed = counter.call("inform", ["the next screen"]);
+    await page.getByText("the next screen").waitFor();
+    await customer.button("Confirm").click();
+    assert.deepEqual(await informed, { value: 0 });
   });
 
   visit("of several kinds stand beside each other; the customer refuses them", async ({ counter, customer, page }) => {
@@ -261,6 +276,22 @@ together("signing", () => {
     assert.ok(Math.abs(pressures[0] - 0.9 * 1023) < 2, String(pressures));
     assert.ok(pressures.some((pressure) => Math.abs(pressure - 0.2 * 1023) < 2), String(pressures));
     assert.ok(points.some(([x, , pressure]) => x > 470 * 0.6 && pressure > 0), String(points));
+  });
+
+  visit("by hand stands under a picture, and is taken too", async ({ counter, customer, page }) => {
+    const paper = counter.path("paper.jpg");
+    writeFileSync(paper, readFileSync(files.at("offer-1.png")));
+    const [picture, data] = [counter.path("hand.png"), counter.path("hand.txt")];
+    const signed = counter.call("library", ["GWQ_StartSign", 0, 115200, 30, paper, picture, data]);
+    await page.locator('body[data-kind="hand_sign"]').waitFor();
+    await page.getByRole("img", { name: /\.jpg$/ }).waitFor();
+    await write(page, STROKES);
+    await customer.shows("hand-sign");
+    await customer.button("Sign").click();
+    assert.deepEqual(await signed, { value: 0 });
+    const { ink } = await inkOf(browser, picture, [[60, 80], [230, 80], [400, 80]]);
+    assert.deepEqual(ink, [true, true, false]);
+    assert.ok(pointsOf(readFileSync(data, "utf8")).length > 20);
   });
 
   visit("is cleared, and cancelled with Escape", async ({ counter, customer, page }) => {

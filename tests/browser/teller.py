@@ -6,6 +6,7 @@ import pathlib
 import sys
 
 from gwq import GwqError, Signature, Teller, Terminal
+from gwq.native import load
 
 
 def plain(value):
@@ -23,6 +24,9 @@ def outcome(terminal, call, args, options):
         args = [Teller(**args[0])]
     if call == "load_working_key":
         args = [bytes.fromhex(args[0]), terminal.new_factor(), args[1]]
+    if call == "library":  # a function that gwq.Terminal lacks
+        name, *values = args
+        return {"value": getattr(load(), name)(*(v.encode() if isinstance(v, str) else v for v in values))}
     try:
         return {"value": plain(getattr(terminal, call)(*args, **options))}
     except GwqError as failed:

@@ -99,6 +99,6 @@ export function documentsView(paths) {
     stage.replaceChildren(documentView(path));
   };
   const list = paths.length > 1 && make("div.tabs", { role: "tablist", "aria-label": t("Documents") }, ...tabs);
-  requestAnimationFrame(() => show(paths[0]));
+  if (paths.length) requestAnimationFrame(() => show(paths[0]));
   return make("div.documents", {}, list, stage);
 }
