@@ -36,7 +36,8 @@ with the program (--list). What the command prints is shown only when it fails.
   gwq-terminal check --junit results.xml ours/*.json -- ./teller --branch 7
 
 docs/scenarios.md tells the format. The exit status is 0 if all passed, 1 if one failed,
-2 for a wrong command line or a scenario that is no good.)";
+2 for a wrong command line or a scenario that is no good.
+)";
 
 UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
@@ -218,7 +219,6 @@ void Parser::CheckCommandGiven(bool given) const {
 
 Request Parser::Result(std::vector<std::string> command) const {
   const CLI::App* chosen = app.get_subcommands().front();
-  const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == check) {
     CheckCommand request = raw.check;
     request.check.usb = ParseUsbId(raw.vid_pid);
@@ -226,6 +226,7 @@ Request Parser::Result(std::vector<std::string> command) const {
     request.check.server_arguments = ServerArguments;
     return request;
   }
+  const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
   if (chosen == serve) return ServeRequest{options, raw.control_fd};
   return ExecOptions{options, std::move(command), ServerArguments};
