@@ -1,14 +1,15 @@
 // A teller application that copes with what happens at a counter: customers who cancel, mistype or walk away, a cable
 // that is pulled, a terminal that is full, old, without keys or without TZG mode. docs/scenarios.md puts it to the test.
 //
-//   robust_teller [--tzg] DOCUMENT PICTURE SECONDS
+//   robust_teller [--tzg | --pin] DOCUMENT PICTURE SECONDS
 //
 //   --tzg     sign in TZG mode where the terminal knows it
+//   --pin     have the customer key a PIN too
 //   DOCUMENT  to be signed; absolute path
 //   PICTURE   where the signature's picture goes; absolute path
 //   SECONDS   that the customer has for each step
 //
-// Exit status 0 when the customer has signed and keyed their PIN; 1, with the reason on standard error, when not.
+// Exit status 0 when the customer has done it; 1, with the reason on standard error, when not.
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -41,6 +42,7 @@ struct Visit {
   std::string picture;
   int seconds = 0;
   bool tzg = false;
+  bool pin = false;
 };
 
 std::string BuildDate() {
@@ -159,19 +161,20 @@ void ReadPin(const Visit& visit) {
 void Serve(const Visit& visit) {
   UpdateFirmware(fs::path(visit.picture).parent_path());
   Sign(visit);
-  ReadPin(visit);
+  if (visit.pin) ReadPin(visit);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const bool tzg = argc > 1 && std::string_view(argv[1]) == "--tzg";
-  const int first = tzg ? 2 : 1;
+  const std::string_view option = argc > 1 ? argv[1] : "";
+  const bool tzg = option == "--tzg";
+  const bool pin = option == "--pin";
+  const int first = tzg || pin ? 2 : 1;
   if (argc != first + 3) {
-    std::fprintf(stderr, "usage: robust_teller [--tzg] DOCUMENT PICTURE SECONDS\n");
+    std::fprintf(stderr, "usage: robust_teller [--tzg | --pin] DOCUMENT PICTURE SECONDS\n");
     return 2;
   }
-  return example::Run("robust_teller", [&] {
-    Serve({argv[first], argv[first + 1], std::atoi(argv[first + 2]), tzg});
-  });
+  return example::Run("robust_teller",
+                      [&] { Serve({argv[first], argv[first + 1], std::atoi(argv[first + 2]), tzg, pin}); });
 }

@@ -26,13 +26,13 @@ constexpr const char* kLastScreen = "last_screen";
 // ---- Reading
 
 std::string ReadScreenKind(const Json& value) {
-  const std::string name = value.is_string() ? value.get<std::string>() : value.dump();
+  std::string name = value.is_string() ? value.get<std::string>() : value.dump();
   if (!ScreenKindNamed(name)) Fail(Quoted(name) + " is no kind of screen");
   return name;
 }
 
 std::string ReadCommandName(const Json& value) {
-  const std::string name = value.is_string() ? value.get<std::string>() : value.dump();
+  std::string name = value.is_string() ? value.get<std::string>() : value.dump();
   if (!IsCommandName(name)) Fail(Quoted(name) + " is no command (docs/scenarios.md lists them)");
   return name;
 }

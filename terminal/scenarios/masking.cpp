@@ -25,6 +25,12 @@ void Cover(std::string& text, const std::string& secret) {
     text.replace(at, secret.size(), secret.size(), '*');
 }
 
+// JSON knows how.
+std::string AsUtf8(const std::string& text) {
+  const std::string json = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return Json::parse(json).get<std::string>();
+}
+
 }  // namespace
 
 // Whatever else a script is, its parser says.
@@ -52,7 +58,7 @@ std::string Masked(const std::string& text, const std::set<std::string>& secrets
   std::replace_if(
       masked.begin(), masked.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' && c != '\n'; },
       ' ');
-  return masked;
+  return AsUtf8(masked);
 }
 
 }  // namespace gwq::terminal

@@ -12,7 +12,7 @@ namespace gwq::terminal {
 [[nodiscard]] std::set<std::string> SecretsOf(const Json& customer);
 
 // The text with stars in the place of each of them, and of each run of 16 hexadecimal digits or more, which may be a
-// key. Control characters but line ends become spaces.
+// key. Control characters but line ends become spaces, and what is no UTF-8 the replacement character.
 [[nodiscard]] std::string Masked(const std::string& text, const std::set<std::string>& secrets);
 
 }  // namespace gwq::terminal

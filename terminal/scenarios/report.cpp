@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <sstream>
 
-#include "customer/json_script.h"
-
 namespace gwq::terminal {
 namespace {
 
@@ -21,8 +19,10 @@ std::string Seconds(std::chrono::milliseconds time, const char* format) {
 std::string Indented(const std::string& text, const std::string& margin) {
   std::istringstream lines(text);
   std::string indented;
-  for (std::string line; std::getline(lines, line);)
-    indented += (indented.empty() ? "" : "\n" + margin) + line;
+  for (std::string line; std::getline(lines, line);) {
+    if (!indented.empty()) indented.append(1, '\n').append(margin);
+    indented += line;
+  }
   return indented;
 }
 
@@ -37,25 +37,29 @@ std::size_t CountFailed(const std::vector<ScenarioResult>& results) {
       results.begin(), results.end(), [](const ScenarioResult& result) { return !result.Passed(); }));
 }
 
-// What is no UTF-8 or no character of XML becomes a replacement character.
+// Of a text without control characters.
 std::string Xml(const std::string& text) {
-  const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
   std::string xml;
-  for (const char c : Json::parse(quoted).get<std::string>()) {
-    if (c == '&')
-      xml += "&amp;";
-    else if (c == '<')
-      xml += "&lt;";
-    else if (c == '>')
-      xml += "&gt;";
-    else if (c == '"')
-      xml += "&quot;";
-    else if (c == '\n')
-      xml += "&#10;";
-    else if (static_cast<unsigned char>(c) < ' ')
-      xml += "\xEF\xBF\xBD";
-    else
-      xml += c;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        xml += "&amp;";
+        break;
+      case '<':
+        xml += "&lt;";
+        break;
+      case '>':
+        xml += "&gt;";
+        break;
+      case '"':
+        xml += "&quot;";
+        break;
+      case '\n':
+        xml += "&#10;";
+        break;
+      default:
+        xml += c;
+    }
   }
   return xml;
 }

@@ -9,7 +9,7 @@
 
 namespace gwq::terminal {
 
-// All texts are free of secrets.
+// All texts are free of secrets, and printable (masking.h).
 struct ScenarioResult {
   std::string name;
   std::chrono::milliseconds took{0};

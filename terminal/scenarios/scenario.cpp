@@ -90,7 +90,7 @@ void ReadUsb(const Json& json, ScriptedTerminal& terminal) {
 // Travels in an answer in which a "|" parts the two.
 std::string ReadVersion(const Json& json, const char* name) {
   static const std::regex form("[!-{}~ ]{1,32}");
-  const std::string text = ReadText(json, name);
+  std::string text = ReadText(json, name);
   if (!std::regex_match(text, form))
     Fail(Quoted(name) + " must be 1 to 32 visible ASCII characters without \"|\"");
   return text;
@@ -185,7 +185,7 @@ FaultRates ReadHostile(const Json& json) {
 
 std::string ReadName(const Json& json) {
   static const std::regex form("[A-Za-z0-9][A-Za-z0-9._-]{0,63}");
-  const std::string name = ReadText(json, "name");
+  std::string name = ReadText(json, "name");
   if (!std::regex_match(name, form))
     Fail("\"name\" must be up to 64 letters, digits and \"-\", \"_\", \".\"");
   return name;
