@@ -226,7 +226,7 @@ SignalWatch WatchSignals() {
 
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   ServerProcess server(options, dir, signals);
-  const CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
+  CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
   if (const int server_status = server.End(); server_status != 0)
     throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
   return outcome;

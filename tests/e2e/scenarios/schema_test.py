@@ -1,7 +1,8 @@
-"""The scenarios' schema: schema_test.py GWQ_TERMINAL SHIPPED. It takes what the program takes, and refuses what that
+"""The scenarios' schema: schema_test.py GWQ_TERMINAL SHIPPED DOCUMENT. It takes what the program takes, and refuses what that
 refuses: a scenario with everything in it, and every way of spoiling one of its values."""
 import copy
 import json
+import re
 import subprocess
 import sys
 import tempfile
@@ -11,7 +12,7 @@ from pathlib import Path
 import jsonschema
 from commented_json import load, shipped_scenarios
 
-TERMINAL, SHIPPED = "", Path()
+TERMINAL, SHIPPED, DOCUMENT = "", Path(), Path()
 
 WHOLE = {
     "$schema": "scenario.schema.json", "name": "whole", "description": "Everything.", "timeout_s": 9,
@@ -76,6 +77,21 @@ class Schema(unittest.TestCase):
         for path in shipped_scenarios(SHIPPED):
             self.assertEqual([error.message for error in self.validator.iter_errors(load(path))], [], path)
 
+    def test_and_the_program_take_what_the_manual_shows(self):
+        for shown in re.findall(r"```json\n(.*?)```", DOCUMENT.read_text(), re.DOTALL):
+            path = Path(self.directory.name, "shown.json")
+            path.write_text(shown)
+            self.assertEqual([error.message for error in self.validator.iter_errors(load(path))], [])
+            self.assertFalse(self.program_refuses(load(path)))
+        names = set(re.findall(r"`([^`\n]+)`", re.sub(r"```.*?```", "", DOCUMENT.read_text(), flags=re.DOTALL)))
+        self.assertLessEqual(set(self.schema["definitions"]["command_name"]["enum"]), names)
+        self.assertLessEqual(set(self.schema["definitions"]["screen_kind"]["enum"]), names)
+        self.assertLessEqual({path.stem for path in shipped_scenarios(SHIPPED)}, names)
+
+    def test_knows_the_commands_that_the_program_knows(self):
+        every = [{"command": name} for name in self.schema["definitions"]["command_name"]["enum"]]
+        self.assertFalse(self.program_refuses({**WHOLE, "expect": every}))
+
     def test_and_the_program_take_a_scenario_with_everything(self):
         self.assertEqual([error.message for error in self.validator.iter_errors(WHOLE)], [])
         self.assertFalse(self.program_refuses(WHOLE))
@@ -107,5 +123,5 @@ class Schema(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    TERMINAL, SHIPPED = sys.argv[1], Path(sys.argv[2])
+    TERMINAL, SHIPPED, DOCUMENT = sys.argv[1], *map(Path, sys.argv[2:])
     unittest.main(argv=[sys.argv[0]])

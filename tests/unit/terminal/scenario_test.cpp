@@ -240,6 +240,13 @@ TEST(CommandNames, are_there_for_all_that_the_terminal_can_hear) {
   EXPECT_GT(heard, 30U);
 }
 
+TEST(CommandNames, stand_in_the_schema) {
+  std::ifstream file(std::string(GWQ_DEVICE_SOURCES) + "/../scenarios/shipped/scenario.schema.json");
+  const Json schema = Json::parse(file);
+  EXPECT_EQ(schema.at("definitions").at("command_name").at("enum").get<std::vector<std::string>>(),
+            std::vector<std::string>(CommandNames().begin(), CommandNames().end()));
+}
+
 TEST(Masking, covers_pins_and_keys_and_what_cannot_be_printed) {
   EXPECT_EQ(Masked("PIN 1234567, 12345678.", {"1234", "1234567"}), "PIN *******, *******8.");
   EXPECT_EQ(Masked("0123456789abcdef and 0123456789abcde", {}), "**************** and 0123456789abcde");
