@@ -175,6 +175,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: robust_teller [--tzg | --pin] DOCUMENT PICTURE SECONDS\n");
     return 2;
   }
-  return example::Run("robust_teller",
-                      [&] { Serve({argv[first], argv[first + 1], std::atoi(argv[first + 2]), tzg, pin}); });
+  return example::Run("robust_teller", [&] {
+    Serve({argv[first], argv[first + 1], std::atoi(argv[first + 2]), tzg, pin});
+  });
 }

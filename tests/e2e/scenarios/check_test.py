@@ -103,6 +103,20 @@ class Commands(Case):
         outcome = self.run_in("trap '' TERM; sleep 80; sleep 80", timeout_s=1)
         self.assert_fails(outcome, "the command hung and was ended")
 
+    def test_are_ended_with_the_check_itself_and_no_more_are_run(self):
+        mark = Path(self.path("mark"))
+        script = f"echo begun >>{mark}; sleep 80"
+        arguments = [TERMINAL, "check", self.scenario("one"), self.scenario("two"), "--", "sh", "-c", script]
+        with subprocess.Popen(arguments, stdout=subprocess.PIPE, text=True) as check:
+            while not mark.exists():
+                time.sleep(0.02)
+            check.terminate()
+            output, _ = check.communicate(timeout=60)
+        self.assertEqual(check.returncode, 1)
+        self.assertIn("it was interrupted", output)
+        self.assertTrue(output.endswith("0 passed, 1 failed\n"), output)
+        self.assertEqual(mark.read_text(), "begun\n")
+
     def test_see_the_terminal_that_the_scenario_describes(self):
         script = "test -e /dev/ttyS77 && test ! -e /dev/bus/usb/001/005"
         outcome = self.run_in(script, terminal={"usb": False, "serial": 78})
