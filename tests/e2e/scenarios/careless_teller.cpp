@@ -10,7 +10,7 @@ int main(int argc, char**) {
   char answer[2048] = "";
   int length = 1024;
   (void)TransProc(0, 115200, sign, sizeof sign - 1, answer, &length, 50);
-  if (argc > 1) return static_cast<int>(sleep(4));
+  if (argc > 1) return static_cast<int>(sleep(6));
   (void)MP_StartElectronicCard(nullptr, nullptr, 115200, 30, "A", "1", 0, nullptr);
   return 0;
 }
