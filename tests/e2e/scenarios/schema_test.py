@@ -1,5 +1,7 @@
-"""The scenarios' schema: schema_test.py GWQ_TERMINAL SHIPPED DOCUMENT. It takes what the program takes, and refuses what that
-refuses: a scenario with everything in it, and every way of spoiling one of its values."""
+"""The scenarios' schema: schema_test.py GWQ_TERMINAL SHIPPED DOCUMENT.
+
+It takes what the program takes, and refuses what that refuses: a scenario with everything in it, and each of its values
+spoilt."""
 import copy
 import json
 import re
