@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "cli/arguments.h"
+#include "transports/check.h"
 #include "transports/serve.h"
 #include "transports/server.h"
 #include "transports/supervisor.h"
@@ -22,6 +23,9 @@ int Run(const PtyRequest& request) {
 }
 int Run(const ServerRequest& request) {
   return RunServer(request.terminal, request.control_fd);
+}
+int Run(const CheckCommand& request) {
+  return request.list ? ListScenarios() : RunCheck(request.check);
 }
 int Run(const ExitRequest& request) {
   return request.status;

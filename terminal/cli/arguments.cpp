@@ -41,6 +41,19 @@ For the kernel to see the USB terminal, root runs
 after each plugging in. The exit status is 0, 2 for a wrong command line, 1 if the
 terminal failed, such as for a port that is taken.)";
 
+constexpr const char* kCheckFooter =
+    R"(Runs COMMAND once in each SCENARIO, as exec does, and tells whether all happened that
+the scenario expects. A SCENARIO is the path of a file, or the name of one that comes
+with the program (--list). What the command prints is shown only when it fails.
+
+  gwq-terminal check --list
+  gwq-terminal check cancels-twice full-storage -- ./teller
+  gwq-terminal check --junit results.xml ours/*.json -- ./teller --branch 7
+
+docs/scenarios.md tells the format. The exit status is 0 if all passed, 1 if one failed,
+2 for a wrong command line or a scenario that is no good.
+)";
+
 UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
           static_cast<std::uint16_t>(kUsbIdentities[0].pid)};
@@ -96,6 +109,9 @@ struct RawOptions {
   std::string usbip_port;
   bool pty = false;
   int control_fd = -1;
+  std::string scenario;
+  std::string history;
+  CheckCommand check;
 };
 
 std::string Absolute(const std::string& path) {
@@ -112,6 +128,8 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   options.faults_file = Absolute(raw.faults);
   if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
   options.tzg = !raw.no_tzg;
+  options.scenario_file = raw.scenario;
+  options.history_file = raw.history;
   if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
   if (chosen.count("--trace") > 0)
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
@@ -181,6 +199,19 @@ void AddServeOptions(CLI::App& app, RawOptions& raw) {
   AddUsbIdOption(app, raw);
 }
 
+void AddCheckOptions(CLI::App& app, CheckCommand& command) {
+  CheckRequest& check = command.check;
+  app.add_option("SCENARIO", check.scenarios, "Files, or names of those that come with the program")
+      ->type_name("");
+  app.add_flag("--list", command.list, "List those that come with the program");
+  app.add_option("--junit", check.junit_file, "Write the results to FILE too, as JUnit does")
+      ->type_name("FILE");
+  app.add_option("--timeout", check.time_limit_s, "End the command after this time, whatever a scenario says")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 3600));
+  app.footer(kCheckFooter);
+}
+
 struct Parser {
   RawOptions raw;
   CLI::App app{"A virtual customer terminal."};
@@ -188,8 +219,11 @@ struct Parser {
   CLI::App* pty = nullptr;
   CLI::App* serve = nullptr;
   CLI::App* server = nullptr;
+  CLI::App* check = nullptr;
 
   Parser();
+  // Throws CLI::ValidationError when there is a command without need, or none.
+  void CheckCommandGiven(bool given) const;
   [[nodiscard]] Request Result(std::vector<std::string> command) const;
 };
 
@@ -207,19 +241,42 @@ Parser::Parser() {
   pty = app.add_subcommand("pty", "Serve a pseudo-terminal, whose path is printed, until interrupted");
   AddCommonOptions(*pty, raw);
 
+  check = app.add_subcommand("check",
+                             "Test a command in scenarios: check [OPTIONS] SCENARIO... -- COMMAND [ARGS...]");
+  AddCheckOptions(*check, raw.check);
+
   serve = app.add_subcommand("serve", "Serve USB/IP, a pseudo-terminal or both until interrupted");
   serve->footer(kServeFooter);
   AddServeOptions(*serve, raw);
   AddCommonOptions(*serve, raw);
 
   server = app.add_subcommand("server", "")->group("");
+  server->add_option("--scenario", raw.scenario);
+  server->add_option("--history", raw.history);
   server->add_option("--control-fd", raw.control_fd)->required();
   AddLinkOptions(*server, raw);
   AddCommonOptions(*server, raw);
 }
 
+void Parser::CheckCommandGiven(bool given) const {
+  const bool checks = check->parsed() && !raw.check.list;
+  if (checks && raw.check.check.scenarios.empty())
+    throw CLI::ValidationError("no scenario: name one or more before -- (--list lists those that are there)");
+  if (check->parsed() && raw.check.list && !raw.check.check.scenarios.empty())
+    throw CLI::ValidationError("--list stands alone");
+  if ((exec->parsed() || checks) == given) return;
+  throw CLI::ValidationError(given ? "a command needs exec or check" : "no command: write it after --");
+}
+
 Request Parser::Result(std::vector<std::string> command) const {
   const CLI::App* chosen = app.get_subcommands().front();
+  if (chosen == check) {
+    CheckCommand request = raw.check;
+    request.check.usb = ParseUsbId(raw.vid_pid);
+    request.check.command = std::move(command);
+    request.check.server_arguments = ServerArguments;
+    return request;
+  }
   const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
   if (chosen == serve) return InterpretServe(raw, *serve, options);
@@ -245,8 +302,7 @@ Request ParseArguments(int argc, const char* const* argv) {
   Parser parser;
   try {
     parser.app.parse(arguments);
-    if (parser.exec->parsed() == command.empty())
-      throw CLI::ValidationError(command.empty() ? "no command: write it after --" : "a command needs exec");
+    parser.CheckCommandGiven(!command.empty());
     if (parser.serve->parsed() && parser.serve->count("--usbip") == 0 && !parser.raw.pty)
       throw CLI::ValidationError("nothing to serve: give --usbip, --pty or both");
   } catch (const CLI::ParseError& error) {
@@ -268,6 +324,8 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.page_port) arguments.push_back("--ui=" + std::to_string(*options.page_port));
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
+  if (!options.scenario_file.empty()) arguments.push_back("--scenario=" + options.scenario_file);
+  if (!options.history_file.empty()) arguments.push_back("--history=" + options.history_file);
   return arguments;
 }
 

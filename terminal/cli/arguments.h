@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "transports/check.h"
 #include "transports/options.h"
 
 namespace gwq::terminal {
@@ -20,12 +21,18 @@ struct ServerRequest {
   int control_fd = -1;
 };
 
+// Runs a command in scenarios, or lists those that come with the program.
+struct CheckCommand {
+  CheckRequest check;
+  bool list = false;
+};
+
 // Nothing is left to do but to exit with this.
 struct ExitRequest {
   int status = 0;
 };
 
-using Request = std::variant<ExecOptions, ServeOptions, PtyRequest, ServerRequest, ExitRequest>;
+using Request = std::variant<ExecOptions, ServeOptions, PtyRequest, ServerRequest, CheckCommand, ExitRequest>;
 
 // Prints help, version and complaints itself.
 [[nodiscard]] Request ParseArguments(int argc, const char* const* argv);

@@ -1,10 +1,6 @@
 #include "customer/scripted.h"
 
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace gwq::terminal {
@@ -58,26 +54,9 @@ ScriptedCustomer::Steps ReadSteps(const Json& steps, const Kind& kind) {
   return actions;
 }
 
-ScriptedCustomer::Steps ReadList(const Json& script, const Kind& kind) {
+ScriptedCustomer::Steps ReadEntries(const Json& script, const Kind& kind) {
   if (!script.contains(kind.list)) return std::nullopt;
   return ReadSteps(script.at(kind.list), kind);
-}
-
-std::unique_ptr<Customer> ReadCustomer(const Json& script) {
-  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
-  if (!script.is_object()) Fail("must hold an object or a list of steps");
-  CheckMembers(script, {kPins.list, kNumbers.list, kScreens});
-  if (script.empty()) Fail("has none of \"pin_entries\", \"number_entries\", \"screens\"");
-  return std::make_unique<ScriptedCustomer>(
-      ReadList(script, kPins), ReadList(script, kNumbers),
-      script.contains(kScreens) ? ScreenScript(script.at(kScreens)) : ScreenScript());
-}
-
-Json ReadScript(const std::string& path) {
-  if (std::filesystem::is_directory(path)) Fail("is a directory");
-  std::ifstream file(path);
-  if (!file) Fail("cannot be read: " + std::generic_category().message(errno));
-  return Json::parse(file, nullptr, true, true);
 }
 
 PinAction Next(const std::vector<PinAction>& steps, std::size_t& next) {
@@ -110,9 +89,19 @@ ScreenAction ScriptedCustomer::Respond(const Screen& screen) {
   return agreeable_.Respond(screen);
 }
 
+std::unique_ptr<Customer> ReadCustomer(const Json& script) {
+  if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
+  if (!script.is_object()) Fail("must hold an object or a list of steps");
+  CheckMembers(script, {kPins.list, kNumbers.list, kScreens});
+  if (script.empty()) Fail("has none of \"pin_entries\", \"number_entries\", \"screens\"");
+  return std::make_unique<ScriptedCustomer>(
+      ReadEntries(script, kPins), ReadEntries(script, kNumbers),
+      script.contains(kScreens) ? ScreenScript(script.at(kScreens)) : ScreenScript());
+}
+
 std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
   try {
-    return ReadCustomer(ReadScript(path));
+    return ReadCustomer(ParseScript(ReadScriptFile(path)));
   } catch (const std::exception& error) {
     throw std::runtime_error("customer file " + path + ": " + error.what());
   }

@@ -52,6 +52,9 @@ class ScriptedCustomer : public Customer {
   AgreeableCustomer agreeable_;
 };
 
+// Throws std::runtime_error, telling what is wrong.
+[[nodiscard]] std::unique_ptr<Customer> ReadCustomer(const Json& script);
+
 // Throws std::runtime_error, naming the file and what is wrong with it.
 std::unique_ptr<Customer> LoadCustomer(const std::string& path);
 

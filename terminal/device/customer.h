@@ -75,6 +75,8 @@ class Customer {
   virtual NumberAction KeyNumber(const NumberRequest&) { return {NumberAction::Kind::kWalkAway, {}, {}}; }
   // Asked once for each screen that offers a key. Agrees, unless told otherwise.
   virtual ScreenAction Respond(const Screen& screen);
+  // Told of each screen when it appears, the idle one too.
+  virtual void See(const Screen&) {}
 };
 
 }  // namespace gwq::terminal

@@ -79,6 +79,7 @@ void Screens::Put(Screen screen) {
   acts_at_.reset();
   closes_at_.reset();
   ++changes_;
+  customer_.See(current_);
 }
 
 void Screens::AskCustomer() {

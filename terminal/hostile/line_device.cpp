@@ -35,7 +35,9 @@ void LineDevice::Collect() {
     hostility_->Withdraw();
     withdrawn_ = true;
   }
-  while (std::optional<Bytes> answer = device_.TakeAnswer()) hostility_->Send(std::move(*answer), now_);
+  const Time slowness{slowness_ == nullptr ? 0 : slowness_->load()};
+  while (std::optional<Bytes> answer = device_.TakeAnswer())
+    hostility_->Send(std::move(*answer), now_ + slowness);
 }
 
 std::optional<Time> LineDevice::NextDeadline() const {

@@ -1,6 +1,7 @@
 // A device as the transports see it: at the end of a line that may be hostile.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <span>
@@ -15,6 +16,9 @@ class LineDevice {
  public:
   LineDevice(Device device, std::optional<Hostility> hostility = {})  // NOLINT(google-explicit-constructor)
       : device_(std::move(device)), hostility_(std::move(hostility)) {}
+  // Each answer is late by `slowness` milliseconds, which others may change and which outlives this object.
+  LineDevice(Device device, Hostility hostility, const std::atomic<Time::rep>& slowness)
+      : device_(std::move(device)), hostility_(std::move(hostility)), slowness_(&slowness) {}
 
   // As the members of Device.
   void Receive(std::span<const std::uint8_t> bytes, Time now);
@@ -36,6 +40,7 @@ class LineDevice {
 
   Device device_;
   std::optional<Hostility> hostility_;
+  const std::atomic<Time::rep>* slowness_ = nullptr;
   Time now_{0};
   bool withdrawn_ = false;
 };

@@ -7,7 +7,6 @@
 #include "customer/live.h"
 #include "customer/scripted.h"
 #include "device/key_pairs.h"
-#include "store/fault_script.h"
 #include "store/initial_files.h"
 
 namespace gwq::terminal {
@@ -24,18 +23,38 @@ TraceSink Both(const TraceSink& one, const TraceSink& other) {
 }  // namespace
 
 std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
+  if (stage_ != nullptr) return stage_->MakeCustomer();
   if (customer_file_.empty()) return std::make_unique<AgreeableCustomer>();
   return LoadCustomer(customer_file_);
 }
 
+Settings DeviceFactory::MakeSettings() const {
+  Settings settings;
+  if (stage_ != nullptr) settings = stage_->Script().terminal.settings;
+  settings.tzg = settings.tzg && tzg_;
+  return settings;
+}
+
+FaultScript DeviceFactory::Faults() const {
+  if (stage_ != nullptr) return stage_->Script().faults;
+  return faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
+}
+
+LineDevice DeviceFactory::AtLine(Device device, Line line) const {
+  const unsigned number = line == Line::kUsb ? 0 : 1;
+  const auto* slowness = stage_ == nullptr ? nullptr : stage_->Slowness();
+  if (slowness != nullptr)
+    return {std::move(device), Hostility(hostile_.value_or(FaultRates{}), number), *slowness};
+  if (!hostile_) return device;
+  return {std::move(device), Hostility(*hostile_, number)};
+}
+
 LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
   customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
-  Settings settings;
-  settings.tzg = tzg_;
-  Device device(line, *customers_.back(), settings, Both(trace_.Sink(line_name), page), MakeStorage(),
-                &painter_);
-  if (!hostile_) return device;
-  return {std::move(device), Hostility(*hostile_, line == Line::kUsb ? 0 : 1)};
+  const TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
+  Device device(line, *customers_.back(), MakeSettings(), Both(trace_.Sink(line_name), watching),
+                MakeStorage(), &painter_);
+  return AtLine(std::move(device), line);
 }
 
 std::string DeviceFactory::StorageDir() {
@@ -46,7 +65,7 @@ std::string DeviceFactory::StorageDir() {
 
 // The limit is for hosts, not for what the terminal begins with.
 Storage DeviceFactory::MakeStorage() {
-  const FaultScript script = faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
+  const FaultScript script = Faults();
   const std::string directory = StorageDir();
   FileStore unlimited(directory);
   PutInitialFiles(unlimited);
@@ -54,6 +73,7 @@ Storage DeviceFactory::MakeStorage() {
   limits.total = script.storage_limit.value_or(limits.total);
   stores_.push_back(std::make_unique<FileStore>(directory, limits));
   FileSystem* files = stores_.back().get();
+  if (stage_ != nullptr) files = watched_.emplace_back(stage_->Watch(*files)).get();
   return {files, script.faults, MakeKeyFiles()};
 }
 

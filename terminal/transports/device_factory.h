@@ -10,6 +10,8 @@
 #include "device/customer.h"
 #include "device/device.h"
 #include "hostile/line_device.h"
+#include "scenarios/stage.h"
+#include "store/fault_script.h"
 #include "store/file_store.h"
 #include "transports/options.h"
 #include "transports/private_dir.h"
@@ -20,13 +22,15 @@ namespace gwq::terminal {
 // Owns what its devices lean on and must outlive them.
 class DeviceFactory {
  public:
-  explicit DeviceFactory(const TerminalOptions& options)
+  // With a `stage`, which must outlive the factory, customer and faults are its own.
+  explicit DeviceFactory(const TerminalOptions& options, Stage* stage = nullptr)
       : customer_file_(options.customer_file),
         storage_dir_(options.storage_dir),
         keys_dir_(options.keys_dir),
         faults_file_(options.faults_file),
         hostile_(options.hostile),
         tzg_(options.tzg),
+        stage_(stage),
         trace_(options.trace) {}
 
   // Each device has a customer of its own, and files of its own unless there is a
@@ -36,6 +40,9 @@ class DeviceFactory {
 
  private:
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
+  [[nodiscard]] Settings MakeSettings() const;
+  [[nodiscard]] FaultScript Faults() const;
+  [[nodiscard]] LineDevice AtLine(Device device, Line line) const;
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
   [[nodiscard]] FileSystem* MakeKeyFiles();
@@ -46,11 +53,13 @@ class DeviceFactory {
   std::string faults_file_;
   std::optional<FaultRates> hostile_;
   bool tzg_;
+  Stage* stage_;
   TraceWriter trace_;
   PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
   std::vector<std::unique_ptr<FileStore>> stores_;
+  std::vector<std::unique_ptr<FileSystem>> watched_;
 };
 
 }  // namespace gwq::terminal

@@ -1,6 +1,7 @@
 // What the command line asks of the transports.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -26,6 +27,8 @@ struct TerminalOptions {
   bool tzg = true;                         // they know how to sign in TZG mode
   std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
   std::optional<std::string> trace;        // a file, or "-" for standard error
+  std::string scenario_file;               // whose customer, faults and events there are; empty: none
+  std::string history_file;                // where is written what happens in it
 };
 
 struct ServeOptions {
@@ -39,6 +42,9 @@ struct ExecOptions {
   std::vector<std::string> command;
   // Starts this program as the server of `terminal`, given the control descriptor.
   std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
+  std::optional<std::chrono::seconds> time_limit = {};  // after which the command is ended
+  std::string output_file = {};                         // for its standard output; empty: our own
+  std::string errors_file = {};                         // for its standard error; empty: our own
 };
 
 }  // namespace gwq::terminal

@@ -47,6 +47,8 @@ class SpawnSettings {
       posix_spawn_file_actions_adddup2(&actions_, *request.passed_fd, *request.passed_fd);
       posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     }
+    RedirectTo(STDOUT_FILENO, request.output_file);
+    RedirectTo(STDERR_FILENO, request.errors_file);
     posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
   }
   SpawnSettings(const SpawnSettings&) = delete;
@@ -60,6 +62,11 @@ class SpawnSettings {
   [[nodiscard]] const posix_spawn_file_actions_t* Actions() const { return &actions_; }
 
  private:
+  void RedirectTo(int fd, const std::string& file) {
+    if (!file.empty())
+      posix_spawn_file_actions_addopen(&actions_, fd, file.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+  }
+
   posix_spawnattr_t attributes_{};
   posix_spawn_file_actions_t actions_{};
 };

@@ -51,6 +51,9 @@ struct SpawnRequest {
   // the keyboard do not reach it, nothing on its standard input, and this
   // descriptor passed on under the same number.
   std::optional<int> passed_fd;
+  // Files for standard output and standard error; empty: our own.
+  std::string output_file;
+  std::string errors_file;
 };
 
 // The process id; throws std::system_error with what kept it from starting.

@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "scenarios/stage.h"
 #include "transports/control_channel.h"
 #include "transports/device_factory.h"
 #include "transports/errors.h"
@@ -44,6 +45,17 @@ class Wakeup {
   UniqueFd fd_;
 };
 
+// Makes a scenario's events come.
+class StageTimer final : public Timed {
+ public:
+  explicit StageTimer(Stage& stage) : stage_(stage) {}
+  std::optional<Time> NextDeadline() override { return stage_.NextDeadline(); }
+  void Advance(Time now) override { stage_.Advance(now); }
+
+ private:
+  Stage& stage_;
+};
+
 // The USB terminal in its testbed. Members are destroyed from the last to the
 // first, the testbed and its thread before what that thread uses.
 class Server {
@@ -59,15 +71,19 @@ class Server {
   void AddUsb(UsbId id, const TraceSink& page);
   void AddSerial(int port, const TraceSink& page);
   void AddHostility();
+  [[nodiscard]] std::unique_ptr<Stage> MakeStage(const TerminalOptions& options);
+  void BeginStage();
+  void Note(Happening::Kind kind);
   [[nodiscard]] PageTerminal PageTerminalHere(const FaultRates& rates);
   void Obey(const std::string& message);
   void Plug();
   void Unplug();
 
   Clock clock_;
-  DeviceFactory devices_;
   EventLoop loop_;
   Wakeup wakeup_;
+  std::unique_ptr<Stage> stage_;
+  DeviceFactory devices_;
   PageTrace page_trace_{[this] { wakeup_.Raise(); }};
   std::optional<UsbId> usb_id_;
   std::unique_ptr<UsbTerminal> usb_;
@@ -75,13 +91,17 @@ class Server {
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<Testbed> testbed_;
   std::unique_ptr<Timed> hostility_;
+  std::unique_ptr<Timed> stage_timer_;
   std::unique_ptr<CustomerPage> page_;
   bool plugged_ = false;
   bool done_ = false;
 };
 
 Server::Server(const TerminalOptions& options)
-    : devices_(options), usb_id_(options.usb), testbed_(std::make_unique<Testbed>()) {
+    : stage_(MakeStage(options)),
+      devices_(options, stage_.get()),
+      usb_id_(options.usb),
+      testbed_(std::make_unique<Testbed>()) {
   const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
   if (options.usb) AddUsb(*options.usb, page);
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
@@ -90,6 +110,28 @@ Server::Server(const TerminalOptions& options)
   if (options.page_port)
     page_ = OpenPage(*options.page_port, PageTerminalHere(options.hostile.value_or(FaultRates{})),
                      page_trace_, loop_);
+  if (stage_) BeginStage();
+}
+
+std::unique_ptr<Stage> Server::MakeStage(const TerminalOptions& options) {
+  if (options.scenario_file.empty()) return nullptr;
+  return std::make_unique<Stage>(
+      LoadScenario(options.scenario_file), options.history_file, [this] { return clock_.Now(); },
+      [this] { wakeup_.Raise(); });
+}
+
+void Server::BeginStage() {
+  const auto use = [this](const std::function<void(Device&, Time)>& action) {
+    if (usb_) usb_->Use(action);
+    if (serial_) serial_->Use(action);
+  };
+  stage_->Begin({[this] { Unplug(); }, [this] { Plug(); }, use});
+  stage_timer_ = std::make_unique<StageTimer>(*stage_);
+  loop_.Add(*stage_timer_);
+}
+
+void Server::Note(Happening::Kind kind) {
+  if (stage_) stage_->Note({kind, {}, {}, 0, {}});
 }
 
 // The page belongs to one terminal.
@@ -125,6 +167,7 @@ void Server::Plug() {
   if (!usb_ || plugged_) return;
   usb_->Plug(testbed_->Plug(*usb_id_));
   plugged_ = true;
+  Note(Happening::Kind::kPlugged);
 }
 
 void Server::Unplug() {
@@ -132,6 +175,7 @@ void Server::Unplug() {
   plugged_ = false;
   usb_->Unplug();
   testbed_->Unplug();
+  Note(Happening::Kind::kUnplugged);
 }
 
 void Server::Obey(const std::string& message) {

@@ -107,10 +107,11 @@ class CommandRun {
   CommandRun& operator=(const CommandRun&) = delete;
   ~CommandRun() { EndProcessesOf(dir_); }
 
-  int Run(const std::vector<std::string>& command);
+  [[nodiscard]] CommandOutcome Run(const ExecOptions& options);
 
  private:
-  void Start(const std::vector<std::string>& command);
+  void Start(const ExecOptions& options);
+  void CheckTimeLimit();
   void WaitForEvent();
   void OnSignal(const signalfd_siginfo& info);
   void AskToEnd(int signal);
@@ -122,29 +123,40 @@ class CommandRun {
   const std::string dir_;
   pid_t pid_ = -1;
   bool server_lost_ = false;
+  CommandOutcome outcome_;
+  std::optional<SteadyTime> ends_at_;
   std::optional<SteadyTime> kill_at_;
 };
 
-int StatusOfFailedStart(const std::system_error& error) {
-  std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
-  return error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
+CommandOutcome FailedStart(const std::system_error& error) {
+  CommandOutcome outcome;
+  outcome.status = error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
+  outcome.start_problem = error.what();
+  return outcome;
 }
 
-int CommandRun::Run(const std::vector<std::string>& command) {
+CommandOutcome CommandRun::Run(const ExecOptions& options) {
+  const SteadyTime begin = std::chrono::steady_clock::now();
+  if (options.time_limit) ends_at_ = begin + *options.time_limit;
   try {
-    Start(command);
+    Start(options);
   } catch (const std::system_error& error) {
-    return StatusOfFailedStart(error);
+    return FailedStart(error);
   }
   std::optional<int> status;
   while (!(status = TryWait(pid_))) WaitForEvent();
   if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly");
-  return *status;
+  outcome_.status = *status;
+  outcome_.took =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  return outcome_;
 }
 
-void CommandRun::Start(const std::vector<std::string>& command) {
+void CommandRun::Start(const ExecOptions& options) {
   SpawnRequest request;
-  request.arguments = command;
+  request.arguments = options.command;
+  request.output_file = options.output_file;
+  request.errors_file = options.errors_file;
   AddPreload(request.environment);
   request.environment.Set("UMOCKDEV_DIR", dir_);
   request.environment.Set("GWQ_TERMINAL_PID", std::to_string(getpid()));
@@ -153,12 +165,14 @@ void CommandRun::Start(const std::vector<std::string>& command) {
 }
 
 void CommandRun::WaitForEvent() {
-  constexpr int kGraceStepMs = 50;
+  constexpr int kStepMs = 50;
   std::array<pollfd, 2> fds{
       {{signals_.Fd(), POLLIN, 0}, {server_lost_ ? -1 : server_.Control().Fd(), POLLIN, 0}}};
-  if (poll(fds.data(), fds.size(), kill_at_ ? kGraceStepMs : -1) < 0 && errno != EINTR) ThrowErrno("poll");
+  if (poll(fds.data(), fds.size(), kill_at_ || ends_at_ ? kStepMs : -1) < 0 && errno != EINTR)
+    ThrowErrno("poll");
   while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
   if (fds[1].revents != 0) OnServerMessage();
+  CheckTimeLimit();
   CheckGrace();
 }
 
@@ -171,8 +185,10 @@ void CommandRun::OnSignal(const signalfd_siginfo& info) {
   } else if (signal == SIGUSR2) {
     server_.Control().Send("replug");
   } else if (signal != SIGCHLD && !from_keyboard) {
+    outcome_.interrupted = true;
     AskToEnd(signal);
   }
+  if (from_keyboard) outcome_.interrupted = true;
 }
 
 void CommandRun::AskToEnd(int signal) {
@@ -187,6 +203,13 @@ void CommandRun::OnServerMessage() {
   AskToEnd(SIGTERM);
 }
 
+void CommandRun::CheckTimeLimit() {
+  if (!ends_at_ || std::chrono::steady_clock::now() < *ends_at_) return;
+  ends_at_.reset();
+  outcome_.timed_out = true;
+  AskToEnd(SIGTERM);
+}
+
 void CommandRun::CheckGrace() {
   if (!kill_at_ || std::chrono::steady_clock::now() < *kill_at_) return;
   SignalProcessesOf(dir_, SIGKILL);
@@ -195,16 +218,27 @@ void CommandRun::CheckGrace() {
 
 }  // namespace
 
-int RunCommand(const ExecOptions& options) {
+SignalWatch WatchSignals() {
   // An ignored SIGCHLD, which a parent may hand down, would hide how children end.
   std::signal(SIGCHLD, SIG_DFL);
-  const SignalWatch signals({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD, SIGUSR1, SIGUSR2});
-  const PrivateDir dir;
+  return SignalWatch({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD, SIGUSR1, SIGUSR2});
+}
+
+CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   ServerProcess server(options, dir, signals);
-  const int status = CommandRun(signals, server, server.AwaitReady()).Run(options.command);
+  CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
   if (const int server_status = server.End(); server_status != 0)
     throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
-  return status;
+  return outcome;
+}
+
+int RunCommand(const ExecOptions& options) {
+  const SignalWatch signals = WatchSignals();
+  const PrivateDir dir;
+  const CommandOutcome outcome = RunWatched(options, signals, dir);
+  if (!outcome.start_problem.empty())
+    std::fprintf(stderr, "gwq-terminal: %s\n", outcome.start_problem.c_str());
+  return outcome.status;
 }
 
 }  // namespace gwq::terminal

@@ -59,6 +59,10 @@ for program in program program_by_full_path cmake/build/program_by_cmake; do
   grep -q 'terminal software of [0-9]' "$work/output.txt" || { cat "$work/output.txt"; fail "$program said nothing"; }
 done
 
+"$prefix/bin/gwq-terminal" check --list >"$work/scenarios.txt" || fail "the scenarios are no good"
+[ "$(wc -l <"$work/scenarios.txt")" -eq 10 ] || fail "there are not ten scenarios"
+[ -f "$prefix/share/gwq-terminal/scenarios/scenario.schema.json" ] || fail "the schema of scenarios is missing"
+
 try_described() {
   LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$@" >"$work/output.txt" 2>&1 ||
     { cat "$work/output.txt"; fail "$*"; }

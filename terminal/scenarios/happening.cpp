@@ -1,0 +1,52 @@
+#include "scenarios/happening.h"
+
+#include <sstream>
+
+#include "customer/json_script.h"
+
+namespace gwq::terminal {
+namespace {
+
+void AddLine(std::string& text, const std::string& line) {
+  if (!line.empty()) text.append(line).append(1, '\n');
+}
+
+}  // namespace
+
+std::string HistoryLine(const Happening& happening) {
+  const Json json = {static_cast<int>(happening.kind), happening.name, happening.text, happening.size,
+                     happening.at.count()};
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+History ReadHistory(const std::string& path) {
+  std::istringstream lines(ReadScriptFile(path));
+  History history;
+  for (std::string line; std::getline(lines, line);) {
+    const Json json = Json::parse(line, nullptr, false);
+    if (json.is_discarded()) continue;
+    Happening happening;
+    happening.kind = static_cast<Happening::Kind>(json.at(0).get<int>());
+    happening.name = json.at(1).get<std::string>();
+    happening.text = json.at(2).get<std::string>();
+    happening.size = json.at(3).get<std::uint64_t>();
+    happening.at = Time(json.at(4).get<Time::rep>());
+    history.push_back(std::move(happening));
+  }
+  return history;
+}
+
+std::string TextOn(const Screen& screen) {
+  std::string text;
+  for (const std::string* part : {&screen.title, &screen.text, &screen.second_text, &screen.voice})
+    AddLine(text, *part);
+  for (const std::string& document : screen.documents) AddLine(text, document);
+  for (const ScreenKey& key : screen.keys) AddLine(text, key.label);
+  if (screen.teller) {
+    AddLine(text, screen.teller->name);
+    AddLine(text, screen.teller->number);
+  }
+  return text;
+}
+
+}  // namespace gwq::terminal

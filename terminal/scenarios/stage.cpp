@@ -1,0 +1,210 @@
+#include "scenarios/stage.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "customer/agreeable.h"
+#include "customer/scripted.h"
+#include "scenarios/command_names.h"
+
+namespace gwq::terminal {
+namespace {
+
+using Kind = Happening::Kind;
+using Deed = ScriptedEvent::Deed;
+
+constexpr std::string_view kKeysPin = "keys a PIN ";
+
+std::unique_ptr<Customer> ScriptedOrAgreeable(const Json& script) {
+  if (script.is_null()) return std::make_unique<AgreeableCustomer>();
+  return ReadCustomer(script);
+}
+
+bool Sets(const Trigger& trigger, const Happening& happening) {
+  return trigger.kind == happening.kind && (trigger.name.empty() || trigger.name == happening.name);
+}
+
+}  // namespace
+
+// The customer of the script, until they walk away.
+class Stage::Watcher final : public Customer {
+ public:
+  Watcher(Stage& stage, std::unique_ptr<Customer> customer) : stage_(stage), customer_(std::move(customer)) {}
+
+  PinAction KeyPin(const PinRequest& request) override {
+    stage_.Note({Kind::kPinAsked, {}, {}, 0, {}});
+    return stage_.away_ ? PinAction{PinAction::Kind::kWalkAway, {}, {}} : customer_->KeyPin(request);
+  }
+  NumberAction KeyNumber(const NumberRequest& request) override {
+    return stage_.away_ ? NumberAction{PinAction::Kind::kWalkAway, {}, {}} : customer_->KeyNumber(request);
+  }
+  ScreenAction Respond(const Screen& screen) override {
+    return stage_.away_ ? ScreenAction{} : customer_->Respond(screen);
+  }
+  void See(const Screen& screen) override {
+    stage_.Note({Kind::kScreen, std::string(NameOf(screen.kind)), TextOn(screen), 0, {}});
+  }
+
+ private:
+  Stage& stage_;
+  std::unique_ptr<Customer> customer_;
+};
+
+// Another's files, with what is stored there noted.
+class Stage::Files final : public FileSystem {
+ public:
+  Files(Stage& stage, FileSystem& files) : stage_(stage), files_(files) {}
+
+  std::unique_ptr<FileReader> Open(const std::string& path) override { return files_.Open(path); }
+  FileResult Remove(const std::string& path) override { return files_.Remove(path); }
+  std::vector<std::string> List(const std::string& directory) override { return files_.List(directory); }
+  std::unique_ptr<FileWriter> Create() override {
+    auto writer = files_.Create();
+    if (!writer) return nullptr;
+    return std::make_unique<Writer>(stage_, std::move(writer));
+  }
+
+ private:
+  class Writer final : public FileWriter {
+   public:
+    Writer(Stage& stage, std::unique_ptr<FileWriter> writer) : stage_(stage), writer_(std::move(writer)) {}
+
+    bool Append(std::span<const std::uint8_t> bytes) override {
+      size_ += bytes.size();
+      return writer_->Append(bytes);
+    }
+    FileResult StoreAs(const std::string& path) override {
+      const FileResult result = writer_->StoreAs(path);
+      if (result == FileResult::kDone) stage_.Note({Kind::kStored, path, {}, size_, {}});
+      return result;
+    }
+
+   private:
+    Stage& stage_;
+    std::unique_ptr<FileWriter> writer_;
+    std::uint64_t size_ = 0;
+  };
+
+  Stage& stage_;
+  FileSystem& files_;
+};
+
+Stage::Stage(Scenario scenario, const std::string& history_file, std::function<Time()> now,
+             std::function<void()> wake)
+    : scenario_(std::move(scenario)),
+      now_(std::move(now)),
+      wake_(std::move(wake)),
+      history_(open(history_file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)),
+      seen_(scenario_.events.size()) {
+  if (history_ < 0) throw std::system_error(errno, std::generic_category(), history_file);
+}
+
+Stage::~Stage() {
+  close(history_);
+}
+
+std::unique_ptr<Customer> Stage::MakeCustomer() {
+  return std::make_unique<Watcher>(*this, ScriptedOrAgreeable(scenario_.customer));
+}
+
+std::unique_ptr<FileSystem> Stage::Watch(FileSystem& files) {
+  return std::make_unique<Files>(*this, files);
+}
+
+TraceSink Stage::Sink() {
+  return [this](const TraceEvent& event) {
+    if (event.direction == TraceEvent::Direction::kFromHost)
+      Note({Kind::kCommand, CommandNameOf(event.text), event.text, 0, {}});
+    if (event.direction == TraceEvent::Direction::kCustomer && event.text.starts_with(kKeysPin))
+      Note({Kind::kPinKeyed, {}, {}, 0, {}});
+  };
+}
+
+const std::atomic<Time::rep>* Stage::Slowness() const {
+  const auto slows = [](const ScriptedEvent& event) { return event.deed == Deed::kSlow; };
+  return std::any_of(scenario_.events.begin(), scenario_.events.end(), slows) ? &slowness_ : nullptr;
+}
+
+void Stage::Begin(Hands hands) {
+  hands_ = std::move(hands);
+  const Lock lock(mutex_);
+  began_ = now_();
+  Arm(nullptr, *began_);
+}
+
+// Makes those events due that wait for it; nothing stands for the beginning.
+bool Stage::Arm(const Happening* happening, Time now) {
+  const std::size_t before = due_.size();
+  for (std::size_t i = 0; i < scenario_.events.size(); ++i) {
+    const ScriptedEvent& event = scenario_.events[i];
+    const bool sets = happening == nullptr ? !event.when.kind : Sets(event.when, *happening);
+    if (sets && ++seen_[i] == event.when.time) due_.emplace_back(now + event.after, &event);
+  }
+  return due_.size() > before;
+}
+
+void Stage::Note(Happening happening) {
+  bool armed = false;
+  {
+    const Lock lock(mutex_);
+    if (!began_) return;
+    const Time now = now_();
+    happening.at = now - *began_;
+    const std::string line = HistoryLine(happening);
+    [[maybe_unused]] const ssize_t judged_by_what_is_there = write(history_, line.data(), line.size());
+    armed = Arm(&happening, now);
+  }
+  if (armed) wake_();
+}
+
+std::optional<Time> Stage::NextDeadline() {
+  const Lock lock(mutex_);
+  const auto next = std::min_element(due_.begin(), due_.end());
+  if (next == due_.end()) return std::nullopt;
+  return next->first;
+}
+
+// In the order of their times, and of the script where those are the same. The lock is free while an event comes,
+// because what it does is noted.
+void Stage::Advance(Time now) {
+  while (true) {
+    const ScriptedEvent* event = nullptr;
+    {
+      const Lock lock(mutex_);
+      const auto next = std::min_element(due_.begin(), due_.end());
+      if (next == due_.end() || next->first > now) return;
+      event = next->second;
+      due_.erase(next);
+    }
+    Do(*event);
+  }
+}
+
+void Stage::Do(const ScriptedEvent& event) {
+  switch (event.deed) {
+    case Deed::kUnplug:
+      return hands_.unplug();
+    case Deed::kPlug:
+      return hands_.plug();
+    case Deed::kWalkAway:
+      return WalkAway();
+    case Deed::kSlow:
+      slowness_ = event.slowness.count();
+      return;
+  }
+}
+
+// What the customer was about to do they do not do any more; a first key takes back what they were going to key.
+void Stage::WalkAway() {
+  away_ = true;
+  hands_.use([](Device& device, Time now) {
+    device.Act(ScreenAction{}, now);
+    device.Press({PadKey::Kind::kClear, '0'}, now);
+  });
+}
+
+}  // namespace gwq::terminal
