@@ -8,6 +8,7 @@
 #include <regex>
 #include <string_view>
 
+#include "cli/recording_arguments.h"
 #include "frame/usb_ids.h"
 #include "web/customer_page.h"
 
@@ -72,6 +73,7 @@ struct RawOptions {
   bool no_tzg = false;
   std::uint16_t page_port = 0;
   std::string trace;
+  RawRecording recording;
   int control_fd = -1;
 };
 
@@ -92,6 +94,8 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
   if (chosen.count("--trace") > 0)
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
+  options.record = InterpretRecord(raw.recording);
+  options.replay = InterpretReplay(raw.recording);
   return options;
 }
 
@@ -123,6 +127,7 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
       ->expected(0, 1);
+  AddRecordOptions(app, raw.recording);
 }
 
 void AddLinkOptions(CLI::App& app, RawOptions& raw) {
@@ -214,6 +219,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (!options.tzg) arguments.emplace_back("--no-tzg");
   if (options.page_port) arguments.push_back("--ui=" + std::to_string(*options.page_port));
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
+  AppendRecording(arguments, options.record, options.replay);
   return arguments;
 }
 

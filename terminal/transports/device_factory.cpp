@@ -29,6 +29,12 @@ std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
 }
 
 LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  LineDevice device = MakeDevice(line, line_name, page);
+  device.SetTap(recorder_.get());
+  return device;
+}
+
+LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
   customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   Settings settings;
   settings.tzg = tzg_;

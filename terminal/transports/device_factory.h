@@ -10,6 +10,7 @@
 #include "device/customer.h"
 #include "device/device.h"
 #include "hostile/line_device.h"
+#include "recording/recorder.h"
 #include "store/file_store.h"
 #include "transports/options.h"
 #include "transports/private_dir.h"
@@ -27,7 +28,10 @@ class DeviceFactory {
         faults_file_(options.faults_file),
         hostile_(options.hostile),
         tzg_(options.tzg),
-        trace_(options.trace) {}
+        trace_(options.trace) {
+    if (!options.record.file.empty())
+      recorder_ = std::make_unique<Recorder>(options.record.file, options.record.secrets);
+  }
 
   // Each device has a customer of its own, and files of its own unless there is a
   // storage directory. Throws when that or one of the scripts is no good. With a `page` the
@@ -35,6 +39,7 @@ class DeviceFactory {
   [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
  private:
+  [[nodiscard]] LineDevice MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
@@ -47,6 +52,7 @@ class DeviceFactory {
   std::optional<FaultRates> hostile_;
   bool tzg_;
   TraceWriter trace_;
+  std::unique_ptr<Recorder> recorder_;
   PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostile/fault_rates.h"
+#include "recording/options.h"
 
 namespace gwq::terminal {
 
@@ -26,6 +27,8 @@ struct TerminalOptions {
   bool tzg = true;                         // they know how to sign in TZG mode
   std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
   std::optional<std::string> trace;        // a file, or "-" for standard error
+  RecordOptions record;
+  ReplayOptions replay;
 };
 
 struct ExecOptions {

@@ -1,0 +1,31 @@
+// The part of the command line that is about recordings.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "recording/options.h"
+
+namespace CLI {
+class App;
+}
+
+namespace gwq::terminal {
+
+struct RawRecording {
+  RecordOptions record;
+  ReplayOptions replay;
+  std::string device;
+};
+
+void AddRecordOptions(CLI::App& app, RawRecording& raw);
+void AddReplayOptions(CLI::App& app, RawRecording& raw);
+
+[[nodiscard]] RecordOptions InterpretRecord(const RawRecording& raw);
+[[nodiscard]] ReplayOptions InterpretReplay(const RawRecording& raw);
+
+// As Add...Options read them.
+void AppendRecording(std::vector<std::string>& arguments, const RecordOptions& record,
+                     const ReplayOptions& replay);
+
+}  // namespace gwq::terminal
