@@ -27,6 +27,16 @@ The exit status is COMMAND's, or 128 and the signal's number if it died by a sig
 127 if it was not found, 126 if it could not be started, 2 for a wrong command line,
 1 if the terminal failed.)";
 
+constexpr const char* kReplayFooter =
+    R"(FILE is what --record wrote, or a capture of a real unit: pcap or pcapng of the bus
+that it is on (an interface usbmonN), with whole packets. The unit in it is told by
+its identity or its transfers of 1024 bytes, or by --device. COMMAND sees a terminal
+that answers as the recorded one did; the first thing that COMMAND sends otherwise
+than recorded is reported on standard error, and then there are no more answers.
+
+The exit status is 1 when COMMAND sent something else, or did not send all of it;
+otherwise as that of exec.)";
+
 UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
           static_cast<std::uint16_t>(kUsbIdentities[0].pid)};
@@ -81,6 +91,12 @@ std::string Absolute(const std::string& path) {
   return path.empty() ? path : std::filesystem::absolute(path).string();
 }
 
+// Not every command has every option.
+bool Given(const CLI::App& chosen, const char* name) {
+  const CLI::Option* option = chosen.get_option_no_throw(name);
+  return option != nullptr && option->count() > 0;
+}
+
 TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   TerminalOptions options;
   if (!raw.no_usb) options.usb = ParseUsbId(raw.vid_pid);
@@ -91,8 +107,8 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   options.faults_file = Absolute(raw.faults);
   if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
   options.tzg = !raw.no_tzg;
-  if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
-  if (chosen.count("--trace") > 0)
+  if (HasCustomerPage() && Given(chosen, "--ui")) options.page_port = raw.page_port;
+  if (Given(chosen, "--trace"))
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   options.record = InterpretRecord(raw.recording);
   options.replay = InterpretReplay(raw.recording);
@@ -130,14 +146,18 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   AddRecordOptions(app, raw.recording);
 }
 
+void AddSerialOption(CLI::App& app, RawOptions& raw) {
+  app.add_option("--serial", raw.serial, "A terminal at serial port N too, which is /dev/ttyS(N-1)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 256));
+}
+
 void AddLinkOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--vid-pid", raw.vid_pid, "USB identity in hexadecimal")
       ->type_name("V:P")
       ->check(CLI::Validator(UsbIdProblem, ""))
       ->capture_default_str();
-  app.add_option("--serial", raw.serial, "A terminal at serial port N too, which is /dev/ttyS(N-1)")
-      ->type_name("N")
-      ->check(CLI::Range(1, 256));
+  AddSerialOption(app, raw);
   app.add_flag("--no-usb", raw.no_usb, "No terminal on USB");
 }
 
@@ -146,6 +166,7 @@ struct Parser {
   CLI::App app{"A virtual customer terminal."};
   CLI::App* exec = nullptr;
   CLI::App* pty = nullptr;
+  CLI::App* replay = nullptr;
   CLI::App* serve = nullptr;
 
   Parser();
@@ -166,10 +187,20 @@ Parser::Parser() {
   pty = app.add_subcommand("pty", "Serve a pseudo-terminal, whose path is printed, until interrupted");
   AddCommonOptions(*pty, raw);
 
+  replay = app.add_subcommand(
+      "replay", "Run a command that sees a recorded terminal: replay [OPTIONS] FILE -- COMMAND [ARGS...]");
+  replay->footer(kReplayFooter);
+  AddReplayFile(*replay, "FILE", raw.recording)->required();
+  AddReplayOptions(*replay, raw.recording);
+  AddSerialOption(*replay, raw);
+  AddRecordOptions(*replay, raw.recording);
+
   serve = app.add_subcommand("serve", "")->group("");
   serve->add_option("--control-fd", raw.control_fd)->required();
   AddLinkOptions(*serve, raw);
   AddCommonOptions(*serve, raw);
+  AddReplayFile(*serve, "--replay", raw.recording);
+  AddReplayOptions(*serve, raw.recording);
 }
 
 Request Parser::Result(std::vector<std::string> command) const {
@@ -198,8 +229,9 @@ Request ParseArguments(int argc, const char* const* argv) {
   Parser parser;
   try {
     parser.app.parse(arguments);
-    if (parser.exec->parsed() == command.empty())
-      throw CLI::ValidationError(command.empty() ? "no command: write it after --" : "a command needs exec");
+    if ((parser.exec->parsed() || parser.replay->parsed()) == command.empty())
+      throw CLI::ValidationError(command.empty() ? "no command: write it after --"
+                                                 : "a command needs exec or replay");
   } catch (const CLI::ParseError& error) {
     return ExitRequest{parser.app.exit(error) == 0 ? 0 : kUsageError};
   }

@@ -45,6 +45,10 @@ void AddRecordOptions(CLI::App& app, RawRecording& raw) {
       ->needs(record);
 }
 
+CLI::Option* AddReplayFile(CLI::App& app, const std::string& name, RawRecording& raw) {
+  return app.add_option(name, raw.replay.file, "What to replay")->type_name("")->check(CLI::ExistingFile);
+}
+
 void AddReplayOptions(CLI::App& app, RawRecording& raw) {
   app.add_flag("--fast", raw.replay.fast, "Answer at once, without the waits of the recording");
   app.add_option("--device", raw.device, "Which device of a capture of the bus, when that is not clear")

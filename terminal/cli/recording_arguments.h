@@ -8,6 +8,7 @@
 
 namespace CLI {
 class App;
+class Option;
 }
 
 namespace gwq::terminal {
@@ -19,6 +20,8 @@ struct RawRecording {
 };
 
 void AddRecordOptions(CLI::App& app, RawRecording& raw);
+// `name` is how the command line calls the recording.
+CLI::Option* AddReplayFile(CLI::App& app, const std::string& name, RawRecording& raw);
 void AddReplayOptions(CLI::App& app, RawRecording& raw);
 
 [[nodiscard]] RecordOptions InterpretRecord(const RawRecording& raw);

@@ -19,6 +19,9 @@ struct BusAddress {
   friend auto operator<=>(const BusAddress&, const BusAddress&) = default;
 };
 
+// How the server of a replay ends when the host differed.
+inline constexpr int kReplayDiffered = 3;
+
 struct ReplayOptions {
   std::string file;                  // empty: nothing is replayed
   bool fast = false;                 // without the waits

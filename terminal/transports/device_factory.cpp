@@ -1,5 +1,8 @@
 #include "transports/device_factory.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -29,7 +32,9 @@ std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
 }
 
 LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
-  LineDevice device = MakeDevice(line, line_name, page);
+  LineDevice device = replay_.file.empty()
+                          ? MakeDevice(line, line_name, page)
+                          : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
   device.SetTap(recorder_.get());
   return device;
 }
@@ -42,6 +47,40 @@ LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, co
                 &painter_);
   if (!hostile_) return device;
   return {std::move(device), Hostility(*hostile_, line == Line::kUsb ? 0 : 1)};
+}
+
+TerminalOptions DeviceFactory::FitReplay(TerminalOptions options) {
+  if (replay_.file.empty()) return options;
+  recording_ = LoadRecording(replay_.file, replay_.device);
+  const bool serial = recording_.Has(Wire::kSerial);
+  if (serial && !options.serial_port)
+    throw std::runtime_error(
+        "the recording has a serial line; say with --serial N at which port it is to be");
+  if (!serial && options.serial_port)
+    throw std::runtime_error("the recording has no serial line; leave --serial out");
+  if (!recording_.Has(Wire::kUsb)) options.usb.reset();
+  if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
+  if (options.usb && recording_.identity)
+    options.usb = UsbId{recording_.identity->vendor, recording_.identity->product};
+  return options;
+}
+
+LineDevice DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
+  std::vector<WireTransfer> transfers;
+  std::copy_if(recording_.transfers.begin(), recording_.transfers.end(), std::back_inserter(transfers),
+               [wire](const WireTransfer& transfer) { return transfer.wire == wire; });
+  const auto report = [line_name](const std::string& text) {
+    std::fprintf(stderr, "gwq-terminal: %s: %s\n", line_name.c_str(), text.c_str());
+  };
+  auto line = std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report);
+  replayed_.push_back(line.get());
+  return LineDevice(std::move(line));
+}
+
+bool DeviceFactory::FinishReplay() {
+  bool all = true;
+  for (ReplayedLine* line : replayed_) all = line->Finish() && all;
+  return all;
 }
 
 std::string DeviceFactory::StorageDir() {

@@ -11,6 +11,8 @@
 #include "device/device.h"
 #include "hostile/line_device.h"
 #include "recording/recorder.h"
+#include "recording/recording.h"
+#include "recording/replayed_line.h"
 #include "store/file_store.h"
 #include "transports/options.h"
 #include "transports/private_dir.h"
@@ -28,7 +30,8 @@ class DeviceFactory {
         faults_file_(options.faults_file),
         hostile_(options.hostile),
         tzg_(options.tzg),
-        trace_(options.trace) {
+        trace_(options.trace),
+        replay_(options.replay) {
     if (!options.record.file.empty())
       recorder_ = std::make_unique<Recorder>(options.record.file, options.record.secrets);
   }
@@ -38,8 +41,14 @@ class DeviceFactory {
   // customer is a person, and sees there what happens.
   [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
+  // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
+  [[nodiscard]] TerminalOptions FitReplay(TerminalOptions options);
+  // Tells how the replay went; true if the hosts did all that is recorded, or nothing is replayed.
+  [[nodiscard]] bool FinishReplay();
+
  private:
   [[nodiscard]] LineDevice MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
+  [[nodiscard]] LineDevice MakeReplayed(Wire wire, const std::string& line_name);
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
@@ -53,6 +62,9 @@ class DeviceFactory {
   bool tzg_;
   TraceWriter trace_;
   std::unique_ptr<Recorder> recorder_;
+  ReplayOptions replay_;
+  Recording recording_;
+  std::vector<ReplayedLine*> replayed_;  // which the line devices own
   PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;

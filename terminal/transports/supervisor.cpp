@@ -202,7 +202,9 @@ int RunCommand(const ExecOptions& options) {
   const PrivateDir dir;
   ServerProcess server(options, dir, signals);
   const int status = CommandRun(signals, server, server.AwaitReady()).Run(options.command);
-  if (const int server_status = server.End(); server_status != 0)
+  const int server_status = server.End();
+  if (server_status == kReplayDiffered) return 1;
+  if (server_status != 0)
     throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
   return status;
 }

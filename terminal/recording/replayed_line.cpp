@@ -1,0 +1,165 @@
+#include "recording/replayed_line.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kShown = 16;
+
+// Bytes in hexadecimal and as text, masked ones as stars.
+std::string Dump(std::span<const std::uint8_t> bytes, const Masks& masks) {
+  Bytes marks(bytes.size());
+  for (const MaskedSpan& span : masks) {
+    for (std::size_t i = span.offset; i < std::min(span.offset + span.size, bytes.size()); ++i) marks[i] = 1;
+  }
+  std::string hex;
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    char two[4];
+    std::snprintf(two, sizeof two, "%02x", static_cast<unsigned>(bytes[i]));
+    hex += marks[i] != 0 ? "**" : two;
+    hex += ' ';
+    text += marks[i] != 0 ? '*' : bytes[i] >= ' ' && bytes[i] <= '~' ? static_cast<char>(bytes[i]) : '.';
+  }
+  hex.resize(3 * kShown, ' ');
+  return hex + "|" + text + "|";
+}
+
+// What is masked of the bytes from `offset` on.
+Masks MasksFrom(const Masks& masks, std::size_t offset) {
+  Masks rest;
+  for (const MaskedSpan& span : masks) {
+    const std::size_t end = span.offset + span.size;
+    const std::size_t begin = std::max(span.offset, offset);
+    if (end > begin) rest.push_back({begin - offset, end - begin});
+  }
+  return rest;
+}
+
+std::string SecondsText(std::int64_t us) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.6f s", static_cast<double>(us) / 1e6);
+  return text;
+}
+
+}  // namespace
+
+ReplayedLine::ReplayedLine(std::vector<WireTransfer> transfers, bool fast, Report report)
+    : fast_(fast), report_(std::move(report)), transfers_(std::move(transfers)) {
+  std::erase_if(transfers_, [](const WireTransfer& transfer) { return transfer.data.empty(); });
+  host_total_ = static_cast<std::size_t>(
+      std::count_if(transfers_.begin(), transfers_.end(), [](const auto& one) { return !one.ToHost(); }));
+  if (!transfers_.empty()) start_ = last_recorded_ = transfers_.front().time_us;
+}
+
+bool ReplayedLine::AtAnswer() const {
+  return !over_ && next_ < transfers_.size() && transfers_[next_].ToHost();
+}
+
+std::optional<Time> ReplayedLine::Due() const {
+  if (!AtAnswer()) return std::nullopt;
+  if (fast_) return last_time_;
+  const std::int64_t wait = std::max<std::int64_t>(transfers_[next_].time_us - last_recorded_, 0);
+  return last_time_ + std::chrono::milliseconds(wait / 1000);
+}
+
+std::optional<Time> ReplayedLine::NextDeadline() const {
+  const Lock lock(mutex_);
+  return Due();
+}
+
+void ReplayedLine::Advance(Time now) {
+  const Lock lock(mutex_);
+  AnswerWhatIsDue(now);
+}
+
+void ReplayedLine::AnswerWhatIsDue(Time now) {
+  for (auto due = Due(); due && *due <= now; due = Due()) Answer(*due);
+}
+
+void ReplayedLine::Answer(Time now) {
+  answers_.push_back(transfers_[next_].data);
+  Pass(now);
+}
+
+void ReplayedLine::Pass(Time now) {
+  last_time_ = now;
+  last_recorded_ = transfers_[next_].time_us;
+  ++next_;
+  offset_ = 0;
+}
+
+std::optional<Bytes> ReplayedLine::TakeAnswer() {
+  const Lock lock(mutex_);
+  if (answers_.empty()) return std::nullopt;
+  Bytes answer = std::move(answers_.front());
+  answers_.pop_front();
+  return answer;
+}
+
+void ReplayedLine::Receive(std::span<const std::uint8_t> bytes, Time now) {
+  const Lock lock(mutex_);
+  if (over_) return;
+  Bytes shown(bytes.begin(), bytes.end());
+  ApplyMasks(shown, mask_.FromHost(bytes));
+  AnswerWhatIsDue(now);
+  Compare(bytes, shown, now);
+  AnswerWhatIsDue(now);
+}
+
+void ReplayedLine::Compare(std::span<const std::uint8_t> seen, std::span<const std::uint8_t> shown,
+                           Time now) {
+  while (!seen.empty()) {
+    while (AtAnswer()) Answer(now);
+    if (next_ == transfers_.size()) return Differ(shown);
+    const std::size_t count = std::min(seen.size(), transfers_[next_].data.size() - offset_);
+    for (std::size_t i = 0; i < count; ++i, ++offset_) {
+      if (!Matches(offset_, seen[i])) return Differ(shown.subspan(i));
+    }
+    seen = seen.subspan(count);
+    shown = shown.subspan(count);
+    if (offset_ < transfers_[next_].data.size()) continue;
+    ++host_passed_;
+    Pass(now);
+  }
+}
+
+bool ReplayedLine::Matches(std::size_t offset, std::uint8_t byte) const {
+  const WireTransfer& transfer = transfers_[next_];
+  if (transfer.data[offset] == byte) return true;
+  return std::any_of(transfer.masks.begin(), transfer.masks.end(), [offset](const MaskedSpan& span) {
+    return offset >= span.offset && offset < span.offset + span.size;
+  });
+}
+
+void ReplayedLine::Differ(std::span<const std::uint8_t> shown) {
+  over_ = true;
+  const std::string seen = "  seen:     " + Dump(shown.first(std::min(shown.size(), kShown)), {});
+  if (next_ == transfers_.size()) {
+    report_("the host goes on after the last of its " + std::to_string(host_total_) +
+            " recorded transfers:\n" + seen);
+    return;
+  }
+  const WireTransfer& transfer = transfers_[next_];
+  const auto expected = std::span(transfer.data).subspan(offset_);
+  report_("the host differs from the recording in its transfer " + std::to_string(host_passed_ + 1) + " of " +
+          std::to_string(host_total_) + " (recorded at " + SecondsText(transfer.time_us - start_) +
+          "), at byte " + std::to_string(offset_) + ":\n  expected: " +
+          Dump(expected.first(std::min(expected.size(), kShown)), MasksFrom(transfer.masks, offset_)) + "\n" +
+          seen);
+}
+
+bool ReplayedLine::Finish() {
+  const Lock lock(mutex_);
+  if (over_) return false;
+  const std::string count =
+      std::to_string(host_passed_) + " of " + std::to_string(host_total_) + " transfers of the host";
+  const bool all = host_passed_ == host_total_;
+  report_(all ? "replayed " + count + ", no difference" : "the host stopped before the end: " + count);
+  return all;
+}
+
+}  // namespace gwq::terminal
