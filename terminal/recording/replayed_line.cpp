@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "device/bytes.h"
+
 namespace gwq::terminal {
 namespace {
 
@@ -39,6 +41,36 @@ Masks MasksFrom(const Masks& masks, std::size_t offset) {
   return rest;
 }
 
+std::uint8_t FromNibbles(const Bytes& bytes, std::size_t at) {
+  return static_cast<std::uint8_t>((bytes[at] & 0x0F) << 4 | (bytes[at + 1] & 0x0F));
+}
+
+// Gives a PIN-pad frame the check byte (LRC) that its body asks for.
+void CorrectFrame(Bytes& bytes) {
+  constexpr std::size_t kBody = 5;  // behind STX and the length
+  if (bytes.size() < kBody || bytes[0] != kStx || bytes[1] != '0') return;
+  const std::size_t length = std::size_t{FromNibbles(bytes, 1)} << 8 | FromNibbles(bytes, 3);
+  const std::size_t check = kBody + 2 * length;
+  if (check + 2 >= bytes.size() || bytes[check + 2] != kEtx) return;
+  std::uint8_t lrc = 0;
+  for (std::size_t at = kBody; at < check; at += 2) lrc ^= FromNibbles(bytes, at);
+  bytes[check] = static_cast<std::uint8_t>('0' + (lrc >> 4));
+  bytes[check + 1] = static_cast<std::uint8_t>('0' + (lrc & 0x0F));
+}
+
+// What is not known of an answer becomes zeros that hosts can read: the character 0, in split form (30) where
+// the answer is, and behind the mark of a PIN block.
+void FillMasks(WireTransfer& answer) {
+  Bytes& data = answer.data;
+  const bool framed = data.size() > 1 && data[0] == kStx && data[1] == '0';
+  for (const MaskedSpan& span : answer.masks) {
+    for (std::size_t i = 0; i < span.size; ++i) data[span.offset + i] = framed && i % 2 == 0 ? '3' : '0';
+    const bool block = data[0] == kStx && span.offset == 1;
+    if (block) data[1] = '1';
+  }
+  if (!answer.masks.empty()) CorrectFrame(data);
+}
+
 std::string SecondsText(std::int64_t us) {
   char text[40];
   std::snprintf(text, sizeof text, "%.6f s", static_cast<double>(us) / 1e6);
@@ -50,6 +82,9 @@ std::string SecondsText(std::int64_t us) {
 ReplayedLine::ReplayedLine(std::vector<WireTransfer> transfers, bool fast, Report report)
     : fast_(fast), report_(std::move(report)), transfers_(std::move(transfers)) {
   std::erase_if(transfers_, [](const WireTransfer& transfer) { return transfer.data.empty(); });
+  for (WireTransfer& transfer : transfers_) {
+    if (transfer.ToHost()) FillMasks(transfer);
+  }
   host_total_ = static_cast<std::size_t>(
       std::count_if(transfers_.begin(), transfers_.end(), [](const auto& one) { return !one.ToHost(); }));
   if (!transfers_.empty()) start_ = last_recorded_ = transfers_.front().time_us;
