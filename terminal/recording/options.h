@@ -16,7 +16,10 @@ struct RecordOptions {
 struct BusAddress {
   std::uint16_t bus = 0;
   std::uint8_t device = 0;
-  friend auto operator<=>(const BusAddress&, const BusAddress&) = default;
+  friend bool operator==(const BusAddress&, const BusAddress&) = default;
+  friend bool operator<(const BusAddress& one, const BusAddress& other) {
+    return one.bus != other.bus ? one.bus < other.bus : one.device < other.device;
+  }
 };
 
 // How the server of a replay ends when the host differed.

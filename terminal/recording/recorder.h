@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 
 #include "recording/masks.h"
 #include "recording/recording_file.h"
@@ -23,7 +24,9 @@ class Recorder {
   struct Key {
     const void* client = nullptr;
     unsigned long address = 0;
-    friend auto operator<=>(const Key&, const Key&) = default;
+    friend bool operator<(const Key& one, const Key& other) {
+      return std::tie(one.client, one.address) < std::tie(other.client, other.address);
+    }
   };
   struct Begun {
     TransferType type = TransferType::kInterrupt;

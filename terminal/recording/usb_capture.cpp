@@ -142,7 +142,7 @@ std::set<BusAddress> UsbCapture::Devices() const {
 BusAddress UsbCapture::Choose(const std::optional<BusAddress>& device, const Identities& identities) const {
   const std::set<BusAddress> all = Devices();
   if (device) {
-    if (all.count(*device) != 0) return *device;
+    if (all.contains(*device)) return *device;
     throw std::runtime_error("there is no device " + Text(*device) +
                              " in the capture; these are: " + List(all));
   }
@@ -165,7 +165,7 @@ BusAddress UsbCapture::Choose(const std::optional<BusAddress>& device, const Ide
 }
 
 // What the host sends is known when it begins, and what it gets when the transfer ends.
-std::optional<WireTransfer> UsbCapture::MakeTransfer(const Event& begin, const Event& end) const {
+std::optional<WireTransfer> UsbCapture::MakeTransfer(const Event& begin, const Event& end) {
   WireTransfer transfer;
   transfer.type = begin.transfer_type;
   transfer.setup = begin.setup;

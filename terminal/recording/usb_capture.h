@@ -51,7 +51,7 @@ class UsbCapture {
   [[nodiscard]] BusAddress Choose(const std::optional<BusAddress>& device,
                                   const Identities& identities) const;
   [[nodiscard]] std::set<BusAddress> Devices() const;
-  [[nodiscard]] std::optional<WireTransfer> MakeTransfer(const Event& begin, const Event& end) const;
+  [[nodiscard]] static std::optional<WireTransfer> MakeTransfer(const Event& begin, const Event& end);
 
   std::vector<Event> events_;
 };
