@@ -138,41 +138,34 @@ std::optional<Bytes> ReplayedLine::TakeAnswer() {
 void ReplayedLine::Receive(std::span<const std::uint8_t> bytes, Time now) {
   const Lock lock(mutex_);
   if (over_) return;
-  Bytes shown(bytes.begin(), bytes.end());
-  ApplyMasks(shown, mask_.FromHost(bytes));
+  const Masks masks = mask_.FromHost(bytes);
   AnswerWhatIsDue(now);
-  Compare(bytes, shown, now);
+  Compare(bytes, masks, now);
   AnswerWhatIsDue(now);
 }
 
-void ReplayedLine::Compare(std::span<const std::uint8_t> seen, std::span<const std::uint8_t> shown,
-                           Time now) {
-  while (!seen.empty()) {
+void ReplayedLine::Compare(std::span<const std::uint8_t> bytes, const Masks& masks, Time now) {
+  for (std::size_t at = 0; at < bytes.size(); ++at) {
     while (AtAnswer()) Answer(now);
-    if (next_ == transfers_.size()) return Differ(shown);
-    const std::size_t count = std::min(seen.size(), transfers_[next_].data.size() - offset_);
-    for (std::size_t i = 0; i < count; ++i, ++offset_) {
-      if (!Matches(offset_, seen[i])) return Differ(shown.subspan(i));
-    }
-    seen = seen.subspan(count);
-    shown = shown.subspan(count);
-    if (offset_ < transfers_[next_].data.size()) continue;
+    if (next_ == transfers_.size() || !Matches(bytes[at]))
+      return Differ(bytes.subspan(at), MasksFrom(masks, at));
+    if (++offset_ < transfers_[next_].data.size()) continue;
     ++host_passed_;
     Pass(now);
   }
 }
 
-bool ReplayedLine::Matches(std::size_t offset, std::uint8_t byte) const {
+bool ReplayedLine::Matches(std::uint8_t byte) const {
   const WireTransfer& transfer = transfers_[next_];
-  if (transfer.data[offset] == byte) return true;
-  return std::any_of(transfer.masks.begin(), transfer.masks.end(), [offset](const MaskedSpan& span) {
-    return offset >= span.offset && offset < span.offset + span.size;
+  if (transfer.data[offset_] == byte) return true;
+  return std::any_of(transfer.masks.begin(), transfer.masks.end(), [this](const MaskedSpan& span) {
+    return offset_ >= span.offset && offset_ < span.offset + span.size;
   });
 }
 
-void ReplayedLine::Differ(std::span<const std::uint8_t> shown) {
+void ReplayedLine::Differ(std::span<const std::uint8_t> bytes, const Masks& masks) {
   over_ = true;
-  const std::string seen = "  seen:     " + Dump(shown.first(std::min(shown.size(), kShown)), {});
+  const std::string seen = "  seen:     " + Dump(bytes.first(std::min(bytes.size(), kShown)), masks);
   if (next_ == transfers_.size()) {
     report_("the host goes on after the last of its " + std::to_string(host_total_) +
             " recorded transfers:\n" + seen);

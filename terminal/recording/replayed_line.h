@@ -42,11 +42,10 @@ class ReplayedLine final : public StandIn {
   void Answer(Time now);
   void AnswerWhatIsDue(Time now);
   [[nodiscard]] std::optional<Time> Due() const;
-  // `shown` is `seen`, masked.
-  void Compare(std::span<const std::uint8_t> seen, std::span<const std::uint8_t> shown, Time now);
-  [[nodiscard]] bool Matches(std::size_t offset, std::uint8_t byte) const;
+  void Compare(std::span<const std::uint8_t> bytes, const Masks& masks, Time now);
+  [[nodiscard]] bool Matches(std::uint8_t byte) const;
   void Pass(Time now);
-  void Differ(std::span<const std::uint8_t> shown);
+  void Differ(std::span<const std::uint8_t> bytes, const Masks& masks);
 
   const bool fast_;
   const Report report_;

@@ -230,7 +230,7 @@ class Replay(Session):
         self.assertRegex(errors, r"usb: the host differs from the recording in its transfer 8 of 8 "
                                  r"\(recorded at [0-9.]+ s\), at byte 19:\n"
                                  r"  expected: 39 0d 0a 00 .*\|9\.\.\.")
-        self.assertRegex(errors, r"\n  seen:     (2a|\*\*) 0d 0a 00 .*\|\*\.\.\.")
+        self.assertRegex(errors, r"\n  seen:     \*\* 0d 0a 00 .*\|\*\.\.\.")
 
     def test_another_program_differs_at_its_first_byte_that_does(self):
         path, _ = self.record("session.txt")
