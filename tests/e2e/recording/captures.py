@@ -64,8 +64,8 @@ class UsbEvent:
         assert len(self.data) == captured and self.time_us == packet.time_us
 
 
-def usbmon(event, endpoint, data=b"", *, number, length=None, status=0, device=5, bus=1, kind=1, setup=None, link=USBMON,
-           order="<", time_us=0):
+def usbmon(event, endpoint, data=b"", *, number, length=None, status=0, device=5, bus=1, kind=1, setup=None,
+           link=USBMON, order="<", time_us=0):
     """A packet as the kernel captures it: 48 bytes, or 64, and the data."""
     head = struct.pack(
         order + "QcBBBHBBqiiII8s", number, event.encode(), kind, endpoint, device, bus, 0 if setup else ord("-"),

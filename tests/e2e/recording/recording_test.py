@@ -2,8 +2,10 @@
 
     recording_test.py GWQ_TERMINAL RECORDED_HOST [TEST...]
 """
+import os
 import pathlib
 import re
+import signal
 import stat
 import subprocess
 import sys
@@ -115,11 +117,20 @@ class Recording(Session):
         self.assertEqual(run.returncode, 1)
         self.assertIn(b"No such file or directory", run.stderr)
 
-    def test_a_killed_session_leaves_whole_transfers(self):
+    def test_a_killed_terminal_leaves_whole_transfers(self):
         path = self.directory / "killed.pcapng"
-        self.run_terminal("exec", "--record", path, "--", "/bin/sh", "-c",
-                          f"{HOST} >&2; kill -9 $(ps -o pid= --ppid $GWQ_TERMINAL_PID | head -1)")
-        self.assertGreater(len(captures.read_pcapng(path)), 30)
+        script = f"{HOST} >&2; echo over; sleep 60"
+        with subprocess.Popen([TERMINAL, "exec", "--record", path, "--", "/bin/sh", "-c", script],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as supervisor:
+            self.assertEqual(supervisor.stdout.readline(), b"over\n")
+            children = pathlib.Path(f"/proc/{supervisor.pid}/task/{supervisor.pid}/children").read_text().split()
+            servers = [int(child) for child in children
+                       if b"--control-fd" in pathlib.Path(f"/proc/{child}/cmdline").read_bytes()]
+            self.assertEqual(len(servers), 1)
+            os.kill(servers[0], signal.SIGKILL)
+            self.assertEqual(supervisor.wait(60), 1)
+        events = [captures.UsbEvent(packet) for packet in captures.read_pcapng(path)]
+        self.assertEqual(sum(event.event == "C" and event.endpoint == 2 for event in events), 8)
 
 
 class Masks(Session):
