@@ -8,6 +8,7 @@
 #include <regex>
 #include <string_view>
 
+#include "cli/recording_arguments.h"
 #include "frame/usb_ids.h"
 #include "web/customer_page.h"
 
@@ -53,6 +54,16 @@ with the program (--list). What the command prints is shown only when it fails.
 docs/scenarios.md tells the format. The exit status is 0 if all passed, 1 if one failed,
 2 for a wrong command line or a scenario that is no good.
 )";
+
+constexpr const char* kReplayFooter =
+    R"(FILE is what --record wrote, or a capture of a real unit: pcap or pcapng of the bus
+that it is on (an interface usbmonN), with whole packets. The unit in it is told by
+its identity or its transfers of 1024 bytes, or by --device. COMMAND sees a terminal
+that answers as the recorded one did; the first thing that COMMAND sends otherwise
+than recorded is reported on standard error, and then there are no more answers.
+
+The exit status is 1 when COMMAND sent something else, or did not send all of it;
+otherwise as that of exec.)";
 
 UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
@@ -108,6 +119,7 @@ struct RawOptions {
   std::string trace;
   std::string usbip_port;
   bool pty = false;
+  RawRecording recording;
   int control_fd = -1;
   std::string scenario;
   std::string history;
@@ -116,6 +128,12 @@ struct RawOptions {
 
 std::string Absolute(const std::string& path) {
   return path.empty() ? path : std::filesystem::absolute(path).string();
+}
+
+// Not every command has every option.
+bool Given(const CLI::App& chosen, const char* name) {
+  const CLI::Option* option = chosen.get_option_no_throw(name);
+  return option != nullptr && option->count() > 0;
 }
 
 TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
@@ -130,9 +148,11 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   options.tzg = !raw.no_tzg;
   options.scenario_file = raw.scenario;
   options.history_file = raw.history;
-  if (HasCustomerPage() && chosen.count("--ui") > 0) options.page_port = raw.page_port;
-  if (chosen.count("--trace") > 0)
+  if (HasCustomerPage() && Given(chosen, "--ui")) options.page_port = raw.page_port;
+  if (Given(chosen, "--trace"))
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
+  options.record = InterpretRecord(raw.recording);
+  options.replay = InterpretReplay(raw.recording);
   return options;
 }
 
@@ -171,6 +191,13 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
       ->expected(0, 1);
+  AddRecordOptions(app, raw.recording);
+}
+
+void AddSerialOption(CLI::App& app, RawOptions& raw) {
+  app.add_option("--serial", raw.serial, "A terminal at serial port N too, which is /dev/ttyS(N-1)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 256));
 }
 
 void AddUsbIdOption(CLI::App& app, RawOptions& raw) {
@@ -182,9 +209,7 @@ void AddUsbIdOption(CLI::App& app, RawOptions& raw) {
 
 void AddLinkOptions(CLI::App& app, RawOptions& raw) {
   AddUsbIdOption(app, raw);
-  app.add_option("--serial", raw.serial, "A terminal at serial port N too, which is /dev/ttyS(N-1)")
-      ->type_name("N")
-      ->check(CLI::Range(1, 256));
+  AddSerialOption(app, raw);
   app.add_flag("--no-usb", raw.no_usb, "No terminal on USB");
 }
 
@@ -217,6 +242,7 @@ struct Parser {
   CLI::App app{"A virtual customer terminal."};
   CLI::App* exec = nullptr;
   CLI::App* pty = nullptr;
+  CLI::App* replay = nullptr;
   CLI::App* serve = nullptr;
   CLI::App* server = nullptr;
   CLI::App* check = nullptr;
@@ -241,6 +267,14 @@ Parser::Parser() {
   pty = app.add_subcommand("pty", "Serve a pseudo-terminal, whose path is printed, until interrupted");
   AddCommonOptions(*pty, raw);
 
+  replay = app.add_subcommand(
+      "replay", "Run a command that sees a recorded terminal: replay [OPTIONS] FILE -- COMMAND [ARGS...]");
+  replay->footer(kReplayFooter);
+  AddReplayFile(*replay, "FILE", raw.recording)->required();
+  AddReplayOptions(*replay, raw.recording);
+  AddSerialOption(*replay, raw);
+  AddRecordOptions(*replay, raw.recording);
+
   check = app.add_subcommand("check",
                              "Test a command in scenarios: check [OPTIONS] SCENARIO... -- COMMAND [ARGS...]");
   AddCheckOptions(*check, raw.check);
@@ -256,6 +290,8 @@ Parser::Parser() {
   server->add_option("--control-fd", raw.control_fd)->required();
   AddLinkOptions(*server, raw);
   AddCommonOptions(*server, raw);
+  AddReplayFile(*server, "--replay", raw.recording);
+  AddReplayOptions(*server, raw.recording);
 }
 
 void Parser::CheckCommandGiven(bool given) const {
@@ -264,8 +300,9 @@ void Parser::CheckCommandGiven(bool given) const {
     throw CLI::ValidationError("no scenario: name one or more before -- (--list lists those that are there)");
   if (check->parsed() && raw.check.list && !raw.check.check.scenarios.empty())
     throw CLI::ValidationError("--list stands alone");
-  if ((exec->parsed() || checks) == given) return;
-  throw CLI::ValidationError(given ? "a command needs exec or check" : "no command: write it after --");
+  if ((exec->parsed() || replay->parsed() || checks) == given) return;
+  throw CLI::ValidationError(given ? "a command needs exec, check or replay"
+                                   : "no command: write it after --");
 }
 
 Request Parser::Result(std::vector<std::string> command) const {
@@ -326,6 +363,7 @@ std::vector<std::string> ServerArguments(const TerminalOptions& options, int con
   if (options.trace) arguments.push_back("--trace=" + *options.trace);
   if (!options.scenario_file.empty()) arguments.push_back("--scenario=" + options.scenario_file);
   if (!options.history_file.empty()) arguments.push_back("--history=" + options.history_file);
+  AppendRecording(arguments, options.record, options.replay);
   return arguments;
 }
 

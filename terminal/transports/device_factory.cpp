@@ -1,5 +1,8 @@
 #include "transports/device_factory.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -50,11 +53,53 @@ LineDevice DeviceFactory::AtLine(Device device, Line line) const {
 }
 
 LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  LineDevice device = replay_.file.empty()
+                          ? MakeDevice(line, line_name, page)
+                          : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
+  device.SetTap(recorder_.get());
+  return device;
+}
+
+LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
   customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   const TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
   Device device(line, *customers_.back(), MakeSettings(), Both(trace_.Sink(line_name), watching),
                 MakeStorage(), &painter_);
   return AtLine(std::move(device), line);
+}
+
+TerminalOptions DeviceFactory::FitReplay(TerminalOptions options) {
+  if (replay_.file.empty()) return options;
+  recording_ = LoadRecording(replay_.file, replay_.device);
+  const bool serial = recording_.Has(Wire::kSerial);
+  if (serial && !options.serial_port)
+    throw std::runtime_error(
+        "the recording has a serial line; say with --serial N at which port it is to be");
+  if (!serial && options.serial_port)
+    throw std::runtime_error("the recording has no serial line; leave --serial out");
+  if (!recording_.Has(Wire::kUsb)) options.usb.reset();
+  if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
+  if (options.usb && recording_.identity)
+    options.usb = UsbId{recording_.identity->vendor, recording_.identity->product};
+  return options;
+}
+
+LineDevice DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
+  std::vector<WireTransfer> transfers;
+  std::copy_if(recording_.transfers.begin(), recording_.transfers.end(), std::back_inserter(transfers),
+               [wire](const WireTransfer& transfer) { return transfer.wire == wire; });
+  const auto report = [line_name](const std::string& text) {
+    std::fprintf(stderr, "gwq-terminal: %s: %s\n", line_name.c_str(), text.c_str());
+  };
+  auto line = std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report);
+  replayed_.push_back(line.get());
+  return LineDevice(std::move(line));
+}
+
+bool DeviceFactory::FinishReplay() {
+  bool all = true;
+  for (ReplayedLine* line : replayed_) all = line->Finish() && all;
+  return all;
 }
 
 std::string DeviceFactory::StorageDir() {

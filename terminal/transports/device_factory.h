@@ -10,6 +10,9 @@
 #include "device/customer.h"
 #include "device/device.h"
 #include "hostile/line_device.h"
+#include "recording/recorder.h"
+#include "recording/recording.h"
+#include "recording/replayed_line.h"
 #include "scenarios/stage.h"
 #include "store/fault_script.h"
 #include "store/file_store.h"
@@ -31,14 +34,25 @@ class DeviceFactory {
         hostile_(options.hostile),
         tzg_(options.tzg),
         stage_(stage),
-        trace_(options.trace) {}
+        trace_(options.trace),
+        replay_(options.replay) {
+    if (!options.record.file.empty())
+      recorder_ = std::make_unique<Recorder>(options.record.file, options.record.secrets);
+  }
 
   // Each device has a customer of its own, and files of its own unless there is a
   // storage directory. Throws when that or one of the scripts is no good. With a `page` the
   // customer is a person, and sees there what happens.
   [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
+  // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
+  [[nodiscard]] TerminalOptions FitReplay(TerminalOptions options);
+  // Tells how the replay went; true if the hosts did all that is recorded, or nothing is replayed.
+  [[nodiscard]] bool FinishReplay();
+
  private:
+  [[nodiscard]] LineDevice MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
+  [[nodiscard]] LineDevice MakeReplayed(Wire wire, const std::string& line_name);
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
   [[nodiscard]] Settings MakeSettings() const;
   [[nodiscard]] FaultScript Faults() const;
@@ -55,6 +69,10 @@ class DeviceFactory {
   bool tzg_;
   Stage* stage_;
   TraceWriter trace_;
+  std::unique_ptr<Recorder> recorder_;
+  ReplayOptions replay_;
+  Recording recording_;
+  std::vector<ReplayedLine*> replayed_;  // which the line devices own
   PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hostile/fault_rates.h"
+#include "recording/options.h"
 
 namespace gwq::terminal {
 
@@ -29,6 +30,8 @@ struct TerminalOptions {
   std::optional<std::string> trace;        // a file, or "-" for standard error
   std::string scenario_file;               // whose customer, faults and events there are; empty: none
   std::string history_file;                // where is written what happens in it
+  RecordOptions record;
+  ReplayOptions replay;
 };
 
 struct ServeOptions {

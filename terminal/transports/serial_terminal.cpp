@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "recording/recorder.h"
 #include "transports/errors.h"
 
 namespace gwq::terminal {
@@ -58,8 +59,13 @@ void SerialTerminal::ReadLine() {
   std::array<std::uint8_t, 4096> buffer{};
   const ssize_t count = read(pty_.master.Get(), buffer.data(), buffer.size());
   if (count <= 0) return;
+  Record(false, std::span(buffer).first(static_cast<std::size_t>(count)));
   device_.Receive(std::span(buffer).first(static_cast<std::size_t>(count)), clock_.Now());
   CollectAnswers();
+}
+
+void SerialTerminal::Record(bool to_host, std::span<const std::uint8_t> bytes) {
+  if (Recorder* recorder = device_.Tap()) recorder->Serial(to_host, bytes);
 }
 
 void SerialTerminal::CollectAnswers() {
@@ -72,7 +78,9 @@ void SerialTerminal::CollectAnswers() {
 void SerialTerminal::WriteLine() {
   if (unsent_.empty()) return;
   const ssize_t count = write(pty_.master.Get(), unsent_.data(), unsent_.size());
-  if (count > 0) unsent_.erase(unsent_.begin(), unsent_.begin() + count);
+  if (count <= 0) return;
+  Record(true, std::span(unsent_).first(static_cast<std::size_t>(count)));
+  unsent_.erase(unsent_.begin(), unsent_.begin() + count);
 }
 
 }  // namespace gwq::terminal

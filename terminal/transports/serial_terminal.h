@@ -43,6 +43,7 @@ class SerialTerminal final : public Timed {
   void ReadLine();
   void CollectAnswers();
   void WriteLine();
+  void Record(bool to_host, std::span<const std::uint8_t> bytes);
 
   const Clock& clock_;
   LineDevice device_;

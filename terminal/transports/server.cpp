@@ -60,12 +60,15 @@ class StageTimer final : public Timed {
 // first, the testbed and its thread before what that thread uses.
 class Server {
  public:
-  explicit Server(const TerminalOptions& options);
+  explicit Server(const TerminalOptions& asked);
 
   [[nodiscard]] const std::string& TestbedDir() const { return testbed_->RootDir(); }
 
   // True when the supervisor ended it in good order.
   bool Run(ControlChannel& control);
+
+  // The server's exit status after a run in good order.
+  [[nodiscard]] int Status() { return devices_.FinishReplay() ? 0 : kReplayDiffered; }
 
  private:
   void AddUsb(UsbId id, const TraceSink& page);
@@ -97,11 +100,10 @@ class Server {
   bool done_ = false;
 };
 
-Server::Server(const TerminalOptions& options)
-    : stage_(MakeStage(options)),
-      devices_(options, stage_.get()),
-      usb_id_(options.usb),
-      testbed_(std::make_unique<Testbed>()) {
+Server::Server(const TerminalOptions& asked)
+    : stage_(MakeStage(asked)), devices_(asked, stage_.get()), testbed_(std::make_unique<Testbed>()) {
+  const TerminalOptions options = devices_.FitReplay(asked);
+  usb_id_ = options.usb;
   const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
   if (options.usb) AddUsb(*options.usb, page);
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
@@ -213,7 +215,7 @@ int RunServer(const TerminalOptions& options, int control_fd) {
     const std::string dir = server.TestbedDir();
     control.Send("ready " + dir);
     if (!server.Run(control)) CleanUpAlone(dir);
-    return 0;
+    return server.Status();
   } catch (const std::exception& error) {
     control.Send(std::string("failed ") + error.what());
     return 1;

@@ -227,7 +227,9 @@ SignalWatch WatchSignals() {
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   ServerProcess server(options, dir, signals);
   CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
-  if (const int server_status = server.End(); server_status != 0)
+  const int server_status = server.End();
+  if (server_status == kReplayDiffered) outcome.status = 1;
+  if (server_status != 0 && server_status != kReplayDiffered)
     throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
   return outcome;
 }

@@ -37,9 +37,9 @@ class Urb {
   void Finish(int status, std::size_t transferred);
   void FinishWithCollected(int status) { Finish(status, received_.size()); }
 
-  [[nodiscard]] int Status() const { return status_; }
-  [[nodiscard]] const Bytes& Received() const { return received_; }
   [[nodiscard]] std::size_t Moved() const { return static_cast<std::size_t>(transferred_); }
+  [[nodiscard]] int Status() const { return status_; }
+  [[nodiscard]] std::span<const std::uint8_t> Received() const { return received_; }
 
   // Hands the outcome to the host as the result of a reap.
   void Deliver(UMockdevIoctlData* reap_argument) const;

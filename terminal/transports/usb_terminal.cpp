@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "recording/recorder.h"
 #include "transports/usb_control.h"
 #include "transports/usb_descriptors.h"
 
@@ -17,6 +18,14 @@ constexpr std::size_t kMostReports = 4096;
 // Finishes a transfer before its time, with what it has moved.
 void Abandon(Urb& urb, int status) {
   urb.Finish(status, std::max(urb.Collected(), urb.Moved()));
+}
+
+// Whatever a host calls its transfers, the endpoints are interrupt endpoints, and so does the kernel see them.
+void RecordBegin(Recorder* recorder, const UsbClient& client, const Urb& urb) {
+  if (recorder == nullptr) return;
+  const bool control = urb.Type() == USBDEVFS_URB_TYPE_CONTROL;
+  recorder->Begin({&client, urb.Address()}, {control ? TransferType::kControl : TransferType::kInterrupt,
+                                             urb.Endpoint(), urb.Payload()});
 }
 
 }  // namespace
@@ -31,6 +40,7 @@ void UsbTerminal::Plug(ReapGate gate) {
   interface_.Reset();
   reports_.clear();
   plugged_ = true;
+  if (Recorder* recorder = device_.Tap()) recorder->Plugged(*Descriptor(id_, 1, 0), *Descriptor(id_, 2, 0));
 }
 
 void UsbTerminal::Unplug() {
@@ -77,6 +87,7 @@ void UsbTerminal::Connect(UsbClient& client) {
 
 void UsbTerminal::Disconnect(UsbClient& client) {
   const Lock lock(mutex_);
+  FinishAllWaiting(client, -ENOENT);
   clients_.erase(&client);
   if (interface_.Owner() == &client) interface_.Release(client, 0);
   UpdateGate();
@@ -121,12 +132,14 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   const Lock lock(mutex_);
   if (urb.Type() == USBDEVFS_URB_TYPE_ISO) return EINVAL;
   if (urb.Type() == USBDEVFS_URB_TYPE_CONTROL) {
+    RecordBegin(device_.Tap(), client, urb);
     FinishControl(client, std::move(urb));
     return 0;
   }
   if (urb.Endpoint() != kEndpointOut && urb.Endpoint() != kEndpointIn) return ENOENT;
   // usbfs claims for a host that forgot to.
   if (const int error = interface_.Claim(client, 0); error != 0) return error;
+  RecordBegin(device_.Tap(), client, urb);
   if (Mistreat(client, urb)) {
     // has been dealt with
   } else if (urb.Endpoint() == kEndpointOut) {
@@ -145,7 +158,7 @@ int UsbTerminal::Discard(UsbClient& client, gulong address) {
     const auto found = std::find_if(list->begin(), list->end(), is_meant);
     if (found == list->end()) continue;
     Abandon(*found, -ENOENT);
-    client.finished.push_back(std::move(*found));
+    Complete(client, std::move(*found));
     list->erase(found);
     UpdateGate();
     return 0;
@@ -178,7 +191,7 @@ bool UsbTerminal::Mistreat(UsbClient& client, Urb& urb) {
       return true;
     case TransferFate::kFails:
       urb.Finish(-EPIPE, 0);
-      client.finished.push_back(std::move(urb));
+      Complete(client, std::move(urb));
       return true;
     case TransferFate::kUnplugs:
       Hang(client, std::move(urb), 0);
@@ -201,7 +214,7 @@ void UsbTerminal::Hang(UsbClient& client, Urb urb, double part) {
 void UsbTerminal::FinishOut(UsbClient& client, Urb urb) {
   ReceiveReports(urb.Payload());
   urb.Finish(0, urb.Payload().size());
-  client.finished.push_back(std::move(urb));
+  Complete(client, std::move(urb));
 }
 
 void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
@@ -216,15 +229,21 @@ void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
     urb.Collect(*answer);
     urb.FinishWithCollected(0);
   }
-  client.finished.push_back(std::move(urb));
+  Complete(client, std::move(urb));
   PassReports();
+}
+
+void UsbTerminal::Complete(UsbClient& client, Urb urb) {
+  if (Recorder* recorder = device_.Tap())
+    recorder->End({&client, urb.Address()}, {urb.Status(), urb.Moved(), urb.Received()});
+  client.finished.push_back(std::move(urb));
 }
 
 void UsbTerminal::FinishAllWaiting(UsbClient& client, int status) {
   for (std::deque<Urb>* list : {&client.waiting, &client.hanging}) {
     for (Urb& urb : *list) {
       Abandon(urb, status);
-      client.finished.push_back(std::move(urb));
+      Complete(client, std::move(urb));
     }
     list->clear();
   }
@@ -281,7 +300,7 @@ void UsbTerminal::FillOldest(UsbClient& client) {
   }
   if (status == 0 && urb.Room() > 0) return;
   urb.FinishWithCollected(status);
-  client.finished.push_back(std::move(urb));
+  Complete(client, std::move(urb));
   client.waiting.pop_front();
 }
 

@@ -68,7 +68,8 @@ class UsbTerminal final : public Timed {
   void Hang(UsbClient& client, Urb urb, double part);
   void FinishOut(UsbClient& client, Urb urb);
   void FinishControl(UsbClient& client, Urb urb);
-  static void FinishAllWaiting(UsbClient& client, int status);
+  void Complete(UsbClient& client, Urb urb);
+  void FinishAllWaiting(UsbClient& client, int status);
   void ReceiveReports(std::span<const std::uint8_t> bytes);
   void CollectAnswers();
   void PassReports();

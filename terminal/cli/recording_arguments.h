@@ -1,0 +1,34 @@
+// The part of the command line that is about recordings.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "recording/options.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace gwq::terminal {
+
+struct RawRecording {
+  RecordOptions record;
+  ReplayOptions replay;
+  std::string device;
+};
+
+void AddRecordOptions(CLI::App& app, RawRecording& raw);
+// `name` is how the command line calls the recording.
+CLI::Option* AddReplayFile(CLI::App& app, const std::string& name, RawRecording& raw);
+void AddReplayOptions(CLI::App& app, RawRecording& raw);
+
+[[nodiscard]] RecordOptions InterpretRecord(const RawRecording& raw);
+[[nodiscard]] ReplayOptions InterpretReplay(const RawRecording& raw);
+
+// As Add...Options read them.
+void AppendRecording(std::vector<std::string>& arguments, const RecordOptions& record,
+                     const ReplayOptions& replay);
+
+}  // namespace gwq::terminal
