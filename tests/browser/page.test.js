@@ -94,7 +94,7 @@ together("idle", () => {
 together("teller", () => {
   visit("shows card, photo and stars, and closes them when its time is up", async ({ counter, customer, page }) => {
     await counter.call("add_photo", [files.at("teller.png"), "0123.png"]);
-    await counter.call("show_teller", [{ ...TELLER, photo: "0123.png" }], { seconds: 4 });
+    await counter.call("show_teller", [{ ...TELLER, photo: "0123.png" }], { seconds: 8 });
     await customer.sees("At your service");
     await page.getByText("王芳").waitFor();
     const photo = page.getByRole("img", { name: "Photo" });
@@ -102,7 +102,7 @@ together("teller", () => {
     assert.equal(await page.getByRole("img", { name: "5 stars" }).locator(".star.on").count(), 5);
     await customer.shows("teller");
     const left = Number(await page.getByRole("timer").textContent());
-    assert.ok(left >= 1 && left <= 4, String(left));
+    assert.ok(left >= 1 && left <= 8, String(left));
     await customer.waits();
   });
 
@@ -306,7 +306,7 @@ together("signing", () => {
   });
 
   visit("ends when its time is up", async ({ counter, customer, page }) => {
-    const signed = sign(counter, { seconds: 2 });
+    const signed = sign(counter, { seconds: 4 });
     await customer.sees("Please sign");
     const first = Number(await page.getByRole("timer").textContent());
     await page.waitForFunction((left) => Number(document.querySelector("#clock").textContent) < left, first);
@@ -492,7 +492,7 @@ together("developer's panel", () => {
 
   visit("pulls the cable and plugs it in again", async ({ counter, customer, page }) => {
     await customer.openPanel();
-    const rated = counter.call("rate", [], { seconds: 4 });
+    const rated = counter.call("rate", [], { seconds: 8 });
     await customer.sees("Please rate our service");
     await customer.button("Unplug").click();
     await page.getByText("The cable is unplugged.").waitFor();
