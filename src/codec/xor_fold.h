@@ -25,7 +25,10 @@ inline Halves XorOfGroups(std::span<const std::uint8_t> bytes) {
       folded[i] ^= reinterpret_cast<Halves>(LoadBlock(bytes.data() + i * kBlockSize));
     }
   }
-  return folded[0] ^ folded[1] ^ folded[2] ^ folded[3];
+  const Halves all = folded[0] ^ folded[1] ^ folded[2] ^ folded[3];
+  // Of one group they are its very bytes. An optimised build has them in registers; others keep them on the stack.
+  for (Halves& chain : folded) chain = Halves{};
+  return all;
 }
 
 inline std::uint8_t XorFold(std::span<const std::uint8_t> bytes, std::uint8_t folded = 0) {
@@ -38,6 +41,7 @@ inline std::uint8_t XorFold(std::span<const std::uint8_t> bytes, std::uint8_t fo
     blocks ^= reinterpret_cast<Halves>(LoadBlock(bytes.data()));
   }
   folded = XorOfBytes(blocks);
+  blocks = Halves{};
   for (const std::uint8_t byte : bytes) folded = static_cast<std::uint8_t>(folded ^ byte);
   return folded;
 }

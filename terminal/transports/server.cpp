@@ -1,5 +1,6 @@
 #include "transports/server.h"
 
+#include <openssl/crypto.h>
 #include <sys/eventfd.h>
 
 #include <csignal>
@@ -198,6 +199,12 @@ bool Server::Run(ControlChannel& control) {
   return done_;
 }
 
+// The testbed's thread may outlive the loop by a moment. OpenSSL, when it cleans up at exit, loses what that thread
+// has of it; without, the thread itself gives it back.
+void LeaveOpenSslToItsThreads() {
+  OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+}
+
 // The supervisor can no longer do it.
 void CleanUpAlone(const std::string& testbed_dir) {
   SignalProcessesOf(testbed_dir, SIGKILL);
@@ -208,6 +215,7 @@ void CleanUpAlone(const std::string& testbed_dir) {
 
 int RunServer(const TerminalOptions& options, int control_fd) {
   IgnoreOutputSignals();
+  LeaveOpenSslToItsThreads();
   AnnounceHostility(options);
   ControlChannel control{UniqueFd(control_fd)};
   try {

@@ -398,10 +398,16 @@ class CancelledOnSerial : public CancelledTextScreens {
     has_usb = false;
   }
 
-  // Nothing is drained there: what comes before the wait are a few short commands.
+  // Nothing is drained there: what comes before the wait are a few short commands, each with the port open for less.
   void AwaitWaiting() override {
-    std::this_thread::sleep_for(milliseconds(250));
-    EXPECT_EQ(1, OpenLinks());
+    constexpr milliseconds kPoll{10};
+    constexpr int kPollsInAWait = 30;
+    int open = 0;
+    for (int polls = 0; open < kPollsInAWait && polls < 1000; ++polls) {
+      std::this_thread::sleep_for(kPoll);
+      open = OpenLinks() == 1 ? open + 1 : 0;
+    }
+    EXPECT_EQ(open, kPollsInAWait);
   }
 
   void ExpectNextCallWorks() override { EXPECT_EQ(0, lib.reset_key(port, kBaud)); }
