@@ -57,7 +57,7 @@ Masks ParseMaskComment(std::string_view comment, std::size_t size) {
   if (!comment.starts_with(mark)) return masks;
   std::size_t done = 0;
   for (std::string_view rest = comment.substr(mark.size()); !rest.empty();) {
-    if (rest.front() != ' ') return {};  // somebody's own words
+    if (!rest.starts_with(' ')) return {};  // somebody's own words
     rest.remove_prefix(1);
     const std::size_t offset = Number(rest);
     if (!rest.starts_with('+')) return {};
