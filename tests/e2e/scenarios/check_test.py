@@ -177,7 +177,7 @@ class CommandLine(Case):
             (good,): "no command: write it after --",
             (good, twin, "--", "true"): 'two scenarios have the name "ours"',
             ("--list", good): "--list stands alone",
-            ("--list", "--", "true"): "a command needs exec or check",
+            ("--list", "--", "true"): "a command needs exec, check or replay",
             ("--timeout", "0", good, "--", "true"): "--timeout",
             (self.directory.name + "/", "--", "true"): "is a directory",
         }
