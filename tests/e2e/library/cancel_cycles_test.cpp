@@ -146,7 +146,8 @@ class Cancelled : public ScreenSession {
     ExpectNextCallWorks();
   }
 
-  // A cancel between two exchanges is lost: then it is repeated, which ends one exchange after the other.
+  // A cancel between two exchanges is lost: then it is repeated, which ends one exchange after the other. One between a
+  // command and its read is lost too, and stands in the way of others: then the link itself is told.
   void CancelAtAnyMoment(const Waiting& waiting, Way way) {
     constexpr milliseconds kRepeated{1500};
     Call call(waiting.call);
@@ -168,7 +169,10 @@ class Cancelled : public ScreenSession {
     constexpr milliseconds kBetween{50};
     while (!call.Ended() && Clock::now() < from) std::this_thread::sleep_for(kPause);
     if (!call.Ended()) ++lost_;
-    for (; !call.Ended(); std::this_thread::sleep_for(kBetween)) lib.cancel_read();
+    for (; !call.Ended(); std::this_thread::sleep_for(kBetween)) {
+      lib.cancel_read();
+      cancel_link();
+    }
   }
 
   // An exchange that was cut short may have left its answer.
@@ -178,6 +182,8 @@ class Cancelled : public ScreenSession {
     lib.trans_proc_only_read(0, kBaud, answer.data(), &length, 100);
   }
 
+  decltype(&ICC_CancelReadTransPort) cancel_link =
+      lib.Get<decltype(&ICC_CancelReadTransPort)>("ICC_CancelReadTransPort");
   decltype(&MP_CancleEvaluate) cancel_evaluate = lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate");
   decltype(&MP_CancelCurrentOperation) cancel_current =
       lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation");
