@@ -50,7 +50,7 @@ int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int i
           << "\x03";
   gwq::AnswerText<1024> answer;
   const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, gwq::WaitMs(iTimeout, kMarginMs));
-  ICC_DPrintLogToFile("iRet = %d", result);
+  ICC_DPrintLogToFile("iRet = %d", result);  // before the copy, whose registers it would save on the stack
   if (result != GWQ_OK) return result;
   const std::string_view number = gwq::WithoutMarks(answer.text()).substr(0, gwq::kLongestNumber);
   number.copy(szResult, number.size());
