@@ -29,11 +29,16 @@ int AwaitKey(Line line, HeapCommand& command, int timeout_s, unsigned* key) {
   return result;
 }
 
-int AwaitNumber(Line line, std::string_view word, int timeout_s, char* out) {
+int AskNumber(Line line, std::string_view word, int timeout_s, AnswerText<1024>& answer) {
   const WaitingScreen screen(line, Channel::kKeyboard);
   CommandText<1024> command;
+  return Ask(line, command << word, answer, &EndOfRead3, WaitMs(timeout_s, kNoMargin));
+}
+
+// The number is copied once the screen is closed: log calls would save the copy's registers on the stack.
+int AwaitNumber(Line line, std::string_view word, int timeout_s, char* out) {
   AnswerText<1024> answer;
-  const int result = Ask(line, command << word, answer, &EndOfRead3, WaitMs(timeout_s, kNoMargin));
+  const int result = AskNumber(line, word, timeout_s, answer);
   if (result != GWQ_OK) return result;
   const std::string_view number = WithoutMarks(answer.text());
   number.copy(out, number.size());
