@@ -42,10 +42,12 @@ int EntryRefusal(const PadAnswer& answer) {
 }
 
 int EnterPin(Line line, const PadBody& body, int seconds, const EntryLogs& logs, char* block, int* length) {
-  if (block == nullptr || length == nullptr || !body) return GWQ_BAD_ARGUMENT;
+  if (block == nullptr || length == nullptr) return GWQ_BAD_ARGUMENT;
+  PadFrame frame(body);
+  if (!frame) return GWQ_BAD_ARGUMENT;
   if (line.port == 0) Drain(line);
   PadAnswer answer;
-  const int result = AskPad(line, body, WaitMs(seconds, kEntryMarginMs), answer);
+  const int result = AskPad(line, frame, WaitMs(seconds, kEntryMarginMs), answer);
   ICC_DPrintLogToFile(logs.exchanged, result);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());

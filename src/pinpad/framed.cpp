@@ -33,16 +33,24 @@ void PadAnswer::Unpack() {
   status_ = UnPackData(bytes.data(), static_cast<int>(bytes.size()), data_.data(), &length_);
 }
 
-int AskPad(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer) {
-  if (!body) return GWQ_BAD_ARGUMENT;
+// Without a body's bytes nothing of it may be looked at.
+PadFrame::PadFrame(const PadBody& body) : bytes_(body ? (body.Sent().size() + 5) * 2 : 0) {
+  if (!body || !bytes_) return;
   const auto sent = body.Sent();
-  SecretHeap<unsigned char> frame((sent.size() + 5) * 2);
-  if (!frame) return GWQ_BAD_ARGUMENT;
-  const int length = PackData(sent.data(), static_cast<int>(sent.size()), frame.data());
-  const int result = TransProcByEnd(line.port, line.baud, reinterpret_cast<char*>(frame.data()), length,
-                                    answer.raw_.data(), answer.raw_.length(), &EndOfRead2, timeout_ms);
+  length_ = PackData(sent.data(), static_cast<int>(sent.size()), bytes_.data());
+}
+
+int AskPad(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer) {
+  const int result =
+      TransProcByEnd(line.port, line.baud, reinterpret_cast<char*>(frame.bytes_.data()), frame.length_,
+                     answer.raw_.data(), answer.raw_.length(), &EndOfRead2, timeout_ms);
   if (result == GWQ_OK) answer.Unpack();
   return result;
+}
+
+int AskPad(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer) {
+  PadFrame frame(body);
+  return frame ? AskPad(line, frame, timeout_ms, answer) : static_cast<int>(GWQ_BAD_ARGUMENT);
 }
 
 void CopyOut(std::span<const unsigned char> data, char* out) {

@@ -10,6 +10,8 @@
 
 namespace gwq {
 
+class PadAnswer;
+
 // A command's body under construction: the command's two bytes, then its arguments. What does not fit into
 // the room, where a terminator is kept, is cut.
 class PadBody {
@@ -32,6 +34,21 @@ class PadBody {
   std::size_t size_ = 0;
 };
 
+// A body packed for sending.
+class PadFrame {
+ public:
+  explicit PadFrame(const PadBody& body);
+
+  // False when there was no memory for the body or for its frame.
+  explicit operator bool() const { return length_ > 0; }
+
+ private:
+  friend int AskPad(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer);
+
+  SecretHeap<unsigned char> bytes_;
+  int length_ = 0;
+};
+
 class PadAnswer {
  public:
   // The pad's status word, or GWQ_BAD_FRAME.
@@ -43,7 +60,7 @@ class PadAnswer {
   [[nodiscard]] std::string_view raw() const { return raw_.text(); }
 
  private:
-  friend int AskPad(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer);
+  friend int AskPad(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer);
   void Unpack();
 
   AnswerText<1024> raw_;
@@ -52,7 +69,10 @@ class PadAnswer {
   int status_ = GWQ_BAD_FRAME;
 };
 
-// Sends a command and takes the answer apart. Returns the exchange's status, or -1 when there is no memory.
+// Sends a command and takes the answer apart. Returns the exchange's status.
+int AskPad(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer);
+
+// Packs a body and sends it. Returns the exchange's status, or -1 when there is no memory.
 int AskPad(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer);
 
 // -14 for a status word that is not success and for a damaged answer.

@@ -45,8 +45,8 @@ int WorkingKeyType(const char* text) {
 }
 
 // Exchanges, logs both results and gives back the first that is not success.
-int AskPadLogged(Line line, const PadBody& body, int timeout_ms, PadAnswer& answer) {
-  const int result = AskPad(line, body, timeout_ms, answer);
+int AskPadLogged(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer) {
+  const int result = AskPad(line, frame, timeout_ms, answer);
   ICC_DPrintLogToFile("TransProc iRet=%d", result);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());
@@ -177,8 +177,10 @@ int PN_ObtainPublicKey(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRat
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   gwq::PadBody body(gwq::kReadPublicKey);
   body << iAlgoType << (iKeyLen == kBitsToldAsOne ? 1 : iKeyLen / 8);
+  gwq::PadFrame frame(body);
+  if (!frame) return GWQ_BAD_ARGUMENT;
   gwq::PadAnswer answer;
-  const int result = gwq::AskPadLogged({0, iBaudRate}, body, gwq::kPublicKeyTimeoutMs, answer);
+  const int result = gwq::AskPadLogged({0, iBaudRate}, frame, gwq::kPublicKeyTimeoutMs, answer);
   if (result != GWQ_OK) return result;
   const auto key = gwq::KeyBytes(iAlgoType, answer.data());
   HexToAscii(key.data(), static_cast<int>(key.size()), szPublicKey);
@@ -195,9 +197,11 @@ int PN_ObtainDigest(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, 
   if (room > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
   gwq::PadBody body(gwq::kDigest, room);
   body << iHashAlgo << static_cast<int>(data.size()) << data;
+  gwq::PadFrame frame(body);
+  if (!frame) return GWQ_BAD_ARGUMENT;
   if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   gwq::PadAnswer answer;
-  const int result = gwq::AskPadLogged({0, iBaudRate}, body, gwq::kDigestTimeoutMs, answer);
+  const int result = gwq::AskPadLogged({0, iBaudRate}, frame, gwq::kDigestTimeoutMs, answer);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("PN_ObtainDigest iRet=%d", GWQ_OK);
   gwq::CopyOut(answer.data(), pDigest);
@@ -217,9 +221,11 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRa
   if (wk.Room() > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
   gwq::PadBody body(command, wk.Room());
   if (!gwq::AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;
+  gwq::PadFrame frame(body);
+  if (!frame) return GWQ_BAD_ARGUMENT;
   gwq::DrainLogged(iBaudRate);
   gwq::PadAnswer answer;
-  const int result = gwq::AskPad({0, iBaudRate}, body, gwq::kLoadKeyTimeoutMs, answer);
+  const int result = gwq::AskPad({0, iBaudRate}, frame, gwq::kLoadKeyTimeoutMs, answer);
   ICC_DPrintLogToFile("TransProc  iRet=%d,", result);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("UnPackData  iRet=%d,", answer.status());

@@ -46,6 +46,9 @@ struct Call {
   const char* name;
   std::function<int(MemoryRig& rig)> call;
   int result;
+  int drains;
+  // How the last of its own log lines begins when the last block is refused; empty for none.
+  std::string_view last_line;
 };
 
 void PrintTo(const Call& call, std::ostream* out) {
@@ -70,44 +73,64 @@ TEST_P(PinPadMemory, ThatIsWantingEndsTheCallWithNothingSent) {
   EXPECT_EQ(number_, kUntouched);
 }
 
+TEST_P(PinPadMemory, ForTheFrameIsAskedForInItsTurn) {
+  Lines lines;
+  int drains = 0;
+  for (int blocks = 0; blocks < 8; ++blocks) {
+    const LogCapture log;
+    const OutOfMemory wanting(blocks);
+    const int opened = usb_.Count("open");
+    GetParam().call(*this);
+    if (g_blocks_refused == 0) break;
+    drains = usb_.Count("open") - opened;
+    lines = OwnMessages(log);
+  }
+  EXPECT_EQ(drains, GetParam().drains);
+  EXPECT_THAT(lines.empty() ? std::string() : lines.back(), testing::StartsWith(GetParam().last_line));
+  EXPECT_EQ(lines.empty(), GetParam().last_line.empty());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     All, PinPadMemory,
     testing::Values(
-        Call{"SetEndRule", [](MemoryRig&) { return PN_SetEndRule(0, nullptr, kBaud, 1); }, -1},
-        Call{"GetPinLen", [](MemoryRig& rig) { return PN_GetPinLen(0, nullptr, kBaud, &rig.number_); }, -1},
+        Call{"SetEndRule", [](MemoryRig&) { return PN_SetEndRule(0, nullptr, kBaud, 1); }, -1, 1, ""},
+        Call{"GetPinLen", [](MemoryRig& rig) { return PN_GetPinLen(0, nullptr, kBaud, &rig.number_); }, -1, 1,
+             ""},
         Call{"ReadDeviceId",
-             [](MemoryRig& rig) { return PN_ReadDeviceId(0, nullptr, kBaud, rig.out_.text()); }, -1},
+             [](MemoryRig& rig) { return PN_ReadDeviceId(0, nullptr, kBaud, rig.out_.text()); }, -1, 1,
+             "PN_ReadDeviceId  iRet=-1"},
         Call{
             "CreateFactor",
             [](MemoryRig& rig) { return PN_CreateAndGetPinPadFactor(0, nullptr, kBaud, 1, rig.out_.text()); },
-            -1},
+            -1, 0, ""},
         Call{"PublicKey",
-             [](MemoryRig& rig) { return PN_ObtainPublicKey(0, nullptr, kBaud, 1, 8, rig.out_.text()); }, -1},
+             [](MemoryRig& rig) { return PN_ObtainPublicKey(0, nullptr, kBaud, 1, 8, rig.out_.text()); }, -1,
+             1, "TransProcOnlyRead iRet="},
         Call{"Digest",
              [](MemoryRig& rig) {
                return PN_ObtainDigest(0, nullptr, kBaud, 4, rig.Text("abc"), rig.out_.text());
              },
-             -1},
+             -1, 0, "PN_ObtainDigest  iHashAlgo=4"},
         Call{"WorkingKey",
              [](MemoryRig& rig) {
                return PN_DownloadPinPadWK(0, nullptr, kBaud, rig.Text("F"), nullptr, rig.Text("11"),
                                           rig.Text("V"));
              },
-             -1},
+             -1, 1, "TransProcOnlyRead iRet="},
         Call{"GetPin",
              [](MemoryRig& rig) { return PN_GetPin(0, nullptr, kBaud, 30, &rig.number_, rig.out_.text()); },
-             -1},
+             -1, 0, "PN_GetPin"},
         Call{"GetPinShowing",
              [](MemoryRig& rig) {
                return GetPinblockShowString(0, nullptr, kBaud, rig.out_.data(), &rig.number_, 30,
                                             rig.Text("text"));
              },
-             -1},
+             -1, 0, "GetPinblockShowString"},
         Call{"GetInNo",
              [](MemoryRig& rig) {
                return PN_GetInNo(0, nullptr, kBaud, 30, 0, 0, rig.Text("text"), rig.out_.text());
              },
-             -24}),
+             -24, 1, "TransProcOnlyRead iRet="}),
     [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace
