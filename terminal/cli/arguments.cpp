@@ -98,6 +98,15 @@ std::string HostileProblem(const std::string& text) {
   }
 }
 
+// Faults are a file's, or random ones at given rates.
+bool AreRates(const std::string& faults) {
+  return faults.find('=') != std::string::npos && !std::filesystem::exists(faults);
+}
+
+std::string FaultsProblem(const std::string& faults) {
+  return AreRates(faults) ? HostileProblem(faults) : CLI::ExistingFile(faults);
+}
+
 std::string UsbIpProblem(const std::string& text) {
   static const std::regex form("[0-9]{0,5}");
   const bool good = std::regex_match(text, form) && (text.empty() || std::stoi(text) <= 65535);
@@ -143,8 +152,9 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   options.customer_file = Absolute(raw.customer);
   options.storage_dir = Absolute(raw.storage);
   options.keys_dir = Absolute(raw.keys);
-  options.faults_file = Absolute(raw.faults);
-  if (!raw.hostile.empty()) options.hostile = ParseRates(raw.hostile);
+  if (!AreRates(raw.faults)) options.faults_file = Absolute(raw.faults);
+  const std::string& rates = AreRates(raw.faults) ? raw.faults : raw.hostile;
+  if (!rates.empty()) options.hostile = ParseRates(rates);
   options.tzg = !raw.no_tzg;
   options.scenario_file = raw.scenario;
   options.history_file = raw.history;
@@ -181,9 +191,10 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
       ->type_name("DIR");
   app.add_option("--keys", raw.keys, "Directory of the PIN pad's key pairs; else they are new each time")
       ->type_name("DIR");
-  app.add_option("--faults", raw.faults, "JSON script of what goes wrong with files")
-      ->type_name("FILE")
-      ->check(CLI::ExistingFile);
+  app.add_option("--faults", raw.faults,
+                 "What goes wrong: with files, by a JSON script, or as with --hostile")
+      ->type_name("FILE|RATES")
+      ->check(CLI::Validator(FaultsProblem, ""));
   app.add_option("--hostile", raw.hostile, "A terminal that mangles answers and transfers, such as seed=7")
       ->type_name("RATES")
       ->check(CLI::Validator(HostileProblem, ""));
@@ -295,6 +306,8 @@ Parser::Parser() {
 }
 
 void Parser::CheckCommandGiven(bool given) const {
+  if (AreRates(raw.faults) && !raw.hostile.empty())
+    throw CLI::ValidationError("--faults and --hostile both name random faults: leave one out");
   const bool checks = check->parsed() && !raw.check.list;
   if (checks && raw.check.check.scenarios.empty())
     throw CLI::ValidationError("no scenario: name one or more before -- (--list lists those that are there)");

@@ -169,5 +169,16 @@ TEST(Runner, fails_when_the_storage_directory_or_the_faults_are_no_good) {
   }
 }
 
+TEST(Runner, takes_random_faults_by_either_name) {
+  for (const char* option : {"--faults", "--hostile"}) {
+    const Outcome outcome = RunTerminal({"exec", option, "seed=7,drop=1", "--", "true"});
+    EXPECT_EQ(outcome.status, 0) << option;
+    EXPECT_NE(outcome.errors.find("hostile seed=7,drop=1,delay=0,"), std::string::npos) << outcome.errors;
+    EXPECT_EQ(RunTerminal({"exec", option, "seed=7,drip=1", "--", "true"}).status, 2) << option;
+  }
+  EXPECT_EQ(RunTerminal({"exec", "--faults", "seed=7", "--hostile", "seed=8", "--", "true"}).status, 2);
+  EXPECT_EQ(RunTerminal({"exec", "--faults", "/nowhere/faults.json", "--", "true"}).status, 2);
+}
+
 }  // namespace
 }  // namespace gwq::test
