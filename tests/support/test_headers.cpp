@@ -1,0 +1,4 @@
+// Its headers are compiled for the tests to share.
+int main() {
+  return 0;
+}
