@@ -12,6 +12,7 @@
 #include "files/media.h"
 #include "files/path_list.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "frame/transaction.h"
 
@@ -94,6 +95,7 @@ std::string_view NameOnTerminal(const char* path, int file_type) {
 }  // namespace gwq
 
 int HIDDownLoad(const char* path, int fileType) {
+  const gwq::Operation operation;
   gwq::StoreShared(g_CancelWrite, 0);
   ICC_DPrintLogToFile("szFilePath%s", path);
   const gwq::File file = gwq::OpenFile(path, "rb");

@@ -77,8 +77,8 @@ int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, 
 
 int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const char* text,
                   const char* name) {
-  const gwq::ExchangeTurn turn;
-  const gwq::OpenLink link({0, baud, gwq::kPieceLinkTimeoutMs, &EndOfRead2}, true);
+  const gwq::ExchangeTurn turn(0);
+  const gwq::OpenLink link(turn, {0, baud, gwq::kPieceLinkTimeoutMs, &EndOfRead2}, true);
   if (!link) return GWQ_NOT_OPENED;
   return gwq::SendPieces(fileType, text == nullptr ? "" : text, name);
 }

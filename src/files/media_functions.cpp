@@ -10,12 +10,14 @@
 #include "codec/encodings.h"
 #include "diag/log.h"
 #include "diag/log_gbk.h"
+#include "diag/pause.h"
 #include "files/host_files.h"
 #include "files/media.h"
 #include "files/path_list.h"
 #include "files/push.h"
 #include "frame/arguments.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 
 namespace gwq {
@@ -28,7 +30,7 @@ constexpr int kPictures = 0;
 constexpr int kNamedFile = 255;
 constexpr int kPushBaud = 9600;
 constexpr char kPushChannel = '9';
-constexpr useconds_t kPauseAfterUpdateUs = 200'000;
+constexpr int kPauseAfterUpdateMs = 200;
 
 using Text = CommandText<1024 + 64>;
 
@@ -73,7 +75,7 @@ int UpdateFirmware(int baud, const char* path) {
   LogGbk(Gbk("升级包下载成功"));
   Text command;
   Tell({0, baud}, command << "\x1B[0UPDATE\x02/mnt/sdcard/media/data/update.dat\x03", kTimeoutMs);
-  usleep(kPauseAfterUpdateUs);
+  PauseMs(kPauseAfterUpdateMs);
   return GWQ_OK;
 }
 
@@ -235,6 +237,7 @@ int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
 
 int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, const char* path,
                     const char* name) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_DownHeadFile");
   if (!gwq::Given(path)) return GWQ_BAD_ARGUMENT;
   if (!gwq::Exists(path)) {
@@ -252,6 +255,7 @@ int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, cons
 }
 
 int MP_SetBarcodePic(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* path) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[MP_SetBarcodePic]");
   if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (!gwq::Given(path)) {
@@ -286,6 +290,7 @@ int MP_GetFileList(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
 
 int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* /*ignored3*/,
                     int nFileType, char* szFilePath, int nSaveType) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[MP_DownloadFile]");
   ICC_DPrintLogToFile("nFileType=%d,szFilePath=%s,nSaveType=%d", nFileType, szFilePath, nSaveType);
   if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;

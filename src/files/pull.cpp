@@ -1,11 +1,10 @@
 #include "files/pull.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <string_view>
 
+#include "diag/pause.h"
 #include "files/file.h"
 #include "files/pull_reception.h"
 #include "frame/exchange.h"
@@ -14,7 +13,7 @@
 namespace gwq {
 namespace {
 
-constexpr useconds_t kPausePerReportUs = 10'000;
+constexpr int kPausePerReportMs = 10;
 
 constexpr std::string_view kAcceptance =
     "\x1B[0RESPONSE\x02"
@@ -26,14 +25,18 @@ constexpr std::string_view kRejection =
     "\x03";
 
 constexpr Member kPull{
-    .opening_log = nullptr, .logs_identities = false, .logs_before_send = false, .sends = true};
+    .opening_log = nullptr,
+    .logs_identities = false,
+    .logs_before_send = false,
+    .sends = true,
+    .ends_with_call = false};  // what follows a cancelled wait tells whether there is a signature
 
 // Receives one file on the open link.
 class FileReceiver final : public Receiver, private PullPort {
  public:
   explicit FileReceiver(const char* path) : path_(path) {}
 
-  int Receive() override {
+  int Receive(const ExchangeTurn& /*turn*/) override {
     int got = ReadReport();
     file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
@@ -47,7 +50,7 @@ class FileReceiver final : public Receiver, private PullPort {
           return GWQ_REFUSED;
         default:
           got = ReadReport();
-          usleep(kPausePerReportUs);
+          PauseMs(kPausePerReportMs);
       }
     }
     return GWQ_READ_FAILED;  // what has come so far stays in the file

@@ -16,6 +16,7 @@
 #include "files/path_list.h"
 #include "frame/arguments.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 
 unsigned char m_szBuf[200000];
@@ -138,15 +139,18 @@ int PushListed(const char* path, CommandText<4096>& places) {
 }  // namespace gwq
 
 int Z11DownLoadFile(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
+  const gwq::Operation operation;
   const std::string_view stored = type == gwq::kNamedFile ? gwq::OrEmpty(name) : gwq::BaseName(localPath);
   return gwq::Push({port, baud}, type, localPath, stored);
 }
 
 int Z11DownLoadHead(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
+  const gwq::Operation operation;
   return gwq::Push({port, baud}, type, localPath, gwq::OrEmpty(name));
 }
 
 int pushFileToZ11(const char* pathList, char* outList) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("pushFileToZ11");
   if (pathList == nullptr || outList == nullptr) return GWQ_BAD_ARGUMENT;
   std::array<char, 1024> copy{};

@@ -21,6 +21,11 @@ bool ReadCancelRequested() {
   return LoadShared(g_bCancelRead) == 1;
 }
 
+void RepeatReadCancel() {
+  StoreShared(g_bCancelRead, 1);
+  ICC_CancelReadTransPort();
+}
+
 }  // namespace gwq
 
 int g_CancelWrite = 0;

@@ -7,4 +7,7 @@ namespace gwq {
 void ForgetReadCancel();
 bool ReadCancelRequested();
 
+// As CancelRead, also where a request is still standing: one between sending and reading has not reached the link.
+void RepeatReadCancel();
+
 }  // namespace gwq

@@ -1,3 +1,5 @@
+#include "frame/dispatcher.h"
+
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -5,20 +7,13 @@
 #include "diag/log.h"
 #include "diag/shared_word.h"
 #include "frame/port.h"
+#include "frame/turn.h"
 #include "links/serial.h"
 #include "links/usb_hid.h"
 
 namespace gwq {
 namespace {
 
-// What is remembered of the descriptor of the link in use. The field order is given: SetBackUpParam copies
-// a descriptor's leading bytes over it.
-struct SavedParameters {
-  std::int32_t timeout_s;
-  GwqEndOfRead predicate;
-  std::int32_t link_type;
-  std::int32_t parameter;
-};
 static_assert(offsetof(SavedParameters, predicate) == 8 && offsetof(SavedParameters, link_type) == 16 &&
               sizeof(SavedParameters) == 24);
 
@@ -71,12 +66,8 @@ const Link* LinkInUse() {
   return LinkOfType(LoadShared(g_BackUpParam.link_type));
 }
 
-// The link type alone is read by a cancelling thread.
-void Remember(const SavedParameters& parameters) {
-  g_BackUpParam.timeout_s = parameters.timeout_s;
-  g_BackUpParam.predicate = parameters.predicate;
-  g_BackUpParam.parameter = parameters.parameter;
-  StoreShared(g_BackUpParam.link_type, parameters.link_type);
+int EndOfSaved(unsigned char* data, int count) {
+  return AskPredicate(g_BackUpParam.predicate, data, count);
 }
 
 SavedParameters FromDescriptor(const TransMssionLinux_t& port) {
@@ -84,13 +75,26 @@ SavedParameters FromDescriptor(const TransMssionLinux_t& port) {
 }
 
 }  // namespace
+
+SavedParameters ParametersInUse() {
+  return g_BackUpParam;
+}
+
+// The link type alone is read by a cancelling thread.
+void UseParameters(const SavedParameters& parameters) {
+  g_BackUpParam.timeout_s = parameters.timeout_s;
+  g_BackUpParam.predicate = parameters.predicate;
+  g_BackUpParam.parameter = parameters.parameter;
+  StoreShared(g_BackUpParam.link_type, parameters.link_type);
+}
+
 }  // namespace gwq
 
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
   const gwq::Link* link = port == nullptr ? nullptr : gwq::LinkOfType(port->nLinkType);
   if (link == nullptr) return gwq::kNoSuchLink;
   const int result = link->open(*port);
-  if (result == 0) gwq::Remember(gwq::FromDescriptor(*port));
+  if (result == 0) gwq::UseParameters(gwq::FromDescriptor(*port));
   return result;
 }
 
@@ -102,7 +106,7 @@ int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
 int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {
   const gwq::Link* link = gwq::LinkInUse();
   if (link == nullptr) return gwq::kNoSuchLink;
-  return link->read(buffer, maximum, gwq::g_BackUpParam.timeout_s, gwq::g_BackUpParam.predicate);
+  return link->read(buffer, maximum, gwq::g_BackUpParam.timeout_s, &gwq::EndOfSaved);
 }
 
 int ICC_CloseLinuxTransPort() {
@@ -116,7 +120,7 @@ int ICC_CancelReadLinuxTransPort() {
 }
 
 int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port) {
-  if (port != nullptr) gwq::Remember(gwq::FromDescriptor(*port));
+  if (port != nullptr) gwq::UseParameters(gwq::FromDescriptor(*port));
   return 0;
 }
 
@@ -124,7 +128,7 @@ void SetBackUpParam(TransMssionLinux_t* port) {
   if (port == nullptr) return;
   gwq::SavedParameters raw;
   std::memcpy(&raw, port, sizeof raw);
-  gwq::Remember(raw);
+  gwq::UseParameters(raw);
 }
 
 int ICC_OpenTransPort(TransMssionLinux_t* port) {

@@ -1,7 +1,5 @@
 #include "frame/exchange.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -10,6 +8,7 @@
 #include "codec/secret.h"
 #include "diag/log.h"
 #include "frame/cancel.h"
+#include "frame/operation.h"
 #include "frame/transaction.h"
 
 namespace gwq {
@@ -17,9 +16,6 @@ namespace {
 
 constexpr int kHeadMark = 170;
 constexpr int kChunkSize = 1024;
-
-// Not a std::mutex, which would bring the C++ runtime's exceptions into the library.
-constinit pthread_mutex_t g_turn = PTHREAD_MUTEX_INITIALIZER;
 
 TransMssionLinux_t DescriptorFor(const Target& target) {
   TransMssionLinux_t descriptor{};
@@ -88,30 +84,36 @@ bool Send(int port, const Command& command) {
 
 }  // namespace
 
-ExchangeTurn::ExchangeTurn() {
-  pthread_mutex_lock(&g_turn);
-  ForgetReadCancel();
+OpenLink::OpenLink(const ExchangeTurn& turn, const Target& target, bool logs_identities)
+    : turn_(turn), outer_(ParametersInUse()) {
+  if (turn_.nested()) {
+    UseParameters({target.timeout_ms / 1000, target.predicate, outer_.link_type, outer_.parameter});
+    open_ = true;
+    return;
+  }
+  open_ = target.port > 0 ? OpenSerialPort(target) : OpenUsbDevice(target, logs_identities);
+  turn_.SetLinkOpen(open_);
 }
-
-ExchangeTurn::~ExchangeTurn() {
-  pthread_mutex_unlock(&g_turn);
-}
-
-OpenLink::OpenLink(const Target& target, bool logs_identities)
-    : open_(target.port > 0 ? OpenSerialPort(target) : OpenUsbDevice(target, logs_identities)) {}
 
 OpenLink::~OpenLink() {
-  if (open_) ICC_CloseTransPort();
+  if (!open_ || turn_.Lost()) return;
+  if (turn_.nested()) {
+    UseParameters(outer_);
+    return;
+  }
+  ICC_CloseTransPort();
+  turn_.SetLinkOpen(false);
 }
 
 int RunExchange(const Member& member, const Target& target, const Command& command, Receiver* receiver) {
-  const ExchangeTurn turn;
+  const ExchangeTurn turn(target.port);
   if (member.opening_log != nullptr) ICC_DPrintLogToFile(member.opening_log, target.port);
-  const OpenLink link(target, member.logs_identities);
+  if (member.ends_with_call && OperationCancelled()) return GWQ_CANCELLED;
+  const OpenLink link(turn, target, member.logs_identities);
   if (!link) return GWQ_NOT_OPENED;
   if (member.logs_before_send) ICC_DPrintLogToFile(" TransProc  nPor2=%d", target.port);
   if (member.sends && !Send(target.port, command)) return GWQ_SEND_FAILED;
-  return receiver == nullptr ? GWQ_OK : receiver->Receive();
+  return receiver == nullptr ? GWQ_OK : receiver->Receive(turn);
 }
 
 }  // namespace gwq

@@ -5,7 +5,9 @@
 // The public members of the family are descriptions handed to it.
 #pragma once
 
+#include "frame/dispatcher.h"
 #include "frame/port.h"
+#include "frame/turn.h"
 #include "frame/usb_ids.h"
 
 namespace gwq {
@@ -16,6 +18,7 @@ struct Member {
   bool logs_identities;
   bool logs_before_send;
   bool sends;
+  bool ends_with_call;  // does not begin once the call that it belongs to is cancelled
 };
 
 struct Target {
@@ -33,7 +36,7 @@ struct Command {
 // The receiving half; runs while the link is open and its result is the exchange's.
 class Receiver {
  public:
-  virtual int Receive() = 0;
+  virtual int Receive(const ExchangeTurn& turn) = 0;
 
  protected:
   ~Receiver() = default;
@@ -42,21 +45,10 @@ class Receiver {
 // Runs one exchange; `receiver` may be null, which ends it with 0 once the command is sent.
 int RunExchange(const Member& member, const Target& target, const Command& command, Receiver* receiver);
 
-// The right to exchange; making one waits until no other thread has it. The links' state is process-wide: a
-// second exchange would otherwise close the device under a running transfer. Taking the turn drops a cancel
-// that was meant for an earlier exchange.
-class ExchangeTurn {
- public:
-  ExchangeTurn();
-  ~ExchangeTurn();
-  ExchangeTurn(const ExchangeTurn&) = delete;
-  ExchangeTurn& operator=(const ExchangeTurn&) = delete;
-};
-
-// The link of a port, held open. Its owner has the turn.
+// The link of a port, held open; in a nested turn the outer exchange's link, for as long as that is not lost.
 class OpenLink {
  public:
-  OpenLink(const Target& target, bool logs_identities);
+  OpenLink(const ExchangeTurn& turn, const Target& target, bool logs_identities);
   ~OpenLink();
   OpenLink(const OpenLink&) = delete;
   OpenLink& operator=(const OpenLink&) = delete;
@@ -64,6 +56,8 @@ class OpenLink {
   explicit operator bool() const { return open_; }
 
  private:
+  const ExchangeTurn& turn_;
+  SavedParameters outer_;
   bool open_;
 };
 

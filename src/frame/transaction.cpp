@@ -8,10 +8,21 @@
 namespace gwq {
 namespace {
 
-//                                 opening log                        identities  before send  sends
-constexpr Member kTransProc{" TransProc  nPort=%d", true, true, true};
-constexpr Member kOnlySend{"TransProc nPort=%d \n", true, false, true};
-constexpr Member kOnlyRead{" TransProcOnlyRead  nPort=%d", true, false, false};
+constexpr Member kTransProc{.opening_log = " TransProc  nPort=%d",
+                            .logs_identities = true,
+                            .logs_before_send = true,
+                            .sends = true,
+                            .ends_with_call = true};
+constexpr Member kOnlySend{.opening_log = "TransProc nPort=%d \n",
+                           .logs_identities = true,
+                           .logs_before_send = false,
+                           .sends = true,
+                           .ends_with_call = false};  // a screen is closed also after a cancel
+constexpr Member kOnlyRead{.opening_log = " TransProcOnlyRead  nPort=%d",
+                           .logs_identities = true,
+                           .logs_before_send = false,
+                           .sends = false,
+                           .ends_with_call = true};
 
 // An answer read as text.
 class TextAnswer final : public Receiver {
@@ -22,8 +33,9 @@ class TextAnswer final : public Receiver {
   // Only a reading member with somewhere to put the answer and its length reads at all.
   Receiver* OrNone() { return answer_ == nullptr || length_ == nullptr ? nullptr : this; }
 
-  int Receive() override {
+  int Receive(const ExchangeTurn& turn) override {
     const int result = ICC_ReadDataFromTransPort(reinterpret_cast<unsigned char*>(answer_), *length_);
+    if (turn.Lost()) return read_failure_;
     if (result == 0) return GWQ_NO_ANSWER;
     if (result < 0) return result == GWQ_LINK_CANCELLED ? static_cast<int>(GWQ_CANCELLED) : read_failure_;
     *length_ = static_cast<int>(std::strlen(answer_));

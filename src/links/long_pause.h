@@ -1,14 +1,14 @@
 // What a cancelled read of the links that hosts drive themselves does before it gives its result.
 #pragma once
 
-#include <unistd.h>
+#include "diag/pause.h"
 
 namespace gwq {
 
 // Wanted, and of exactly this length.
 inline void PauseAfterCancel() {
   constexpr unsigned kPauseS = 100'000;
-  sleep(kPauseS);  // NOLINT(concurrency-mt-unsafe): built on nanosleep, not on alarms
+  PauseS(kPauseS);
 }
 
 }  // namespace gwq

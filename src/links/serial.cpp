@@ -4,6 +4,7 @@
 
 #include "diag/log.h"
 #include "diag/shared_word.h"
+#include "links/lifetime.h"
 #include "links/read_end.h"
 #include "links/terminal_line.h"
 
@@ -30,6 +31,13 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
 }
 
 }  // namespace
+
+// The settings stay as they are: the parent still uses the device.
+void ForgetSerialLink() {
+  tty::Close(g_ComFd);
+  g_bComReading = 0;
+}
+
 }  // namespace gwq
 
 using gwq::g_ComFd;
@@ -55,6 +63,7 @@ int ICC_CloseLinuxCom() {
   if (LoadShared(g_ComFd) == tty::kClosed) return 0;
   RestoreComAttr(LoadShared(g_ComFd));
   tty::Close(g_ComFd);
+  StoreShared(gwq::g_bComReading, 0);  // of a read that a predicate has jumped out of
   return 0;
 }
 
@@ -71,10 +80,12 @@ int ICC_WriteLinuxCom(const unsigned char* data, int length) {
 int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
   if (LoadShared(g_ComFd) == tty::kClosed || buffer == nullptr) return tty::kBadArgument;
   ICC_DPrintLogToFile(" ICC_ReadLinuxCom nTimeOut=%d", timeout_s);
+  const int outer_reading =
+      LoadShared(gwq::g_bComReading);  // 1 for a read that the outer one's predicate makes
   StoreShared(gwq::g_bComCancel, 0);
   StoreShared(gwq::g_bComReading, 1);
   const int result = gwq::ReadUntilEnd(buffer, maximum, gwq::ReadEnd(maximum, timeout_s, end));
-  StoreShared(gwq::g_bComReading, 0);
+  StoreShared(gwq::g_bComReading, outer_reading);
   return result;
 }
 

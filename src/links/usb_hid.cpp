@@ -6,6 +6,7 @@
 
 #include "diag/log.h"
 #include "diag/shared_word.h"
+#include "links/lifetime.h"
 #include "links/read_end.h"
 #include "links/usb_transfer.h"
 
@@ -40,7 +41,7 @@ libusb_device* FindInList(int vid, int pid) {
 
 // The list is kept while the device is open: it holds the reference to it.
 int FindDevice(int vid, int pid) {
-  const ssize_t count = libusb_get_device_list(nullptr, &m_devList);
+  const ssize_t count = libusb_get_device_list(UsbContext(), &m_devList);
   ICC_DPrintLogToFile("libusb_get_device_list:%d", static_cast<int>(count));
   if (count <= 0 || m_devList == nullptr) {
     ICC_DPrintLogToFile("libusb_get_device_list failed......");
@@ -101,6 +102,18 @@ int ReadUntilEnd(unsigned char* buffer, const ReadEnd& end) {
 }
 
 }  // namespace
+
+void ForgetUsbHidLink() {
+  m_devList = nullptr;
+  m_targetDev = nullptr;
+  m_devHandle = nullptr;
+  s_bIsReading = 0;
+}
+
+bool UsbHidIsReading() {
+  return LoadShared(s_bIsReading) != 0;
+}
+
 }  // namespace gwq
 
 using gwq::LoadShared;
@@ -130,6 +143,7 @@ int ICC_CloseLinuxHid() {
   // The interface goes with the handle; the kernel's driver stays detached on purpose.
   libusb_close(gwq::m_devHandle);
   gwq::ForgetDevice();
+  StoreShared(gwq::s_bIsReading, 0);  // of a read that a predicate has jumped out of
   ICC_DPrintLogToFile("Close Device Success! End\n");
   return 0;
 }
@@ -143,10 +157,12 @@ int ICC_WriteLinuxHid(unsigned char* data, int length) {
 
 int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
   if (buffer == nullptr) return usb::kBadArgument;
+  const int outer_reading =
+      LoadShared(gwq::s_bIsReading);  // 1 for a read that the outer one's predicate makes
   StoreShared(gwq::s_bCancelRead, 0);
   StoreShared(gwq::s_bIsReading, 1);
   const int result = gwq::ReadUntilEnd(buffer, gwq::ReadEnd(maximum, timeout_s, end));
-  StoreShared(gwq::s_bIsReading, 0);
+  StoreShared(gwq::s_bIsReading, outer_reading);
   return result;
 }
 

@@ -6,6 +6,7 @@
 
 #include "diag/log.h"
 #include "diag/shared_word.h"
+#include "links/lifetime.h"
 #include "links/long_pause.h"
 #include "links/read_end.h"
 #include "links/usb_transfer.h"
@@ -57,7 +58,7 @@ libusb_device* FindInList(int vid, int pid) {
 
 // The list is kept while the device is open: it holds the reference to it.
 int FindDevice(int vid, int pid) {
-  const ssize_t count = libusb_get_device_list(nullptr, &m_devsSdt);
+  const ssize_t count = libusb_get_device_list(UsbContext(), &m_devsSdt);
   ICC_DPrintLogToFile("libusb_get_device_list:%d\n", static_cast<int>(count));
   m_sdtDev = FindInList(vid, pid);
   if (m_sdtDev == nullptr) {
@@ -121,6 +122,18 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
 }
 
 }  // namespace
+
+void ForgetUsbInterruptLink() {
+  m_devsSdt = nullptr;
+  m_sdtDev = nullptr;
+  m_sdtHandle = nullptr;
+  s_bSdtReading = 0;
+}
+
+bool UsbInterruptIsReading() {
+  return LoadShared(s_bSdtReading) != 0;
+}
+
 }  // namespace gwq
 
 using gwq::LoadShared;

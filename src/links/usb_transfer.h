@@ -3,11 +3,11 @@
 #pragma once
 
 #include <libusb-1.0/libusb.h>
-#include <unistd.h>
 
 #include <algorithm>
 
 #include "codec/secret.h"
+#include "diag/pause.h"
 
 namespace gwq::usb {
 
@@ -24,20 +24,20 @@ inline constexpr int kReportSize = 1024;
 inline constexpr unsigned kWriteTimeoutMs = 1000;
 inline constexpr unsigned kReadTimeoutMs = 200;
 inline constexpr int kWriteAttempts = 5;
-inline constexpr useconds_t kPauseAfterErrorUs = 20'000;
+inline constexpr int kPauseAfterErrorMs = 20;
 
 using Report = SecretArray<unsigned char, kReportSize>;
 using Function = decltype(&libusb_bulk_transfer);
 
 // One transfer in; returns how many bytes it brought. Only they count, not the transfer's own result; a
-// transfer that fails at once (the device is gone) is followed by a pause, lest the wait for the time-out spin.
+// transfer that fails at once (the device is gone) is followed by a pause, so that the wait for the time-out does not spin.
 inline int TransferIn(Function transfer, libusb_device_handle* handle, Report& report) {
   report.Wipe();
   int transferred = 0;
   const int result = handle == nullptr ? static_cast<int>(LIBUSB_ERROR_NO_DEVICE)
                                        : transfer(handle, kEndpointIn, report.data(), kReportSize,
                                                   &transferred, kReadTimeoutMs);
-  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) usleep(kPauseAfterErrorUs);
+  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) PauseMs(kPauseAfterErrorMs);
   return std::clamp(transferred, 0, kReportSize);
 }
 

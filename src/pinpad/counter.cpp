@@ -11,6 +11,7 @@
 #include "diag/log.h"
 #include "frame/arguments.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 
 namespace gwq {
@@ -210,6 +211,7 @@ int GWQ_ActiveWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex) {
 }
 
 int GWQ_ReadPin(int iPortNo, int iBaudRate, int iMode, int iTimeout, char* pPin, int iPinBufLen) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[GWQ_ReadPin]");
   if (!gwq::Within(iMode, 0, 1) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (!gwq::Within(iPinBufLen, 0, 2048) || pPin == nullptr) return GWQ_BAD_ARGUMENT;
@@ -222,6 +224,7 @@ int GWQ_ReadPin(int iPortNo, int iBaudRate, int iMode, int iTimeout, char* pPin,
 
 int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
                    char* pPinBlock) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[GWQ_ReadPinDES]");
   if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   gwq::Text command;
@@ -231,6 +234,7 @@ int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, i
 
 int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
                     const char* szAccount, char* pPinBlock) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("GWQ_ReadPinAnsi");
   if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;

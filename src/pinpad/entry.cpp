@@ -7,6 +7,7 @@
 
 #include "diag/log.h"
 #include "frame/arguments.h"
+#include "frame/operation.h"
 #include "pinpad/framed.h"
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
@@ -245,6 +246,7 @@ void LogArguments(const PinBlockCall& call) {
 
 int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
               char* szPinBlock) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("PN_GetPin");
   gwq::PadBody body(gwq::kEnterPin);
   return gwq::EnterPin({iPortNo, iBaudRate}, body << iTimeout, iTimeout, gwq::kEntryLogs, szPinBlock,
@@ -253,6 +255,7 @@ int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeo
 
 int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
                           unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("GetPinblockShowString");
   gwq::PadBody body(gwq::kEnterPinShowing, gwq::kShownTextRoom);
   body << nTimeout << gwq::OrEmpty(szShowString);
@@ -263,6 +266,7 @@ int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaud
 int PN_GetPinBlock(int /*iPortNo*/, const char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
                    int nModex, int iPinType, const char* szAccountNo, char* szPinPadFactor, void* pPinBlock,
                    int* pnPinLen) {
+  const gwq::Operation operation;
   const gwq::PinBlockCall call{.style = gwq::Style::kPlain,
                                .line = {0, iBaudRate},
                                .reserved = szReserved,
@@ -285,6 +289,7 @@ int PN_GetPinBlock(int /*iPortNo*/, const char* szReserved, int iBaudRate, int i
 int PN_GetPinBlockShowString(int /*iPortNo*/, const char* szReserved, int iBaudRate, int nTimeout,
                              int iAlgoType, int nModex, int iPinType, const char* szAccountNo,
                              char* szPinPadFactor, void* pPinBlock, int* pnPinLen, const char* szShowString) {
+  const gwq::Operation operation;
   const gwq::PinBlockCall call{.style = gwq::Style::kShowing,
                                .line = {0, iBaudRate},
                                .reserved = szReserved,

@@ -8,6 +8,7 @@
 #include "diag/log.h"
 #include "frame/arguments.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "pinpad/entry.h"
 
@@ -39,6 +40,7 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 
 int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
                int iInParam2, const char* szPrompt, char* szResult) {
+  const gwq::Operation operation;
   constexpr int kMarginMs = 2000;
   ICC_DPrintLogToFile("PN_GetInNo ");
   if (!gwq::NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;

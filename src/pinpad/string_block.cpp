@@ -1,6 +1,4 @@
 // A text enciphered by the terminal, which hands the result over as a file.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -8,11 +6,13 @@
 
 #include "codec/text_forms.h"
 #include "diag/log.h"
+#include "diag/pause.h"
 #include "files/file.h"
 #include "files/host_files.h"
 #include "files/private_file.h"
 #include "files/pull.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "pinpad/entry.h"
 
@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::string_view kRemoteFile = "/tmp/encdata.txt";
 constexpr char kLocalFile[] = "/tmp/enctemp.data";
-constexpr useconds_t kPauseBeforePullUs = 200'000;
+constexpr int kPauseBeforePullMs = 200;
 constexpr int kEncipherBaud = 9600;
 
 constexpr std::size_t kLongestAnswer = 4095;  // of an answer that overshoots its room the rest is cut
@@ -66,7 +66,7 @@ int PullResult() {
   constexpr int kTimeoutMs = 3000;
   CommandText<256> command;
   command << "\x1B[0PULLFILE\x02" << kRemoteFile << "\x03";
-  usleep(kPauseBeforePullUs);
+  PauseMs(kPauseBeforePullMs);
   char path[sizeof kLocalFile];
   std::memcpy(path, kLocalFile, sizeof path);
   // A name that another user holds is as good as a file that cannot be created.
@@ -108,6 +108,7 @@ void TakeAnswer(const Answer& answer, char* out) {
 
 int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
                       const char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
+  const gwq::Operation operation;
   if (szInfo == nullptr || pFileData == nullptr || pnLen == nullptr || szEncData == nullptr) {
     return GWQ_BAD_ARGUMENT;
   }

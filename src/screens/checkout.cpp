@@ -5,6 +5,7 @@
 #include "codec/gbk_text.h"
 #include "diag/log.h"
 #include "diag/log_gbk.h"
+#include "frame/operation.h"
 #include "screens/screen.h"
 
 namespace gwq {
@@ -50,6 +51,7 @@ int CheckOut(Line line, int timeout_s, std::string_view first, std::string_view 
 
 int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                     const char* szFirstText, const char* szSecondText, char* szResult) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_CheckOut_All");
   const bool texts_hold = gwq::Given(szFirstText) && szSecondText != nullptr;
   if (!texts_hold || szResult == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {

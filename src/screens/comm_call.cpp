@@ -13,6 +13,7 @@
 #include "diag/log.h"
 #include "frame/ask.h"
 #include "frame/load.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "pinpad/settings.h"
 
@@ -192,6 +193,7 @@ bool CopyOut(const JsonText& text, char* out, int* length) {
 }  // namespace gwq
 
 int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("inJson = %s ", inJson);
   const gwq::Request request = gwq::ReadRequest(inJson);
   gwq::Description terminal;

@@ -4,6 +4,7 @@
 
 #include "diag/log.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "screens/document_steps.h"
 #include "screens/screen.h"
@@ -66,6 +67,7 @@ int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
 }  // namespace gwq
 
 int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
+  const gwq::Operation operation;
   const gwq::Line line{0, iBaudRate};
   const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
   if (const int result = gwq::Begin(line, hold, nullptr); result != GWQ_OK) return result;
@@ -77,6 +79,7 @@ int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeo
 
 int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   int* pnDisplayResult) {
+  const gwq::Operation operation;
   int nowhere = 0;
   int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
   const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);

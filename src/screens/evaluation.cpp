@@ -5,6 +5,8 @@
 
 #include "codec/encodings.h"
 #include "diag/log.h"
+#include "frame/operation.h"
+#include "frame/turn.h"
 #include "screens/screen.h"
 
 namespace gwq {
@@ -116,6 +118,7 @@ int MP_SetEvaluateInfo(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, co
 }
 
 int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, char* szEvalValue) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_StartEvaluate");
   const gwq::Line line{0, iBaudRate};
   if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
@@ -127,13 +130,16 @@ int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int 
 
 int MP_CancleEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate) {
   ICC_DPrintLogToFile("MP_CancleEvaluate");
+  gwq::CancelOperations();
   CancelRead();
+  const gwq::CancelsWhileWaiting cancels;
   ICC_DPrintLogToFile("nRet=%d", gwq::Drain({0, iBaudRate}));
   return GWQ_OK;
 }
 
 int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, const char* szTellerNo,
                        int iStarLevel, const char* szPhotoName, int iTimeout, unsigned int* pnRating) {
+  const gwq::Operation operation;
   if (!gwq::StarsHold(iStarLevel) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
   if (iPortNo == 0) gwq::Drain(line);

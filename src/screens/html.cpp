@@ -1,7 +1,5 @@
 #include "screens/html.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -9,9 +7,11 @@
 #include "codec/gbk_text.h"
 #include "diag/log.h"
 #include "diag/log_gbk.h"
+#include "diag/pause.h"
 #include "files/private_file.h"
 #include "files/pull.h"
 #include "files/push.h"
+#include "frame/operation.h"
 #include "pinpad/counter.h"
 #include "screens/screen.h"
 
@@ -21,8 +21,8 @@ namespace {
 constexpr Channel kScreen = Channel::kInformation;
 constexpr int kKeyMarginMs = 2000;
 constexpr int kPullTimeoutMs = 3000;
-constexpr useconds_t kPauseUs = 100'000;
-constexpr useconds_t kPauseBeforePullUs = 200'000;
+constexpr int kPauseMs = 100;
+constexpr int kPauseBeforePullMs = 200;
 
 constexpr int kConfirmed = 0;
 constexpr int kNotShown = 2;
@@ -86,11 +86,11 @@ int TakeDisplayResult(std::optional<int> meaning, int& display) {
 
 int ShowAndWait(Line line, int timeout_s, int countdown_s, PageCommand& page, int& display) {
   SetUpScreen(line, timeout_s);
-  usleep(kPauseUs);
+  PauseMs(kPauseMs);
   CommandText<64> countdown;
   countdown << "\x1B[2SETHTMLBTNTIME\x02" << countdown_s << "\x03";
   ICC_DPrintLogToFile("BtntimeTip nRet:%d", Tell(line, countdown, kSendTimeoutMs));
-  usleep(kPauseUs);
+  PauseMs(kPauseMs);
   AnswerText<1024> answer;
   int result = AskForKey(line, timeout_s, page.Built("AUTF8"), answer);
   if (result != GWQ_OK) return result;
@@ -108,7 +108,7 @@ struct Screenshot {
 int Fetch(Line line, const Screenshot& screenshot) {
   CommandText<1024> command;
   command << "\x1B[0PULLFILE\x02/tmp/capture.png\x03";
-  usleep(kPauseBeforePullUs);
+  PauseMs(kPauseBeforePullMs);
   const int result = PullFile(line.port, screenshot.channel, line.baud, kPullTimeoutMs, command.size(),
                               command.data(), const_cast<char*>(screenshot.path));
   if (result < 0) {
@@ -181,6 +181,7 @@ int AskForResult(int baud, int timeout_s, const char* extra, AnswerText<1024>& a
 
 int MP_StartInfoHtml(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, int nModex,
                      const char* szHtml, int* pnDisplayResult, int nCountdownSec) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_StartInfoHtml");
   ICC_DPrintLogToFile("nModex=%d", nModex);
   ICC_DPrintLogToFile("nCountdownSec=%d", nCountdownSec);
@@ -201,6 +202,7 @@ int MP_StartInfoHtml(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int 
 
 int MP_StartInfoHtmlScreenshot(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout, int nModex,
                                const char* szHtml, const char* szScreenshotPath, int* pnDisplayResult) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_StartInfoHtmlScreenshot");
   ICC_DPrintLogToFile("nModex=%d", nModex);
   int nowhere = 0;
@@ -222,6 +224,7 @@ int MP_StartInfoHtmlScreenshot(void* /*ignored*/, const char* szLink, int iBaudR
 
 int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                        const char* szExtraText, const char* szPage, char* szResult) {
+  const gwq::Operation operation;
   if (!gwq::Given(szPage) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
   if (const int result = gwq::PushPage(szPage); result != GWQ_OK) return result;

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "diag/log.h"
+#include "frame/operation.h"
 #include "screens/screen.h"
 
 namespace gwq {
@@ -50,6 +51,7 @@ int AwaitNumber(Line line, std::string_view word, int timeout_s, char* out) {
 
 int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessage,
                   unsigned int* pnKeyPressed) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[GWQ_StartInfo]");
   if (!gwq::Given(szMessage) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   gwq::SecretHeap<char> split(gwq::kSplitMessageSize);
@@ -65,6 +67,7 @@ int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessag
 }
 
 int GWQ_StartKeyboard(int iPortNo, int iBaudRate, int iTimeout, int iMode, char* pOutput) {
+  const gwq::Operation operation;
   if (!gwq::Within(iMode, 0, 1) || pOutput == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
     return GWQ_BAD_ARGUMENT;
   }

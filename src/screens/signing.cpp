@@ -1,7 +1,5 @@
 #include "screens/signing.h"
 
-#include <unistd.h>
-
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -12,11 +10,13 @@
 #include "codec/secret.h"
 #include "diag/log.h"
 #include "diag/log_gbk.h"
+#include "diag/pause.h"
 #include "files/file.h"
 #include "files/private_file.h"
 #include "files/pull.h"
 #include "files/push.h"
 #include "frame/ask.h"
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "screens/document_steps.h"
 #include "screens/screen.h"
@@ -25,7 +25,7 @@ namespace gwq {
 namespace {
 
 constexpr int kPullTimeoutMs = 3000;
-constexpr useconds_t kPauseBeforePullUs = 200'000;
+constexpr int kPauseBeforePullMs = 200;
 
 // The command word, numbers and marks around the parts whose length is the caller's.
 constexpr std::size_t kAroundParts = 128;
@@ -168,7 +168,7 @@ int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& co
 }
 
 int FetchPicture(const Signing& signing) {
-  usleep(kPauseBeforePullUs);
+  PauseMs(kPauseBeforePullMs);
   if (!Given(signing.picture)) return GWQ_OK;
   return PullPicture(signing.line, signing.channel, signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
 }
@@ -328,7 +328,7 @@ int AwaitHandSignature(Line line, int type, int timeout_s) {
 
 int FetchHandSignature(Line line, const char* picture, const char* strokes) {
   constexpr char kChannel = '9';
-  usleep(kPauseBeforePullUs);
+  PauseMs(kPauseBeforePullMs);
   const int result = PullPicture(line, kChannel, picture);
   return result < 0 ? result : PullStrokes(line, kChannel, strokes);
 }
@@ -338,6 +338,7 @@ int FetchHandSignature(Line line, const char* picture, const char* strokes) {
 
 int MP_SignPDF(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
                const char* szLocation, const char* szSignPath, char* szSignData) {
+  const gwq::Operation operation;
   const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
                              szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
                              szSignData};
@@ -348,6 +349,7 @@ int MP_SignPDF(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeou
 int MP_SignPDF_Voice(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout,
                      const char* szFilePath, const char* szLocation, const char* szVoiceContent,
                      const char* szSignPath, char* szSignData) {
+  const gwq::Operation operation;
   const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
                              szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
                              szSignData};
@@ -361,6 +363,7 @@ int MP_SignPDF_Voice(void* /*ignored*/, const char* szLink, int iBaudRate, int i
 int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
                      const char* szLocation, const char* szVoiceContent, const char* szSignPath,
                      int nOperFlag, int nSignLen, char* szSignData) {
+  const gwq::Operation operation;
   ICC_DPrintLogToFile("[MP_Sign_With_TZG]");
   ICC_DPrintLogToFile("nTimeout = %d", iTimeout);
   ICC_DPrintLogToFile("szFilePath = %s", szFilePath);
@@ -385,6 +388,7 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
 
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   const char* szSignPath, const char* szSignDataPath) {
+  const gwq::Operation operation;
   if (!gwq::Given(szFilePath) || !gwq::Given(szSignPath) || !gwq::Given(szSignDataPath)) {
     return GWQ_BAD_ARGUMENT;
   }

@@ -1,8 +1,9 @@
 #include "screens/terminal_control.h"
 
-#include <unistd.h>
-
 #include "diag/log.h"
+#include "diag/pause.h"
+#include "frame/operation.h"
+#include "frame/turn.h"
 #include "screens/screen.h"
 
 namespace gwq {
@@ -12,9 +13,9 @@ constexpr int kVersionBaud = 9600;
 constexpr int kVersionTimeoutMs = 1000;
 constexpr int kCloseTimeoutMs = 2000;
 
-constexpr useconds_t kPauseBeforeCancelUs = 200'000;
-constexpr useconds_t kPauseBeforeCloseUs = 300'000;
-constexpr useconds_t kPauseAfterCloseUs = 100'000;
+constexpr int kPauseBeforeCancelMs = 200;
+constexpr int kPauseBeforeCloseMs = 300;
+constexpr int kPauseAfterCloseMs = 100;
 
 int NotOpened() {
   ICC_DPrintLogToFile("ERR_OPEN, End");
@@ -99,11 +100,13 @@ int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3
 }
 
 int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int /*ignored3*/) {
-  usleep(gwq::kPauseBeforeCancelUs);
+  gwq::PauseMs(gwq::kPauseBeforeCancelMs);
+  gwq::CancelOperations();
   CancelRead();
   ICC_DPrintLogToFile("after CancelRead ");
-  usleep(gwq::kPauseBeforeCloseUs);
+  gwq::PauseMs(gwq::kPauseBeforeCloseMs);
+  const gwq::CancelsWhileWaiting cancels;
   const int result = gwq::CloseCurrentProgram(iBaudRate);
-  usleep(gwq::kPauseAfterCloseUs);
+  gwq::PauseMs(gwq::kPauseAfterCloseMs);
   return result;
 }

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
+#include "frame/operation.h"
 #include "frame/port.h"
 #include "frame/transaction.h"
 #include "support/fake_tty.h"
@@ -28,6 +31,11 @@ class EngineCancel : public testing::Test {
     std::string command(length, 'c');
     answer_len_ = 64;
     return TransProc(port, 9600, command.data(), static_cast<int>(length), answer_, &answer_len_, 60'000);
+  }
+
+  [[gnu::noinline]] int ExchangeInACall() {
+    const Operation operation;
+    return Exchange();
   }
 
   // An exchange that succeeds; whatever stood before is dropped by it.
@@ -120,6 +128,41 @@ TEST_F(EngineCancel, WithNoLinkIsHarmless) {
   port.nLinkType = 7;
   ICC_ChangeTermParam(&port);
   EXPECT_EQ(CancelRead(), 0);
+}
+
+// ------------------------------------------------------------------ calls of several exchanges
+
+TEST_F(EngineCancel, OfACallBetweenTwoExchangesEndsTheNextThatAwaitsAnAnswer) {
+  const Operation operation;
+  Succeed();
+  CancelOperations();
+  const int sent = usb_.Count("out");
+  EXPECT_EQ(Exchange(), -23);
+  EXPECT_EQ(TransProcOnlyRead(0, 9600, answer_, &answer_len_, 1000), -23);
+  EXPECT_EQ(usb_.Count("out"), sent) << "nothing is sent";
+  char close[] = "close";
+  EXPECT_EQ(TransProcOnlySend(0, 9600, close, 5, 1000), 0) << "a screen is closed all the same";
+}
+
+TEST_F(EngineCancel, OfACallReachesTheCallsWithinIt) {
+  const Operation operation;
+  CancelOperations();
+  EXPECT_EQ(ExchangeInACall(), -23);
+  EXPECT_EQ(Exchange(), -23);
+}
+
+TEST_F(EngineCancel, OfACallDoesNotReachTheNextCall) {
+  { const Operation operation; }
+  CancelOperations();
+  Succeed();
+  const Operation next;
+  Succeed();
+}
+
+TEST_F(EngineCancel, OfACallReachesOtherThreads) {
+  const Operation operation;
+  std::thread([] { CancelOperations(); }).join();
+  EXPECT_EQ(Exchange(), -23);
 }
 
 TEST_F(EngineCancel, CancelWriteSetsItsFlagAlone) {

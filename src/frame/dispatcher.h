@@ -1,0 +1,22 @@
+// The parameters of the link in use, for exchanges that go on over a link that is open.
+#pragma once
+
+#include <cstdint>
+
+#include "links/serial.h"
+
+namespace gwq {
+
+// What is remembered of the descriptor. The field order is given: SetBackUpParam copies a descriptor's leading bytes
+// over it.
+struct SavedParameters {
+  std::int32_t timeout_s;
+  GwqEndOfRead predicate;
+  std::int32_t link_type;
+  std::int32_t parameter;
+};
+
+SavedParameters ParametersInUse();
+void UseParameters(const SavedParameters& parameters);
+
+}  // namespace gwq

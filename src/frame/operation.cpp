@@ -1,0 +1,40 @@
+#include "frame/operation.h"
+
+#include <atomic>
+
+namespace gwq {
+namespace {
+
+constexpr std::uint64_t kNone = 0;
+
+constinit std::atomic<std::uint64_t> g_last_begun{kNone};
+constinit std::atomic<std::uint64_t> g_last_cancelled{kNone};
+
+struct Running {
+  std::uint64_t number = kNone;
+  const void* frame = nullptr;
+};
+thread_local Running t_running;
+
+}  // namespace
+
+// A call that a predicate of the host has jumped out of is still noted; its frame is not above this one any more.
+Operation::Operation() {
+  const void* const frame = __builtin_frame_address(0);
+  outermost_ = t_running.number == kNone || frame >= t_running.frame;
+  if (outermost_) t_running = {g_last_begun.fetch_add(1) + 1, frame};
+}
+
+Operation::~Operation() {
+  if (outermost_) t_running = {};
+}
+
+void CancelOperations() {
+  g_last_cancelled = g_last_begun.load();
+}
+
+bool OperationCancelled() {
+  return t_running.number != kNone && t_running.number <= g_last_cancelled;
+}
+
+}  // namespace gwq
