@@ -254,7 +254,9 @@ int ANSIToUTF8(const char* /*in*/, int /*inLen*/, char* /*out*/) {
 int EncryptBase64(const unsigned char* in, int len, char* out, int cap) {
   std::span<const std::uint8_t> bytes = gwq::BytesOf(in, len);
   const std::size_t need = 4 * ((bytes.size() + 2) / 3);
-  if (in == nullptr || out == nullptr || cap < 0 || static_cast<std::size_t>(cap) < need) return -1;
+  if (cap < 0 || static_cast<std::size_t>(cap) < need) return -1;
+  if (len < 1) return 0;
+  if (in == nullptr || out == nullptr) return -1;
   const std::size_t done = gwq::EncodePairsOfGroups(bytes, out);
   bytes = bytes.subspan(done);
   out += done / 3 * 4;

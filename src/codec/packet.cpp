@@ -69,6 +69,7 @@ bool MarkMatchesLength(Bytes merged) {
 using gwq::BytesOf;
 
 int PackData(const unsigned char* body, int n, unsigned char* out) {
+  if (out == nullptr) return 0;
   const gwq::Bytes bytes = BytesOf(body, n);
   const auto size = static_cast<unsigned>(bytes.size());
   const std::uint8_t length[] = {static_cast<std::uint8_t>(size >> 8U), static_cast<std::uint8_t>(size)};
@@ -97,7 +98,7 @@ int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* da
 int GetPacketBody(unsigned char start, unsigned char end, const unsigned char* buf, int count,
                   unsigned char* out) {
   const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), start, end);
-  if (body.empty()) return -1;
+  if (body.empty() || out == nullptr) return -1;
   std::copy(body.begin(), body.end(), out);
   return static_cast<int>(body.size());
 }
@@ -111,6 +112,7 @@ unsigned char getLRC(const unsigned char* data, int count) {
 }
 
 unsigned char* Endian_intToChar(int value, unsigned char* out) {
+  if (out == nullptr) return nullptr;
   for (const unsigned shift : {24U, 16U, 8U, 0U}) {
     *out++ = static_cast<unsigned char>(static_cast<unsigned>(value) >> shift);
   }
@@ -139,6 +141,7 @@ int CheckAndGetResponse(const unsigned char* buf, int count) {
 int CheckAndGetResponseForTY(unsigned char stx, unsigned char etx, const unsigned char* buf, int count,
                              unsigned char* out, int* outLen) {
   const gwq::Bytes answer = BytesOf(buf, count);
+  if (out == nullptr || outLen == nullptr) return gwq::kRefused;
   if (answer.size() < 2 || answer.front() != stx || answer.back() != etx) return gwq::kRefused;
   const gwq::Bytes body = answer.subspan(1, answer.size() - 2);
   gwq::SecretArray<unsigned char, 1024> merged;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 
 #include "codec/pairs.h"
 #include "codec/secret.h"
@@ -58,6 +59,16 @@ int BytesToHex(Bytes in, char* out, int out_capacity) {
   const Bytes converted = out == nullptr ? Bytes{} : FittingPairs(in, out_capacity);
   SplitInPairs<UpperHexDigit>(converted, out);
   return WrittenPairs(converted);
+}
+
+int HexToBytes(Bytes text, std::span<std::uint8_t> out) {
+  return static_cast<int>(JoinPairsOf<HexValue>(text, 0, out));
+}
+
+// Whether writing to `out` overtakes the reading of `text`: in place it does not.
+bool BeginsWithin(std::span<const std::uint8_t> out, Bytes text) {
+  const std::less<> before;
+  return before(text.data(), out.data()) && before(out.data(), text.data() + text.size());
 }
 
 std::size_t HalfRoundedUp(std::span<const char> text) {
@@ -132,7 +143,12 @@ int Merge(const char* in, int inLen, unsigned char* out, int outCap) {
 
 int HexStrToAscii(const char* in, int inLen, unsigned char* out, int outCap) {
   const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
-  return static_cast<int>(gwq::JoinPairsOf<gwq::HexValue>(text, 0, BytesOf(out, outCap)));
+  const std::span<std::uint8_t> room = BytesOf(out, outCap);
+  if (!gwq::BeginsWithin(room, text)) return gwq::HexToBytes(text, room);
+  gwq::SecretHeap<std::uint8_t> copy(text.size());
+  if (!copy) return 0;
+  std::copy(text.begin(), text.end(), copy.data());
+  return gwq::HexToBytes({copy.data(), copy.size()}, room);
 }
 
 int GetAsciString(const char* in, int inLen, unsigned char* out, int outCap) {
@@ -173,9 +189,9 @@ char* SplitData(const char* src, char* dst, const char* delim) {
   if (src == nullptr) return nullptr;
   const char* found = delim == nullptr ? nullptr : std::strstr(src, delim);
   if (found == nullptr) {
-    if (dst != nullptr) std::strcpy(dst, src);
+    if (dst != nullptr) std::memmove(dst, src, std::strlen(src) + 1);
     return const_cast<char*>(src);
   }
-  if (dst != nullptr) std::memcpy(dst, src, static_cast<std::size_t>(found - src));
+  if (dst != nullptr) std::memmove(dst, src, static_cast<std::size_t>(found - src));
   return const_cast<char*>(found);
 }

@@ -43,7 +43,8 @@ GWQ_API int HexAsc1Merge(const char* in, int inLen, unsigned char* out, int outC
 GWQ_API int Merge(const char* in, int inLen, unsigned char* out, int outCap);
 
 /* Hexadecimal text (either case) to bytes, while room is left; other characters give some value.
- * The last digit of an odd length gives (digit x 16 - 0x30) modulo 256. */
+ * The last digit of an odd length gives (digit x 16 - 0x30) modulo 256. `in` and `out` may overlap; where `out` begins
+ * within `in` it takes memory, without which the result is 0. */
 GWQ_API int HexStrToAscii(const char* in, int inLen, unsigned char* out, int outCap);
 GWQ_API int GetAsciString(const char* in, int inLen, unsigned char* out, int outCap);
 
@@ -72,7 +73,7 @@ GWQ_API unsigned char GetXorValue(unsigned char seed, const unsigned char* data,
 /* Cuts a text at the first occurrence of `delim`.
  *   src    in; NULL gives NULL
  *   dst    out; gets the text before the delimiter, without a terminator: pass it zeroed, as large
- *          as `src`; may be NULL
+ *          as `src`; may overlap `src`; may be NULL
  *   delim  in
  * Returns the position of the delimiter in `src` (not past it); without one, all of `src` is copied
  * with its terminator and `src` returned. */

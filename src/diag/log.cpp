@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -16,6 +17,7 @@
 
 #include "codec/text_forms.h"
 #include "diag/clock_text.h"
+#include "diag/log_failure.h"
 #include "diag/log_files.h"
 #include "diag/shared_word.h"
 
@@ -30,11 +32,21 @@ bool LogIsOn() {
   return LoadShared(s_uDebugFlag) != 0;
 }
 
+int g_missed = 0;
+
+// The log drops what it cannot write and tells nobody there and then; the first reason is kept to be told once.
+void Missed(int error) {
+  int none = 0;
+  std::atomic_ref<int>(g_missed).compare_exchange_strong(none, error);
+}
+
 // Today's log file, open for one line. Opened and closed for every line, so that each line is on disk
 // when the call returns; written by one write, so that lines of several threads do not mix.
 class TodaysLog {
  public:
-  TodaysLog() : fd_(OpenTodaysLog()) {}
+  TodaysLog() : fd_(OpenTodaysLog()) {
+    if (fd_ < 0) Missed(errno);
+  }
   ~TodaysLog() {
     if (fd_ >= 0) close(fd_);
   }
@@ -47,7 +59,7 @@ class TodaysLog {
     while (!line.empty()) {
       const ssize_t written = write(fd_, line.data(), line.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) return;
+      if (written <= 0) return Missed(written < 0 ? errno : ENOSPC);
       line = line.subspan(static_cast<std::size_t>(written));
     }
   }
@@ -105,8 +117,10 @@ void AppendHex(LineBuffer& line, std::span<const unsigned char> data) {
   LineBuffer line(kMessageSize + kStampAndEnd);
   if (!log || !line) return;
   AppendStamp(line);
-  const int length = std::vsnprintf(line.Free(), kMessageSize, format, arguments);
-  if (length > 0) line.Used(std::min(static_cast<std::size_t>(length), kMessageSize - 1));
+  std::memset(line.Free(), 0, kMessageSize);
+  static_cast<void>(
+      std::vsnprintf(line.Free(), kMessageSize, format, arguments));  // even of a failure the start stays
+  line.Used(strnlen(line.Free(), kMessageSize - 1));
   line.Append("\r\n");
   log.Write(line.Text());
 }
@@ -131,6 +145,14 @@ void WriteHexDump(const char* label, std::span<const unsigned char> data, int pr
 }
 
 }  // namespace
+}  // namespace gwq
+
+namespace gwq {
+
+int TakeLogFailure() {
+  return std::atomic_ref<int>(g_missed).exchange(0);
+}
+
 }  // namespace gwq
 
 void SetDebugFlag(unsigned int flag) {

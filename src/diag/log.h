@@ -6,7 +6,8 @@
  *
  *     09:41:07(052)  message CR LF
  *
- * Texts in the log are GBK. The log may hold PINs, keys and account numbers in clear.
+ * Texts in the log are GBK. The log may hold PINs, keys and account numbers in clear: its files are their owner's alone
+ * (mode 0600); one that another user made, or a symbolic link in its place, is not written to.
  * All functions here but pGetLogPath may be called from any thread.
  */
 #ifndef GWQ_DIAG_LOG_H
@@ -20,7 +21,8 @@ GWQ_C_BEGIN
  *   flag  0 off, anything else on */
 GWQ_API void SetDebugFlag(unsigned int flag);
 
-/* Writes one line if the log is on, printf-style; a message is cut after 4095 bytes. A line that
+/* Writes one line if the log is on, printf-style; a message ends at its first zero byte and after 4095 bytes, and where
+ * a value cannot be converted. A line that
  * cannot be written (no directory, full disk) is dropped. Returns 0 always.
  *   format  in; not NULL; the values that it names follow */
 GWQ_API int ICC_DPrintLogToFile(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -33,12 +35,13 @@ GWQ_API int ICC_DPrintLogToFile(const char* format, ...) __attribute__((format(p
 GWQ_API void ICC_DPrintDataHexToFile(const char* label, const unsigned char* data, int len);
 
 /* The directory of the library's file, with its trailing "/".
- *   path  out; at least 256 bytes; empty when the directory does not fit */
+ *   path  out; at least 256 bytes; empty when the directory does not fit; NULL changes nothing */
 GWQ_API void GetModuleCurPath(char* path);
 
 /* The full path of a file in the library's directory.
- *   name  in; relative name
- *   path  out; at least 256 bytes; empty when the path does not fit
+ *   name  in; relative name; NULL gives 0
+ *   path  out; at least 256 bytes and the length of the name, terminated; empty when the directory alone does not fit
+ *         into 256; NULL gives 0
  *   size  not read
  * Returns the length of the path. */
 GWQ_API int GetFullPath(const char* name, char* path, int size);
@@ -60,7 +63,7 @@ GWQ_API void DelOutTimeLogFile(void);
 
 /* The directory for temporary files, "/tmp".
  *   size  not read
- *   path  out; at least 5 bytes */
+ *   path  out; at least 5 bytes; NULL changes nothing */
 GWQ_API void GetTempPath(int size, char* path);
 
 GWQ_C_END

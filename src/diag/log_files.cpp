@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -19,16 +20,31 @@ namespace gwq {
 namespace {
 
 constexpr std::size_t kPathSize = 256;
+constexpr std::size_t kPurgedPathSize = 260;
 constexpr int kDaysKept = 15;
 constexpr mode_t kDirectoryMode = 0777;
-constexpr mode_t kFileMode = 0666;
+constexpr mode_t kFileMode = 0600;  // keys and PINs stand in it
 
-using Path = std::array<char, kPathSize>;
+template <std::size_t N>
+using PathOf = std::array<char, N>;
+using Path = PathOf<kPathSize>;
 
-std::string_view OwnFile() {
+std::string_view FileToldByLoader() {
   Dl_info info{};
   if (dladdr(reinterpret_cast<const void*>(&GetModuleCurPath), &info) == 0) return {};
   return info.dli_fname == nullptr ? std::string_view{} : info.dli_fname;
+}
+
+// The library's file as the loader tells it, relative, and where that was when the library was loaded.
+struct RelativeFile {
+  std::array<char, kPathSize> told;
+  std::array<char, 2 * kPathSize> absolute;
+};
+RelativeFile g_relative{};
+
+std::string_view OwnFile() {
+  const std::string_view told = FileToldByLoader();
+  return !told.empty() && told == g_relative.told.data() ? g_relative.absolute.data() : told;
 }
 
 // The current directory stands in when the loader reports no directory.
@@ -39,9 +55,10 @@ std::string_view OwnDirectory() {
 }
 
 // Empty when it does not fit: a path that is cut would name something else.
-Path InOwnDirectory(std::string_view name) {
+template <std::size_t N = kPathSize>
+PathOf<N> InOwnDirectory(std::string_view name) {
   const std::string_view directory = OwnDirectory();
-  Path path{};
+  PathOf<N> path{};
   if (directory.size() + name.size() < path.size()) {
     directory.copy(path.data(), directory.size());
     name.copy(path.data() + directory.size(), name.size());
@@ -68,8 +85,25 @@ void MakeDirectories() {
   mkdir(InOwnDirectory("Log/Gwq_Volkarn").data(), kDirectoryMode);
 }
 
+// The file is this user's alone: one that others made is not written to, one that others may read is closed to them.
+bool IsOwn(int fd) {
+  struct stat file {};
+  if (fstat(fd, &file) != 0) return false;
+  if (!S_ISREG(file.st_mode) || file.st_uid != geteuid()) {
+    errno = EACCES;
+    return false;
+  }
+  return (file.st_mode & 0777U & ~kFileMode) == 0 || fchmod(fd, kFileMode) == 0;
+}
+
 int OpenToAppend(const Path& path) {
-  return open(path.data(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+  const int fd =
+      open(path.data(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kFileMode);
+  if (fd < 0 || IsOwn(fd)) return fd;
+  const int error = errno;
+  close(fd);
+  errno = error;
+  return -1;
 }
 
 struct Date {
@@ -88,7 +122,7 @@ void ReadDateFromName(const char* name, Date& date) {
 }
 
 void RemoveIn(const char* directory, const char* name) {
-  std::array<char, kPathSize + sizeof(dirent::d_name) + 1> path{};
+  std::array<char, kPurgedPathSize + sizeof(dirent::d_name) + 1> path{};
   const int length = std::snprintf(path.data(), path.size(), "%s/%s", directory, name);
   if (length < static_cast<int>(path.size())) std::remove(path.data());
 }
@@ -110,6 +144,16 @@ void PurgeDirectory(DIR* directory, const char* path, int today) {
 
 }  // namespace
 
+void RememberOwnPath() {
+  const std::string_view told = FileToldByLoader();
+  std::array<char, kPathSize> current{};
+  if (told.empty() || told.front() == '/' || told.size() >= g_relative.told.size()) return;
+  if (getcwd(current.data(), current.size()) == nullptr) return;
+  told.copy(g_relative.told.data(), told.size());
+  std::snprintf(g_relative.absolute.data(), g_relative.absolute.size(), "%s/%s", current.data(),
+                g_relative.told.data());
+}
+
 int OpenTodaysLog() {
   const Path path = TodaysPath();
   const int fd = OpenToAppend(path);
@@ -121,11 +165,14 @@ int OpenTodaysLog() {
 }  // namespace gwq
 
 void GetModuleCurPath(char* path) {
-  gwq::CopyText(gwq::InOwnDirectory(""), path);
+  if (path != nullptr) gwq::CopyText(gwq::InOwnDirectory(""), path);
 }
 
 int GetFullPath(const char* name, char* path, int /*size*/) {
-  gwq::CopyText(gwq::InOwnDirectory(name), path);
+  if (name == nullptr || path == nullptr) return 0;
+  const gwq::Path directory = gwq::InOwnDirectory("");
+  std::strcpy(path, directory.data());
+  if (directory[0] != '\0') std::strcat(path, name);
   return static_cast<int>(std::strlen(path));
 }
 
@@ -150,7 +197,7 @@ int GetAbsDays(int year, int month, int day) {
 void DelOutTimeLogFile() {
   std::puts("DelOutTimeLogFile");
   const std::tm today = gwq::LocalDate();
-  const gwq::Path path = gwq::InOwnDirectory("Log/Gwq_Volkarn");
+  const auto path = gwq::InOwnDirectory<gwq::kPurgedPathSize>("Log/Gwq_Volkarn");
   const gwq::Directory directory(opendir(path.data()), &closedir);
   if (!directory) {
     ICC_DPrintLogToFile("open dir error...");
@@ -161,5 +208,5 @@ void DelOutTimeLogFile() {
 }
 
 void GetTempPath(int /*size*/, char* path) {
-  std::strcpy(path, "/tmp");
+  if (path != nullptr) std::strcpy(path, "/tmp");
 }

@@ -82,6 +82,15 @@ bool SendPieces(std::FILE* file) {
   return true;
 }
 
+// A directory opens as well.
+bool IsReadable(std::FILE* file) {
+  const int first = std::fgetc(file);
+  if (first != EOF) std::ungetc(first, file);
+  const bool readable = std::ferror(file) == 0;
+  if (readable && first == EOF) std::rewind(file);  // the end of the file is looked for before each piece
+  return readable;
+}
+
 std::string_view NameOnTerminal(const char* path, int file_type) {
   if (file_type == kFirmware) return "update.dat";
   const char* slash = std::strrchr(path, '/');
@@ -99,7 +108,7 @@ int HIDDownLoad(const char* path, int fileType) {
   gwq::StoreShared(g_CancelWrite, 0);
   ICC_DPrintLogToFile("szFilePath%s", path);
   const gwq::File file = gwq::OpenFile(path, "rb");
-  if (!file) {
+  if (!file || !gwq::IsReadable(file.get())) {
     ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
     return GWQ_NO_LOCAL_FILE;
   }

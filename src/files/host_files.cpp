@@ -28,7 +28,8 @@ const char* Behind(const char* path, char mark) {
 }
 
 void CopyBehind(const char* path, char mark, char* out) {
-  if (const char* name = Behind(path, mark)) std::strcpy(out, name);
+  const char* name = out == nullptr ? nullptr : Behind(path, mark);
+  if (name != nullptr) std::memmove(out, name, std::strlen(name) + 1);
 }
 
 // At most as many bytes as `buffer` holds, even if the file has grown since its size was asked for.
@@ -58,8 +59,10 @@ void GetFileNameEx(const char* path, char* out) {
 }
 
 void GetFileExtendName(const char* path, char* out) {
-  *out = '\0';
-  gwq::CopyBehind(path, '.', out);
+  if (out == nullptr) return;
+  const char* extension = gwq::Behind(path, '.');
+  if (extension == nullptr) extension = "";
+  std::memmove(out, extension, std::strlen(extension) + 1);
 }
 
 void GetFileExtenName(const char* path, char* out) {
@@ -73,6 +76,7 @@ int get_file_size(const char* path) {
 }
 
 int WriteFileData(const char* path, const unsigned char* data, int count) {
+  if (data == nullptr && count > 0) return 0;
   gwq::File file = gwq::OpenFile(path, "wb");
   if (!file) return 0;
   const auto bytes = gwq::BytesOf(data, count);

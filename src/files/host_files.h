@@ -13,12 +13,14 @@ GWQ_C_BEGIN
 
 /* Copies the part of a path behind its last "/" (GetFileName) or its last "\" (GetFileNameEx), with its terminator;
  * without one, `out` is untouched.
- *   out  out; as large as the path */
+ *   path  in; NULL has none
+ *   out   out; as large as the path; may be the path itself; NULL changes nothing */
 GWQ_API void GetFileName(const char* path, char* out);
 GWQ_API void GetFileNameEx(const char* path, char* out);
 
 /* Copies the text behind the last "." of a path, with its terminator; an empty text when there is none.
- *   out  out; as large as the path */
+ *   path  in; NULL has none
+ *   out   out; as large as the path; may be the path itself; NULL changes nothing */
 GWQ_API void GetFileExtendName(const char* path, char* out);
 GWQ_API void GetFileExtenName(const char* path, char* out);
 
@@ -27,8 +29,8 @@ GWQ_API void GetFileExtenName(const char* path, char* out);
  * Returns its size in bytes; -1 if there is none. */
 GWQ_API int get_file_size(const char* path);
 
-/* Writes a file anew.
- *   data   in; `count` bytes
+/* Writes a file, over what it held before.
+ *   data   in; `count` bytes; NULL with a count gives 0, and no file
  *   count  how many
  * Returns 1 if it was created and all bytes were written, else 0. */
 GWQ_API int WriteFileData(const char* path, const unsigned char* data, int count);

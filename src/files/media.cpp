@@ -7,6 +7,7 @@
 #include "codec/split_form.h"
 #include "codec/text_forms.h"
 #include "diag/log.h"
+#include "frame/arguments.h"
 #include "frame/ask.h"
 #include "frame/exchange.h"
 #include "frame/port.h"
@@ -20,9 +21,11 @@ constexpr int kPieceLinkTimeoutMs = 5000;
 constexpr int kPieceSize = 1024;
 constexpr std::size_t kRecordOverhead = 9;
 
+// False when the name does not fit: cut, it would delete another file.
 template <std::size_t N>
-void BuildDelete(CommandText<N>& command, int file_type, const char* name) {
-  command << "\x1B[0DELETE\x02" << file_type << "|" << (name == nullptr ? "" : name) << "\x03";
+bool BuildDelete(CommandText<N>& command, int file_type, const char* name) {
+  command << "\x1B[0DELETE\x02" << file_type << "|" << OrEmpty(name) << "\x03";
+  return !command.IsCut();
 }
 
 // Sends the whole zero-padded buffer, as these commands do.
@@ -86,7 +89,8 @@ int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const 
 int DownFile(int fileType, int total, int index, const unsigned char* data, int count, const char* name) {
   gwq::CommandText<4096> command;
   const auto piece = gwq::BytesOf(data, std::min(count, gwq::kPieceSize));
-  command << "\x1B[0DOWNLOAD\x02" << fileType << "|" << (name == nullptr ? "" : name) << "|";
+  command << "\x1B[0DOWNLOAD\x02" << fileType << "|" << gwq::OrEmpty(name) << "|";
+  if (command.size() > gwq::kPieceSize) return GWQ_BAD_ARGUMENT;  // the end of the name would not be sent
   // Both come from the caller, whatever they are: the difference wraps around.
   const auto remaining = static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
   gwq::AppendPiece(command, total, remaining, piece);
@@ -103,6 +107,7 @@ int DownFile(int fileType, int total, int index, const unsigned char* data, int 
 }
 
 int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out) {
+  if (out == nullptr) return 0;
   const auto bytes = gwq::BytesOf(data, count);
   const int size = static_cast<int>(bytes.size());
   gwq::WriteLittleEndian(total, out);
@@ -115,7 +120,7 @@ int GetDownParam3(int total, int remaining, const unsigned char* data, int count
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   gwq::CommandText<4096> command;
   gwq::AnswerText<4096> answer;
-  gwq::BuildDelete(command, fileType, name);
+  if (!gwq::BuildDelete(command, fileType, name)) return GWQ_BAD_ARGUMENT;
   return gwq::AskWithWholeBuffer({port, baud}, command, answer, gwq::kDeleteTimeoutMs);
 }
 
@@ -128,6 +133,6 @@ int DelAllVideoFile(int port, char /*channel*/, int baud, int fileType) {
 
 int DeleteMediaFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   gwq::CommandText<4096> command;
-  gwq::BuildDelete(command, fileType, name);
+  if (!gwq::BuildDelete(command, fileType, name)) return GWQ_BAD_ARGUMENT;
   return Tell({port, baud}, command, gwq::kDeleteTimeoutMs);
 }

@@ -30,7 +30,11 @@ constexpr int kPictures = 0;
 constexpr int kNamedFile = 255;
 constexpr int kPushBaud = 9600;
 constexpr char kPushChannel = '9';
+constexpr std::size_t kLongestName = 1022;  // that a push and a command to delete take
 constexpr int kPauseAfterUpdateMs = 200;
+
+// nSaveType, for pictures.
+enum SaveType { kDeleteAll = 0, kReplaceAll = 1, kAdd = 2, kAddMissing = 3, kDeleteListed = 4 };
 
 using Text = CommandText<1024 + 64>;
 
@@ -188,19 +192,25 @@ int UnknownType() {
   return GWQ_BAD_ARGUMENT;
 }
 
+// A list that was forgotten must not replace all pictures by none; a name that is cut would delete another picture.
+bool ListHolds(const char* list, int save_type) {
+  if (list == nullptr) return save_type != kReplaceAll;
+  return save_type != kDeleteListed || LongestElement(list) <= kLongestName;
+}
+
 int ChangePictures(int baud, char* list, int save_type) {
   char none[] = "";
   if (list == nullptr) list = none;
   switch (save_type) {
-    case 0:
+    case kDeleteAll:
       return DeleteAllPictures("nRet=%d");
-    case 1:
+    case kReplaceAll:
       return ReplacePictures(list);
-    case 2:
+    case kAdd:
       return AddPictures(list);
-    case 3:
+    case kAddMissing:
       return AddMissingPictures(baud, list);
-    case 4:
+    case kDeleteListed:
       return DeletePictures(list);
     default:
       return UnknownType();
@@ -226,10 +236,11 @@ int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int bau
 
 int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* name) {
   ICC_DPrintLogToFile("MP_DelHeadFile");
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   gwq::Text command;
+  command << "\x1B[0DELETE\x02" << gwq::kHeadPhotos << "|" << gwq::OrEmpty(name) << "\x03";
+  if (command.IsCut()) return GWQ_BAD_ARGUMENT;
+  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   gwq::AnswerText<1024> answer;
-  command << "\x1B[0DELETE\x02" << gwq::kHeadPhotos << "|" << (name == nullptr ? "" : name) << "\x03";
   const int result = gwq::AskUsb(baud, command, answer);
   if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
   return answer.text() == gwq::kRefusalAnswer ? GWQ_REFUSED : GWQ_OK;
@@ -239,7 +250,7 @@ int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, cons
                     const char* name) {
   const gwq::Operation operation;
   ICC_DPrintLogToFile("MP_DownHeadFile");
-  if (!gwq::Given(path)) return GWQ_BAD_ARGUMENT;
+  if (!gwq::Given(path) || gwq::OrEmpty(name).size() > gwq::kLongestName) return GWQ_BAD_ARGUMENT;
   if (!gwq::Exists(path)) {
     gwq::LogGbk(gwq::Gbk("[MP_DownHeadFile]文件不存在"));
     return GWQ_NO_FILE;
@@ -293,6 +304,7 @@ int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud
   const gwq::Operation operation;
   ICC_DPrintLogToFile("[MP_DownloadFile]");
   ICC_DPrintLogToFile("nFileType=%d,szFilePath=%s,nSaveType=%d", nFileType, szFilePath, nSaveType);
+  if (nFileType == 0 && !gwq::ListHolds(szFilePath, nSaveType)) return GWQ_BAD_ARGUMENT;
   if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (nFileType == 1) return gwq::UpdateFirmware(baud, szFilePath);
   if (nFileType == 0) return gwq::ChangePictures(baud, szFilePath, nSaveType);

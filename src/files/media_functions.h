@@ -27,15 +27,15 @@ GWQ_C_BEGIN
 GWQ_API int MP_FindHeadPhoto(const char* ignored1, const char* ignored2, int baud, char* list, int* length);
 
 /* Deletes a head photo.
- *   name  in; NULL is an empty one
- * Returns 0, -3 or -14. */
+ *   name  in; NULL is an empty one; more than a command holds, 1024 bytes at least, give -1 and nothing is sent
+ * Returns 0, -1, -3 or -14. */
 GWQ_API int MP_DelHeadFile(const char* ignored1, const char* ignored2, int baud, const char* name);
 
 /* Sends a head photo.
  *   channel  in; its first character is passed to the push; may be NULL
  *   path     in; local picture
  *   name     in; name on the terminal; NULL or empty means the local file's base name
- * Also -1: no path. */
+ * Also -1: no path, or a name of more than 1022 bytes. */
 GWQ_API int MP_DownHeadFile(const char* ignored, const char* channel, int baud, const char* path,
                             const char* name);
 
@@ -52,9 +52,10 @@ GWQ_API int MP_GetFileList(const char* ignored1, const char* ignored2, int baud,
 /* Updates the firmware, or changes the pictures of the idle screen.
  *   nFileType   1: `szFilePath` is a firmware package, a file whose extension begins with "dat"
  *               0: pictures, as `nSaveType` says
- *   szFilePath  in; local paths separated by "|"; the text is cut into pieces in place; NULL is an empty list
+ *   szFilePath  in; local paths separated by "|"; the text is cut into pieces in place; NULL is an empty list,
+ *               but gives -1 where all pictures are to be replaced
  *   nSaveType   0 delete all; 1 replace all; 2 add; 3 add those that the terminal lacks; 4 delete those listed
- * Also -1: unknown type, or not a firmware package; -15 also for a path without "/". */
+ * Also -1: unknown type, not a firmware package, or a name to delete of more than 1022 bytes; -15 also for a path without "/". */
 GWQ_API int MP_DownloadFile(const char* ignored1, const char* ignored2, int baud, const char* ignored3,
                             int nFileType, char* szFilePath, int nSaveType);
 

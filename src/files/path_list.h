@@ -1,6 +1,7 @@
 // "|"-separated lists of names.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,16 @@ class PathList {
   char* rest_;
   char* state_ = nullptr;
 };
+
+inline std::size_t LongestElement(std::string_view list) {
+  std::size_t longest = 0;
+  while (!list.empty()) {
+    const std::size_t length = std::min(list.find('|'), list.size());
+    longest = std::max(longest, length);
+    list.remove_prefix(std::min(length + 1, list.size()));
+  }
+  return longest;
+}
 
 // The part behind the last "/"; empty when there is none.
 inline std::string_view BaseName(const char* path) {

@@ -1,31 +1,50 @@
 #include "files/private_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+#include <utility>
 
 namespace gwq {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 
-int CreateAnew(const char* path) {
-  if (path == nullptr) return -1;
+int CreateOwn(const char* path) {
   unlink(path);
   return open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly);
 }
 
-}  // namespace
-
-File CreatePrivateFile(const char* path) {
-  const int fd = CreateAnew(path);
-  if (fd < 0) return nullptr;
-  File file(fdopen(fd, "wb"));
-  if (!file) close(fd);
-  return file;
+bool IsAnothers(const char* path) {
+  struct stat status {};
+  return lstat(path, &status) == 0 && status.st_uid != geteuid();
 }
 
-bool PreparePrivateFile(const char* path) {
-  return CreatePrivateFile(path) != nullptr;
+}  // namespace
+
+PrivatePlace::PrivatePlace(const char* wanted) : fd_(CreateOwn(wanted)) {
+  std::string_view(wanted).copy(path_.data(), path_.size() - 1);
+  if (fd_ < 0 && IsAnothers(wanted)) StandIn();
+}
+
+PrivatePlace::~PrivatePlace() {
+  if (fd_ >= 0) close(fd_);
+  if (stands_in_) unlink(path_.data());
+}
+
+void PrivatePlace::StandIn() {
+  path_ = {"/tmp/gwq-XXXXXX"};
+  fd_ = mkostemp(path_.data(), O_CLOEXEC);
+  stands_in_ = fd_ >= 0;
+}
+
+File PrivatePlace::Open() {
+  File file(fd_ < 0 ? nullptr : fdopen(fd_, "wb"));
+  if (file) fd_ = -1;  // the file's now
+  return file;
 }
 
 }  // namespace gwq

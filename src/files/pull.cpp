@@ -1,5 +1,7 @@
 #include "files/pull.h"
 
+#include <sys/stat.h>
+
 #include <array>
 #include <cstdio>
 #include <string_view>
@@ -7,6 +9,7 @@
 #include "diag/pause.h"
 #include "files/file.h"
 #include "files/pull_reception.h"
+#include "frame/cancel.h"
 #include "frame/exchange.h"
 #include "frame/port.h"
 
@@ -14,6 +17,7 @@ namespace gwq {
 namespace {
 
 constexpr int kPausePerReportMs = 10;
+constexpr std::size_t kMostBytes = 256U << 20U;
 
 constexpr std::string_view kAcceptance =
     "\x1B[0RESPONSE\x02"
@@ -41,12 +45,13 @@ class FileReceiver final : public Receiver, private PullPort {
     file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
     PullReception reception(*this);
-    while (got >= 1) {
+    while (got >= 1 && !ReadCancelRequested() && stored_ <= kMostBytes) {
+      AllowThreadCancel();
       switch (reception.Take(ReportView(report_.data(), kReportSize))) {
         case PullReception::Result::kFileDone:
           return StoredWhole() ? GWQ_OK : GWQ_READ_FAILED;
         case PullReception::Result::kRejected:
-          std::remove(path_);
+          RemovePartialFile();
           return GWQ_REFUSED;
         default:
           got = ReadReport();
@@ -62,8 +67,19 @@ class FileReceiver final : public Receiver, private PullPort {
     return ICC_ReadDataFromTransPort(report_.data(), static_cast<int>(kReportSize));
   }
 
+  // What the terminal sends beyond the most bytes is not stored any more.
   void Store(std::span<const std::uint8_t> payload) override {
-    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    stored_ += payload.size();
+    if (stored_ <= kMostBytes) std::fwrite(payload.data(), 1, payload.size(), file_.get());
+  }
+
+  // What the path names may be a device, which stays, or another file by now.
+  void RemovePartialFile() {
+    struct stat opened {};
+    struct stat named {};
+    if (fstat(fileno(file_.get()), &opened) != 0 || lstat(path_, &named) != 0) return;
+    const bool same = opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+    if (same && S_ISREG(named.st_mode)) std::remove(path_);
   }
 
   // A full disk must not pass for a whole file.
@@ -81,6 +97,7 @@ class FileReceiver final : public Receiver, private PullPort {
 
   const char* path_;
   File file_;
+  std::size_t stored_ = 0;
   std::array<unsigned char, 2 * kReportSize> report_{};  // a read may bring up to a report more
 };
 

@@ -12,8 +12,9 @@ GWQ_C_BEGIN
  *   timeout_ms  longest wait for each report, cut down to whole seconds
  *   path        in; local file, written anew; NULL gives -11, once the command is sent
  * Returns 0; -3 the link could not be opened; -10 the command was not sent; -11 a report did
- * not come, or the file could not be created or written whole (what was received stays in it); -14 a packet
- * failed its check (the file is removed). Cancelled by CancelRead it gives -10 while sending and -11 while receiving. */
+ * not come, more than 256 MiB came, or the file could not be created or written whole (what was received stays in it); -14 a packet
+ * failed its check (the file is removed, if it is a regular one). Cancelled by CancelRead it gives -10 while sending and
+ * -11 while receiving. */
 GWQ_API int TransProcHW(int commandLen, char* command, int timeout_ms, char* path);
 
 /* As TransProcHW. The command is "\e[0PULLFILE", STX, the path on the terminal, ETX.

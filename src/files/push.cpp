@@ -102,7 +102,6 @@ int SendFile(Line line, const char* path) {
 }
 
 int EndDownload(Line line, int type, std::string_view name) {
-  name = name.substr(0, kLongestName);
   ICC_DPrintLogToFile("Z11EndDownload szTempName=%.*s", static_cast<int>(name.size()), name.data());
   ICC_DPrintLogToFile("cmdEnd type=%d\r\n", type);
   std::array<unsigned char, kPacketHeaderSize + 1 + kLongestName> packet{};
@@ -114,6 +113,7 @@ int EndDownload(Line line, int type, std::string_view name) {
 }
 
 int Push(Line line, int type, const char* path, std::string_view name) {
+  if (name.size() > kLongestName) return GWQ_BAD_ARGUMENT;
   int result = ChangeMode(line);
   if (result >= 0) result = StartDownload(line);
   if (result >= 0) result = SendFile(line, path);

@@ -25,7 +25,8 @@ GWQ_API extern unsigned char m_szCMD[204800];
  *   channel     passed on, without meaning here
  *   type        255: stored as `name`; else a media type, stored under the local file's base name
  *   localPath   in; NULL gives -1 once the terminal is ready for it
- *   name        in; name on the terminal, at most 1022 bytes; may be NULL where it is not used */
+ *   name        in; name on the terminal; more than 1022 bytes give -1 and nothing is sent; may be NULL where it is not
+ *               used */
 GWQ_API int Z11DownLoadFile(int port, char channel, int baud, int type, const char* localPath,
                             const char* name);
 

@@ -12,7 +12,7 @@
 
 namespace gwq {
 
-// A command under construction in a buffer of a given size; what does not fit is cut.
+// A command under construction in a buffer of a given size; what does not fit is cut, and told by IsCut.
 template <typename Storage>
 class CommandIn {
  public:
@@ -21,6 +21,7 @@ class CommandIn {
 
   CommandIn& operator<<(std::string_view text) {
     const std::size_t length = std::min(text.size(), bytes_.size() - 1 - size_);
+    cut_ = cut_ || length < text.size();
     text.copy(bytes_.data() + size_, length);
     size_ += length;
     return *this;
@@ -37,10 +38,12 @@ class CommandIn {
   char* data() { return bytes_.data(); }
   [[nodiscard]] int size() const { return static_cast<int>(size_); }
   [[nodiscard]] std::string_view text() const { return {bytes_.data(), size_}; }
+  [[nodiscard]] bool IsCut() const { return cut_; }
 
  private:
   Storage bytes_;
   std::size_t size_ = 0;
+  bool cut_ = false;
 };
 
 template <std::size_t N>

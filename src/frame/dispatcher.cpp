@@ -9,6 +9,7 @@
 #include "frame/port.h"
 #include "frame/turn.h"
 #include "links/serial.h"
+#include "links/serial_write.h"
 #include "links/usb_hid.h"
 
 namespace gwq {
@@ -37,8 +38,8 @@ int OpenSerial(const TransMssionLinux_t& port) {
   return ICC_OpenLinuxCom(port.szTtyName, port.nBaud);
 }
 
-int WriteSerial(unsigned char* data, int length) {
-  return ICC_WriteLinuxCom(data, length);
+int WriteSerialInTime(unsigned char* data, int length) {
+  return WriteSerial(data, length, {.timeout_s = g_BackUpParam.timeout_s, .cancelled = &ExchangeCancelled});
 }
 
 int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
@@ -50,7 +51,7 @@ int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead e
 // By link type.
 constexpr std::array kLinks{
     Link{&OpenUsb, &ICC_WriteLinuxHid, &ICC_ReadLinuxHid, &ICC_CloseLinuxHid, &ICC_CancelLinuxHidRead},
-    Link{&OpenSerial, &WriteSerial, &ReadSerial, &ICC_CloseLinuxCom, &ICC_CancelLinuxComRead},
+    Link{&OpenSerial, &WriteSerialInTime, &ReadSerial, &ICC_CloseLinuxCom, &ICC_CancelLinuxComRead},
 };
 static_assert(GWQ_LINK_USB == 0 && GWQ_LINK_SERIAL == 1);
 

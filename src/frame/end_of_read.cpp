@@ -18,7 +18,7 @@ unsigned char LastOfText(const unsigned char* data) {
 }  // namespace
 
 int EndOfRead(unsigned char* data, int count) {
-  if (count < kFrameOverhead) return kReadOn;
+  if (data == nullptr || count < kFrameOverhead) return kReadOn;
   const int body = data[5] * 256 + data[6];
   return body <= count - kFrameOverhead ? kComplete : kReadOn;
 }
@@ -40,5 +40,5 @@ int EndOfCondition4(unsigned char* /*data*/, int count) {
 }
 
 int EndOfConditionD(unsigned char* data, int count) {
-  return count >= 1 && data[count - 1] == '\r' ? kComplete : kReadOn;
+  return data != nullptr && count >= 1 && data[count - 1] == '\r' ? kComplete : kReadOn;
 }

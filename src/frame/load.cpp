@@ -7,6 +7,7 @@
 
 #include "diag/Rwini.h"
 #include "diag/log.h"
+#include "diag/log_files.h"
 #include "frame/operation.h"
 #include "frame/turn.h"
 #include "links/lifetime.h"
@@ -32,8 +33,10 @@ int ICC_UINIT_LIBUSB() {
 }
 
 int test_init() {
-  std::array<char, 256> ini_path{};
+  constexpr std::size_t kDirectoryAndName = 256 + sizeof "GWQ_LOG.ini";
+  std::array<char, kDirectoryAndName> ini_path{};
   std::array<char, 256> log_flag{};
+  gwq::RememberOwnPath();
   GetFullPath("GWQ_LOG.ini", ini_path.data(), static_cast<int>(ini_path.size()));
   GetProfileString(ini_path.data(), "Gwq", "Log", log_flag.data());
   if (log_flag[0] == '1') {

@@ -91,9 +91,12 @@ GWQ_API int EndOfConditionD(unsigned char* data, int count);
 GWQ_C_END
 
 #ifdef __cplusplus
+#pragma push_macro("min") /* of a host that has one */
+#undef min
 /* Returns the smaller argument. C++ linkage.
  *   a, b  any */
 GWQ_API int min(int a, int b);
+#pragma pop_macro("min")
 #endif
 
 #endif

@@ -245,6 +245,16 @@ void ExchangeTurn::SetLinkOpen(bool open) const {
   if (g_turn.IsMine(generation_)) g_turn.link_open = open;
 }
 
+void AllowThreadCancel() {
+  pthread_setcancelstate(t_hosts_cancel_state, nullptr);
+  pthread_testcancel();
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+}
+
+bool ExchangeCancelled() {
+  return GenerationOfThisThread() != kNone && ReadCancelRequested();
+}
+
 int AskPredicate(GwqEndOfRead predicate, unsigned char* data, int count) {
   constexpr int kComplete = 0;
   const unsigned generation = GenerationOfThisThread();

@@ -41,9 +41,15 @@ class ExchangeTurn {
   int hosts_cancel_state_;
 };
 
-// Asks a predicate, from which the host's code may not return; a null one reads on. Here, where no link is in the middle
-// of anything, a thread that has been cancelled ends. Once the turn is lost the answer is 0, which ends the read.
+// Within an exchange, where no link is in the middle of anything: a thread that has been cancelled ends here.
+void AllowThreadCancel();
+
+// Asks a predicate, from which the host's code may not return; a null one reads on. Allows the thread's cancel. Once the
+// turn is lost the answer is 0, which ends the read.
 int AskPredicate(GwqEndOfRead predicate, unsigned char* data, int count);
+
+// Whether the calling thread exchanges, and its exchange has been cancelled.
+bool ExchangeCancelled();
 
 // While this thread waits for the turn it cancels again what has it: a cancel is lost between sending and reading.
 class CancelsWhileWaiting {

@@ -36,7 +36,7 @@ bool IsOpen() {
 }
 
 void Send(const char* bytes, std::size_t count) {
-  VK_SendDataToTransPort(reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
+  tty::Write(LoadShared(g_AuxFd), reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
 }
 
 void Send(const char* text) {
@@ -128,11 +128,11 @@ int ICC_CloseLinux() {
   return 0;
 }
 
-int VK_SendDataToTransPort(const unsigned char* data, int length) {
+int VK_SendDataToTransPort(unsigned char* data, int length) {
   return tty::Write(LoadShared(g_AuxFd), data, length);
 }
 
-int ICC_WriteLinux(const unsigned char* data, int length) {
+int ICC_WriteLinux(unsigned char* data, int length) {
   if (data == nullptr || length < 1) return tty::kBadArgument;
   return VK_SendDataToTransPort(data, length);
 }
@@ -185,7 +185,7 @@ int ICC_CloseLinuxAux(int lock) {
   return ICC_CloseLinux();
 }
 
-int ICC_WriteLinuxAux(const unsigned char* data, int length) {
+int ICC_WriteLinuxAux(unsigned char* data, int length) {
   if (data == nullptr || length < 1) return tty::kBadArgument;
   gwq::SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
   const int result = ICC_WriteLinux(data, length);

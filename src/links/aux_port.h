@@ -45,7 +45,7 @@ GWQ_API int ICC_CloseLinuxAux(int lock);
  *   length  how many
  * Returns the bytes of `data` written, fewer than `length` after an error; -2 for NULL, a length below 1, or
  * if no terminal is open. */
-GWQ_API int ICC_WriteLinuxAux(const unsigned char* data, int length);
+GWQ_API int ICC_WriteLinuxAux(unsigned char* data, int length);
 
 /* Reads as ICC_ReadLinux does.
  *   buffer     out; `maximum` bytes; no terminator: pass it zeroed if the predicate reads text
@@ -73,7 +73,7 @@ GWQ_API int ICC_CloseLinux(void);
  *   length  how many
  * Returns the bytes written, fewer than `length` after an error; -2 for NULL, a length below 1, or if no
  * terminal is open. */
-GWQ_API int ICC_WriteLinux(const unsigned char* data, int length);
+GWQ_API int ICC_WriteLinux(unsigned char* data, int length);
 
 /* Reads until `maximum` bytes are there, the predicate accepts, or the time is over. With the log on, every
  * byte is logged.
@@ -99,7 +99,7 @@ GWQ_API int VK_CloseAuxPort(int lock);
  *   data    in; `length` bytes
  *   length  how many
  * Returns the bytes written; -2 if no terminal is open, for NULL, or a length of 0 or less. */
-GWQ_API int VK_SendDataToTransPort(const unsigned char* data, int length);
+GWQ_API int VK_SendDataToTransPort(unsigned char* data, int length);
 
 /* Makes an open descriptor the link's own, its settings untouched.
  *   fd  the descriptor; -1 means none */

@@ -1,5 +1,7 @@
 #include "links/serial.h"
 
+#include "links/serial_write.h"
+
 #include <termio.h>
 
 #include "diag/log.h"
@@ -67,14 +69,18 @@ int ICC_CloseLinuxCom() {
   return 0;
 }
 
-int SendDataToTransPort(const unsigned char* data, int length) {
+int SendDataToTransPort(unsigned char* data, int length) {
   return tty::Write(LoadShared(g_ComFd), data, length);
 }
 
-int ICC_WriteLinuxCom(const unsigned char* data, int length) {
+int gwq::WriteSerial(unsigned char* data, int length, const tty::WriteEnd& end) {
   if (data == nullptr || length < 1) return tty::kBadArgument;
-  const int sent = SendDataToTransPort(data, length);
-  return sent >= 0 ? sent : gwq::kWriteFailed;
+  const int sent = tty::Write(LoadShared(g_ComFd), data, length, end);
+  return sent >= 0 ? sent : kWriteFailed;
+}
+
+int ICC_WriteLinuxCom(unsigned char* data, int length) {
+  return gwq::WriteSerial(data, length, {});
 }
 
 int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {

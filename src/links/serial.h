@@ -23,12 +23,12 @@ GWQ_API int ICC_OpenLinuxCom(const char* path, int baud);
 /* Restores the device's settings and closes it. Returns 0 always. */
 GWQ_API int ICC_CloseLinuxCom(void);
 
-/* Writes all bytes.
+/* Writes all bytes. A peer that takes none any more ends it after 5 seconds; a signal does not.
  *   data    in; `length` bytes
  *   length  how many
- * Returns the bytes written, fewer than `length` after an error; -2 for NULL or a length below 1; -5 if
+ * Returns the bytes written, fewer than `length` after an error or that time; -2 for NULL or a length below 1; -5 if
  * no port is open. */
-GWQ_API int ICC_WriteLinuxCom(const unsigned char* data, int length);
+GWQ_API int ICC_WriteLinuxCom(unsigned char* data, int length);
 
 /* Reads until `maximum` bytes are there, the predicate accepts, or the time is over.
  *   buffer     out; `maximum` bytes; no terminator: pass it zeroed if the predicate reads text
@@ -43,11 +43,11 @@ GWQ_API int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, 
  * Returns 0, or -7 if no port is open. Any thread; never waits. */
 GWQ_API int ICC_CancelLinuxComRead(void);
 
-/* Writes until all bytes are out or an error comes.
+/* Writes until all bytes are out, an error comes, or no byte has gone out for 5 seconds.
  *   data    in; `length` bytes
  *   length  how many
  * Returns the bytes written; -2 if no port is open, for NULL, or a length of 0 or less. */
-GWQ_API int SendDataToTransPort(const unsigned char* data, int length);
+GWQ_API int SendDataToTransPort(unsigned char* data, int length);
 
 /* Makes an open descriptor the link's own, its settings untouched.
  *   fd  the descriptor; -1 means none */

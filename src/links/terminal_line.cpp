@@ -1,12 +1,17 @@
 #include "links/terminal_line.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <csignal>
 #include <cstddef>
+#include <ctime>
 
 #include "diag/shared_word.h"
 
@@ -42,6 +47,86 @@ struct termio RawSettings(const struct termio& saved, int baud) {
   return raw;
 }
 
+// Nothing but the write is without blocking: reads wait as the line is set up.
+class WithoutBlocking {
+ public:
+  explicit WithoutBlocking(int fd) : fd_(fd), flags_(fcntl(fd, F_GETFL)) {
+    if (Changes()) fcntl(fd_, F_SETFL, flags_ | O_NONBLOCK);
+  }
+  ~WithoutBlocking() {
+    if (Changes()) fcntl(fd_, F_SETFL, flags_);
+  }
+  WithoutBlocking(const WithoutBlocking&) = delete;
+  WithoutBlocking& operator=(const WithoutBlocking&) = delete;
+
+ private:
+  [[nodiscard]] bool Changes() const { return flags_ >= 0 && (flags_ & O_NONBLOCK) == 0; }
+
+  int fd_;
+  int flags_;
+};
+
+// Keeps a SIGPIPE of this thread's own write from the host.
+class WithoutSigpipe {
+ public:
+  WithoutSigpipe() {
+    sigemptyset(&sigpipe_);
+    sigaddset(&sigpipe_, SIGPIPE);
+    sigset_t pending{};
+    sigpending(&pending);
+    was_pending_ = sigismember(&pending, SIGPIPE) == 1;
+    pthread_sigmask(SIG_BLOCK, &sigpipe_, &hosts_);
+  }
+  ~WithoutSigpipe() {
+    constexpr std::timespec kAtOnce{};
+    if (!was_pending_) sigtimedwait(&sigpipe_, nullptr, &kAtOnce);
+    pthread_sigmask(SIG_SETMASK, &hosts_, nullptr);
+  }
+  WithoutSigpipe(const WithoutSigpipe&) = delete;
+  WithoutSigpipe& operator=(const WithoutSigpipe&) = delete;
+
+ private:
+  sigset_t sigpipe_{};
+  sigset_t hosts_{};
+  bool was_pending_ = false;
+};
+
+// Waits a little until the line takes bytes again.
+bool AwaitRoom(int fd) {
+  constexpr int kWaitMs = 100;
+  pollfd line{.fd = fd, .events = POLLOUT, .revents = 0};
+  return poll(&line, 1, kWaitMs) > 0;
+}
+
+// How long the peer has taken nothing. A slow line takes bytes long before it has room for more.
+class Standstill {
+ public:
+  explicit Standstill(int fd) : fd_(fd), since_(time(nullptr)), queued_(Queued()) {}
+
+  void End() {
+    since_ = time(nullptr);
+    queued_ = Queued();
+  }
+  std::time_t Seconds() {
+    if (Queued() != queued_) End();
+    return time(nullptr) - since_;
+  }
+
+ private:
+  [[nodiscard]] int Queued() const {
+    int bytes = 0;
+    return ioctl(fd_, TIOCOUTQ, &bytes) == 0 ? bytes : 0;
+  }
+
+  int fd_;
+  std::time_t since_;
+  int queued_;
+};
+
+bool Cancelled(const WriteEnd& end) {
+  return end.cancelled != nullptr && end.cancelled();
+}
+
 }  // namespace
 
 int SetUp(int fd, int baud, struct termio& saved) {
@@ -60,6 +145,7 @@ int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int b
   Close(shared_fd);
   const int fd = path == nullptr ? kClosed : open(path, O_RDWR);  // may become the controlling terminal
   if (fd < 0) return kOpenFailed;
+  fcntl(fd, F_SETFD, FD_CLOEXEC);
   StoreShared(shared_fd, fd);
   if (set_up(fd, baud) == 0) return 0;
   Close(shared_fd);
@@ -73,20 +159,29 @@ void Close(int& shared_fd) {
   StoreShared(shared_fd, kClosed);
 }
 
-int Write(int fd, const unsigned char* data, int length) {
+int Write(int fd, const unsigned char* data, int length, const WriteEnd& end) {
   if (fd == kClosed || data == nullptr || length <= 0) return kBadArgument;
+  const WithoutBlocking without_blocking(fd);
+  const WithoutSigpipe without_sigpipe;
+  Standstill standstill(fd);
   int sent = 0;
   while (sent < length) {
     const ssize_t written = write(fd, data + sent, static_cast<std::size_t>(length - sent));
-    if (written < 0) break;
-    sent += static_cast<int>(written);
+    if (written < 0 && errno != EAGAIN && errno != EINTR) break;
+    if (written >= 0) {
+      sent += static_cast<int>(written);
+      standstill.End();
+    } else if (!AwaitRoom(fd) && (standstill.Seconds() > end.timeout_s || Cancelled(end))) {
+      break;
+    }
   }
   return sent;
 }
 
 // A negative room, from a maximum below 0, would count as a huge one.
 ssize_t Read(int fd, unsigned char* buffer, int room) {
-  return read(fd, buffer, static_cast<std::size_t>(std::max(room, 0)));
+  const ssize_t got = read(fd, buffer, static_cast<std::size_t>(std::max(room, 0)));
+  return got < 0 && errno == EINTR ? 0 : got;
 }
 
 }  // namespace gwq::tty

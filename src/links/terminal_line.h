@@ -27,11 +27,17 @@ int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int b
 // Closes what is open in `shared_fd`.
 void Close(int& shared_fd);
 
-// Writes until all bytes are out or an error comes. Returns the bytes written; kBadArgument if `fd` is
-// kClosed, for null, or a length of 0 or less.
-int Write(int fd, const unsigned char* data, int length);
+// When a write gives up on a peer that takes no more bytes.
+struct WriteEnd {
+  int timeout_s = 5;  // without a byte taken; whole seconds, as a read's
+  bool (*cancelled)() = nullptr;
+};
 
-// One read of what is there, `room` bytes at most.
+// Writes until all bytes are out, an error comes, or `end`. A signal does not end it, and a pipe that nobody reads gives
+// an error, not SIGPIPE. Returns the bytes written; kBadArgument if `fd` is kClosed, for null, or a length of 0 or less.
+int Write(int fd, const unsigned char* data, int length, const WriteEnd& end = {});
+
+// One read of what is there, `room` bytes at most; 0 when a signal has come.
 ssize_t Read(int fd, unsigned char* buffer, int room);
 
 }  // namespace gwq::tty

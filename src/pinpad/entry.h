@@ -72,11 +72,12 @@ GWQ_API int PN_GetPinBlockShowString(int iPortNo, const char* szReserved, int iB
  *   nTimeout   seconds; waits 3 s longer
  *   iAlgoType  passed to the terminal
  *   szInfo     in; bytes, as many as `pnLen` says; at most 20480 are sent
- *   pFileData  in/out; cleared as far as the text that it holds, then the whole file and a terminator: the
- *              caller makes room for both
+ *   pFileData  in/out; call GWQ_SetOutputRoom (extra.h) before, or what the terminal sends decides how much is written:
+ *              cleared as far as the text that it holds, then the whole file and a terminator
  *   pnLen      in: bytes in `szInfo`; out: the file's size, written before the file is read
  *   szEncData  out; the terminal's answer text and a terminator; at most 4096 bytes
- * Also -14 if any exchange but the opening failed, or the file could not be fetched; -406 if the terminal holds no
+ * Also -14 if any exchange but the opening failed, or the file could not be fetched; -24, with `pFileData` and `pnLen`
+ * untouched, if the file is longer than the room told, or out of memory; -406 if the terminal holds no
  * encryption key. The bytes go to the log when it is on. */
 GWQ_API int PN_GetStringBlock(int iPortNo, const char* szReserved, int iBaudRate, int nTimeout, int iAlgoType,
                               const char* szInfo, char* pFileData, int* pnLen, char* szEncData);

@@ -9,6 +9,7 @@
 #include "diag/pause.h"
 #include "files/file.h"
 #include "files/host_files.h"
+#include "files/output_room.h"
 #include "files/private_file.h"
 #include "files/pull.h"
 #include "frame/ask.h"
@@ -23,6 +24,8 @@ constexpr std::string_view kRemoteFile = "/tmp/encdata.txt";
 constexpr char kLocalFile[] = "/tmp/enctemp.data";
 constexpr int kPauseBeforePullMs = 200;
 constexpr int kEncipherBaud = 9600;
+constexpr std::size_t kHexRoom = 40960;
+constexpr std::size_t kCommandRoom = 49152;
 
 constexpr std::size_t kLongestAnswer = 4095;  // of an answer that overshoots its room the rest is cut
 
@@ -45,12 +48,17 @@ int Failed(int code) {
   return code;
 }
 
+// A function of its own: the registers that it leaves are cleared, the text's last characters in them.
+[[gnu::noinline]] int HexOf(std::string_view info, SecretHeap<char>& hex) {
+  return GetHexString(reinterpret_cast<const unsigned char*>(info.data()), static_cast<int>(info.size()),
+                      hex.data(), static_cast<int>(hex.size()));
+}
+
 int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& answer) {
-  constexpr int kHexRoom = 40960;
-  SecretArray<char, kHexRoom> hex;
-  const int digits = GetHexString(reinterpret_cast<const unsigned char*>(info.data()),
-                                  static_cast<int>(info.size()), hex.data(), kHexRoom);
-  CommandText<49152> command;
+  SecretHeap<char> hex(kHexRoom);
+  HeapCommand command(kCommandRoom);
+  if (!hex || !command) return Failed(GWQ_TOO_SMALL);
+  const int digits = HexOf(info, hex);
   command << "\x1B[1GETENCDATA\x02" << algorithm << "|" << digits << "|"
           << std::string_view(hex.data(), static_cast<std::size_t>(digits)) << "\x03";
   const int result = Ask({0, kEncipherBaud}, command, answer, &EndOfRead2, WaitMs(timeout_s, 3000));
@@ -62,17 +70,13 @@ int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& a
   return GWQ_NO_ENCRYPTION_KEY;
 }
 
-int PullResult() {
+int PullResult(PrivatePlace& place) {
   constexpr int kTimeoutMs = 3000;
   CommandText<256> command;
   command << "\x1B[0PULLFILE\x02" << kRemoteFile << "\x03";
   PauseMs(kPauseBeforePullMs);
-  char path[sizeof kLocalFile];
-  std::memcpy(path, kLocalFile, sizeof path);
-  // A name that another user holds is as good as a file that cannot be created.
-  const int result = PreparePrivateFile(path)
-                         ? PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), path)
-                         : GWQ_READ_FAILED;
+  const int result = place ? PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), place.path())
+                           : GWQ_READ_FAILED;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
@@ -80,17 +84,19 @@ int PullResult() {
 }
 
 // The whole file, terminated, into a buffer that is cleared first as far as its present text.
-int ReadResult(char* data, int* size) {
-  const File file = OpenFile(kLocalFile, "rb");
+int ReadResult(const char* path, char* data, int* size) {
+  const File file = OpenFile(path, "rb");
   if (!file) {
     ICC_DPrintLogToFile("[PN_GetStringBlock] open file failed");
     return GWQ_REFUSED;
   }
-  *size = std::max(get_file_size(kLocalFile), 0);
+  const int file_size = std::max(get_file_size(path), 0);
+  const auto count = static_cast<std::size_t>(file_size);
+  if (!FindsRoom(count + 1)) return Failed(GWQ_TOO_SMALL);
+  *size = file_size;
   std::memset(data, 0, std::strlen(data));
-  ICC_DPrintLogToFile("file_size = %d", *size);
-  const std::size_t got = std::fread(data, 1, static_cast<std::size_t>(*size), file.get());
-  data[got] = '\0';
+  ICC_DPrintLogToFile("file_size = %d", file_size);
+  data[std::fread(data, 1, count, file.get())] = '\0';
   return GWQ_OK;
 }
 
@@ -120,8 +126,9 @@ int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate
   gwq::Answer answer;
   if (const int result = gwq::AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK)
     return result;
-  if (const int result = gwq::PullResult(); result != GWQ_OK) return result;
-  if (const int result = gwq::ReadResult(pFileData, pnLen); result != GWQ_OK) return result;
+  gwq::PrivatePlace place(gwq::kLocalFile);
+  if (const int result = gwq::PullResult(place); result != GWQ_OK) return result;
+  if (const int result = gwq::ReadResult(place.path(), pFileData, pnLen); result != GWQ_OK) return result;
   gwq::TakeAnswer(answer, szEncData);
   ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", GWQ_OK);
   return GWQ_OK;

@@ -27,7 +27,10 @@ int Begin(Line line, bool arguments_hold, const char* complaint);
 
 void LogIfAny(const char* text);
 
-// Sends the documents and tells their places on the terminal, in GBK; what does not fit or convert is left out.
+// Whether the list of the documents' places on the terminal can be sent whole: a customer must not sign a shorter one.
+bool DocumentsFit(const char* paths, std::size_t room);
+
+// Sends the documents and tells their places on the terminal, in GBK.
 int PushDocuments(const char* paths, std::span<char> list);
 
 }  // namespace gwq

@@ -13,8 +13,9 @@ namespace gwq {
 namespace {
 
 // Room for the list and what stands around it.
-using Text = CommandText<1024 + 128>;
-using List = DocumentList<1024>;
+constexpr std::size_t kListRoom = 1024;
+using Text = CommandText<kListRoom + 128>;
+using List = DocumentList<kListRoom>;
 
 // pnDisplayResult: what the customer decided.
 enum Decision { kAgreed = 0, kDeclined = 1, kUndecided = 2 };
@@ -33,7 +34,7 @@ constexpr Outcome kOutcomes[] = {
 };
 
 bool ArgumentsHold(const char* paths, int timeout_s) {
-  return Given(paths) && IsCustomerTimeout(timeout_s);
+  return Given(paths) && IsCustomerTimeout(timeout_s) && DocumentsFit(paths, kListRoom);
 }
 
 Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {

@@ -5,12 +5,13 @@
  * Common arguments
  *   iBaudRate   accepted; USB has none
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
- *               are GBK: it ends before the first byte that is not UTF-8, and after 1024 bytes
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. On the
+ *               screen's list the names are GBK, at most 1024 bytes
  *
  * Common results
  *   0    success
- *   -1   iTimeout out of range or no szFilePath: nothing was sent; or a document cannot be read
+ *   -1   iTimeout out of range, no szFilePath, or one that is too long or not UTF-8: nothing was sent; or a document
+ *        cannot be read
  *   -3   the link could not be opened
  *   -15  a document does not exist
  *   others  of the push (files/push.h) or of the exchange (frame/transaction.h)

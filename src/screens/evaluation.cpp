@@ -29,14 +29,16 @@ bool StarsHold(int level) {
   return Within(level, 0, 6);
 }
 
+// False when there is no room for it.
 template <std::size_t N>
-void PhotoByNumber(const Teller& teller, CommandText<N>& photo) {
+bool PhotoByNumber(const Teller& teller, CommandText<N>& photo) {
   photo << OrEmpty(teller.number) << ".jpg";
+  return !photo.IsCut();
 }
 
-// The photo's name as the MP_ functions send it: in GBK, though their command words say UTF-8.
+// The photo's name as the MP_ functions send it: in GBK, though their command words say UTF-8. A long one is cut.
 using ConvertedPhoto = CommandText<256 + 1>;
-void ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
+bool ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
   constexpr std::size_t kSize = 256;
   if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
   SecretArray<char, kSize> gbk;
@@ -44,20 +46,22 @@ void ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
   const std::size_t length = strnlen(teller.photo, 4 * kSize);
   u2g(teller.photo, static_cast<int>(length), gbk.data(), static_cast<int>(kSize));
   photo << std::string_view(gbk.data(), strnlen(gbk.data(), kSize));
+  return true;
 }
 
 // As GWQ_StartEvaluator sends it.
 using PlainPhoto = CommandText<1024 + 1>;
-void TakePhoto(const Teller& teller, PlainPhoto& photo) {
+bool TakePhoto(const Teller& teller, PlainPhoto& photo) {
   if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
   photo << teller.photo;
+  return !photo.IsCut();
 }
 
-int SendCard(Line line, std::string_view word, const Teller& teller, std::string_view photo) {
-  Text command;
+// False when the card does not fit into a command: cut, it would show something else.
+bool FillCard(Text& command, std::string_view word, const Teller& teller, std::string_view photo) {
   command << word << "\x02" << OrEmpty(teller.name) << "|" << OrEmpty(teller.number) << "|" << teller.stars
           << "|" << photo << "\x03";
-  return Tell(line, command, kSendTimeoutMs);
+  return !command.IsCut();
 }
 
 // What a failed send becomes in the MP_ functions; the GWQ_ functions return it as it is.
@@ -69,10 +73,14 @@ bool CardHolds(const Teller& teller) {
   return StarsHold(teller.stars) && teller.name != nullptr;
 }
 
-int SendConvertedCard(Line line, std::string_view word, const Teller& teller) {
+bool FillConvertedCard(Text& command, std::string_view word, const Teller& teller) {
   ConvertedPhoto photo;
-  ConvertPhoto(teller, photo);
-  return SendStatus(SendCard(line, word, teller, photo.text()));
+  return CardHolds(teller) && ConvertPhoto(teller, photo) && FillCard(command, word, teller, photo.text());
+}
+
+bool FillPlainCard(Text& command, std::string_view word, const Teller& teller) {
+  PlainPhoto photo;
+  return TakePhoto(teller, photo) && FillCard(command, word, teller, photo.text());
 }
 
 void TakeRating(std::string_view answer, char* value) {
@@ -100,21 +108,23 @@ int MP_StartElectronicCard(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate
                            const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_StartElectronicCard");
   const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  if (!gwq::CardHolds(teller)) return GWQ_BAD_ARGUMENT;
+  gwq::Text card;
+  if (!gwq::FillConvertedCard(card, "\x1B[4OPINFODPUTF8", teller)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{0, iBaudRate};
   if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
   if (const int result = SetScreenTimeout(line, gwq::kScreen, iTimeout); result != GWQ_OK) return result;
-  return gwq::SendConvertedCard(line, "\x1B[4OPINFODPUTF8", teller);
+  return gwq::SendStatus(Tell(line, card, gwq::kSendTimeoutMs));
 }
 
 int MP_SetEvaluateInfo(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, const char* szTellerName,
                        const char* szTellerNo, int iStarLevel, const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_SetEvaluateInfo");
   const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  if (!gwq::CardHolds(teller)) return GWQ_BAD_ARGUMENT;
+  gwq::Text card;
+  if (!gwq::FillConvertedCard(card, "\x1B[4SETEVALINFOUTF8", teller)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{0, iBaudRate};
   if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::SendConvertedCard(line, "\x1B[4SETEVALINFOUTF8", teller);
+  return gwq::SendStatus(Tell(line, card, gwq::kSendTimeoutMs));
 }
 
 int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, char* szEvalValue) {
@@ -141,12 +151,12 @@ int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, con
                        int iStarLevel, const char* szPhotoName, int iTimeout, unsigned int* pnRating) {
   const gwq::Operation operation;
   if (!gwq::StarsHold(iStarLevel) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
+  gwq::Text card;
+  if (!gwq::FillPlainCard(card, "\x1B[4H", teller)) return GWQ_BAD_ARGUMENT;
   const gwq::Line line{iPortNo, iBaudRate};
   if (iPortNo == 0) gwq::Drain(line);
-  const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  gwq::PlainPhoto photo;
-  gwq::TakePhoto(teller, photo);
-  SendCard(line, "\x1B[4H", teller, photo.text());
+  Tell(line, card, gwq::kSendTimeoutMs);
   if (const int result = SetScreenTimeout(line, gwq::kScreen, iTimeout); result != GWQ_OK) return result;
   return gwq::AwaitRating(line, "\x1B[4R", iTimeout, [=](std::string_view answer) {
     const auto rating = gwq::MeaningOf(gwq::kRatings, answer);

@@ -10,7 +10,7 @@
  *   szTellerNo    in; sent as it is; NULL is an empty number
  *   iStarLevel    0 to 6
  *   szPhotoName   in; a head photo on the terminal (files/media_functions.h); NULL means the number and ".jpg"
- * A card that does not fit into a command of 1023 bytes is cut there.
+ * A card that does not fit into a command of 1023 bytes gives -1.
  *
  * Common results
  *   0    success

@@ -150,17 +150,18 @@ bool PutPage(const char* page, std::FILE* file) {
          Put(page, file) && Put("</p></pre>", file);
 }
 
-bool WritePageFile(const char* page) {
-  File file = CreatePrivateFile(kPageFile);
+bool WritePageFile(const char* page, PrivatePlace& place) {
+  File file = place.Open();
   if (!file) return false;
   const bool written = PutPage(page, file.get());
   return std::fclose(file.release()) == 0 && written;
 }
 
-// A page that could not be written whole is not pushed; what stands there may be another user's.
+// A page that could not be written whole is not pushed.
 int PushPage(const char* page) {
-  const int result = WritePageFile(page)
-                         ? Z11DownLoadFile(0, kPushChannel, kPushBaud, kNamedFile, kPageFile, kPageFile)
+  PrivatePlace place(kPageFile);
+  const int result = WritePageFile(page, place)
+                         ? Z11DownLoadFile(0, kPushChannel, kPushBaud, kNamedFile, place.path(), kPageFile)
                          : static_cast<int>(GWQ_BAD_ARGUMENT);
   if (result != GWQ_OK) ICC_DPrintLogToFile("GWQDownLoadFile ERROR=%d", result);
   return result;

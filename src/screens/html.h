@@ -41,8 +41,8 @@ GWQ_API int MP_StartInfoHtmlScreenshot(void* ignored, const char* szLink, int iB
                                        int nModex, const char* szHtml, const char* szScreenshotPath,
                                        int* pnDisplayResult);
 
-/* Shows a page by way of the file "/tmp/infoviewerex.html", on the host (left there, mode 0600) and on the terminal,
- * and waits for the answer, 3 s longer than the customer has.
+/* Shows a page by way of the file "/tmp/infoviewerex.html", on the host (left there, mode 0600; where another user holds
+ * that name, a file of another name, removed afterwards) and on the terminal, and waits for the answer, 3 s longer than the customer has.
  *   iTimeout     1 to 999 seconds
  *   szExtraText  in; passed to the terminal; more than 128 bytes count as empty; not NULL
  *   szPage       in; HTML when it holds "<html" and "</html>", otherwise text that is shown as it is

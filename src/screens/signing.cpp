@@ -12,6 +12,7 @@
 #include "diag/log_gbk.h"
 #include "diag/pause.h"
 #include "files/file.h"
+#include "files/output_room.h"
 #include "files/private_file.h"
 #include "files/pull.h"
 #include "files/push.h"
@@ -30,7 +31,8 @@ constexpr int kPauseBeforePullMs = 200;
 // The command word, numbers and marks around the parts whose length is the caller's.
 constexpr std::size_t kAroundParts = 128;
 
-using List = DocumentList<4096>;
+constexpr std::size_t kListRoom = 4096;
+using List = DocumentList<kListRoom>;
 using Answer = AnswerText<4096>;
 // A path that is cut here is longer than any the system opens.
 using Path = CommandText<PATH_MAX + 16>;
@@ -78,8 +80,9 @@ int ReadStrokes(const char* path, bool clears, char* data) {
   LogGbk(Gbk("读文件  file_size = %d"), static_cast<int>(size));
   if (size < 0) return GWQ_REFUSED;
   if (data == nullptr) return GWQ_OK;
-  if (clears) std::memset(data, 0, std::strlen(data));
   const auto count = static_cast<std::size_t>(size);
+  if (!FindsRoom(count)) return GWQ_TOO_SMALL;
+  if (clears) std::memset(data, 0, std::strlen(data));
   return std::fread(data, 1, count, file.get()) == count ? GWQ_OK : GWQ_REFUSED;
 }
 
@@ -207,7 +210,8 @@ int SignDocuments(const Signing& signing, const Manner& manner) {
 }
 
 bool ArgumentsHold(const Signing& signing) {
-  return Given(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s);
+  return Given(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s) &&
+         DocumentsFit(signing.documents, kListRoom);
 }
 
 char ChannelOf(const char* link) {
@@ -269,15 +273,14 @@ int TellVoice(Line line, std::string_view text) {
   return GWQ_OK;
 }
 
-// Everyone may write to /tmp: the file is made anew there, and this user's alone.
 int FetchTzgSignature(const Signing& signing) {
-  constexpr const char* kPath = "/tmp/data.txt";
   if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
-  if (!PreparePrivateFile(kPath)) {
+  PrivatePlace place("/tmp/data.txt");
+  if (!place) {
     LogStrokesFailure(GWQ_READ_FAILED);
     return GWQ_REFUSED;
   }
-  return FetchStrokes(signing, kTzg, kPath);
+  return FetchStrokes(signing, kTzg, place.path());
 }
 
 int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view voice) {
@@ -374,10 +377,11 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
   const gwq::Line line{0, iBaudRate};
   const gwq::TzgMode mode{nOperFlag, nSignLen};
-  // A time-out out of range is an argument that even an absent terminal does not excuse; the other call says so.
-  const bool in_range = gwq::IsCustomerTimeout(iTimeout);
-  if (in_range && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (!in_range || !mode.Exists() || !gwq::SupportsTzg(line)) {
+  // Range errors take precedence over GWQ_NOT_OPENED; the other call returns them.
+  const bool hold = gwq::IsCustomerTimeout(iTimeout) &&
+                    (szFilePath == nullptr || gwq::DocumentsFit(szFilePath, gwq::kListRoom));
+  if (hold && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
+  if (!hold || !mode.Exists() || !gwq::SupportsTzg(line)) {
     return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
                             szSignPath, szSignData);
   }

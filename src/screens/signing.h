@@ -7,26 +7,31 @@
  *   iBaudRate   accepted; USB has none
  *   szLink      in; its first character is passed to the pull, where it means nothing; may be NULL
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
- *               are GBK: it ends before the first byte that is not UTF-8, and after 4096 bytes
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. On the
+ *               screen's list the names are GBK, at most 4096 bytes
  *   szLocation  in; where to sign, as the terminal takes it; sent as it is
  *   szSignPath  in; local file for the picture, written anew; NULL or empty: no picture is fetched
- *   szSignData  out; the stroke data, the whole file without a terminator. Its size is not passed: make room for the
- *               file. NULL is passed over
+ *   szSignData  out; pass NULL and read the stroke data from their file, or call GWQ_SetOutputRoom (extra.h) before: the
+ *               whole file is copied here, without a terminator, and what the terminal sends decides how long it is.
+ *               A file that is longer than the room told gives -24
  *
  * Common results
  *   0    success
- *   -1   an argument is missing or out of range: nothing was sent; or a document cannot be read
+ *   -1   an argument is missing or out of range, or the list is too long or not UTF-8: nothing was sent; or a document
+ *        cannot be read
  *   -2   the customer did not sign in time
  *   -3   the link could not be opened
  *   -14  the terminal failed, the signature could not be fetched, or its data not be read
  *   -15  a document does not exist
  *   -23  the customer cancelled
- *   -24  out of memory
+ *   -24  out of memory, or szSignData has no room for the stroke data, which stand in their file
  *   others  of the push (files/push.h)
  *
- * A wait that fails otherwise, as after a terminal's silence, does not end the call: the signature is fetched all the
- * same, and that tells. One thread at a time; CancelRead from another thread ends the wait for the customer.
+ * Warning: a wait that fails otherwise, cancelled by CancelRead or after a terminal's silence, does not end the call. The
+ * signature is fetched all the same, and what comes may be an OLD one, of the customer before, with status 0. After a
+ * cancel of yours, throw away what the call has brought, whatever its status.
+ *
+ * One thread at a time; CancelRead from another thread ends the wait for the customer.
  */
 #ifndef GWQ_SCREENS_SIGNING_H
 #define GWQ_SCREENS_SIGNING_H
@@ -53,7 +58,8 @@ GWQ_API int MP_SignPDF_Voice(void* ignored, const char* szLink, int iBaudRate, i
  * nOperFlag is 1. Unless it is 2, 3 or 4 (2 only without nOperFlag 1), iTimeout is in range and the terminal
  * supports it, the call is one to MP_SignPDF_Voice.
  * In TZG mode only szFilePath must not be NULL; a NULL text is an empty one; szVoiceContent is sent as it is;
- * the stroke data are written to "/tmp/data.txt", made anew with mode 0600; szSignData is not cleared first; a
+ * the stroke data are written to "/tmp/data.txt", mode 0600 (where another user holds that name, to a file of another
+ * name, removed afterwards); szSignData is not cleared first; a
  * wait without any answer gives -14.
  *   nOperFlag, nSignLen  passed to the terminal */
 GWQ_API int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout,

@@ -43,7 +43,7 @@ class LogPaths : public testing::Test {
   }
 
   static std::string FullPath(const char* name) {
-    char path[256];
+    char path[1024];
     std::memset(path, 'x', sizeof path);
     const int length = GetFullPath(name, path, 0);
     EXPECT_EQ(length, static_cast<int>(std::strlen(path)));
@@ -81,18 +81,28 @@ TEST_F(LogPaths, ADirectoryOf255CharactersFitsAndALongerOneGivesEmptyPaths) {
   PretendModuleIs(fits + "libgwq.so");
   EXPECT_EQ(ModulePath(), fits);
   EXPECT_EQ(FullPath(""), fits);
-  EXPECT_EQ(FullPath("x"), "");
+  EXPECT_EQ(FullPath("x"), fits + "x");
   PretendModuleIs("/d" + fits + "libgwq.so");
   EXPECT_EQ(ModulePath(), "");
   EXPECT_EQ(FullPath("GWQ_LOG.ini"), "");
 }
 
-TEST_F(LogPaths, AFullPathOf255CharactersFitsAndALongerOneIsEmpty) {
+TEST_F(LogPaths, ANameIsNotCutWhateverItsLength) {
   const std::string directory = "/" + std::string(200, 'd') + "/";
   PretendModuleIs(directory + "libgwq.so");
-  const std::string name(53, 'n');
-  EXPECT_EQ(FullPath(name.c_str()), directory + name);
-  EXPECT_EQ(FullPath((name + "n").c_str()), "");
+  for (const std::size_t length : {53U, 54U, 700U}) {
+    const std::string name(length, 'n');
+    EXPECT_EQ(FullPath(name.c_str()), directory + name);
+  }
+}
+
+TEST_F(LogPaths, NullGivesNothing) {
+  char path[256] = "kept";
+  EXPECT_EQ(GetFullPath(nullptr, path, 0), 0);
+  EXPECT_EQ(GetFullPath("name", nullptr, 0), 0);
+  EXPECT_STREQ(path, "kept");
+  GetModuleCurPath(nullptr);
+  GetTempPath(0, nullptr);
 }
 
 TEST_F(LogPaths, LogPathIsTodaysFileAndItsDirectoriesAreMade) {

@@ -133,11 +133,12 @@ TEST_F(HidDownload, FileThatCannotBeOpenedIsMinus12BeforeAnythingIsSent) {
   EXPECT_THAT(usb_.Calls(), IsEmpty());
 }
 
-TEST_F(HidDownload, FileThatCannotBeReadIsMinus12AndNeverEnded) {
+TEST_F(HidDownload, FileThatCannotBeReadIsMinus12BeforeAnythingIsSent) {
   file_ = directory_.Path().string();
-  ExpectModeAndStart();
-  Exchange("\x02\x02");
+  const LogCapture log;
   EXPECT_EQ(Run(), -12);
+  EXPECT_THAT(log.Messages(), ElementsAre("szFilePath" + file_, "HIDDownLoad :fopen :FAIL "));
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
 }
 
 struct AnswerCase {

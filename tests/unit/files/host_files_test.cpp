@@ -70,6 +70,33 @@ TEST(FileName, IsWhatStandsBehindTheLastSlash) {
                              {nullptr, nullptr}});
 }
 
+// Every name is shorter than its path, which it overlaps in place.
+TEST(FileName, MayReplaceItsPath) {
+  for (std::size_t before = 0; before < 40; ++before) {
+    for (std::size_t length = 0; length < 40; ++length) {
+      std::string name;
+      for (std::size_t i = 0; i < length; ++i) name += static_cast<char>('a' + i % 26);
+      const std::string directory(before, 'd');
+      std::string path = directory + "/" + name;
+      GetFileName(path.data(), path.data());
+      EXPECT_STREQ(path.c_str(), name.c_str());
+      path = directory + "\\" + name;
+      GetFileNameEx(path.data(), path.data());
+      EXPECT_STREQ(path.c_str(), name.c_str());
+      path = directory + "." + name;
+      GetFileExtendName(path.data(), path.data());
+      EXPECT_STREQ(path.c_str(), name.c_str());
+    }
+  }
+}
+
+TEST(FileName, NullOutputChangesNothing) {
+  GetFileName("/a/b", nullptr);
+  GetFileNameEx("a\\b", nullptr);
+  GetFileExtendName("a.b", nullptr);
+  GetFileExtenName("a.b", nullptr);
+}
+
 TEST(FileNameEx, IsWhatStandsBehindTheLastBackslash) {
   ExpectNames(&GetFileNameEx, {{"C:\\a\\b.pdf", "b.pdf"},
                                {"a\\", ""},
@@ -132,7 +159,9 @@ TEST_F(HostFiles, BytesAreWrittenAnew) {
 
 TEST_F(HostFiles, NoBytesMakeAnEmptyFile) {
   Make("old");
-  EXPECT_EQ(WriteFileData(path_.c_str(), nullptr, 5), 1);
+  EXPECT_EQ(WriteFileData(path_.c_str(), nullptr, 5), 0) << "bytes that are not there";
+  EXPECT_EQ(ReadFile(path_), "old");
+  EXPECT_EQ(WriteFileData(path_.c_str(), nullptr, 0), 1);
   EXPECT_EQ(std::filesystem::file_size(path_), 0U);
   const unsigned char byte = 'x';
   EXPECT_EQ(WriteFileData(path_.c_str(), &byte, 0), 1);

@@ -180,13 +180,16 @@ TEST_F(Media, NullNameIsEmpty) {
   EXPECT_EQ(DelVideoFile(0, '9', 9600, -1, nullptr), 0);
 }
 
-TEST_F(Media, NameBeyondTheBufferIsCut) {
-  const std::string name(5000, 'n');
-  const std::string sent = std::string("\x1B[0DELETE\x02\x30|").append(name).substr(0, 4095);
+TEST_F(Media, NameThatFillsTheBufferIsSentAndALongerOneIsRefusedBeforeAnythingIs) {
+  const std::string start = "\x1B[0DELETE\x02\x30|";
+  const std::string name(4095 - start.size() - 1, 'n');
+  const std::string sent = start + name + "\x03";
   Exchange(PaddedTo(sent, 4096));
   EXPECT_EQ(DelVideoFile(0, '9', 9600, 0, name.c_str()), 0);
   usb_.ExpectCommand(sent);
   EXPECT_EQ(DeleteMediaFile(0, '9', 9600, 0, name.c_str()), 0);
+  EXPECT_EQ(DelVideoFile(0, '9', 9600, 0, (name + "n").c_str()), -1);
+  EXPECT_EQ(DeleteMediaFile(0, '9', 9600, 0, (name + "n").c_str()), -1);
 }
 
 // ------------------------------------------------------------------ piece records
@@ -339,11 +342,14 @@ TEST_F(Piece, EmptyPieceWithoutANameIsSent) {
   EXPECT_EQ(Send("", nullptr), 0);
 }
 
-TEST_F(Piece, NameLongerThanTheCommandIsCut) {
+TEST_F(Piece, NameThatIsNotSentWholeIsRefused) {
   Open(&AnswersDone);
-  const std::string name(6000, 'n');
-  usb_.ExpectCommand(std::string("\x1B[0DOWNLOAD\x02\x30|").append(name).substr(0, 1024));
+  const std::string start = "\x1B[0DOWNLOAD\x02\x30|";
+  const std::string name(1024 - start.size() - 1, 'n');
+  usb_.ExpectCommand(start + name + "|");
   EXPECT_EQ(Send("A", name.c_str()), 0);
+  EXPECT_EQ(Send("A", (name + "n").c_str()), -1);
+  EXPECT_EQ(Send("A", std::string(6000, 'n').c_str()), -1);
 }
 
 // ------------------------------------------------------------------ a text in pieces

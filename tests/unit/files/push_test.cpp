@@ -326,10 +326,14 @@ TEST_F(Push, PathWithoutSlashHasNoBaseName) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(Push, LongNameIsCutAfter1022Bytes) {
-  const std::string name(2000, 'n');
-  ExpectPush(255, name.substr(0, 1022));
+TEST_F(Push, NameOf1022BytesIsSentAndALongerOneIsRefusedBeforeAnythingIs) {
+  const std::string name(1022, 'n');
+  ExpectPush(255, name);
   EXPECT_EQ(Run(255, name.c_str()), 0);
+  const std::size_t calls = usb_.Calls().size();
+  EXPECT_EQ(Run(255, (name + "n").c_str()), -1);
+  EXPECT_EQ(Z11DownLoadHead(0, '9', 9600, 2, file_.c_str(), (name + "n").c_str()), -1);
+  EXPECT_EQ(usb_.Calls().size(), calls);
 }
 
 TEST_F(Push, HeadIsStoredAsNamedWhateverTheType) {

@@ -48,7 +48,7 @@ int OpenAuxOn(const std::string& path, int type, int port, int baud, int lock) {
 }
 
 int Write(std::string_view text) {
-  const Bytes bytes = BytesOf(text);
+  Bytes bytes = BytesOf(text);
   return ICC_WriteLinuxAux(bytes.data(), static_cast<int>(bytes.size()));
 }
 

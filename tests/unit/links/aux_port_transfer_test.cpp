@@ -65,7 +65,7 @@ int Recorder(unsigned char*, int count) {
 TEST_F(AuxTransfer, WriteSendsPrefixPayloadAndSuffix) {
   VK_OpenAuxPort(3, 1, 9600, 0);
   const std::size_t before = tty_.Received().size();
-  const Bytes data = BytesOf(std::string_view("\x00\x1B\xFF\r\n", 5));
+  Bytes data = BytesOf(std::string_view("\x00\x1B\xFF\r\n", 5));
   EXPECT_EQ(ICC_WriteLinuxAux(data.data(), 5), 5);
   Bytes sent = tty_.Received();
   sent.erase(sent.begin(), sent.begin() + static_cast<std::ptrdiff_t>(before));
@@ -74,7 +74,7 @@ TEST_F(AuxTransfer, WriteSendsPrefixPayloadAndSuffix) {
 
 TEST_F(AuxTransfer, WriteGivesThePayloadsResultWhateverBecomesOfTheRest) {
   VK_OpenAuxPort(1, 1, 9600, 0);
-  const Bytes data = BytesOf("0123");
+  Bytes data = BytesOf("0123");
   tty_.NextWritesMove({-1, 3, -1, -1});
   EXPECT_EQ(ICC_WriteLinuxAux(data.data(), 4), 3);
   tty_.NextWritesMove({-1, 4, -1});

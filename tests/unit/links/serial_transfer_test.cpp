@@ -50,7 +50,7 @@ int Recorder(unsigned char*, int count) {
 }
 
 TEST_F(SerialTransfer, WriteSendsAllBytes) {
-  const Bytes data = BytesOf(std::string_view("\x00\x1B\xFF\r\n\x11\x13", 7));
+  Bytes data = BytesOf(std::string_view("\x00\x1B\xFF\r\n\x11\x13", 7));
   EXPECT_EQ(ICC_WriteLinuxCom(data.data(), 7), 7);
   EXPECT_EQ(tty_.Received(), data);
 }

@@ -98,31 +98,48 @@ TEST_F(Documents, ChineseNamesAreGbkInTheList) {
   EXPECT_THAT(OwnMessages(log), testing::Contains("szFileNameListGBK=/tmp/\xBA\xCF\xCD\xAC.pdf"));
 }
 
-TEST_F(Documents, ListEndsBeforeTheFirstByteThatIsNotUtf8) {
-  const std::string good = MakeFile("a.pdf");
-  const std::string bad = MakeFile("b\xFF.pdf");
-  ExpectPush(255, "/tmp/a.pdf");
-  ExpectPush(255, "/tmp/b\xFF.pdf");
-  usb_.ExpectCommand(
-      "\x1B[2YCNEWSHOWFILE\x02"
-      "0|30|/tmp/a.pdf|/tmp/b\x03");
-  EXPECT_EQ(Show(good + "|" + bad), 0);
+// A customer must not agree to a shorter list.
+TEST_F(Documents, ListThatIsNotUtf8IsRefusedBeforeAnythingIsSent) {
+  const std::string paths = MakeFile("a.pdf") + "|" + MakeFile("b\xFF.pdf");
+  const LogCapture log;
+  EXPECT_EQ(Show(paths), -1);
+  EXPECT_THAT(OwnMessages(log), IsEmpty());
+  EXPECT_EQ(Confirm(paths), -1);
+  EXPECT_EQ(decision_, 2);
+  EXPECT_THAT(OwnMessages(log), ElementsAre("param Error,return\n"));
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
 }
 
-TEST_F(Documents, ListIsCutAfter1024Bytes) {
+TEST_F(Documents, ListThatFillsItsRoomIsShownWhole) {
   const std::filesystem::path before = std::filesystem::current_path();
-  MakeFile("a");
   std::filesystem::current_path(directory_.Path());
+  const std::string name = std::string(93, 'n');
+  const std::string last = std::string(29, 'l');
+  MakeFile(name);
+  MakeFile(last);
   std::string paths;
   std::string places;
-  for (int i = 0; i < 150; ++i) {
-    ExpectPush(255, "/tmp/a");
-    paths.append("./a|");
-    places.append("/tmp/a|");
+  for (int i = 0; i < 10; ++i) {
+    ExpectPush(255, "/tmp/" + name);
+    paths.append("./").append(name).append("|");
+    places.append("/tmp/").append(name).append("|");
   }
-  usb_.ExpectCommand(std::string("\x1B[2YCNEWSHOWFILE\x02") + "0|30|" + places.substr(0, 1024) + "\x03");
-  EXPECT_EQ(Show(paths), 0);
+  ExpectPush(255, "/tmp/" + last);
+  places.append("/tmp/").append(last);
+  ASSERT_EQ(places.size(), 1024U);
+  usb_.ExpectCommand("\x1B[2YCNEWSHOWFILE\x02" + std::string("0|30|") + places + "\x03");
+  EXPECT_EQ(Show(paths + "./" + last), 0);
+  EXPECT_EQ(Show(paths + "./" + last + "l"), -1) << "one byte more";
   std::filesystem::current_path(before);
+}
+
+TEST_F(Documents, ListLongerThanItsRoomOnTheScreenIsRefusedBeforeAnythingIsSent) {
+  std::string paths;
+  for (int i = 0; i < 171; ++i) paths.append("./a|");  // 171 places of 6 bytes and a "|"
+  EXPECT_EQ(Show(paths), -1);
+  EXPECT_EQ(Confirm(paths), -1);
+  EXPECT_EQ(Show(std::string(1024, 'p')), -1) << "more than the push takes";
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
 }
 
 TEST_F(Documents, ShowingReturnsTheStatusOfItsSend) {

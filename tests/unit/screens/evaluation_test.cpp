@@ -176,19 +176,28 @@ TEST_F(Evaluation, PhotoNameThatIsNotUtf8EndsWhereItStopsBeing) {
             0);
 }
 
-TEST_F(Evaluation, CardLongerThanItsBufferIsCut) {
-  const std::string name(2000, 'n');
-  std::string command = "\x1B[4SETEVALINFOUTF8\x02";
-  command.append(name);
-  usb_.ExpectCommand(command.substr(0, 1023));
-  EXPECT_EQ(SetCard({.name = name.c_str()}), 0);
-  const std::string number(2000, '7');
-  command = "\x1B[4H\x02Li|";
-  command.append(number);
-  usb_.ExpectCommand(command.substr(0, 1023)).ExpectCommand(wire::kEvaluationTime30);
-  usb_.ExpectCommand(wire::kStartCounterRating).Answer(wire::kKey1);
-  ExpectClose();
-  EXPECT_EQ(CounterRate({.number = number.c_str(), .photo = nullptr}), 0);
+TEST_F(Evaluation, CardThatFillsItsCommandIsSentAndALongerOneIsRefusedBeforeAnythingIs) {
+  const std::string word = "\x1B[4SETEVALINFOUTF8\x02";
+  const std::string rest = "|0123|5|p.jpg\x03";
+  const std::string name(1023 - word.size() - rest.size(), 'n');
+  usb_.ExpectCommand(word + name + rest);
+  EXPECT_EQ(SetCard({.name = name.c_str(), .photo = "p.jpg"}), 0);
+  const std::size_t calls = usb_.Calls().size();
+  const std::string longer = name + "n";
+  EXPECT_EQ(SetCard({.name = longer.c_str(), .photo = "p.jpg"}), -1);
+  EXPECT_EQ(ShowCard({.name = std::string(1023, 'n').c_str(), .photo = "p.jpg"}), -1);
+  EXPECT_EQ(CounterRate({.name = std::string(1023, 'n').c_str(), .photo = "p.jpg"}), -1);
+  EXPECT_EQ(CounterRate({.photo = std::string(2000, 'p').c_str()}), -1);
+  EXPECT_EQ(usb_.Calls().size(), calls);
+}
+
+TEST_F(Evaluation, NumberThatMakesItsPhotosNameTooLongIsRefused) {
+  const std::string number(253, '7');
+  EXPECT_EQ(SetCard({.number = number.c_str(), .photo = nullptr}), -1);
+  EXPECT_EQ(ShowCard({.number = number.c_str(), .photo = nullptr}), -1);
+  usb_.ExpectCommand("\x1B[4SETEVALINFOUTF8\x02Li|" + number.substr(1) + "|5|" + number.substr(1) +
+                     ".jpg\x03");
+  EXPECT_EQ(SetCard({.number = number.substr(1).c_str(), .photo = nullptr}), 0);
 }
 
 TEST_F(Evaluation, AbsentTerminalIsMinus3FromTheDrain) {
