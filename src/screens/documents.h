@@ -5,8 +5,10 @@
  * Common arguments
  *   iBaudRate   accepted; USB has none
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
- *               are GBK: it ends before the first byte that is not UTF-8, and after 1024 bytes
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. The files are stored under
+ *               their base names as handed in, while the terminal's encoding is GBK: prefer ASCII names. On the
+ *               screen's list the names are GBK: it ends before the first byte that is not UTF-8, and after 1024
+ *               bytes
  *
  * Common results
  *   0    success

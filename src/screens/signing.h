@@ -7,9 +7,12 @@
  *   iBaudRate   accepted; USB has none
  *   szLink      in; its first character is passed to the pull, where it means nothing; may be NULL
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. On the screen's list the names
- *               are GBK: it ends before the first byte that is not UTF-8, and after 4096 bytes
- *   szLocation  in; where to sign, as the terminal takes it; sent as it is
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them. The files are stored under
+ *               their base names as handed in, while the terminal's encoding is GBK: prefer ASCII names. On the
+ *               screen's list the names are GBK: it ends before the first byte that is not UTF-8, and after 4096
+ *               bytes
+ *   szLocation  in; where to sign, as the terminal takes it; its bytes go as they are handed in, the terminal's
+ *               encoding is GBK
  *   szSignPath  in; local file for the picture, written anew; NULL or empty: no picture is fetched
  *   szSignData  out; the stroke data, the whole file without a terminator. Its size is not passed: make room for the
  *               file. NULL is passed over
