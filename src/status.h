@@ -35,7 +35,7 @@ struct GwqFunctionText {
   int status;            /* the value */
   const char* functions; /* their names, separated by single spaces */
   const char* cause[2];  /* by enum GwqLanguage */
-  const char* remedy[2]; /* by enum GwqLanguage; NULL where the general remedy fits */
+  const char* remedy[2]; /* by enum GwqLanguage; empty where the general remedy fits */
 };
 
 /* Finds all that is known of a status. A positive value, which is a count, a choice or the PIN pad's own status word, has the
@@ -183,9 +183,9 @@ static inline const struct GwqStatusText* GwqFindStatus(int status) {
  *   name   in; a word; NULL is none
  * Returns 1 if so, else 0. */
 static inline int GwqListHolds(const char* names, const char* name) {
-  const size_t length = name == NULL ? 0 : strlen(name);
+  const size_t length = name ? strlen(name) : 0;
   if (length == 0) return 0;
-  for (const char* at = strstr(names, name); at != NULL; at = strstr(at + 1, name)) {
+  for (const char* at = strstr(names, name); at; at = strstr(at + 1, name)) {
     if ((at == names || at[-1] == ' ') && (at[length] == ' ' || at[length] == '\0')) return 1;
   }
   return 0;
@@ -193,7 +193,7 @@ static inline int GwqListHolds(const char* names, const char* name) {
 
 /* Finds what a status means for one function in particular.
  *   function  in; its name, such as "MP_SignPDF"; NULL is none
- * Returns the row, or NULL where only the general texts are known. */
+ * Returns the row; where only the general texts are known, one whose texts are empty. */
 static inline const struct GwqFunctionText* GwqFindFunctionText(const char* function, int status) {
   static const struct GwqFunctionText texts[] = {
       {GWQ_BAD_ARGUMENT,
@@ -237,13 +237,13 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
        "PN_GetInNo",
        {"An argument is missing or out of range, or the prompt is not UTF-8.",
         "参数缺失或超出范围，或提示文本不是 UTF-8。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_BAD_ARGUMENT,
        "MP_DownloadFile",
        {"File type or save type is unknown, the firmware package's extension does not begin with dat, or a "
         "file cannot be read.",
         "文件类型或保存类型未知，升级包扩展名不以 dat 开头，或文件无法读取。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_NO_ANSWER,
        "MP_SignPDF MP_SignPDF_Voice MP_Sign_With_TZG",
        {"The customer did not sign in time, or the terminal could not store a document.",
@@ -360,7 +360,7 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
       {GWQ_REFUSED,
        "MP_StartInfoHtml",
        {"The answer was no key of this screen.", "应答不是该界面的按键。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_REFUSED,
        "MP_StartElectronicCard MP_SetEvaluateInfo",
        {"The teller's card could not be sent.", "柜员信息未能发送。"},
@@ -388,7 +388,7 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
        "PN_GetStringBlock",
        {"The terminal did not encipher the text, or the result could not be fetched.",
         "终端未能加密文本，或结果无法取回。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_REFUSED,
        "GWQ_UpdateMKey GWQ_DownLoadWKey GWQ_ActiveWKey",
        {"The terminal refused the key, or its place, or the old key.", "终端拒绝了密钥、密钥位置或旧密钥。"},
@@ -416,25 +416,26 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
       {GWQ_CANCELLED,
        "HIDDownLoad DownVideoFile",
        {"The program stopped the transfer (CancelWrite).", "程序已停止传输（CancelWrite）。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_TOO_SMALL,
        "MP_FindHeadPhoto GetVideoList",
        {"The list is longer than the buffer, or an output is NULL.", "列表超出缓冲区大小，或输出参数为空。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_TOO_SMALL,
        "GWQ_ReadPin",
        {"The PIN is longer than the buffer.", "密码长度超出缓冲区大小。"},
-       {NULL, NULL}},
+       {"", ""}},
       {GWQ_TOO_SMALL,
        "MP_SignPDF MP_SignPDF_Voice MP_Sign_With_TZG MP_StartInfoHtml MP_StartInfoHtmlScreenshot "
        "MP_CheckOut_All GWQ_StartInfo PN_GetInNo",
        {"There is no memory left for the texts.", "内存不足，无法处理文本。"},
        {"Pass shorter texts, or free memory.", "请缩短文本，或释放内存。"}},
   };
+  static const struct GwqFunctionText none = {0, "", {"", ""}, {"", ""}};
   for (size_t i = 0; i < sizeof texts / sizeof texts[0]; ++i) {
     if (texts[i].status == status && GwqListHolds(texts[i].functions, function)) return &texts[i];
   }
-  return NULL;
+  return &none;
 }
 
 /* Returns the constant's name, such as "GWQ_NO_ANSWER". */
@@ -455,16 +456,15 @@ static inline const char* GwqStatusRemedy(int status, int language) {
 /* Returns why a function returned a status, in a sentence: as GwqStatusCause, but for this function.
  *   function  in; its name, such as "MP_SignPDF"; NULL or an unknown one: the general cause */
 static inline const char* GwqStatusCauseOf(const char* function, int status, int language) {
-  const struct GwqFunctionText* text = GwqFindFunctionText(function, status);
-  return text == NULL ? GwqStatusCause(status, language) : text->cause[language == GWQ_CHINESE];
+  const char* own = GwqFindFunctionText(function, status)->cause[language == GWQ_CHINESE];
+  return *own == '\0' ? GwqStatusCause(status, language) : own;
 }
 
 /* Returns what to do about it, in a sentence: as GwqStatusRemedy, but for this function.
  *   function  in; as GwqStatusCauseOf */
 static inline const char* GwqStatusRemedyOf(const char* function, int status, int language) {
-  const struct GwqFunctionText* text = GwqFindFunctionText(function, status);
-  const char* remedy = text == NULL ? NULL : text->remedy[language == GWQ_CHINESE];
-  return remedy == NULL ? GwqStatusRemedy(status, language) : remedy;
+  const char* own = GwqFindFunctionText(function, status)->remedy[language == GWQ_CHINESE];
+  return *own == '\0' ? GwqStatusRemedy(status, language) : own;
 }
 
 #endif

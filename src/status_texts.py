@@ -3,7 +3,7 @@ import ast
 import re
 
 COMMENT = re.compile(r'/\*.*?\*/', re.DOTALL)
-TOKEN = re.compile(r'(?P<text>"(?:[^"\\]|\\.)*")|(?P<name>\bGWQ_\w+)|(?P<null>\bNULL\b)|(?P<brace>[{}])')
+TOKEN = re.compile(r'(?P<text>"(?:[^"\\]|\\.)*")|(?P<name>\bGWQ_\w+)|(?P<brace>[{}])')
 
 
 def source(path):
@@ -24,8 +24,6 @@ def initializer(source_dir, declaration):
     def python(token):
         if token['brace']:
             return '(' if token['brace'] == '{' else ')'
-        if token['null']:
-            return 'None'
         return token['text'] or str(values[token['name']])
 
     return ast.literal_eval(' '.join(TOKEN.sub(python, c).split()))
