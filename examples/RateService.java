@@ -19,6 +19,7 @@ public final class RateService {
     int MP_StartEvaluate(Pointer ignored1, Pointer ignored2, int baud, int timeout, byte[] rating);
   }
 
+  /** What a status means stands in interface.json, beside the list of functions. */
   private static void check(String call, int status) {
     if (status != 0) throw new IllegalStateException(call + ": status " + status);
   }

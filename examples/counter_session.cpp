@@ -36,7 +36,7 @@ void ShowTerminal(const Counter& session) {
   std::string answer(4096 + 1024, '\0');
   int length = 4096;
   const int command_length = static_cast<int>(std::strlen(command));
-  Check(TransProc(session.port, kBaud, command, command_length, answer.data(), &length, 2000),
+  Check("TransProc", TransProc(session.port, kBaud, command, command_length, answer.data(), &length, 2000),
         "asking for the version");
   const std::string version = length < 2 ? "" : answer.substr(1, static_cast<std::size_t>(length) - 2);
   Say("terminal version | build date", version);
@@ -46,7 +46,7 @@ void ShowTerminal(const Counter& session) {
 void ShowBuildDate(const Counter& session) {
   if (session.port != 0) return;
   char date[9] = "";
-  Check(GWQ_GetVerBuildDate(0, 0, kBaud, date), "asking for the build date");
+  Check("GWQ_GetVerBuildDate", GWQ_GetVerBuildDate(0, 0, kBaud, date), "asking for the build date");
   Say("build date", std::string(date) + (CheckUtf8version() == 1 ? ", takes UTF-8 text" : ", GBK text only"));
 }
 
@@ -62,25 +62,28 @@ example::Key NewWorkingKey(const example::Key& master) {
 }
 
 void LoadKeys(Counter& session) {
-  Check(GWQ_ResetKey(session.port, kBaud), "resetting the keys");
+  Check("GWQ_ResetKey", GWQ_ResetKey(session.port, kBaud), "resetting the keys");
   const example::Key master = example::NewKey();
   std::string new_key = example::Hex(master);
   std::string old_key(kFactoryKey);
-  Check(GWQ_UpdateMKey(session.port, kBaud, kMaster, new_key.data(), old_key.data()),
+  Check("GWQ_UpdateMKey", GWQ_UpdateMKey(session.port, kBaud, kMaster, new_key.data(), old_key.data()),
         "loading the master key");
   Say("new master key", "accepted in place 3");
   session.working = NewWorkingKey(master);
   std::string sent = example::Hex(example::Encipher(session.working, master));
-  Check(GWQ_DownLoadWKey(session.port, kBaud, kMaster, kWorking, sent.data()), "loading the working key");
-  Check(GWQ_ActiveWKey(session.port, kBaud, kMaster, kWorking), "activating the working key");
+  Check("GWQ_DownLoadWKey", GWQ_DownLoadWKey(session.port, kBaud, kMaster, kWorking, sent.data()),
+        "loading the working key");
+  Check("GWQ_ActiveWKey", GWQ_ActiveWKey(session.port, kBaud, kMaster, kWorking),
+        "activating the working key");
   Say("working key, enciphered under it", "accepted in place 3/7 and active");
 }
 
 std::string ReadClearPin(const Counter& session) {
-  Check(GWQ_SetPinLen(session.port, kBaud, kPinDigits), "setting the PIN length");
+  Check("GWQ_SetPinLen", GWQ_SetPinLen(session.port, kBaud, kPinDigits), "setting the PIN length");
   Say("PIN length", std::to_string(kPinDigits) + " digits");
   char pin[15] = "";
-  Check(GWQ_ReadPin(session.port, kBaud, 0, kEntrySeconds, pin, sizeof pin - 1), "reading a PIN in clear");
+  Check("GWQ_ReadPin", GWQ_ReadPin(session.port, kBaud, 0, kEntrySeconds, pin, sizeof pin - 1),
+        "reading a PIN in clear");
   Say("PIN in clear", pin);
   return pin;
 }
@@ -95,11 +98,13 @@ void ShowRecovered(const Counter& session, const char* what, const char* block, 
 
 void ReadPinBlocks(const Counter& session, const std::string& expected) {
   std::string block(1025, '\0');
-  Check(GWQ_ReadPinDES(session.port, kBaud, 1, 0, kEntrySeconds, block.data()), "reading a DES PIN block");
+  Check("GWQ_ReadPinDES", GWQ_ReadPinDES(session.port, kBaud, 1, 0, kEntrySeconds, block.data()),
+        "reading a DES PIN block");
   ShowRecovered(session, "DES PIN block", block.c_str(), "", expected);
   block.assign(1025, '\0');
   std::string account = session.account;
-  Check(GWQ_ReadPinAnsi(session.port, kBaud, 1, 0, kEntrySeconds, account.data(), block.data()),
+  Check("GWQ_ReadPinAnsi",
+        GWQ_ReadPinAnsi(session.port, kBaud, 1, 0, kEntrySeconds, account.data(), block.data()),
         "reading an ANSI PIN block");
   ShowRecovered(session, "ANSI PIN block", block.c_str(), session.account, expected);
 }

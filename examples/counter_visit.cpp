@@ -50,15 +50,18 @@ std::string PictureSize(const fs::path& path) {
 }
 
 void ShowTeller() {
-  Check(MP_StartElectronicCard(nullptr, nullptr, kBaud, kSeconds, kTeller, kTellerNumber, kStars, nullptr),
+  Check("MP_StartElectronicCard",
+        MP_StartElectronicCard(nullptr, nullptr, kBaud, kSeconds, kTeller, kTellerNumber, kStars, nullptr),
         "showing the teller's card");
   Say("teller's card",
       std::string(kTeller) + ", " + kTellerNumber + ", " + std::to_string(kStars) + " stars");
 }
 
 void ConfirmPage(const fs::path& page, const fs::path& picture) {
+  example::CheckWritable(picture);
   int key = -1;
-  Check(MP_StartInfoHtmlScreenshot(nullptr, kLink, kBaud, kSeconds, 1, ContentOf(page).c_str(),
+  Check("MP_StartInfoHtmlScreenshot",
+        MP_StartInfoHtmlScreenshot(nullptr, kLink, kBaud, kSeconds, 1, ContentOf(page).c_str(),
                                    picture.c_str(), &key),
         "showing the information page");
   if (key != 0) throw std::runtime_error("the customer did not confirm the page");
@@ -71,18 +74,22 @@ void KeyPin() {
 }
 
 void Agree(const fs::path& agreement) {
-  Check(MP_ShowPDF(nullptr, nullptr, kBaud, kSeconds, agreement.c_str()), "showing the agreement");
+  Check("MP_ShowPDF", MP_ShowPDF(nullptr, nullptr, kBaud, kSeconds, agreement.c_str()),
+        "showing the agreement");
   Say("agreement on the screen", agreement.filename());
   int decision = -1;
-  Check(MP_ConfirmPDF(nullptr, nullptr, kBaud, kSeconds, agreement.c_str(), &decision),
+  Check("MP_ConfirmPDF", MP_ConfirmPDF(nullptr, nullptr, kBaud, kSeconds, agreement.c_str(), &decision),
         "asking for agreement");
   if (decision != 0) throw std::runtime_error("the customer does not agree");
   Say("the customer", "agrees");
 }
 
 void Sign(const fs::path& agreement, const fs::path& picture) {
+  example::CheckWritable(picture);
+  example::CheckWritable(picture.parent_path() / "hw.data");
   std::string strokes(1 << 20, '\0');
-  Check(MP_SignPDF_Voice(nullptr, kLink, kBaud, kSeconds, agreement.c_str(), "1,300,100", "请在屏幕上签名",
+  Check("MP_SignPDF_Voice",
+        MP_SignPDF_Voice(nullptr, kLink, kBaud, kSeconds, agreement.c_str(), "1,300,100", "请在屏幕上签名",
                          picture.c_str(), strokes.data()),
         "having the agreement signed");
   std::istringstream lines(strokes.c_str());
@@ -93,23 +100,27 @@ void Sign(const fs::path& agreement, const fs::path& picture) {
 
 void CheckOut() {
   char result[2048] = "";
-  Check(MP_CheckOut_All(nullptr, nullptr, kBaud, kSeconds, "开户 Account opening", "工本费 5.00", result),
+  Check("MP_CheckOut_All",
+        MP_CheckOut_All(nullptr, nullptr, kBaud, kSeconds, "开户 Account opening", "工本费 5.00", result),
         "checking out");
   Say("checkout", result);
 }
 
 void Rate() {
-  Check(MP_SetEvaluateInfo(nullptr, nullptr, kBaud, kTeller, kTellerNumber, kStars, nullptr),
+  Check("MP_SetEvaluateInfo",
+        MP_SetEvaluateInfo(nullptr, nullptr, kBaud, kTeller, kTellerNumber, kStars, nullptr),
         "setting the teller's card");
   char rating[2] = "";
-  Check(MP_StartEvaluate(nullptr, nullptr, kBaud, kSeconds, rating), "asking for a rating");
+  Check("MP_StartEvaluate", MP_StartEvaluate(nullptr, nullptr, kBaud, kSeconds, rating),
+        "asking for a rating");
   Say("rating", rating);
 }
 
 void Describe(const fs::path& path) {
   std::string json(1 << 16, '\0');
   int length = static_cast<int>(json.size());
-  Check(DEV_CommCall(R"({"RequestBaudRate": 115200})", 0, json.data(), &length), "describing the terminal");
+  Check("DEV_CommCall", DEV_CommCall(R"({"RequestBaudRate": 115200})", 0, json.data(), &length),
+        "describing the terminal");
   json.resize(static_cast<std::size_t>(length));
   std::ofstream(path) << json << "\n";
   Say("the terminal's description", path.filename());
@@ -134,5 +145,5 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: counter_visit FILES OUT\n");
     return 2;
   }
-  return example::Run("counter_visit", [&] { Visit(argv[1], argv[2]); });
+  return example::Run("counter_visit", [&] { Visit(fs::absolute(argv[1]), fs::absolute(argv[2])); });
 }

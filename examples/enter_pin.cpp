@@ -38,8 +38,9 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
+    const std::vector<unsigned char> block = EnterPin(argv[1], argv[2], argv[3]);
     std::printf("PIN block: ");
-    for (const unsigned byte : EnterPin(argv[1], argv[2], argv[3])) std::printf("%02X", byte);
+    for (const unsigned byte : block) std::printf("%02X", byte);
     std::printf("\n");
     return 0;
   } catch (const Error& error) {

@@ -63,7 +63,7 @@ void PushDocuments(const Places& places) {
   const fs::path paper = places.files / "agreement.pdf";
   const fs::path page = places.files / "welcome.html";
   std::array<char, 4096> stored{};
-  Check(pushFileToZ11((paper.string() + "|" + page.string()).c_str(), stored.data()),
+  Check("pushFileToZ11", pushFileToZ11((paper.string() + "|" + page.string()).c_str(), stored.data()),
         "pushing the documents");
   Say("pushed", stored.data());
   SayTravelled(places, paper, "/tmp/agreement.pdf");
@@ -72,7 +72,7 @@ void PushDocuments(const Places& places) {
 
 void SayPictures(const char* when) {
   std::array<char, 1024> names{};
-  Check(MP_GetFileList("", "", kBaud, "", kPictures, names.data()), "listing the pictures");
+  Check("MP_GetFileList", MP_GetFileList("", "", kBaud, "", kPictures, names.data()), "listing the pictures");
   Say(std::string("idle pictures ") + when, names.data());
 }
 
@@ -82,11 +82,13 @@ void ChangePictures(const Places& places) {
   const fs::path second = places.out / "offer-2.png";
   fs::copy_file(picture, second, fs::copy_options::overwrite_existing);
   std::string list = picture.string() + "|" + second.string();
-  Check(MP_DownloadFile("", "", kBaud, "", kPictures, list.data(), kAdd), "adding the pictures");
+  Check("MP_DownloadFile", MP_DownloadFile("", "", kBaud, "", kPictures, list.data(), kAdd),
+        "adding the pictures");
   SayTravelled(places, picture, "/mnt/internal_sd/media/picture/offer.png");
   SayPictures("after adding two");
   std::string gone = "offer-2.png";
-  Check(MP_DownloadFile("", "", kBaud, "", kPictures, gone.data(), kDeleteListed), "deleting a picture");
+  Check("MP_DownloadFile", MP_DownloadFile("", "", kBaud, "", kPictures, gone.data(), kDeleteListed),
+        "deleting a picture");
   SayPictures("after deleting one");
   fs::remove(second);
 }
@@ -94,7 +96,8 @@ void ChangePictures(const Places& places) {
 void PullFrom(const Places& places, const std::string& place, const std::string& name) {
   std::string command = "\x1B[0PULLFILE\x02" + place + "\x03";
   std::string path = (places.out / name).string();
-  Check(PullFile(0, '9', kBaud, 3000, static_cast<int>(command.size()), command.data(), path.data()),
+  Check("PullFile",
+        PullFile(0, '9', kBaud, 3000, static_cast<int>(command.size()), command.data(), path.data()),
         "pulling " + place);
   SayTravelled(places, path, place);
 }
@@ -115,6 +118,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   return example::Run("file_session", [&] {
-    Session({argv[1], argv[2], argc > 3 ? std::optional<fs::path>(argv[3]) : std::nullopt});
+    Session({fs::absolute(argv[1]), fs::absolute(argv[2]),
+             argc > 3 ? std::optional<fs::path>(argv[3]) : std::nullopt});
   });
 }

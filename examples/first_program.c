@@ -6,7 +6,7 @@ int main(void) {
   char date[9] = "";
   const int status = GWQ_GetVerBuildDate(0, 0, 9600, date);
   if (status != GWQ_OK) {
-    fprintf(stderr, "no terminal: status %d\n", status);
+    fprintf(stderr, "%s\n", GwqStatusCauseOf("GWQ_GetVerBuildDate", status, GWQ_ENGLISH));
     return 1;
   }
   printf("terminal software of %s\n", date);

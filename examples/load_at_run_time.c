@@ -20,7 +20,9 @@ int main(void) {
     return 1;
   }
   const int status = PrintBuildDate(library);
-  if (status != GWQ_OK) fprintf(stderr, "no build date: %s\n", GwqStatusCause(status, GWQ_ENGLISH));
+  if (status != GWQ_OK) {
+    fprintf(stderr, "no build date: %s\n", GwqStatusCauseOf("GWQ_GetVerBuildDate", status, GWQ_ENGLISH));
+  }
   dlclose(library);
   return status == GWQ_OK ? 0 : 1;
 }

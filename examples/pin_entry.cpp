@@ -14,7 +14,8 @@ constexpr int kSm2 = 2;
 
 std::string PublicKey(int baud, int kind, int bits) {
   std::string key(4096, '\0');
-  Check(PN_ObtainPublicKey(0, nullptr, baud, kind, bits, key.data()), "reading the public key");
+  Check("PN_ObtainPublicKey", PN_ObtainPublicKey(0, nullptr, baud, kind, bits, key.data()),
+        "reading the public key");
   key.resize(std::strlen(key.c_str()));
   Say(kind == kRsa ? "the pad's RSA modulus" : "the pad's SM2 point", Short(key));
   return key;
@@ -22,7 +23,7 @@ std::string PublicKey(int baud, int kind, int bits) {
 
 std::string NewFactor(int baud) {
   std::string factor(1024, '\0');
-  Check(PN_ObtainFactor(0, nullptr, baud, "1", factor.data()), "having a factor made");
+  Check("PN_ObtainFactor", PN_ObtainFactor(0, nullptr, baud, "1", factor.data()), "having a factor made");
   factor.resize(std::strlen(factor.c_str()));
   Say("the pad's new factor", factor);
   return factor;
@@ -30,7 +31,8 @@ std::string NewFactor(int baud) {
 
 void Load(int baud, const std::string& enciphered, const std::string& verify_key) {
   const std::string factor = NewFactor(baud);
-  Check(PN_DownloadPinPadWK(0, nullptr, baud, factor.c_str(), "1", enciphered.c_str(), verify_key.c_str()),
+  Check("PN_DownloadPinPadWK",
+        PN_DownloadPinPadWK(0, nullptr, baud, factor.c_str(), "1", enciphered.c_str(), verify_key.c_str()),
         "loading the working key");
   Say("working key for this pad", Short(enciphered));
   Say("verify key, accepted", verify_key);
@@ -39,7 +41,8 @@ void Load(int baud, const std::string& enciphered, const std::string& verify_key
 }  // namespace
 
 Key LoadWorkingKey(int baud, Algorithm algorithm) {
-  Check(PN_SetPinPadParameter(0, nullptr, baud, static_cast<int>(algorithm), kPinDigits, 0, "F"),
+  Check("PN_SetPinPadParameter",
+        PN_SetPinPadParameter(0, nullptr, baud, static_cast<int>(algorithm), kPinDigits, 0, "F"),
         "setting the entry's parameters");
   const Key key = NewKey();
   const std::string enciphered = algorithm == Algorithm::kSm4
@@ -53,7 +56,8 @@ std::string EnterPin(int baud, const std::string& account, const Key& key, Algor
   char factor[1024] = "";
   unsigned char block[1024] = {};
   int length = kPinDigits;
-  Check(PN_GetPinBlockShowString(0, nullptr, baud, kEntrySeconds, static_cast<int>(algorithm), 0,
+  Check("PN_GetPinBlockShowString",
+        PN_GetPinBlockShowString(0, nullptr, baud, kEntrySeconds, static_cast<int>(algorithm), 0,
                                  kBoundToAccount, account.c_str(), factor, block, &length,
                                  "Please key your PIN"),
         "reading a PIN block");

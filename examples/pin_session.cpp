@@ -30,7 +30,8 @@ void EncipherText() {
   std::vector<char> file(1 << 16);
   std::vector<char> answer(4097);
   int length = static_cast<int>(text.size());
-  Check(PN_GetStringBlock(0, nullptr, kBaud, kSeconds, static_cast<int>(Algorithm::kSm4), text.c_str(),
+  Check("PN_GetStringBlock",
+        PN_GetStringBlock(0, nullptr, kBaud, kSeconds, static_cast<int>(Algorithm::kSm4), text.c_str(),
                           file.data(), &length, answer.data()),
         "enciphering a text");
   Say("a text, enciphered by the terminal", example::Short(answer.data()));
@@ -38,7 +39,7 @@ void EncipherText() {
 
 void AskNumber() {
   std::vector<char> number(1025);
-  Check(PN_GetInNo(0, nullptr, kBaud, kSeconds, 11, 0, "请输入手机号码", number.data()),
+  Check("PN_GetInNo", PN_GetInNo(0, nullptr, kBaud, kSeconds, 11, 0, "请输入手机号码", number.data()),
         "asking for a number");
   Say("the number that was asked for", number.data());
 }
@@ -46,7 +47,7 @@ void AskNumber() {
 void Session(const std::string& account) {
   std::printf("PIN pad session, account %s\n", account.c_str());
   char id[1024] = "";
-  Check(PN_ReadDeviceId(0, nullptr, kBaud, id), "reading the serial number");
+  Check("PN_ReadDeviceId", PN_ReadDeviceId(0, nullptr, kBaud, id), "reading the serial number");
   Say("the terminal's serial number", id);
   const std::string pin = Enter(account, Algorithm::kTripleDes);
   if (Enter(account, Algorithm::kSm4) != pin) throw std::runtime_error("the two blocks hold different PINs");

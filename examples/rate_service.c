@@ -4,19 +4,22 @@
 
 enum { kBaud = 115200, kSeconds = 30, kStars = 5 };
 
-/* A character "1" to "3" as keyed, "4" for the terminal's key 0, or nothing. */
+static int Failed(const char* function, int status) {
+  fprintf(stderr, "no rating: %s\n", GwqStatusCauseOf(function, status, GWQ_ENGLISH));
+  return 0;
+}
+
+/* A character "1" to "3" as keyed, "4" for a customer who does not rate, or nothing. Returns 1 when it was asked for. */
 static int Rate(char rating[2]) {
-  const int status = MP_SetEvaluateInfo(NULL, NULL, kBaud, "王芳", "0123", kStars, NULL);
-  return status == GWQ_OK ? MP_StartEvaluate(NULL, NULL, kBaud, kSeconds, rating) : status;
+  int status = MP_SetEvaluateInfo(NULL, NULL, kBaud, "王芳", "0123", kStars, NULL);
+  if (status != GWQ_OK) return Failed("MP_SetEvaluateInfo", status);
+  status = MP_StartEvaluate(NULL, NULL, kBaud, kSeconds, rating);
+  return status == GWQ_OK ? 1 : Failed("MP_StartEvaluate", status);
 }
 
 int main(void) {
   char rating[2] = "";
-  const int status = Rate(rating);
-  if (status != GWQ_OK || rating[0] == '\0') {
-    fprintf(stderr, "no rating: %s\n", GwqStatusCause(status, GWQ_ENGLISH));
-    return 1;
-  }
+  if (!Rate(rating) || rating[0] == '\0') return 1;
   printf("rating: %s\n", rating);
   return 0;
 }

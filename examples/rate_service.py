@@ -12,7 +12,7 @@ def main() -> None:
     with ThreadPoolExecutor(1) as pool:
         try:
             rating = pool.submit(terminal.rate, seconds=30)
-            print(f"rating: {rating.result()}")
+            print(f"rating: {rating.result():d}")
         except KeyboardInterrupt:
             terminal.cancel()
             raise

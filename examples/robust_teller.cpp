@@ -47,7 +47,7 @@ struct Visit {
 
 std::string BuildDate() {
   std::array<char, 9> date{};
-  Check(GWQ_GetVerBuildDate(0, 0, kBaud, date.data()), "asking for the build date");
+  Check("GWQ_GetVerBuildDate", GWQ_GetVerBuildDate(0, 0, kBaud, date.data()), "asking for the build date");
   return date.data();
 }
 
@@ -92,12 +92,15 @@ void Send(const std::string& document) {
 }
 
 void Sign(const Visit& visit) {
+  example::CheckWritable(visit.picture);
+  example::CheckWritable(fs::path(visit.picture).parent_path() / "hw.data");
   Send(visit.document);
   for (int attempt = 1; attempt <= kAttempts; ++attempt) {
     const int status = AskToSign(visit);
     if (status == GWQ_OK) return Say("signature", visit.picture);
     if (status == GWQ_NO_ANSWER) Stop("the customer does not sign; have they left?");
-    if (status != GWQ_CANCELLED) Stop("signing failed with status " + std::to_string(status));
+    if (status != GWQ_CANCELLED)
+      Stop("signing failed. " + example::Reason(visit.tzg ? "MP_Sign_With_TZG" : "MP_SignPDF_Voice", status));
     Say("signing, cancelled", "attempt " + std::to_string(attempt));
   }
   throw std::runtime_error("the customer does not want to sign");
@@ -117,21 +120,22 @@ example::Key NewWorkingKey(const example::Key& master) {
 }
 
 example::Key LoadKeys() {
-  Check(GWQ_ResetKey(0, kBaud), "resetting the keys");
+  Check("GWQ_ResetKey", GWQ_ResetKey(0, kBaud), "resetting the keys");
   const example::Key master = example::NewKey();
-  Check(GWQ_UpdateMKey(0, kBaud, kMaster, example::Hex(master).c_str(), kFactoryKey),
+  Check("GWQ_UpdateMKey", GWQ_UpdateMKey(0, kBaud, kMaster, example::Hex(master).c_str(), kFactoryKey),
         "loading the master key");
   const example::Key working = NewWorkingKey(master);
   const std::string sent = example::Hex(example::Encipher(working, master));
-  Check(GWQ_DownLoadWKey(0, kBaud, kMaster, kWorking, sent.c_str()), "loading the working key");
-  Check(GWQ_ActiveWKey(0, kBaud, kMaster, kWorking), "activating the working key");
+  Check("GWQ_DownLoadWKey", GWQ_DownLoadWKey(0, kBaud, kMaster, kWorking, sent.c_str()),
+        "loading the working key");
+  Check("GWQ_ActiveWKey", GWQ_ActiveWKey(0, kBaud, kMaster, kWorking), "activating the working key");
   Say("keys", "loaded");
   return working;
 }
 
 int AskForPin(int seconds, std::string& block) {
   block.assign(1025, '\0');
-  Check(GWQ_SetPinLen(0, kBaud, kPinDigits), "setting the PIN length");
+  Check("GWQ_SetPinLen", GWQ_SetPinLen(0, kBaud, kPinDigits), "setting the PIN length");
   const int status = GWQ_ReadPinAnsi(0, kBaud, 1, 0, seconds, kAccount, block.data());
   block.resize(block.find('\0'));
   return status;
@@ -176,6 +180,6 @@ int main(int argc, char** argv) {
     return 2;
   }
   return example::Run("robust_teller", [&] {
-    Serve({argv[first], argv[first + 1], std::atoi(argv[first + 2]), tzg, pin});
+    Serve({fs::absolute(argv[first]), fs::absolute(argv[first + 1]), std::atoi(argv[first + 2]), tzg, pin});
   });
 }

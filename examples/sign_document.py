@@ -2,12 +2,12 @@
 """Has the customer agree to a document and sign it, on the terminal on USB: sign_document.py DOCUMENT PICTURE."""
 import sys
 
-from gwq import GwqError, Terminal
+from gwq import Answer, GwqError, Terminal
 
 
 def main(document: str, picture: str) -> None:
     terminal = Terminal()
-    if not terminal.confirm_documents(document):
+    if terminal.confirm_documents(document) is not Answer.CONFIRMED:
         sys.exit("the customer does not agree")
     signature = terminal.sign_documents(document, picture, place="1,300,100", voice="请在屏幕上签名")
     points = signature.strokes.count(b"\n")
@@ -21,3 +21,5 @@ if __name__ == "__main__":
         main(*sys.argv[1:])
     except GwqError as failed:
         sys.exit(f"not signed: {failed} {failed.text.remedy}")
+    except OSError as failed:
+        sys.exit(f"not signed: {failed}")

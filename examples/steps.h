@@ -4,14 +4,26 @@
 #include <gwq.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
 namespace example {
 
-inline void Check(int status, const std::string& step) {
-  if (status == GWQ_OK) return;
-  throw std::runtime_error(step + " failed with status " + std::to_string(status));
+// "MP_SignPDF: The customer did not sign in time... (GWQ_NO_ANSWER)"
+inline std::string Reason(const char* call, int status) {
+  return std::string(call) + ": " + GwqStatusCauseOf(call, status, GWQ_ENGLISH) + " (" +
+         GwqStatusName(status) + ")";
+}
+
+inline void Check(const char* call, int status, const std::string& step) {
+  if (status != GWQ_OK) throw std::runtime_error(step + " failed. " + Reason(call, status));
+}
+
+// Before the customer is asked: whether the file can be written into which something of theirs goes.
+inline void CheckWritable(const std::filesystem::path& file) {
+  if (!std::ofstream(file, std::ios::app)) throw std::runtime_error("cannot write " + file.string());
 }
 
 inline void Say(const std::string& asked, const std::string& came_back) {

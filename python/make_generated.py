@@ -3,32 +3,18 @@
 
 make_generated.py [--check]   with --check it writes nothing and fails if the file is another one
 """
-import ast
 import json
 import pathlib
 import re
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
+SOURCE = HERE.parent / 'src'
 OUTPUT = HERE / 'gwq' / '_generated.py'
-COMMENT = re.compile(r'/\*.*?\*/', re.DOTALL)
-TOKEN = re.compile(r'(?P<text>"(?:[^"\\]|\\.)*")|(?P<name>\bGWQ_\w+)|(?P<brace>[{}])')
 
-
-def source(name):
-    return COMMENT.sub('', (HERE.parent / name).read_text(encoding='utf-8'))
-
-
-def initializer(header, declaration, values):
-    """A C initializer of numbers, names and texts, as Python tuples."""
-    c = re.search(re.escape(declaration) + r'\s*=\s*(\{.*?\});', header, re.DOTALL)[1]
-
-    def python(token):
-        if token['brace']:
-            return '(' if token['brace'] == '{' else ')'
-        return token['text'] or str(values[token['name']])
-
-    return ast.literal_eval(' '.join(TOKEN.sub(python, c).split()))
+sys.dont_write_bytecode = True
+sys.path.append(str(SOURCE))
+import status_texts  # noqa: E402
 
 
 def status(name, causes, remedies):
@@ -36,21 +22,26 @@ def status(name, causes, remedies):
     return 'Status(' + ', '.join(json.dumps(text, ensure_ascii=False) for text in texts) + ')'
 
 
+def of_functions(names):
+    for number, functions, *texts in status_texts.of_functions(SOURCE):
+        listed = ', '.join(f'"{function}"' for function in functions)
+        yield f'    ({number}, ({listed},), {status(names[number], *texts)}),'
+
+
 def generated():
-    version = re.search(r'project\(gwq VERSION ([\d.]+)', source('CMakeLists.txt'))[1]
-    values = {name: int(value) for name, value in re.findall(r'(GWQ_\w+)\s*=\s*(-?\d+)', source('src/frame/port.h'))}
-    header = source('src/status.h')
-    known = initializer(header, 'texts[]', values)
-    lines = [f'    {number}: {status(*texts)},' for number, *texts in known]
-    value = status(*initializer(header, 'GwqStatusText value', values)[1:])
-    unknown = status(*initializer(header, 'GwqStatusText unknown', values)[1:])
+    version = re.search(r'project\(gwq VERSION ([\d.]+)', status_texts.source(HERE.parent / 'CMakeLists.txt'))[1]
+    known = status_texts.general(SOURCE)
+    names = {number: name for number, name, *_ in known}
+    value = status(*status_texts.initializer(SOURCE, 'GwqStatusText value')[1:])
+    unknown = status(*status_texts.initializer(SOURCE, 'GwqStatusText unknown')[1:])
     return '\n'.join([
         '"""Made by make_generated.py from the headers of the library; not to be edited."""', '',
         'from typing import NamedTuple', '', '',
         'class Status(NamedTuple):',
         '    name: str', '    cause: str', '    cause_zh: str', '    remedy: str', '    remedy_zh: str', '', '',
         f'VERSION = "{version}"', '',
-        'STATUSES = {', *lines, '}', '',
+        'STATUSES = {', *(f'    {number}: {status(*texts)},' for number, *texts in known), '}', '',
+        'OF_FUNCTIONS = [', *of_functions(names), ']', '',
         f'VALUE = {value}', f'UNKNOWN = {unknown}', ''])
 
 

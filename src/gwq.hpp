@@ -4,17 +4,36 @@
 // Times are whole seconds that the customer has, 1 to 999. Nothing stays open between calls: a Terminal is a value that
 // can be copied. One thread at a time calls, but for Cancel.
 //
+// Who cancels what they should sign or pay, or a PIN, makes the call throw an Error that is cancelled(); whose time runs
+// out there, one that is timed_out(). Questions return the key, and say with each call what it stands for.
+//
 // Everything here is compiled into the program that includes it. Text is UTF-8. A text with a zero character and a path
 // with "|" in it give std::invalid_argument, paths of more than 1023 bytes together std::length_error.
+//
+// The terminal's own encoding is GBK. Names of files go to it as they are handed in, those of pushed files as the host
+// has them; a name out of one of its lists is GBK.
 #ifndef GWQ_HPP
 #define GWQ_HPP
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "gwq.h"
@@ -24,26 +43,55 @@ namespace gwq::client {
 // A function of the library returned anything but success.
 class Error : public std::runtime_error {
  public:
-  Error(const char* call, int status)
-      : std::runtime_error(std::string(call) + ": " + GwqStatusCause(status, GWQ_ENGLISH) + " (" +
-                           GwqStatusName(status) + ", status " + std::to_string(status) + ")"),
-        status_(status) {}
+  Error(const char* call, int status) : Error(call, status, GwqStatusCauseOf(call, status, GWQ_ENGLISH)) {}
 
   // See enum GwqStatus; a positive one is the PIN pad's own status word.
   [[nodiscard]] int status() const noexcept { return status_; }
-  [[nodiscard]] bool cancelled() const noexcept { return status_ == GWQ_CANCELLED; }
+  // The library's function.
+  [[nodiscard]] const std::string& call() const noexcept { return call_; }
+  // The customer pressed Cancel, or Terminal::Cancel ended the call. The PIN pad's refusal 1 is taken for the former.
+  [[nodiscard]] bool cancelled() const noexcept {
+    return status_ == GWQ_CANCELLED || (IsPinEntry() && status_ == GWQ_PIN_REFUSAL_1);
+  }
+  // The customer's time ran out.
+  [[nodiscard]] bool timed_out() const noexcept {
+    constexpr std::array<std::string_view, 4> kTell = {"MP_CheckOut_All", "MP_ConfirmPDF", "MP_SignPDF",
+                                                       "MP_SignPDF_Voice"};
+    if (IsPinEntry()) return status_ == GWQ_NO_ANSWER || status_ == GWQ_READ_FAILED;
+    return status_ == GWQ_NO_ANSWER && std::find(kTell.begin(), kTell.end(), call_) != kTell.end();
+  }
+  // What the status means for this function, and what to do about it.
   [[nodiscard]] const char* cause(GwqLanguage language = GWQ_ENGLISH) const noexcept {
-    return GwqStatusCause(status_, language);
+    return GwqStatusCauseOf(call_.c_str(), status_, language);
   }
   [[nodiscard]] const char* remedy(GwqLanguage language = GWQ_ENGLISH) const noexcept {
-    return GwqStatusRemedy(status_, language);
+    return GwqStatusRemedyOf(call_.c_str(), status_, language);
   }
 
+ protected:
+  Error(const char* call, int status, const std::string& cause)
+      : std::runtime_error(std::string(call).append(": ").append(cause) + " (" + GwqStatusName(status) +
+                           ", status " + std::to_string(status) + ")"),
+        call_(call),
+        status_(status) {}
+
  private:
+  [[nodiscard]] bool IsPinEntry() const noexcept { return call_ == "PN_GetPinBlockShowString"; }
+
+  std::string call_;
   int status_;
 };
 
-// What a teller's card shows. Without a photo, which is one on the terminal, it is the number with ".jpg".
+// Nobody signed: the terminal kept silent and gave back the signature that it had given before.
+class OldSignature : public Error {
+ public:
+  explicit OldSignature(const char* call)
+      : Error(call, GWQ_REFUSED,
+              "The terminal kept silent and gave back the signature that it had given before.") {}
+};
+
+// What a teller's card shows. Without a photo, which is one on the terminal, it is the number with ".jpg". The photo's
+// name is UTF-8 here and goes to the terminal in GBK; name and number go as they are.
 struct Teller {
   std::string name;
   std::string number;
@@ -72,6 +120,109 @@ using Paths = std::vector<Path>;
 
 enum class Media { kPictures = 0, kHeadPhotos = 2 };
 
+namespace detail {
+
+// The cancels of this process: the library has one link, so that a cancel ends whatever call is running.
+class Cancels {
+ public:
+  static Cancels& All() {
+    static Cancels all;
+    return all;
+  }
+
+  template <typename Function>
+  auto During(Function cancel) {
+    const Scope scope(*this);
+    return cancel();
+  }
+
+  // To be asked about later. A cancel that is under way counts as one that comes later.
+  [[nodiscard]] unsigned Mark() {
+    const std::lock_guard lock(mutex_);
+    return ended_;
+  }
+
+  // As Mark, once no cancel is under way.
+  [[nodiscard]] unsigned MarkWhenIdle() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return begun_ == ended_; });
+    return ended_;
+  }
+
+  [[nodiscard]] bool CameSince(unsigned mark) {
+    const std::lock_guard lock(mutex_);
+    return begun_ != mark;
+  }
+
+ private:
+  class Scope {
+   public:
+    explicit Scope(Cancels& all) : all_(all) { all_.Count(all_.begun_); }
+    ~Scope() { all_.Count(all_.ended_); }
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+
+   private:
+    Cancels& all_;
+  };
+
+  void Count(unsigned& counter) {
+    const std::lock_guard lock(mutex_);
+    ++counter;
+    changed_.notify_all();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  unsigned begun_ = 0;
+  unsigned ended_ = 0;
+};
+
+// Empties the files that a call will write, to learn early that one cannot be written; removes them if it fails.
+class EmptiedFiles {
+ public:
+  explicit EmptiedFiles(const Paths& files) {
+    for (const Path& file : files) {
+      const int descriptor =
+          ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+      if (descriptor < 0) {
+        const std::error_code why(errno, std::generic_category());
+        Remove();
+        throw std::filesystem::filesystem_error("a signature's file cannot be written", file, why);
+      }
+      ::close(descriptor);
+      files_.push_back(file);
+    }
+  }
+  ~EmptiedFiles() { Remove(); }
+  EmptiedFiles(const EmptiedFiles&) = delete;
+  EmptiedFiles& operator=(const EmptiedFiles&) = delete;
+
+  void Keep() { files_.clear(); }
+
+ private:
+  // Only what is a file: nobody wants to lose a device or a link.
+  void Remove() const {
+    for (const Path& file : files_) {
+      std::error_code ignored;
+      if (std::filesystem::is_regular_file(std::filesystem::symlink_status(file, ignored))) {
+        std::filesystem::remove(file, ignored);
+      }
+    }
+  }
+
+  Paths files_;
+};
+
+// Whether these are the strokes that this process got the last time.
+inline bool AreLastStrokes(const std::string& strokes) {
+  static std::optional<std::size_t> last;
+  const std::size_t hash = std::hash<std::string>{}(strokes);
+  return std::exchange(last, hash) == hash;
+}
+
+}  // namespace detail
+
 class Terminal {
  public:
   // Port 0 is USB, n the serial device /dev/ttyS(n-1). Only Inform and List use the serial port; all others are USB
@@ -90,10 +241,13 @@ class Terminal {
     return json;
   }
 
-  // Ends what another thread waits for, which throws an Error that is cancelled() there, and closes the terminal's
-  // screen (MP_CancelCurrentOperation). A call that does not wait yet is not ended. Any thread; 0.6 seconds and more.
+  // Ends what another thread does, which throws an Error that is cancelled() there, and closes the terminal's screen
+  // (MP_CancelCurrentOperation). Any thread; takes 0.6 seconds and more, and a few seconds after a file that was being
+  // sent: the terminal still waits for the rest of it, and does not answer. Throws only if the terminal cannot be opened.
   void Cancel() const {
-    Check("MP_CancelCurrentOperation", MP_CancelCurrentOperation(nullptr, nullptr, baud_, 0));
+    const int status = detail::Cancels::All().During(
+        [this] { return MP_CancelCurrentOperation(nullptr, nullptr, baud_, 0); });
+    if (!MayComeOfCancel(status)) Check("MP_CancelCurrentOperation", status);
   }
 
   // ---- Screens
@@ -111,17 +265,19 @@ class Terminal {
                                                    In(teller.number), teller.stars, In(teller.photo)));
   }
 
-  // 1, 2 or 3 as keyed, 4 for the terminal's key 0, nothing for an answer that is no rating (MP_StartEvaluate).
+  // 1, 2 or 3 as keyed; 4 for no rating: the terminal does not tell a customer who presses Cancel from one whose time
+  // runs out; nothing for an answer that is none of these (MP_StartEvaluate).
   [[nodiscard]] std::optional<int> Rate(int seconds = 30) const {
     char value = '\0';
-    Check("MP_StartEvaluate", MP_StartEvaluate(nullptr, nullptr, baud_, seconds, &value));
+    Call("MP_StartEvaluate", [&] { return MP_StartEvaluate(nullptr, nullptr, baud_, seconds, &value); });
     return value == '\0' ? std::nullopt : std::optional<int>(value - '0');
   }
 
-  // Shows a message and waits for a key: 0, 1 or 3, 4 for every other answer (GWQ_StartInfo).
+  // Shows a message and waits for a key: 0 confirmed, 1 refused, 3 the customer's time ran out, 4 every other answer
+  // (GWQ_StartInfo).
   [[nodiscard]] unsigned Inform(const std::string& message, int seconds = 30) const {
     unsigned key = 0;
-    Check("GWQ_StartInfo", GWQ_StartInfo(port_, baud_, seconds, In(message), &key));
+    Call("GWQ_StartInfo", [&] { return GWQ_StartInfo(port_, baud_, seconds, In(message), &key); });
     return key;
   }
 
@@ -130,15 +286,16 @@ class Terminal {
     Check("MP_StartInfoHtml", MP_StartInfoHtml(nullptr, nullptr, baud_, seconds, 0, In(page), nullptr, 0));
   }
 
-  // Waits for a key: 0, 1, or 2 for the terminal's key 3 (MP_StartInfoHtml).
+  // Waits for a key: 0 confirmed, 1 refused, 2 the customer's time ran out (MP_StartInfoHtml).
   [[nodiscard]] int AskHtml(const std::string& page, int seconds = 60, int countdown = 0) const {
     int key = 0;
-    Check("MP_StartInfoHtml",
-          MP_StartInfoHtml(nullptr, nullptr, baud_, seconds, 1, In(page), &key, countdown));
+    Call("MP_StartInfoHtml",
+         [&] { return MP_StartInfoHtml(nullptr, nullptr, baud_, seconds, 1, In(page), &key, countdown); });
     return key;
   }
 
-  // Empty if the customer cancels; of at most 20 digits, 0 leaves it to the terminal (PN_GetInNo).
+  // Of at most 20 digits, 0 leaves it to the terminal. Empty when the customer cancels, keys nothing, or lets the time
+  // run out, which the terminal's answer does not tell apart (PN_GetInNo).
   [[nodiscard]] std::string AskNumber(const std::string& prompt, int seconds = 30, int most_digits = 0,
                                       int display = 0) const {
     return TextOf("PN_GetInNo", [&](char* out) {
@@ -146,7 +303,7 @@ class Terminal {
     });
   }
 
-  // The terminal's answer to the two texts (MP_CheckOut_All).
+  // The terminal's answer to the two texts, once the customer confirms (MP_CheckOut_All).
   [[nodiscard]] std::string CheckOut(const std::string& first, const std::string& second,
                                      int seconds = 60) const {
     return TextOf("MP_CheckOut_All", [&](char* out) {
@@ -156,51 +313,73 @@ class Terminal {
 
   // ---- Documents
 
-  // Returns once they are on the terminal (MP_ShowPDF).
+  // Returns once they are on the terminal, under the names that the host has; on the screen they are GBK (MP_ShowPDF).
   void ShowDocuments(const Paths& documents, int seconds = 60) const {
-    Check("MP_ShowPDF", MP_ShowPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str()));
+    Call("MP_ShowPDF",
+         [&] { return MP_ShowPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str()); });
   }
 
   // Whether the customer agrees (MP_ConfirmPDF).
   [[nodiscard]] bool ConfirmDocuments(const Paths& documents, int seconds = 60) const {
     int refused = 2;
-    Check("MP_ConfirmPDF",
-          MP_ConfirmPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str(), &refused));
+    Call("MP_ConfirmPDF", [&] {
+      return MP_ConfirmPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str(), &refused);
+    });
     return refused == 0;
   }
 
-  // The picture goes to `picture`, the strokes to "hw.data" beside it; both are written anew. `place` is where to sign,
-  // as the terminal takes it; `voice` is spoken (MP_SignPDF, MP_SignPDF_Voice).
+  // Has documents signed (MP_SignPDF, MP_SignPDF_Voice). `place` is where to sign, as the terminal takes it; `voice` is
+  // spoken.
+  //
+  // The picture goes to `picture`, the strokes to "hw.data" beside it. Both files are emptied first, so that a directory
+  // that cannot be written gives std::filesystem::filesystem_error before the customer is asked; both are removed when
+  // the call fails, so that no signature of an earlier customer is left there.
+  //
+  // The terminal, too, keeps its last signature, and the library fetches it even when the wait for the customer failed.
+  // What is returned is therefore not always new. Rejected are: any signature when a Cancel of this process fell into
+  // the call (an Error that is cancelled()); and, after a terminal that kept silent for the whole time, the signature
+  // that this process got the last time (OldSignature). What cannot be told: after such a silence, or after a cancel
+  // that was not made by Cancel, a signature that the terminal had before this process began, or that another program
+  // fetched.
   [[nodiscard]] Signature SignDocuments(const Paths& documents, const Path& picture, const std::string& place,
                                         const std::optional<std::string>& voice = std::nullopt,
                                         int seconds = 120) const {
     const Path target = std::filesystem::absolute(picture);
+    const Path strokes = target.parent_path() / "hw.data";
     const std::string paths = Listed(documents);
+    const char* where = In(place);
+    const char* spoken = In(voice);
+    detail::EmptiedFiles files({target, strokes});
     // The strokes are read from their file, for their size is not known before.
-    if (voice) {
-      Check("MP_SignPDF_Voice", MP_SignPDF_Voice(nullptr, kChannel, baud_, seconds, paths.c_str(), In(place),
-                                                 In(voice), target.c_str(), nullptr));
-    } else {
-      Check("MP_SignPDF",
-            MP_SignPDF(nullptr, kChannel, baud_, seconds, paths.c_str(), In(place), target.c_str(), nullptr));
-    }
-    std::ifstream strokes(target.parent_path() / "hw.data", std::ios::binary);
-    return {target, {std::istreambuf_iterator<char>(strokes), {}}};
+    std::string signed_strokes =
+        spoken == nullptr ? Signed("MP_SignPDF", strokes, seconds,
+                                   [&] {
+                                     return MP_SignPDF(nullptr, kChannel, baud_, seconds, paths.c_str(),
+                                                       where, target.c_str(), nullptr);
+                                   })
+                          : Signed("MP_SignPDF_Voice", strokes, seconds, [&] {
+                              return MP_SignPDF_Voice(nullptr, kChannel, baud_, seconds, paths.c_str(), where,
+                                                      spoken, target.c_str(), nullptr);
+                            });
+    files.Keep();
+    return {target, std::move(signed_strokes)};
   }
 
   // ---- Files
 
-  // The file's path on the terminal (pushFileToZ11).
+  // The file's path on the terminal, "/tmp/" and the name that the host has (pushFileToZ11).
   std::string Push(const Path& file) const {  // NOLINT(readability-convert-member-functions-to-static)
     return TextOf("pushFileToZ11", [&](char* out) { return pushFileToZ11(Listed({file}).c_str(), out); });
   }
 
-  // Fetches a file of the terminal; `file` is written anew (PullFile).
+  // Fetches a file of the terminal; `file` is overwritten. The place goes as it is (PullFile).
   void Pull(const std::string& place, const Path& file) const {
     std::string command = std::string("\x1B[0PULLFILE\x02").append(In(place)) + "\x03";
     std::string target = std::filesystem::absolute(file).string();
-    Check("PullFile", PullFile(0, *kChannel, baud_, kPullMs, static_cast<int>(command.size()), command.data(),
-                               target.data()));
+    Call("PullFile", [&] {
+      return PullFile(0, *kChannel, baud_, kPullMs, static_cast<int>(command.size()), command.data(),
+                      target.data());
+    });
   }
 
   // The names of the terminal's files as it has them, GBK, separated by "|" (GetVideoList).
@@ -245,10 +424,11 @@ class Terminal {
     std::vector<unsigned char> block(kRoom + 1);
     int length = request.digits;
     const int kind = request.account ? 1 : 5;
-    Check("PN_GetPinBlockShowString",
-          PN_GetPinBlockShowString(port_, nullptr, baud_, request.seconds, request.algorithm, request.sound,
-                                   kind, In(request.account), factor.data(), block.data(), &length,
-                                   In(request.prompt)));
+    Call("PN_GetPinBlockShowString", [&] {
+      return PN_GetPinBlockShowString(port_, nullptr, baud_, request.seconds, request.algorithm,
+                                      request.sound, kind, In(request.account), factor.data(), block.data(),
+                                      &length, In(request.prompt));
+    });
     block.resize(static_cast<std::size_t>(length));
     return block;
   }
@@ -264,10 +444,42 @@ class Terminal {
     if (status != GWQ_OK) throw Error(call, status);
   }
 
+  // What an exchange may come to by a cancel, and the close command after a cut transfer.
+  static bool MayComeOfCancel(int status) {
+    return status == GWQ_CANCELLED || status == GWQ_SEND_FAILED || status == GWQ_READ_FAILED ||
+           status == GWQ_NO_ANSWER;
+  }
+
+  // A call that a cancel may end.
+  template <typename Function>
+  static void Call(const char* call, Function function) {
+    const unsigned mark = detail::Cancels::All().Mark();
+    const int status = function();
+    const bool may_be_cancel = MayComeOfCancel(status) || status == GWQ_REFUSED;
+    if (may_be_cancel && detail::Cancels::All().CameSince(mark)) throw Error(call, GWQ_CANCELLED);
+    Check(call, status);
+  }
+
+  template <typename Function>
+  static std::string Signed(const char* call, const Path& strokes_file, int seconds, Function function) {
+    // The library waits 3 s longer than the customer has; one second is for rounding.
+    constexpr std::chrono::seconds kSilence(2);
+    const unsigned mark = detail::Cancels::All().MarkWhenIdle();
+    const auto begun = std::chrono::steady_clock::now();
+    Call(call, function);
+    const bool silent = std::chrono::steady_clock::now() - begun >= std::chrono::seconds(seconds) + kSilence;
+    std::ifstream file(strokes_file, std::ios::binary);
+    std::string strokes{std::istreambuf_iterator<char>(file), {}};
+    const bool again = detail::AreLastStrokes(strokes);
+    if (detail::Cancels::All().CameSince(mark)) throw Error(call, GWQ_CANCELLED);
+    if (again && silent) throw OldSignature(call);
+    return strokes;
+  }
+
   template <typename Function>
   static std::string TextOf(const char* call, Function function) {
     std::string out(kRoom + 1, '\0');
-    Check(call, function(out.data()));
+    Call(call, [&] { return function(out.data()); });
     out.resize(out.find('\0'));
     return out;
   }

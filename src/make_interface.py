@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the list of everything that libgwq.so exports, as its public headers declare it.
+"""Writes the list of everything that libgwq.so exports, as its public headers declare it, and the texts of the statuses.
 
 make_interface.py VERSION SOURCE_DIR OUTPUT HEADER...
 """
@@ -7,6 +7,9 @@ import json
 import pathlib
 import re
 import sys
+
+sys.dont_write_bytecode = True  # this runs in the source tree
+import status_texts  # noqa: E402
 
 COMMENT = re.compile(r'/\*.*?\*/|//[^\n]*', re.DOTALL)
 PREPROCESSOR = re.compile(r'^#.*$', re.MULTILINE)
@@ -49,12 +52,31 @@ def entries(source_dir, header):
         yield entry(header, match[1], match.start() < c_end)
 
 
+def in_languages(texts):
+    return dict(zip(('en', 'zh'), texts))
+
+
+def texts(source_dir):
+    """Two lists: what each status means in general, and what some mean for the functions named."""
+    for status, name, cause, remedy in status_texts.general(source_dir):
+        yield 'statuses', {'status': status, 'name': name, 'cause': in_languages(cause), 'remedy': in_languages(remedy)}
+    for status, functions, cause, remedy in status_texts.of_functions(source_dir):
+        yield 'function_statuses', {'status': status, 'functions': functions, 'cause': in_languages(cause),
+                                    'remedy': in_languages(remedy)}
+
+
+def listed(entries):
+    return ',\n'.join('  ' + json.dumps(e, ensure_ascii=False) for e in entries)
+
+
 def main(version, source_dir, output, *headers):
-    exports = sorted((e for h in headers for e in entries(pathlib.Path(source_dir), h)), key=lambda e: e['symbol'])
-    lines = ',\n'.join('  ' + json.dumps(e) for e in exports)
+    source = pathlib.Path(source_dir)
+    lists = {'exports': sorted((e for h in headers for e in entries(source, h)), key=lambda e: e['symbol'])}
+    for name, row in texts(source):
+        lists.setdefault(name, []).append(row)
     soname = 'libgwq.so.' + version.split('.')[0]
-    text = f'{{"soname": "{soname}", "version": "{version}", "exports": [\n{lines}\n]}}\n'
-    pathlib.Path(output).write_text(text, encoding='utf-8')
+    body = ', '.join(f'"{name}": [\n{listed(rows)}\n]' for name, rows in lists.items())
+    pathlib.Path(output).write_text(f'{{"soname": "{soname}", "version": "{version}", {body}}}\n', encoding='utf-8')
 
 
 main(*sys.argv[1:])

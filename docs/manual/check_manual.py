@@ -66,7 +66,7 @@ def complaints(interface, xml_directory):
             yield from (f'{name}: no source sends the frame {a} {b}' for a, b in FRAME.findall(row[0])
                         if f'0x{a}{b}' not in code)
 
-    known = {e['name'] for e in interface} | {'GwqStatusName', 'GwqStatusCause', 'GwqStatusRemedy'}
+    known = {e['name'] for e in interface} | {'GwqStatusName', 'GwqStatusCauseOf', 'GwqStatusRemedyOf'}
     for group in groups():
         for name in group.get('functions', []) + group['sequence']:
             if name not in known:

@@ -83,8 +83,9 @@ static int Diagnose(void) {
   /* [diagnose] */
   const int status = GWQ_SetPinLen(0, 9600, 99);
   if (status != GWQ_OK) {
-    fprintf(stderr, "%s: %s %s\n", GwqStatusName(status), GwqStatusCause(status, GWQ_ENGLISH),
-            GwqStatusRemedy(status, GWQ_ENGLISH));
+    fprintf(stderr, "%s: %s %s\n", GwqStatusName(status),
+            GwqStatusCauseOf("GWQ_SetPinLen", status, GWQ_ENGLISH),
+            GwqStatusRemedyOf("GWQ_SetPinLen", status, GWQ_ENGLISH));
   }
   /* [diagnose] */
   return status == GWQ_BAD_ARGUMENT ? GWQ_OK : status;

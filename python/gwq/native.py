@@ -20,15 +20,14 @@ _ENTRY: _Types = [*_PIN_PAD, c_int, c_int, c_int, c_int, _text, _room, c_void_p,
 
 # Every one returns an int.
 FUNCTIONS: dict[str, _Types] = {
-    "CancelRead": [],
     "DEV_CommCall": [_text, c_int, _room, _number],
     "GWQ_GetVerBuildDate": [c_int, c_char, c_int, _room],
     "GWQ_StartEvaluator": [*_LINE, _text, _text, c_int, _text, c_int, POINTER(c_uint)],
     "GWQ_StartInfo": [*_LINE, c_int, _text, POINTER(c_uint)],
     "GWQ_StartKeyboard": [*_LINE, c_int, c_int, _room],
     "GetVideoList": [c_int, c_char, c_int, c_int, _room, c_int],
-    "ICC_CancelReadTransPort": [],
     "MP_CancelCurrentOperation": [*_SCREEN, c_int],
+    "MP_CancleEvaluate": _SCREEN,
     "MP_CheckOut_All": [*_SCREEN, c_int, _text, _text, _room],
     "MP_ConfirmPDF": [*_SCREEN, c_int, _text, _number],
     "MP_DelHeadFile": [*_MEDIA, _text],
@@ -57,9 +56,20 @@ FUNCTIONS: dict[str, _Types] = {
 }
 
 
+def _opened() -> ctypes.CDLL:
+    named = os.environ.get("GWQ_LIBRARY")
+    try:
+        return ctypes.CDLL(named or "libgwq.so.1")
+    except OSError as error:
+        sought = (f"GWQ_LIBRARY names {named}, which cannot be loaded" if named else
+                  "libgwq.so.1 was looked for in LD_LIBRARY_PATH and in the loader's directories, and cannot be loaded")
+        remedy = "Install the Debian package libgwq1, or set GWQ_LIBRARY to the path of libgwq.so."
+        raise OSError(f"{sought} ({error}). {remedy}") from error
+
+
 def load() -> ctypes.CDLL:
     """The library, with the types of the functions above set."""
-    library = ctypes.CDLL(os.environ.get("GWQ_LIBRARY", "libgwq.so.1"))
+    library = _opened()
     for name, arguments in FUNCTIONS.items():
         function = getattr(library, name)
         function.argtypes = arguments

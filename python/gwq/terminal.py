@@ -3,50 +3,58 @@
 from __future__ import annotations
 
 import ctypes
+import hashlib
 import json
 import os
+import re
+import stat
 import time
-from collections.abc import Iterable
+from collections.abc import Iterable, Iterator
+from contextlib import contextmanager
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Optional, Union
+from typing import Union
 
-from .errors import Cancelled, check
+from .cancelling import Cancels
+from .errors import OldSignature, cancelled, check, timed_out
 from .native import load
+from .results import Answer, Name, Rating, Signature, is_utf8, text_of
 
 PathLike = Union[str, "os.PathLike[str]"]
 Paths = Union[PathLike, Iterable[PathLike]]
+FileName = Union[str, bytes]
 
 _ROOM = 4096  # more than any answer that comes as text
 _DESCRIPTION_ROOM = 1 << 16
 _LONGEST_LIST = 1023
 _LONGEST_MESSAGE = 30720
 _PULL_MS = 3000
-_CANCEL_PAUSE = 0.02
 _CHANNEL = b"9"
 _PICTURES, _PHOTOS = 0, 2
 _FIRMWARE = 1
 _DELETE_ALL, _REPLACE, _ADD, _ADD_MISSING, _DELETE = range(5)
 _UNBOUND, _BOUND = 5, 1
+_INFORM_TIME_OUT, _HTML_TIME_OUT = 3, 2
+# What a call may come to by a cancel, and the close command of a cancel when the terminal does not answer.
+_BY_CANCEL = (-2, -9, -10, -11, -14, -23, -401)
+_UNANSWERED = (-2, -10, -11, -23)
+# The library waits this much longer than the customer has, and one second of that is for rounding.
+_SILENCE_S = 2
+# GBK characters may hold the byte of "|".
+_GBK_NAME = re.compile(rb"(?:[\x81-\xfe].|[^|])+", re.DOTALL)
+
+_cancels = Cancels()
 
 
 @dataclass(frozen=True)
 class Teller:
-    """What a teller's card shows: name, number, 0 to 6 stars, and a head photo that is on the terminal; without
-    one it is the number with ".jpg"."""
+    """What a teller's card shows: name, number, 0 to 6 stars, and a head photo that is on the terminal; without one
+    it is the number with ".jpg". Name and number go to the terminal in UTF-8, the photo's name in GBK."""
 
     name: str
     number: str
     stars: int
-    photo: Optional[str] = None
-
-
-@dataclass(frozen=True)
-class Signature:
-    """A customer's signature: the picture's file, and the strokes as the terminal wrote them."""
-
-    picture: Path
-    strokes: bytes
+    photo: str | None = None
 
 
 def _bytes(text: str) -> bytes:
@@ -56,8 +64,36 @@ def _bytes(text: str) -> bytes:
     return text.encode()
 
 
-def _optional(text: Optional[str]) -> Optional[bytes]:
+def _optional(text: str | None) -> bytes | None:
     return None if text is None else _bytes(text)
+
+
+def _name(name: FileName, encoding: str) -> bytes:
+    """A name on the terminal, as bytes: out of its lists as the terminal itself has it."""
+    if isinstance(name, Name):
+        return name.raw
+    raw = name.encode(encoding) if isinstance(name, str) else name
+    if b"\0" in raw:
+        raise ValueError("a name on the terminal cannot hold a zero character")
+    return raw
+
+
+def _photo_name(name: FileName) -> bytes:
+    """In GBK, as teller cards name their photos."""
+    return _name(name, "gb18030")
+
+
+def _picture_name(name: FileName) -> bytes:
+    """In UTF-8, as add_pictures() sends the names of the host's files."""
+    raw = _name(name, "utf-8")
+    if b"|" in raw:
+        raise ValueError('a name with the byte of "|" in it cannot be listed')
+    return raw
+
+
+def _names(raw: bytes) -> list[Name]:
+    """A list of the terminal, as it came."""
+    return [Name(name) for name in (raw.split(b"|") if is_utf8(raw) else _GBK_NAME.findall(raw)) if name]
 
 
 def _path(path: PathLike) -> bytes:
@@ -65,7 +101,7 @@ def _path(path: PathLike) -> bytes:
     return os.fsencode(Path(path).absolute())
 
 
-def _paths(documents: Paths, longest: Optional[int] = None) -> bytes:
+def _paths(documents: Paths, longest: int | None = None) -> bytes:
     every = [documents] if isinstance(documents, (str, os.PathLike)) else list(documents)
     names = [_path(document) for document in every]
     if any(b"|" in name for name in names):
@@ -81,18 +117,56 @@ def _room(size: int = _ROOM) -> ctypes.Array[ctypes.c_char]:
 
 
 def _text(room: ctypes.Array[ctypes.c_char]) -> str:
-    """What the terminal wrote: UTF-8, or else GBK."""
+    return text_of(room.value)
+
+
+def _remove(files: Iterable[Path]) -> None:
+    """Only what is a file: nobody wants to lose a device or a link."""
+    for file in files:
+        try:
+            if stat.S_ISREG(file.lstat().st_mode):
+                file.unlink()
+        except OSError:
+            pass
+
+
+@contextmanager
+def _emptied(*files: Path) -> Iterator[None]:
+    """Empties the files that a call will write, to learn early that one cannot be written; removes them if it fails."""
+    opened: list[Path] = []
     try:
-        return room.value.decode()
-    except UnicodeDecodeError:
-        return room.value.decode("gb18030", "replace")
+        for file in files:
+            os.close(os.open(file, os.O_WRONLY | os.O_CREAT | os.O_TRUNC | os.O_NONBLOCK, 0o666))
+            opened.append(file)
+        yield
+    except BaseException:
+        _remove(opened)
+        raise
+
+
+class _LastSignature:
+    """Knows the last signature of this process again."""
+
+    def __init__(self) -> None:
+        self._digest = b""
+
+    def replace(self, strokes: bytes) -> bool:
+        """Whether these are the last ones again."""
+        digest = hashlib.sha256(strokes).digest()
+        same = digest == self._digest
+        self._digest = digest
+        return same
+
+
+_last_signature = _LastSignature()
 
 
 class Terminal:
     """The terminal at a port: 0 is USB, n the serial device /dev/ttyS(n-1).
 
-    Only inform(), ask_digits(), rate() with a teller, photos() and pictures() use the serial port; all others are USB
-    whatever the port. Nothing stays open between calls, so that there is nothing to close.
+    Only inform(), ask_digits(), rate() with a teller, photos(), pictures() and cancel() work on a serial port; all
+    others are for USB, and a ValueError with another port. Nothing stays open between calls, so that there is nothing
+    to close.
 
     Times are whole seconds that the customer has, 1 to 999. One thread at a time may call, but for cancel().
     """
@@ -101,48 +175,51 @@ class Terminal:
         self._library = load()
         self._port = port
         self._baud = baud
-        self._running: Optional[object] = None
-        self._cancelled: Optional[object] = None
 
     def _call(self, name: str, *arguments: object) -> None:
-        self._running = running = object()
-        try:
-            status = getattr(self._library, name)(*arguments)
-        finally:
-            self._running = None
-        if status != 0 and self._cancelled is running:
-            raise Cancelled(name, status)
+        mark = _cancels.mark()
+        status = getattr(self._library, name)(*arguments)
+        if status in _BY_CANCEL and _cancels.came_since(mark):
+            raise cancelled(name)
         check(name, status)
 
     def _on_line(self, name: str, *arguments: object) -> None:
         self._call(name, self._port, self._baud, *arguments)
 
+    def _require_usb(self, name: str) -> None:
+        if self._port != 0:
+            raise ValueError(f"{name} works on USB only, and this is the terminal at serial port {self._port}")
+
+    def _on_usb(self, name: str, *arguments: object) -> None:
+        self._require_usb(name)
+        self._call(name, *arguments)
+
     def _screen(self, name: str, *arguments: object) -> None:
-        self._call(name, None, None, self._baud, *arguments)
+        self._on_usb(name, None, None, self._baud, *arguments)
 
     def _pin_pad(self, name: str, *arguments: object) -> None:
-        self._call(name, self._port, None, self._baud, *arguments)
+        self._on_usb(name, 0, None, self._baud, *arguments)
 
     # ---- the terminal itself
 
     def description(self) -> dict[str, str]:
-        """DeviceBrand, DllVersion, DeviceVersion, ProductionDate, DeviceSN and DeviceModel; ErrorMessage says which of
-        them could not be read."""
+        """DeviceBrand, DllVersion, DeviceVersion, ProductionDate, DeviceSN and DeviceModel; ErrorMessage says which
+        of them could not be read."""
         room = _room(_DESCRIPTION_ROOM)
         length = ctypes.c_int(len(room))
-        self._call("DEV_CommCall", json.dumps({"RequestBaudRate": self._baud}).encode(), 0, room, length)
+        self._on_usb("DEV_CommCall", json.dumps({"RequestBaudRate": self._baud}).encode(), 0, room, length)
         return {key: str(value) for key, value in json.loads(_text(room)).items()}
 
     def firmware_version(self) -> tuple[str, str]:
         """The common and the private part."""
         common, private = _room(), _room()
-        self._call("MP_GetFirmwareVersion", None, None, 0, 0, common, private)
+        self._on_usb("MP_GetFirmwareVersion", None, None, 0, 0, common, private)
         return _text(common), _text(private)
 
     def build_date(self) -> str:
         """The date of the terminal's software, such as "20231114"."""
         date = _room(9)
-        self._call("GWQ_GetVerBuildDate", 0, b"\0", self._baud, date)
+        self._on_usb("GWQ_GetVerBuildDate", 0, b"\0", self._baud, date)
         return _text(date)
 
     def serial_number(self) -> str:
@@ -151,19 +228,17 @@ class Terminal:
         return _text(number)
 
     def cancel(self) -> None:
-        """Ends what another thread does with this object, which raises Cancelled there, and closes the terminal's
-        screen. Any thread; takes 0.6 seconds and more."""
-        running = self._running
-        if running is not None:
-            self._cancelled = running
-            # A request that comes before the call waits is lost, and between sending and waiting it also stops further
-            # ones of CancelRead; the link's own has no such memory.
-            while self._running is running:
-                self._library.CancelRead()
-                self._library.ICC_CancelReadTransPort()
-                time.sleep(_CANCEL_PAUSE)
-        status = self._library.MP_CancelCurrentOperation(None, None, self._baud, 0)
-        check("MP_CancelCurrentOperation", status)
+        """Ends what another thread does, which raises Cancelled there, and closes the terminal's screen. Any thread;
+        takes 0.6 seconds and more, and a few seconds after a file that was being sent: the terminal still waits for
+        the rest of it, and does not answer. A serial terminal closes its screen itself. Raises GwqError only if the
+        terminal cannot be opened."""
+        with _cancels.cancelling():
+            if self._port != 0:
+                self._library.MP_CancleEvaluate(None, None, self._baud)  # which sends nothing
+                return
+            status = self._library.MP_CancelCurrentOperation(None, None, self._baud, 0)
+        if status not in _UNANSWERED:
+            check("MP_CancelCurrentOperation", status)
 
     # ---- screens
 
@@ -177,60 +252,88 @@ class Terminal:
         self._screen("MP_SetEvaluateInfo", _bytes(teller.name), _bytes(teller.number), teller.stars,
                      _optional(teller.photo))
 
-    def rate(self, seconds: int = 30, teller: Optional[Teller] = None) -> int:
-        """The customer's rating: 1, 2 or 3 as keyed, 4 for the terminal's key 0, 0 for an answer that is none. With
-        the card that was set, or with a teller's."""
+    def rate(self, seconds: int = 30, teller: Teller | None = None) -> Rating:
+        """The customer's rating, with the card that was set or with a teller's. The terminal does not tell a customer
+        who presses Cancel from one whose time runs out: both are Rating.NONE."""
         if teller is not None:
             return self._rate_teller(teller, seconds)
         value = _room(8)
         self._screen("MP_StartEvaluate", seconds, value)
-        return int(value.value or b"0")
+        return Rating(int(value.value or b"0"))
 
-    def _rate_teller(self, teller: Teller, seconds: int) -> int:
+    def _rate_teller(self, teller: Teller, seconds: int) -> Rating:
         value = ctypes.c_uint(0)
         self._on_line("GWQ_StartEvaluator", _bytes(teller.name), _bytes(teller.number), teller.stars,
-                      _bytes(teller.photo or f"{teller.number}.jpg"), seconds, value)
-        return value.value
+                      _photo_name(teller.photo or f"{teller.number}.jpg"), seconds, value)
+        return Rating(value.value)
 
-    def inform(self, message: str, seconds: int = 30) -> int:
-        """Shows a message and waits for a key: 0, 1 or 3; 4 for every other answer."""
+    def inform(self, message: str, seconds: int = 30) -> Answer:
+        """Shows a message and waits for a key. The terminal's key 3 stands for a customer whose time ran out."""
         text = _bytes(message)
         if len(text) > _LONGEST_MESSAGE:
             raise ValueError(f"the message is longer than {_LONGEST_MESSAGE} bytes")
         key = ctypes.c_uint()
         self._on_line("GWQ_StartInfo", seconds, text, key)
-        return key.value
+        if key.value == _INFORM_TIME_OUT:
+            raise timed_out("GWQ_StartInfo")
+        return Answer(key.value)
 
     def show_html(self, html: str, seconds: int = 60) -> None:
         """Shows a page and returns at once."""
         self._screen("MP_StartInfoHtml", seconds, 0, _bytes(html), None, 0)
 
-    def ask_html(self, html: str, seconds: int = 60, countdown: int = 0, screenshot: Optional[PathLike] = None) -> int:
-        """Shows a page and waits for a key: 0, 1, or 2 for the terminal's key 3. The answer button counts `countdown`
-        seconds down, or else a picture of what was confirmed by key 0 goes to `screenshot`."""
+    def ask_html(self, html: str, seconds: int = 60, countdown: int = 0, screenshot: PathLike | None = None) -> Answer:
+        """Shows a page and waits for a key. The answer button counts `countdown` seconds down, or else a picture of
+        what was confirmed goes to `screenshot`. That file is emptied first, so that a directory that cannot be
+        written is an OSError before the customer is asked, and it is removed unless they confirm. The terminal's key
+        3 stands for a customer whose time ran out."""
+        if screenshot is not None:
+            return self._ask_with_screenshot(html, seconds, Path(screenshot).absolute())
         key = ctypes.c_int()
-        if screenshot is None:
-            self._screen("MP_StartInfoHtml", seconds, 1, _bytes(html), key, countdown)
-        else:
-            self._call("MP_StartInfoHtmlScreenshot", None, _CHANNEL, self._baud, seconds, 1, _bytes(html),
-                       _path(screenshot), key)
-        return key.value
+        self._screen("MP_StartInfoHtml", seconds, 1, _bytes(html), key, countdown)
+        return self._html_answer("MP_StartInfoHtml", key.value)
+
+    def _ask_with_screenshot(self, html: str, seconds: int, picture: Path) -> Answer:
+        name = "MP_StartInfoHtmlScreenshot"
+        page, key = _bytes(html), ctypes.c_int()
+        self._require_usb(name)
+        with _emptied(picture):
+            self._call(name, None, _CHANNEL, self._baud, seconds, 1, page, _path(picture), key)
+            answer = self._html_answer(name, key.value)
+        if answer is not Answer.CONFIRMED:
+            _remove([picture])
+        return answer
+
+    @staticmethod
+    def _html_answer(call: str, key: int) -> Answer:
+        if key == _HTML_TIME_OUT:
+            raise timed_out(call)
+        return Answer(key)
 
     def ask_digits(self, seconds: int = 30, mode: int = 0) -> str:
-        """What the customer keys on the screen's keypad; `mode` 0 or 1 is the terminal's."""
+        """What the customer keys on the screen's keypad; `mode` 0 or 1 is the terminal's. The terminal does not tell
+        a customer who presses Cancel from one who keys nothing: both are Cancelled."""
         digits = _room()
         self._on_line("GWQ_StartKeyboard", seconds, mode, digits)
-        return _text(digits)
+        return self._keyed("GWQ_StartKeyboard", digits)
 
     def ask_number(self, prompt: str, seconds: int = 30, most_digits: int = 0, display: int = 0) -> str:
-        """The number that the customer keys under a prompt; empty if they cancel. Of 0 to 20 digits (0 leaves it to
-        the terminal); `display` 0 to 2 is the terminal's."""
+        """The number that the customer keys under a prompt, of 0 to 20 digits (0 leaves it to the terminal);
+        `display` 0 to 2 is the terminal's. The library passes on only the digits, so that a customer who presses
+        Cancel, one who keys nothing and one whose time runs out look alike: all are Cancelled."""
         number = _room()
         self._pin_pad("PN_GetInNo", seconds, most_digits, display, _bytes(prompt), number)
-        return _text(number)
+        return self._keyed("PN_GetInNo", number)
+
+    @staticmethod
+    def _keyed(call: str, room: ctypes.Array[ctypes.c_char]) -> str:
+        text = _text(room)
+        if not text:
+            raise cancelled(call)
+        return text
 
     def check_out(self, first: str, second: str, seconds: int = 60) -> str:
-        """Shows the checkout screen with its two texts; the terminal's answer."""
+        """Shows the checkout screen with its two texts; the terminal's answer once the customer confirms."""
         result = _room()
         self._screen("MP_CheckOut_All", seconds, _bytes(first), _bytes(second), result)
         return _text(result)
@@ -239,91 +342,123 @@ class Terminal:
 
     def show_documents(self, documents: Paths, seconds: int = 60) -> None:
         """Shows one or several documents and returns once they are on the terminal. The paths are at most 1023 bytes
-        together, here and in the next two."""
+        together, here and in the next two. The terminal gets the files' names as the host has them, and lists them on
+        the screen in GBK."""
         self._screen("MP_ShowPDF", seconds, _paths(documents, _LONGEST_LIST))
 
-    def confirm_documents(self, documents: Paths, seconds: int = 60) -> bool:
-        """Shows documents; whether the customer agrees."""
-        refused = ctypes.c_int(2)
-        self._screen("MP_ConfirmPDF", seconds, _paths(documents, _LONGEST_LIST), refused)
-        return refused.value == 0
+    def confirm_documents(self, documents: Paths, seconds: int = 60) -> Answer:
+        """Shows documents and asks whether the customer agrees: CONFIRMED, REFUSED, or OTHER for any other answer."""
+        decision = ctypes.c_int(Answer.OTHER)
+        self._screen("MP_ConfirmPDF", seconds, _paths(documents, _LONGEST_LIST), decision)
+        return Answer(decision.value)
 
-    def sign_documents(self, documents: Paths, picture: PathLike, *, place: str, voice: Optional[str] = None,
+    def sign_documents(self, documents: Paths, picture: PathLike, *, place: str, voice: str | None = None,
                        seconds: int = 120) -> Signature:
-        """Has documents signed. The picture goes to `picture` and the strokes to "hw.data" beside it; both are written
-        anew. `place` is where to sign, as the terminal takes it; `voice` is spoken."""
+        """Has documents signed. `place` is where to sign, as the terminal takes it; `voice` is spoken.
+
+        The picture goes to `picture` and the strokes to "hw.data" beside it. Both files are emptied first, so that a
+        directory that cannot be written is an OSError before the customer is asked; both are removed when the call
+        fails, so that no signature of an earlier customer is left there.
+
+        The terminal, too, keeps its last signature, and the library fetches it even when the wait for the customer
+        failed. What is returned is therefore not always new. Rejected are: any signature when a cancel() of this
+        process fell into the call (Cancelled); and, after a terminal that kept silent for the whole time, the
+        signature that this process got the last time (OldSignature). What cannot be told: after such a silence, or
+        after a cancel that was not made by cancel(), a signature that the terminal had before this process began, or
+        that another program fetched."""
         target = Path(picture).absolute()
         head = (None, _CHANNEL, self._baud, seconds, _paths(documents, _LONGEST_LIST), _bytes(place))
+        strokes = target.parent / "hw.data"
         # The strokes are read from their file, for their size is not known before.
-        if voice is None:
-            self._call("MP_SignPDF", *head, _path(target), None)
-        else:
-            self._call("MP_SignPDF_Voice", *head, _bytes(voice), _path(target), None)
-        return Signature(target, (target.parent / "hw.data").read_bytes())
+        name = "MP_SignPDF" if voice is None else "MP_SignPDF_Voice"
+        spoken = () if voice is None else (_bytes(voice),)
+        arguments = (*head, *spoken, _path(target), None)
+        self._require_usb(name)
+        with _emptied(target, strokes):
+            return Signature(target, self._signed(name, arguments, strokes, seconds))
+
+    def _signed(self, name: str, arguments: tuple[object, ...], strokes: Path, seconds: int) -> bytes:
+        mark = _cancels.mark_when_idle()
+        begun = time.monotonic()
+        self._call(name, *arguments)
+        lasted = time.monotonic() - begun
+        signed = strokes.read_bytes()
+        same = _last_signature.replace(signed)
+        if _cancels.came_since(mark):
+            raise cancelled(name)
+        if same and lasted >= seconds + _SILENCE_S:
+            raise OldSignature(name)
+        return signed
 
     # ---- files
 
     def push(self, files: Paths) -> list[str]:
-        """Sends files to the terminal; their paths there."""
+        """Sends files to the terminal, by their names as the host has them; their paths there."""
         every = [files] if isinstance(files, (str, os.PathLike)) else files
         return [self._push_one(file) for file in every]
 
     def _push_one(self, file: PathLike) -> str:
         place = _room()
-        self._call("pushFileToZ11", _paths(file, _LONGEST_LIST), place)
+        self._on_usb("pushFileToZ11", _paths(file, _LONGEST_LIST), place)
         return _text(place)
 
-    def pull(self, place: str, file: PathLike) -> None:
-        """Fetches a file of the terminal, such as "/tmp/hw.png"; `file` is written anew."""
-        command = ctypes.create_string_buffer(b"\x1b[0PULLFILE\x02" + _bytes(place) + b"\x03")
-        self._call("PullFile", 0, _CHANNEL, self._baud, _PULL_MS, len(command.value), command,
+    def pull(self, place: FileName, file: PathLike) -> None:
+        """Fetches a file of the terminal, such as "/tmp/hw.png"; `file` is overwritten. The place goes in UTF-8; for
+        one with a name out of the terminal's lists give its bytes, `b"/tmp/" + name.raw`."""
+        command = ctypes.create_string_buffer(b"\x1b[0PULLFILE\x02" + _name(place, "utf-8") + b"\x03")
+        self._on_usb("PullFile", 0, _CHANNEL, self._baud, _PULL_MS, len(command.value), command,
                    ctypes.create_string_buffer(_path(file)))
 
-    def photos(self) -> list[str]:
+    def photos(self) -> list[Name]:
         """The head photos on the terminal."""
         return self._list(_PHOTOS)
 
-    def pictures(self) -> list[str]:
+    def pictures(self) -> list[Name]:
         """The pictures of the idle screen."""
         return self._list(_PICTURES)
 
-    def _list(self, kind: int) -> list[str]:
+    def _list(self, kind: int) -> list[Name]:
         names = _room(_ROOM + 1)
         self._call("GetVideoList", self._port, _CHANNEL, self._baud, kind, names, _ROOM)
-        return [name for name in _text(names).split("|") if name]
+        return _names(names.value)
 
-    def add_photo(self, photo: PathLike, name: Optional[str] = None) -> None:
-        """Sends a head photo, to be stored under its own name or another."""
-        self._call("MP_DownHeadFile", None, _CHANNEL, self._baud, _path(photo), _optional(name))
+    def add_photo(self, photo: PathLike, name: FileName = "") -> None:
+        """Sends a head photo, to be stored under its own name or another. The terminal gets it in GBK, as teller
+        cards name it; `bytes` go as they are."""
+        self._on_usb("MP_DownHeadFile", None, _CHANNEL, self._baud, _path(photo), _photo_name(name or Path(photo).name))
 
-    def delete_photo(self, name: str) -> None:
-        self._call("MP_DelHeadFile", None, None, self._baud, _bytes(name))
+    def delete_photo(self, name: FileName) -> None:
+        """Deletes a photo by a name out of photos(), or by one that was handed to add_photo()."""
+        self._on_usb("MP_DelHeadFile", None, None, self._baud, _photo_name(name))
 
     def add_pictures(self, pictures: Paths, only_missing: bool = False) -> None:
-        """Adds pictures to the idle screen, or only those whose names the terminal lacks."""
+        """Adds pictures to the idle screen, or only those whose names the terminal lacks. The terminal gets the
+        files' names as the host has them, as with replace_pictures()."""
         self._change_pictures(_paths(pictures), _ADD_MISSING if only_missing else _ADD)
 
     def replace_pictures(self, pictures: Paths) -> None:
         self._change_pictures(_paths(pictures), _REPLACE)
 
-    def delete_pictures(self, names: Optional[Iterable[str]] = None) -> None:
-        """Deletes the pictures of these names, or all."""
+    def delete_pictures(self, names: Iterable[FileName] | None = None) -> None:
+        """Deletes pictures by names out of pictures(), or by those of the files that were added; or all. `bytes` go
+        as they are."""
         if names is None:
             self._change_pictures(b"", _DELETE_ALL)
         else:
-            self._change_pictures(b"|".join(_bytes(name) for name in names), _DELETE)
+            self._change_pictures(b"|".join(_picture_name(name) for name in names), _DELETE)
 
     def _change_pictures(self, names: bytes, how: int) -> None:
-        self._call("MP_DownloadFile", None, None, self._baud, None, _PICTURES, ctypes.create_string_buffer(names), how)
+        listed = ctypes.create_string_buffer(names)
+        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _PICTURES, listed, how)
 
-    def set_qr_code(self, picture: Optional[PathLike]) -> None:
+    def set_qr_code(self, picture: PathLike | None) -> None:
         """Replaces the QR code's picture, or removes it."""
-        self._call("MP_SetBarcodePic", None, None, self._baud, None if picture is None else _path(picture))
+        self._on_usb("MP_SetBarcodePic", None, None, self._baud, None if picture is None else _path(picture))
 
     def update_firmware(self, package: PathLike) -> None:
         """Sends a firmware package, whose extension begins with "dat", and has it installed."""
-        self._call("MP_DownloadFile", None, None, self._baud, None, _FIRMWARE,
-                   ctypes.create_string_buffer(_path(package)), 0)
+        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _FIRMWARE,
+                     ctypes.create_string_buffer(_path(package)), 0)
 
     # ---- PIN pad
 
@@ -348,10 +483,11 @@ class Terminal:
         self._pin_pad("PN_DownloadPinPadWK", _bytes(factor), str(key_type).encode(), enciphered.hex().upper().encode(),
                       _bytes(verify_key))
 
-    def pin_block(self, account: Optional[str], *, algorithm: int, digits: int, prompt: Optional[str] = None,
+    def pin_block(self, account: str | None, *, algorithm: int, digits: int, prompt: str | None = None,
                   sound: int = 0, seconds: int = 60) -> bytes:
         """The PIN block of the PIN that the customer keys, bound to an account of 12 digits or more, or to none.
-        Encryption type and length are those that set_pin_entry() set."""
+        Encryption type and length are those that set_pin_entry() set. The pad's refusal 1 is taken for a customer who
+        cancels, its refusal 2 for one whose time ran out."""
         kind = _UNBOUND if account is None else _BOUND
         factor, block = _room(), _room()
         length = ctypes.c_int(digits)

@@ -3,7 +3,8 @@
  * Common arguments
  *   port, baud  of the exchange; port 0 is USB
  *   channel     passed on, without meaning here
- *   name        in; a name on the terminal; NULL is an empty one
+ *   name        in; a name on the terminal; NULL is an empty one. Its bytes go as they are handed in; the terminal's
+ *               encoding is GBK, and a name out of its lists is GBK
  *   fileType    0 pictures, 2 head photos, 4 firmware image; others are the terminal's
  *
  * Common results: 0, and -2, -3, -10, -11, -23 of the exchange (frame/transaction.h). One thread at a time.
@@ -56,7 +57,8 @@ GWQ_API int DeleteMediaFile(int port, char channel, int baud, int fileType, cons
 GWQ_API int DownVideoFile(int port, char channel, int baud, int fileType, const char* path);
 
 /* Sends a file or, with type 4, the firmware image "update.dat". Each packet is sent up to its first zero byte.
- *   path  in; local file; NULL gives -12
+ *   path  in; local file; NULL gives -12. Its base name goes to the terminal as it is handed in; the terminal's
+ *         encoding is GBK
  * Returns 0; -12 the file cannot be opened or read; -14 a wrong or missing answer, or any other failure of an exchange;
  * -23 stopped by CancelWrite. */
 GWQ_API int HIDDownLoad(const char* path, int fileType);

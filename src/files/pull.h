@@ -17,7 +17,8 @@ GWQ_C_BEGIN
  * -11 while receiving. */
 GWQ_API int TransProcHW(int commandLen, char* command, int timeout_ms, char* path);
 
-/* As TransProcHW. The command is "\e[0PULLFILE", STX, the path on the terminal, ETX.
+/* As TransProcHW. The command is "\e[0PULLFILE", STX, the path on the terminal, ETX. The path goes as it is
+ * handed in; the terminal's encoding is GBK, and a name out of its lists is GBK.
  *   port, channel, baud  without meaning here */
 GWQ_API int PullFile(int port, char channel, int baud, int timeout_ms, int commandLen, char* command,
                      char* path);

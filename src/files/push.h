@@ -24,9 +24,10 @@ GWQ_API extern unsigned char m_szCMD[204800];
  *   port, baud  of the exchanges
  *   channel     passed on, without meaning here
  *   type        255: stored as `name`; else a media type, stored under the local file's base name
- *   localPath   in; NULL gives -1 once the terminal is ready for it
+ *   localPath   in; NULL gives -1 once the terminal is ready for it. Its base name, where it is used, goes as it is
  *   name        in; name on the terminal; more than 1022 bytes give -1 and nothing is sent; may be NULL where it is not
- *               used */
+ *               used. Its bytes go as they are handed in; the terminal's encoding is GBK, and a name out of its lists
+ *               is GBK */
 GWQ_API int Z11DownLoadFile(int port, char channel, int baud, int type, const char* localPath,
                             const char* name);
 
@@ -35,7 +36,8 @@ GWQ_API int Z11DownLoadHead(int port, char channel, int baud, int type, const ch
                             const char* name);
 
 /* Sends files on USB, each to "/tmp/" and its base name.
- *   pathList  in; NULL gives -1, as NULL outList does; local paths separated by "|"; cut after 1023 bytes
+ *   pathList  in; NULL gives -1, as NULL outList does; local paths separated by "|"; cut after 1023 bytes.
+ *             Base names go to the terminal as they are handed in; its encoding is GBK
  *   outList   out; the terminal's paths separated by "|", no terminator: pass 4096 zeroed bytes
  * Also -15: a listed file does not exist; those before it were sent. */
 GWQ_API int pushFileToZ11(const char* pathList, char* outList);

@@ -14,18 +14,18 @@ enum GwqStatus {
   GWQ_OK = 0, /* done */
   GWQ_BAD_ARGUMENT =
       -1, /* an argument is out of range, nothing was sent; on a link: unknown type, or settings failed */
-  GWQ_NO_ANSWER = -2,           /* nothing was read; on a link: not open, or a bad argument */
-  GWQ_NOT_OPENED = -3,          /* the serial device, or neither USB identity, could be opened */
+  GWQ_NO_ANSWER = -2,           /* the customer's time ran out, or nothing was read; on a link: not open */
+  GWQ_NOT_OPENED = -3,          /* no link: nothing there, no right to it, or another program holds it */
   GWQ_LINK_TIMEOUT = -4,        /* link: the answer did not come, or not whole, in time */
   GWQ_LINK_WRITE = -5,          /* link: not all bytes went out */
   GWQ_LINK_READ = -6,           /* serial link: reading failed */
   GWQ_LINK_NO_DEVICE = -7,      /* link: no such USB device, or none open */
-  GWQ_BAD_FRAME = -8,           /* a damaged PIN-pad frame */
+  GWQ_BAD_FRAME = -8,           /* a damaged PIN-pad frame, or a refused key */
   GWQ_EVALUATION_READ = -9,     /* TransProcForEva: the read failed */
   GWQ_SEND_FAILED = -10,        /* the command was not sent whole */
   GWQ_READ_FAILED = -11,        /* the answer could not be read: time-out, error, or serial cancel */
   GWQ_NO_LOCAL_FILE = -12,      /* HIDDownLoad: the local file cannot be opened or read */
-  GWQ_REFUSED = -14,            /* the terminal refused or failed, or its answer was not the expected one */
+  GWQ_REFUSED = -14,            /* refused, failed, an unexpected answer, or a host file not written */
   GWQ_NO_FILE = -15,            /* a file is missing */
   GWQ_PIN_REFUSAL_1 = -18,      /* the pad refused a PIN entry with byte 1 (2 gives -2) */
   GWQ_BAD_ACCOUNT = -21,        /* an account number is missing or not all digits */

@@ -5,8 +5,9 @@
  * Common arguments
  *   iBaudRate   accepted; USB has none
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. On the
- *               screen's list the names are GBK, at most 1024 bytes
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. The files are
+ *               stored under their base names as handed in, while the terminal's encoding is GBK: prefer ASCII names.
+ *               On the screen's list the names are GBK, at most 1024 bytes
  *
  * Common results
  *   0    success

@@ -6,10 +6,12 @@
  *   iPortNo       0 USB, n >= 1 serial port n
  *   iBaudRate     bits per second on a serial port
  *   iTimeout      seconds that the customer has; the host waits 3 s longer for the answer
- *   szTellerName  in; sent as it is
- *   szTellerNo    in; sent as it is; NULL is an empty number
+ *   szTellerName  in; its bytes go as they are handed in; the terminal's encoding is GBK, UTF-8 where CheckUtf8version
+ *                 (pinpad/counter.h) says so
+ *   szTellerNo    in; as szTellerName; NULL is an empty number
  *   iStarLevel    0 to 6
- *   szPhotoName   in; a head photo on the terminal (files/media_functions.h); NULL means the number and ".jpg"
+ *   szPhotoName   in; a head photo on the terminal (files/media_functions.h), where names are GBK; NULL means the number
+ *                 and ".jpg"
  * A card that does not fit into a command of 1023 bytes gives -1.
  *
  * Common results
@@ -30,7 +32,7 @@ GWQ_C_BEGIN
 /* Shows the teller's card; no answer is awaited.
  *   iTimeout      any; the terminal's business
  *   szTellerName  NULL gives -1
- *   szPhotoName   UTF-8, sent as GBK, at most 256 bytes of it
+ *   szPhotoName   UTF-8, sent as GBK, at most 256 bytes of it; a name out of a list of GBK has to be UTF-8 first
  * Also -14: the card was not sent. */
 GWQ_API int MP_StartElectronicCard(void* ignored1, void* ignored2, int iBaudRate, int iTimeout,
                                    const char* szTellerName, const char* szTellerNo, int iStarLevel,
@@ -55,7 +57,7 @@ GWQ_API int MP_CancleEvaluate(void* ignored1, void* ignored2, int iBaudRate);
 
 /* Shows a teller's card and asks the customer for a rating; closes the screen, whatever the outcome of waiting.
  *   szTellerName  NULL is an empty name
- *   szPhotoName   sent as it is
+ *   szPhotoName   its bytes go as they are handed in; a name out of a list is GBK
  *   iTimeout      1 to 999 seconds
  *   pnRating      out; 1, 2 or 3 as the terminal's key, 4 for its key 0; untouched by any other answer, which is
  *                 success all the same; NULL is passed over

@@ -7,9 +7,11 @@
  *   iBaudRate   accepted; USB has none
  *   szLink      in; its first character is passed to the pull, where it means nothing; may be NULL
  *   iTimeout    1 to 999 seconds
- *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. On the
- *               screen's list the names are GBK, at most 4096 bytes
- *   szLocation  in; where to sign, as the terminal takes it; sent as it is
+ *   szFilePath  in; local paths (UTF-8) separated by "|"; as pushFileToZ11 takes them, at most 1023 bytes. The files are
+ *               stored under their base names as handed in, while the terminal's encoding is GBK: prefer ASCII names.
+ *               On the screen's list the names are GBK, at most 4096 bytes
+ *   szLocation  in; where to sign, as the terminal takes it; its bytes go as they are handed in, the terminal's
+ *               encoding is GBK
  *   szSignPath  in; local file for the picture, written anew; NULL or empty: no picture is fetched
  *   szSignData  out; pass NULL and read the stroke data from their file, or call GWQ_SetOutputRoom (extra.h) before: the
  *               whole file is copied here, without a terminator, and what the terminal sends decides how long it is.

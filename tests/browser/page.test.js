@@ -201,7 +201,7 @@ together("documents", () => {
     await pdfIsDrawn(page, 3, 3);
     assert.ok(await customer.button("Next page").isDisabled());
     await customer.button("Agree").click();
-    assert.deepEqual(await agreed, { value: true });
+    assert.deepEqual(await agreed, { value: 0 });
   });
 
   visit("only shown ask nothing and go with the next screen", async ({ counter, customer, page }) => {
@@ -225,7 +225,7 @@ together("documents", () => {
     assert.equal(await picture.evaluate((image) => image.decode().then(() => image.naturalWidth)), 800);
     await customer.shows("documents");
     await customer.button("Refuse").click();
-    assert.deepEqual(await agreed, { value: false });
+    assert.deepEqual(await agreed, { value: 1 });
   });
 });
 
@@ -408,7 +408,7 @@ together("PIN pad", () => {
     await page.locator(".typed").getByText("13800138000").waitFor();
     await customer.shows("number");
     await customer.button("Cancel").click();
-    assert.deepEqual(await number, { value: "" });
+    assert.deepEqual(await number, { failed: "Cancelled", status: -23 });
   });
 
   visit("is also on the screen, as a keypad", async ({ counter, customer, page }) => {

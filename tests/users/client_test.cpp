@@ -2,8 +2,9 @@
 #include <gmock/gmock.h>
 #include <gwq.hpp>
 
-#include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include "support/temp_dir.h"
@@ -19,7 +20,6 @@ using gwq::client::Terminal;
 using gwq::test::ReadFile;
 using gwq::test::TempDir;
 using testing::AllOf;
-using testing::AnyOf;
 using testing::Eq;
 using testing::HasSubstr;
 using testing::Optional;
@@ -92,11 +92,17 @@ TEST(Client, TellsThatThereIsNoWorkingKey) {
 
 TEST(Client, TellsWhatAStatusMeans) {
   const Error error("MP_ShowPDF", GWQ_NO_FILE);
-  EXPECT_STREQ(error.what(), "MP_ShowPDF: A file is missing. (GWQ_NO_FILE, status -15)");
-  EXPECT_STREQ(error.cause(GWQ_CHINESE), "文件不存在。");
-  EXPECT_STREQ(error.remedy(), "Check the paths that were given.");
+  EXPECT_STREQ(error.what(), "MP_ShowPDF: A document does not exist on this host. (GWQ_NO_FILE, status -15)");
+  EXPECT_STREQ(error.cause(GWQ_CHINESE), "主机上不存在该文件。");
+  EXPECT_STREQ(error.remedy(), "Check the documents' paths.");
   EXPECT_FALSE(error.cancelled());
   EXPECT_TRUE(Error("MP_ShowPDF", GWQ_CANCELLED).cancelled());
+  EXPECT_TRUE(Error("PN_GetPinBlockShowString", GWQ_PIN_REFUSAL_1).cancelled());
+  EXPECT_FALSE(Error("MP_ShowPDF", GWQ_PIN_REFUSAL_1).cancelled());
+  EXPECT_TRUE(Error("MP_SignPDF", GWQ_NO_ANSWER).timed_out());
+  EXPECT_TRUE(Error("PN_GetPinBlockShowString", GWQ_READ_FAILED).timed_out());
+  EXPECT_FALSE(Error("MP_SignPDF", GWQ_READ_FAILED).timed_out());
+  EXPECT_FALSE(Error("MP_ShowPDF", GWQ_NO_ANSWER).timed_out());
   EXPECT_THAT(StatusOf([] { Terminal().ShowDocuments({"/nowhere/to-be-found.pdf"}); }), Eq(GWQ_NO_FILE));
 }
 
@@ -107,27 +113,56 @@ TEST(Client, RefusesWhatTheLibraryWouldCut) {
   EXPECT_THROW(terminal.ShowDocuments({Path(std::string("/").append(1023, 'a'))}), std::length_error);
 }
 
-// A cancel that comes before the rating waits is lost, so it is repeated on both levels.
-TEST(ClientWaits, UntilAnotherThreadCancels) {
-  const Terminal terminal;
-  std::atomic<bool> over = false;
-  std::thread other([&] {
-    while (!over) {
-      CancelRead();
-      ICC_CancelReadTransPort();
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    terminal.Cancel();
+template <typename Call>
+void ExpectCancelled(Call call, std::chrono::milliseconds delay) {
+  std::thread other([delay] {
+    std::this_thread::sleep_for(delay);
+    EXPECT_NO_THROW(Terminal().Cancel());
   });
   try {
-    static_cast<void>(terminal.Rate(60));
-    ADD_FAILURE() << "there was a rating";
+    call(Terminal());
+    ADD_FAILURE() << "the call was not cancelled";
   } catch (const Error& error) {
-    // The others for one that meets a command on its way: the rating's own, or the time limit's before it.
-    EXPECT_THAT(error.status(), AnyOf(GWQ_CANCELLED, GWQ_SEND_FAILED, GWQ_REFUSED));
+    EXPECT_TRUE(error.cancelled()) << error.what();
   }
-  over = true;
   other.join();
+}
+
+TEST(ClientWaits, UntilAnotherThreadCancels) {
+  ExpectCancelled([](const Terminal& terminal) { static_cast<void>(terminal.Rate(60)); },
+                  std::chrono::seconds(2));
+}
+
+TEST(ClientWaits, UntilAnotherThreadCancelsASigningAndLeavesNoFiles) {
+  const TempDir dir;
+  ExpectCancelled(
+      [&](const Terminal& terminal) {
+        static_cast<void>(terminal.SignDocuments({kFiles / "agreement.pdf"}, dir / "signature.png",
+                                                 "1,300,100", std::nullopt, 60));
+      },
+      std::chrono::seconds(3));
+  EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
+}
+
+TEST(ClientWaits, UntilAnotherThreadCancelsAFileOnItsWay) {
+  const TempDir dir;
+  const Path file = dir / "large.pdf";
+  std::ofstream(file) << "%PDF";
+  std::filesystem::resize_file(file, 40'000'000);
+  ExpectCancelled([&](const Terminal& terminal) { terminal.Push(file); }, std::chrono::milliseconds(700));
+}
+
+TEST(ClientWaits, ForACustomerWhoDoesNotComeBack) {
+  const TempDir dir;
+  try {
+    static_cast<void>(Terminal().SignDocuments({kFiles / "agreement.pdf"}, dir / "signature.png", "1,300,100",
+                                               std::nullopt, 1));
+    ADD_FAILURE() << "somebody signed";
+  } catch (const Error& error) {
+    EXPECT_TRUE(error.timed_out());
+    EXPECT_THAT(error.what(), HasSubstr("MP_SignPDF: The customer did not sign in time"));
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
 }
 
 }  // namespace

@@ -1,0 +1,147 @@
+// What gwq.hpp itself does about signatures, above a library that the test plays.
+#include <gmock/gmock.h>
+#include <gwq.hpp>
+
+#include <functional>
+#include <future>
+#include <thread>
+
+#include "support/temp_dir.h"
+
+namespace {
+
+struct Library {
+  std::vector<std::string> signatures;  // one for each call
+  int status = GWQ_OK;
+  std::function<void()> while_signing = [] {};
+  std::function<int()> cancel = [] { return GWQ_OK; };
+  std::vector<std::string> calls;
+};
+
+Library library;
+
+}  // namespace
+
+int MP_SignPDF(void* /*ignored*/, const char* /*link*/, int /*baud*/, int /*timeout*/,
+               const char* /*documents*/, const char* /*location*/, const char* picture, char* /*data*/) {
+  library.calls.emplace_back("sign");
+  library.while_signing();
+  std::ofstream(picture) << "picture";
+  if (library.status != GWQ_OK) return library.status;
+  std::ofstream(std::filesystem::path(picture).parent_path() / "hw.data") << library.signatures.front();
+  library.signatures.erase(library.signatures.begin());
+  return GWQ_OK;
+}
+
+int MP_SignPDF_Voice(void* ignored, const char* link, int baud, int timeout, const char* documents,
+                     const char* location, const char* /*voice*/, const char* picture, char* data) {
+  return MP_SignPDF(ignored, link, baud, timeout, documents, location, picture, data);
+}
+
+int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int /*baud*/, int /*ignored3*/) {
+  library.calls.emplace_back("cancel");
+  return library.cancel();
+}
+
+namespace {
+
+using gwq::client::Error;
+using gwq::client::OldSignature;
+using gwq::client::Terminal;
+using gwq::test::ReadFile;
+using gwq::test::TempDir;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr int kOverBeforeItBegins = -2;  // any call is longer than that and the library's margin
+
+class ClientSigning : public testing::Test {
+ protected:
+  void SetUp() override { library = Library(); }
+
+  std::string Sign(int seconds = 60, const char* picture = "signature.png") const {
+    return Terminal().SignDocuments({"/a.pdf"}, dir_ / picture, "1,300,100", std::nullopt, seconds).strokes;
+  }
+  [[nodiscard]] bool NothingIsLeft() const { return std::filesystem::is_empty(dir_.Path()); }
+
+  TempDir dir_;
+};
+
+TEST_F(ClientSigning, ThatFailsLeavesNoSignatureOfAnEarlierCustomer) {
+  std::ofstream(dir_ / "signature.png") << "earlier";
+  std::ofstream(dir_ / "hw.data") << "earlier";
+  library.status = GWQ_NO_ANSWER;
+  EXPECT_THROW(Sign(), Error);
+  EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(ClientSigning, DoesNotBeginWhereTheFilesCannotBeWritten) {
+  EXPECT_THROW(Sign(60, "none/signature.png"), std::filesystem::filesystem_error);
+  std::filesystem::create_directory(dir_ / "hw.data");
+  EXPECT_THROW(Sign(), std::filesystem::filesystem_error);
+  EXPECT_FALSE(std::filesystem::exists(dir_ / "signature.png"));
+  EXPECT_THAT(library.calls, IsEmpty());
+}
+
+TEST_F(ClientSigning, ThatACancelFellIntoIsCancelledThoughTheLibrarySaysSuccess) {
+  library.signatures = {"old"};
+  library.while_signing = [] { Terminal().Cancel(); };
+  try {
+    Sign();
+    ADD_FAILURE();
+  } catch (const Error& error) {
+    EXPECT_TRUE(error.cancelled());
+  }
+  EXPECT_TRUE(NothingIsLeft());
+}
+
+TEST_F(ClientSigning, BeginsOnceACancelOfAnotherCallIsOver) {
+  library.signatures = {"new"};
+  std::promise<void> begun;
+  library.cancel = [&] {
+    begun.set_value();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    library.calls.emplace_back("cancel is over");
+    return GWQ_OK;
+  };
+  std::thread other([] { Terminal().Cancel(); });
+  begun.get_future().wait();
+  EXPECT_EQ(Sign(), "new");
+  other.join();
+  EXPECT_THAT(library.calls, ElementsAre("cancel", "cancel is over", "sign"));
+}
+
+TEST_F(ClientSigning, AfterSilenceIsNotThatOfTheTimeBefore) {
+  library.signatures = {"before", "before", "before", "another"};
+  EXPECT_EQ(Sign(), "before");
+  for (int i = 0; i < 2; ++i) {
+    try {
+      Sign(kOverBeforeItBegins);
+      ADD_FAILURE();
+    } catch (const OldSignature& error) {
+      EXPECT_THAT(error.what(), HasSubstr("MP_SignPDF: The terminal kept silent"));
+      EXPECT_EQ(error.status(), GWQ_REFUSED);
+    }
+    EXPECT_TRUE(NothingIsLeft());
+  }
+  EXPECT_EQ(Sign(kOverBeforeItBegins), "another");
+}
+
+TEST_F(ClientSigning, MayBeLikeTheLastOneWhereTheTerminalAnswered) {
+  library.signatures = {"alike", "alike"};
+  EXPECT_EQ(Sign(), "alike");
+  EXPECT_EQ(Sign(), "alike");
+  EXPECT_EQ(ReadFile(dir_ / "hw.data"), "alike");
+}
+
+TEST_F(ClientSigning, CancelDoesNotAskForTheCloseCommandsAnswer) {
+  for (const int status : {GWQ_OK, GWQ_NO_ANSWER, GWQ_SEND_FAILED, GWQ_READ_FAILED, GWQ_CANCELLED}) {
+    library.cancel = [status] { return status; };
+    EXPECT_NO_THROW(Terminal().Cancel());
+  }
+  library.cancel = [] { return GWQ_NOT_OPENED; };
+  EXPECT_THROW(Terminal().Cancel(), Error);
+}
+
+}  // namespace
