@@ -36,7 +36,6 @@ int test_init() {
   constexpr std::size_t kDirectoryAndName = 256 + sizeof "GWQ_LOG.ini";
   std::array<char, kDirectoryAndName> ini_path{};
   std::array<char, 256> log_flag{};
-  gwq::RememberOwnPath();
   GetFullPath("GWQ_LOG.ini", ini_path.data(), static_cast<int>(ini_path.size()));
   GetProfileString(ini_path.data(), "Gwq", "Log", log_flag.data());
   if (log_flag[0] == '1') {
@@ -45,6 +44,7 @@ int test_init() {
   }
   std::printf("szIniPath=%s\n", ini_path.data());
   std::printf("szLogFlag=%s\n", log_flag.data());
+  gwq::RememberOwnPath();
   ICC_INIT_LIBUSB();
   std::puts("------dlopen OK------");
   return 0;

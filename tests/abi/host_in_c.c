@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "abi/descriptor_layout.h"
+#include "extra.h"
 #include "gwq.h"
 
 #include "redeclarations.h"

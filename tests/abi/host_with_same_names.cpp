@@ -2,6 +2,7 @@
 // itself; prints which of the host's functions were called instead.
 #include <dlfcn.h>
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -63,6 +64,22 @@ void UseEngine(void* library) {
   Find<void()>(library, "CancelWrite")();
 }
 
+// The library's own JSON is not the host's, nor is what it exports under cJSON's names.
+void UseJson(void* library) {
+  std::array<char, 4096> description{};
+  int length = static_cast<int>(description.size());
+  using CommCall = int(const char*, int, char*, int*);
+  const int status =
+      Find<CommCall>(library, "DEV_CommCall")("{\"RequestBaudRate\": 9600}", 0, description.data(), &length);
+  const bool whole = std::string(description.data()).find("VOLK") != std::string::npos;
+  std::printf("DEV_CommCall %d %s\n", status, whole ? "VOLK" : description.data());
+  void* const parsed = Find<void*(const char*)>(library, "cJSON_Parse")("[1]");
+  char* const text = Find<char*(void*)>(library, "cJSON_PrintUnformatted")(parsed);
+  std::printf("cJSON_Print %s\n", text);
+  std::free(text);  // the process's memory
+  Find<void(void*)>(library, "cJSON_Delete")(parsed);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -75,6 +92,7 @@ int main(int count, char** arguments) {
   std::printf("log in %s\n", std::string(Find<char*()>(library, "pGetLogPath")()).substr(0, 200).c_str());
   UseCodecs(library);
   UseEngine(library);
+  UseJson(library);
   dlclose(library);
   std::printf("intrusions %d\n", g_intrusions);
   return Merge() == 42 ? 0 : 1;

@@ -54,6 +54,16 @@ TEST(HostInC, SeesTheLibraryLoadBeforeItRunsAndUnloadAfterwards) {
   EXPECT_EQ(lines.back(), "------dlclose OK------");
 }
 
+TEST(HostOfCjson, HasItFromThisLibraryAlone) {
+  const Outcome outcome = RunHost({HOST_OF_CJSON});
+  EXPECT_EQ(outcome.exit_status, 0);
+  const std::string used = "last 3 text {\"rating\":[1,2,3]}\n";
+  EXPECT_EQ(OwnLines(outcome.standard_output),
+            used + "without hooks none\n" + used +
+                "own names counted\nthe library counted\nlibcjson counted\n" + used +
+                "hooks taken back none\n");
+}
+
 TEST(HostWithTheSameNames, DoesNotDisturbTheLibrary) {
   const TempDir directory;
   const fs::path library = directory / "libgwq.so";
@@ -67,8 +77,9 @@ TEST(HostWithTheSameNames, DoesNotDisturbTheLibrary) {
                            (directory / "Log/Gwq_Volkarn/VK_").string();
   EXPECT_EQ(output.substr(0, load.size()), load);
   const std::string use =
-      "BCDToHex 2 :;\nHexAsc1Merge 1 57\nSplitChar 2 57\nTransProc -3\n------dlclose OK------\nintrusions 0\n"
-      "the host's Merge was called\n";
+      "BCDToHex 2 :;\nHexAsc1Merge 1 57\nSplitChar 2 57\nTransProc -3\nDEV_CommCall -3 VOLK\ncJSON_Print "
+      "[1]\n"
+      "------dlclose OK------\nintrusions 0\nthe host's Merge was called\n";
   EXPECT_EQ(output.substr(output.find("BCDToHex")), use);
 }
 

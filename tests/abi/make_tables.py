@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Turns the list of exports into what the host programs and the tests are compiled from or read.
 
-make_tables.py INTERFACE OUTPUT_DIR
+make_tables.py INTERFACE CJSON_NAMES OUTPUT_DIR
 """
 import json
 import pathlib
@@ -14,7 +14,7 @@ def pointer_type(signature, name):
     return re.sub(rf'\b{name} ?\(', '(*)(', signature, count=1)
 
 
-def main(interface, output_dir):
+def main(interface, cjson_names, output_dir):
     exports = json.loads(pathlib.Path(interface).read_text(encoding='utf-8'))['exports']
     plain = [e for e in exports if e['linkage'] == 'C']
     functions = [e for e in plain if e['kind'] == 'function']
@@ -35,8 +35,9 @@ def main(interface, output_dir):
     write('cxx_function_table.h',
           [f'reinterpret_cast<AnyFunction>(static_cast<{pointer_type(e["signature"], e["name"])}>({e["name"]})),'
            for e in cxx])
+    cjsons = re.findall(r'\((\w+)\)', pathlib.Path(cjson_names).read_text(encoding='utf-8'))
     write('intruders.c', ['int Intrude(const char* name);'] +
-          [f'int {e["name"]}(void) {{ return Intrude("{e["name"]}"); }}' for e in functions])
+          [f'int {name}(void) {{ return Intrude("{name}"); }}' for name in [e['name'] for e in functions] + cjsons])
 
 
 main(*sys.argv[1:])
