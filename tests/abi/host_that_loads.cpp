@@ -1,6 +1,8 @@
-// Loads and unloads a library: host_that_loads LIBRARY [TIMES]. Tells on standard output what happened in
+// Loads and unloads a library: host_that_loads LIBRARY [TIMES [DIRECTORY]], which
+// it moves to once the library is loaded. Tells on standard output what happened in
 // which order; the library's calls of libusb_init and libusb_exit arrive here.
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -36,13 +38,14 @@ void UseCjson(void* library) {
   Find<void(void*)>(library, "cJSON_Delete")(parsed);
 }
 
-bool LoadUseAndUnload(const char* path) {
+bool LoadUseAndUnload(const char* path, const char* directory) {
   void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     std::puts(dlerror());
     return false;
   }
   std::puts("loaded");
+  if (directory != nullptr && chdir(directory) != 0) return false;
   Find<int(const char*, ...)>(library, "ICC_DPrintLogToFile")("line %s", "of the host");
   UseCjson(library);
   const int closed = dlclose(library);
@@ -55,8 +58,9 @@ bool LoadUseAndUnload(const char* path) {
 int main(int count, char** arguments) {
   if (count < 2) return 2;
   const int times = count > 2 ? std::atoi(arguments[2]) : 1;
+  const char* const directory = count > 3 ? arguments[3] : nullptr;
   for (int i = 0; i < times; ++i) {
-    if (!LoadUseAndUnload(arguments[1])) return 1;
+    if (!LoadUseAndUnload(arguments[1], directory)) return 1;
   }
   return 0;
 }

@@ -109,6 +109,16 @@ TEST_F(Load, LooksBesideTheLibraryWhenItIsNamedRelatively) {
   EXPECT_EQ(Lines(LogText()).size(), 1U);
 }
 
+// What moves about in the file system afterwards does not take the log with it.
+TEST_F(Load, NamedRelativelyKeepsItsDirectoryWhenTheProcessMoves) {
+  WriteIni("[Gwq]\nLog=1\n");
+  const TempDir elsewhere;
+  const Outcome outcome = RunHost({HOST_THAT_LOADS, "./libgwq.so", "1", elsewhere.Path()}, directory_.Path());
+  EXPECT_EQ(outcome.exit_status, 0);
+  EXPECT_EQ(Lines(LogText()).size(), 1U);
+  EXPECT_TRUE(fs::is_empty(elsewhere.Path()));
+}
+
 std::string LogNameOfDaysAgo(int days) {
   using std::chrono::floor;
   const auto today = floor<std::chrono::days>(std::chrono::system_clock::now());

@@ -74,6 +74,7 @@ struct FakeTty::State {
   std::function<void(int)> hook;
   int reads = 0;
   bool fail_reads = false;
+  bool takes_nothing = false;
   std::deque<ssize_t> write_plans;
   std::set<unsigned long> failing_requests;
   std::vector<std::string> calls;
@@ -89,6 +90,7 @@ struct FakeTty::State {
   }
 
   void Collect() const {
+    if (takes_nothing) return;
     std::array<std::uint8_t, 4096> block{};
     while (in_flight > 0 && WaitReadable(master)) {
       const long got = syscall(SYS_read, master, block.data(), block.size());
@@ -265,6 +267,11 @@ void FakeTty::FailReads() {
 void FakeTty::NextWritesMove(const std::vector<ssize_t>& counts) {
   const std::lock_guard lock(state_->mutex);
   state_->write_plans.assign(counts.begin(), counts.end());
+}
+
+void FakeTty::TakeNothing() {
+  const std::lock_guard lock(state_->mutex);
+  state_->takes_nothing = true;
 }
 
 void FakeTty::FailIoctl(unsigned long request) {

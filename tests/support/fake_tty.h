@@ -43,6 +43,8 @@ class FakeTty {
   void FailReads();
   // The next writes, in order, move only so many bytes; -1 fails.
   void NextWritesMove(const std::vector<ssize_t>& counts);
+  // What is written from now on stays in the line until that is full.
+  void TakeNothing();
   // Every such request (TCGETA, TCSETAF) from now on fails.
   void FailIoctl(unsigned long request);
 

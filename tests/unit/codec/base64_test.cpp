@@ -205,5 +205,14 @@ TEST(GetIndexFromBase64Table, EveryCharacterHasItsPlaceInTheAlphabet) {
   }
 }
 
+TEST(EncryptBase64, OfNoBytesIsNoTextWhateverThePointers) {
+  char out[4] = "abc";
+  EXPECT_EQ(EncryptBase64(nullptr, 0, out, 4), 0);
+  EXPECT_EQ(EncryptBase64(nullptr, 0, nullptr, 0), 0);
+  EXPECT_EQ(EncryptBase64(nullptr, -5, out, 4), 0);
+  EXPECT_STREQ(out, "abc");
+  EXPECT_EQ(EncryptBase64(nullptr, 1, out, 4), -1);
+}
+
 }  // namespace
 }  // namespace gwq::test

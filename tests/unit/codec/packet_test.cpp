@@ -277,5 +277,17 @@ TEST(PsbcMergeData, DoesNothingForNullOrAnOddLength) {
   EXPECT_EQ(out.Content(), ByteVector(2, kUntouched));
 }
 
+TEST(Helpers, GiveTheirFailingValueForNull) {
+  unsigned char body[] = {0x02, 'a', 0x03};
+  unsigned char out[8] = {};
+  int length = 0;
+  EXPECT_EQ(PackData(body, 3, nullptr), 0);
+  EXPECT_EQ(GetPacketBody(0x02, 0x03, body, 3, nullptr), -1);
+  EXPECT_EQ(GetPacketBody(0x02, 0x03, nullptr, 3, out), -1);
+  EXPECT_EQ(Endian_intToChar(1, nullptr), nullptr);
+  EXPECT_EQ(CheckAndGetResponseForTY(0x02, 0x03, body, 3, nullptr, &length), -14);
+  EXPECT_EQ(CheckAndGetResponseForTY(0x02, 0x03, body, 3, out, nullptr), -14);
+}
+
 }  // namespace
 }  // namespace gwq::test

@@ -1,6 +1,8 @@
 // The conversions against plain loops over one byte after the other, on random input and for every capacity.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <algorithm>
 #include <cctype>
 #include <ostream>
@@ -309,6 +311,41 @@ TEST(AsciiToHexOnRandomText, StopsWhereAPlainLoopStops) {
     ExactBuffer out(text.size() / 2);
     ASSERT_EQ(AsciiToHex(in.Chars(), in.Size(), out.Bytes()), static_cast<int>(expected.size()));
     ASSERT_EQ(out.Content(), WithRestUntouched(expected, text.size() / 2));
+  }
+}
+
+// Any overlap: the text is read before anything is written.
+TEST(JoiningHex, IsRightForEveryOverlap) {
+  std::string digits;
+  for (int i = 0; i < 97; ++i) digits += "0123456789abcdefABCDEF"[i * 7 % 22];
+  for (int (*const join)(const char*, int, unsigned char*, int) : {&HexStrToAscii, &GetAsciString}) {
+    for (int length = 0; length <= 97; ++length) {
+      std::array<unsigned char, 64> expected{};
+      const int count = join(digits.data(), length, expected.data(), 64);
+      for (int shift = -40; shift <= 100; ++shift) {
+        std::array<char, 320> room{};
+        digits.copy(room.data() + 100, static_cast<std::size_t>(length));
+        auto* out = reinterpret_cast<unsigned char*>(room.data() + 100 + shift);
+        ASSERT_EQ(join(room.data() + 100, length, out, 64), count);
+        ASSERT_TRUE(std::equal(out, out + count, expected.begin())) << length << " digits, " << shift;
+      }
+    }
+  }
+}
+
+TEST(SplitData, MayCutItsOwnText) {
+  for (const char* text : {"abc|def", "|abc", "abc", ""}) {
+    std::array<char, 16> room{};
+    std::string_view(text).copy(room.data(), room.size() - 1);
+    std::array<char, 16> expected = room;
+    std::array<char, 16> cut{};
+    SplitData(expected.data(), cut.data(), "|");
+    SplitData(room.data(), room.data(), "|");
+    EXPECT_EQ(room, expected) << "the text before the delimiter stands there already";
+    std::array<char, 16> shifted{};
+    std::string_view(text).copy(shifted.data(), shifted.size() - 2);
+    SplitData(shifted.data(), shifted.data() + 1, "|");
+    EXPECT_STREQ(std::string(shifted.data() + 1).substr(0, std::strlen(cut.data())).c_str(), cut.data());
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include <array>
+#include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,7 @@
 
 #include "diag/clock_text.h"
 #include "diag/log.h"
+#include "diag/log_failure.h"
 #include "support/as_user.h"
 #include "support/log_capture.h"
 #include "support/temp_dir.h"
@@ -260,6 +262,100 @@ TEST(ScratchText, IsTheSame512BytesZeroedAtEachCall) {
   std::memset(scratch, 'x', 512);
   EXPECT_EQ(ScratchText(), scratch);
   EXPECT_EQ(std::string(scratch, 512), std::string(512, '\0'));
+}
+
+// ------------------------------------------------------------------ what ends a message
+
+TEST(LogLine, EndsAtAZeroByte) {
+  const LogCapture log;
+  ICC_DPrintLogToFile("before%cbehind", 0);
+  EXPECT_THAT(log.Messages(), ElementsAre("before"));
+}
+
+TEST(LogLine, KeepsWhatCameBeforeAValueThatCannotBeConverted) {
+  const LogCapture log;
+  const wchar_t unknown[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
+  ICC_DPrintLogToFile("nRet=%d %ls", 7, unknown);
+  EXPECT_THAT(log.Messages(), ElementsAre("nRet=7 "));
+}
+
+// ------------------------------------------------------------------ whose file it is
+
+fs::path TodaysFile() {
+  return fs::directory_iterator(LogDirectory())->path();
+}
+
+unsigned ModeOf(const fs::path& file) {
+  struct stat status {};
+  EXPECT_EQ(stat(file.c_str(), &status), 0);
+  return status.st_mode & 07777U;
+}
+
+TEST(LogFile, IsItsOwnersAloneWhateverTheMask) {
+  const LogCapture log;
+  const mode_t mask = umask(0);
+  ICC_DPrintLogToFile("x");
+  umask(mask);
+  EXPECT_EQ(ModeOf(TodaysFile()), 0600U);
+}
+
+TEST(LogFile, ThatOthersMayReadIsClosedToThem) {
+  const LogCapture log;
+  ICC_DPrintLogToFile("one");
+  ASSERT_EQ(chmod(TodaysFile().c_str(), 0666), 0);
+  ICC_DPrintLogToFile("two");
+  EXPECT_EQ(ModeOf(TodaysFile()), 0600U);
+  EXPECT_THAT(log.Messages(), ElementsAre("one", "two"));
+}
+
+TEST(LogFile, IsNotWrittenThroughALink) {
+  const LogCapture log;
+  const TempDir elsewhere;
+  WriteFile(elsewhere / "target", "precious");
+  ICC_DPrintLogToFile("x");
+  const fs::path today = TodaysFile();
+  fs::remove(today);
+  fs::create_symlink(elsewhere / "target", today);
+  TakeLogFailure();
+  ICC_DPrintLogToFile("dropped");
+  EXPECT_EQ(ReadFile(elsewhere / "target"), "precious");
+  EXPECT_EQ(TakeLogFailure(), ELOOP);
+  fs::remove(today);
+}
+
+TEST(LogFile, IsNotAPipeThatHoldsUpTheCaller) {
+  const LogCapture log;
+  ICC_DPrintLogToFile("x");
+  const fs::path today = TodaysFile();
+  fs::remove(today);
+  ASSERT_EQ(mkfifo(today.c_str(), 0600), 0);
+  ICC_DPrintLogToFile("dropped");
+  fs::remove(today);
+}
+
+TEST(LogFile, OfAnotherUserIsNotWrittenTo) {
+  if (geteuid() != 0) return;  // it takes two users
+  const LogCapture log;
+  ICC_DPrintLogToFile("x");
+  const fs::path today = TodaysFile();
+  ASSERT_EQ(chown(today.c_str(), 65534, 65534), 0);
+  TakeLogFailure();
+  ICC_DPrintLogToFile("a PIN");
+  EXPECT_EQ(ReadFile(today).find("a PIN"), std::string::npos);
+  EXPECT_EQ(TakeLogFailure(), EACCES);
+}
+
+TEST(LogFailure, IsToldOnce) {
+  const LogCapture log;
+  TakeLogFailure();
+  WriteFile(ModuleDirectory() / "Log", "in the directory's place");
+  ICC_DPrintLogToFile("dropped");
+  ICC_DPrintLogToFile("dropped");
+  fs::remove(ModuleDirectory() / "Log");
+  EXPECT_EQ(TakeLogFailure(), ENOTDIR);
+  EXPECT_EQ(TakeLogFailure(), 0);
+  ICC_DPrintLogToFile("written");
+  EXPECT_EQ(TakeLogFailure(), 0);
 }
 
 }  // namespace

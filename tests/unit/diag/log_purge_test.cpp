@@ -237,5 +237,19 @@ TEST_F(LogPurge, LogsAMissingDirectoryWhenTheLogIsOn) {
   EXPECT_THAT(log_.Messages(), ElementsAre("open dir error..."));
 }
 
+TEST_F(LogPurge, WorksInADirectoryOf259Characters) {
+  Today(2024, 3, 5);
+  const std::string logs = "Log/Gwq_Volkarn";
+  const std::size_t room = 259 - logs.size() - ModuleDirectory().string().size() - 2;
+  const fs::path module = ModuleDirectory() / std::string(room, 'd');
+  fs::create_directories(module / logs);
+  ASSERT_EQ((module / logs).string().size(), 259U);
+  WriteFile(module / logs / "VK_20200101.log", "old");
+  PretendModuleIs((module / "libgwq.so").string());
+  Purge();
+  PretendModuleIs("");
+  EXPECT_TRUE(fs::is_empty(module / logs));
+}
+
 }  // namespace
 }  // namespace gwq::test

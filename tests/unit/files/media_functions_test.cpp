@@ -356,5 +356,28 @@ TEST_F(MediaFunctions, SilenceAboutTheFileListIsMinus11AndTheOutputUntouched) {
   EXPECT_EQ(Now() - kStart, 1 + 4);
 }
 
+// ------------------------------------------------------------------ names that do not fit
+
+TEST_F(MediaFunctions, NameOfAHeadPhotoThatDoesNotFitIsMinus1BeforeAnythingIsSent) {
+  const std::string photo = MakeFile("x.jpg");
+  const std::string long_name(2000, 'n');
+  EXPECT_EQ(Delete(long_name.c_str()), -1);
+  EXPECT_EQ(Down(photo.c_str(), long_name.c_str()), -1);
+  EXPECT_EQ(Down(photo.c_str(), std::string(1023, 'n').c_str()), -1);
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
+}
+
+TEST_F(MediaFunctions, ListThatIsForgottenDoesNotReplaceAllPictures) {
+  EXPECT_EQ(MP_DownloadFile(nullptr, nullptr, 9600, nullptr, 0, nullptr, 1), -1);
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
+  EXPECT_EQ(MP_DownloadFile(nullptr, nullptr, 9600, nullptr, 0, nullptr, 2), 0) << "nothing to add";
+}
+
+TEST_F(MediaFunctions, ListWithANameToDeleteThatDoesNotFitIsMinus1BeforeAnythingIsSent) {
+  std::string names = "a.jpg|" + std::string(1023, 'n') + "|b.jpg";
+  EXPECT_EQ(MP_DownloadFile(nullptr, nullptr, 9600, nullptr, 0, names.data(), 4), -1);
+  EXPECT_THAT(usb_.Calls(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace gwq::test

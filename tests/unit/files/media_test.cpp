@@ -201,6 +201,11 @@ TEST(PieceRecord, HoldsTotalRemainingBytesAndTheirXor) {
   EXPECT_EQ(out.Content(), (Bytes{2, 0, 0, 0, 1, 0, 0, 0, 0x41, 0x42}));
 }
 
+TEST(PieceRecord, WithoutAnOutputHasNoLength) {
+  const unsigned char byte = 0x41;
+  EXPECT_EQ(GetDownParam3(2, 1, &byte, 1, nullptr), 0);
+}
+
 TEST(PieceRecord, NumbersAreLittleEndianAndMayBeNegative) {
   GuardedBuffer out(9);
   EXPECT_EQ(GetDownParam3(0x01020304, -2, nullptr, 0, out.data()), 9);

@@ -1,8 +1,12 @@
 // Pulling a file from the terminal, over the wire and onto the disk.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <libusb-1.0/libusb.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <numeric>
 
@@ -59,6 +63,8 @@ class Pull : public testing::Test {
   [[nodiscard]] bool FileIsThere() const { return std::filesystem::exists(path_); }
   [[nodiscard]] Bytes File() const { return BytesOf(ReadFile(path_)); }
 
+  std::array<char, 4096> scratch_{};
+  int scratch_length_ = 1024;
   TempDir directory_;
   std::filesystem::path path_ = directory_ / "pulled.png";
   ScriptedUsb usb_;
@@ -208,6 +214,23 @@ TEST_P(PullRejects, PacketAndRemovesTheFile) {
   EXPECT_EQ(usb_.Count("close"), 1);
 }
 
+// What the path names may be a device of the system.
+TEST_F(Pull, RejectionRemovesNothingButARegularFile) {
+  const std::string device = directory_ / "device";
+  std::filesystem::create_symlink("/dev/null", device);
+  ExpectRequest();
+  Rejected(Bytes(1024, 0));
+  EXPECT_EQ(Run(device), -14);
+  EXPECT_TRUE(std::filesystem::is_symlink(device));
+  ASSERT_EQ(mkfifo((directory_ / "pipe").c_str(), 0600), 0);
+  const int reader = open((directory_ / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  ExpectRequest();
+  Rejected(Bytes(1024, 0));
+  EXPECT_EQ(Run((directory_ / "pipe").string()), -14);
+  EXPECT_TRUE(std::filesystem::exists(directory_ / "pipe"));
+  close(reader);
+}
+
 TEST_P(PullRejects, FirstPacketAndRemovesTheFile) {
   ExpectRequest();
   Rejected(GetParam().packet);
@@ -322,6 +345,37 @@ TEST_F(Pull, CancelledReadGivesMinus11) {
   });
   EXPECT_EQ(Run(), -11);
   EXPECT_EQ(File(), BytesOf("part"));
+}
+
+// A device that sends empty packets for ever, or never ends; the cancel falls between two reads.
+TEST_F(Pull, CancelAtAnyReportEndsItWithTheNextOne) {
+  for (const Bytes& payload : {Bytes{}, BytesOf("more")}) {
+    for (const int report : {0, 1, 5, 20}) {
+      ScriptedUsb usb;
+      usb.PlugTerminal();
+      usb.OnTransfer([&](const Transfer& transfer) {
+        if (transfer.in) usb.Answer(CutIntoReports(TransferPacket(kData, payload)).front());
+        if (!transfer.in && transfer.index == 1 + report) CancelRead();  // with an acknowledgement
+      });
+      EXPECT_EQ(Run(), -11);
+      EXPECT_LE(usb.Count("in"), report + 3);
+      usb.OnTransfer({});
+      while (!usb.Finished()) TransProcOnlyRead(0, 0, scratch_.data(), &scratch_length_, 0);
+    }
+  }
+}
+
+TEST_F(Pull, EndsWithMinus11BeyondTheMostBytes) {
+  constexpr std::size_t kMost = 256U << 20U;
+  const Bytes long_packet = TransferPacket(kData, Bytes(256'000, 0));
+  std::size_t next = 0;
+  const std::vector<Bytes> reports = CutIntoReports(long_packet);
+  usb_.OnTransfer([&](const Transfer& transfer) {
+    if (transfer.in) usb_.Answer(reports[next++ % reports.size()]);
+  });
+  EXPECT_EQ(Run("/dev/null"), -11);
+  EXPECT_NEAR(static_cast<double>(next), static_cast<double>(kMost) / 1024,
+              static_cast<double>(kMost) / 1024 / 100);
 }
 
 TEST_F(Pull, LengthOf0MeansTheCommandsTextLengthAndALongOneIsCut) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <thread>
 
 #include "frame/port.h"
 #include "frame/transaction.h"
@@ -153,6 +154,41 @@ TEST_F(EngineSerial, UsbAndSerialExchangesAlternate) {
   }
   EXPECT_EQ(tty_.Received(), BytesOf("xxx"));
   EXPECT_EQ(usb_.Count("out"), 3);
+}
+
+// A pseudo-terminal whose other side reads nothing takes some kilobytes and no more.
+TEST_F(EngineSerial, PeerThatTakesNothingEndsTheExchangeWithItsTimeAndHoldsUpNobody) {
+  SetTime(1'700'000'000);
+  FakeTty tty("/dev/ttyS44");
+  tty.TakeNothing();
+  ScriptedUsb usb;
+  usb.PlugTerminal().Answer("\x03");
+  std::string command(300'000, 'c');
+  std::thread clock([] {
+    for (int second = 0; second < 3; ++second) {
+      ReallySleepMs(150);
+      AdvanceMs(1000);
+    }
+  });
+  EXPECT_EQ(TransProcOnlySend(45, 9600, command.data(), static_cast<int>(command.size()), 1000), -10);
+  clock.join();
+  char answer[64 + 1024] = {};
+  int length = 64;
+  char question[] = "cmd";
+  EXPECT_EQ(TransProc(0, 0, question, 3, answer, &length, 1000), 0);
+}
+
+TEST_F(EngineSerial, CancelEndsAWriteThatThePeerDoesNotTake) {
+  SetTime(1'700'000'000);
+  FakeTty tty("/dev/ttyS44");
+  tty.TakeNothing();
+  std::string command(300'000, 'c');
+  std::thread canceller([] {
+    ReallySleepMs(300);
+    CancelRead();
+  });
+  EXPECT_EQ(TransProcOnlySend(45, 9600, command.data(), static_cast<int>(command.size()), 999'000), -10);
+  canceller.join();
 }
 
 }  // namespace

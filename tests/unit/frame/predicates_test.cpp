@@ -154,5 +154,12 @@ TEST(Min, GivesTheSmaller) {
   EXPECT_EQ(::min(INT_MIN, INT_MAX), INT_MIN);
 }
 
+TEST(Predicates, ReadOnForNullBytes) {
+  for (const int count : {0, 1, 7, 1024}) {
+    EXPECT_EQ(EndOfRead(nullptr, count), 1);
+    EXPECT_EQ(EndOfConditionD(nullptr, count), 1);
+  }
+}
+
 }  // namespace
 }  // namespace gwq::test

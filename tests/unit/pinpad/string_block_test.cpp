@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "extra.h"
 #include "pinpad/entry.h"
 #include "support/fake_tty.h"
 #include "support/host_file_turn.h"
@@ -387,6 +388,27 @@ TEST_F(StringBlock, LongestAnswerIsCopiedUpTo4096Bytes) {
   EXPECT_EQ(std::string_view(answer.text()).substr(0, 4000), std::string(4000, 'X'));
   const Bytes content = answer.Content();
   EXPECT_EQ(Bytes(content.begin() + 4096, content.end()), Bytes(4096, kFill));
+}
+
+// ---------------------------------------------------------------- an output whose size is told
+
+TEST_F(StringBlock, FileThatFillsTheRoomToldWithItsTerminatorIsRead) {
+  EndFileTextAt(0);
+  ASSERT_EQ(GWQ_SetOutputRoom(13), 0);
+  Enciphers();
+  HandsOver("file content");
+  EXPECT_EQ(Call(), 0);
+  ExpectText(file_, "file content");
+  EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
+}
+
+TEST_F(StringBlock, FileBeyondTheRoomToldIsMinus24AndLeavesTheOutputs) {
+  ASSERT_EQ(GWQ_SetOutputRoom(12), 0);
+  Enciphers();
+  HandsOver("file content");
+  EXPECT_EQ(Call(), -24);
+  ExpectOutputsUntouched();
+  EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
 }
 
 }  // namespace

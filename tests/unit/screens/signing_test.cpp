@@ -3,7 +3,10 @@
 
 #include <climits>
 #include <optional>
+#include <thread>
 
+#include "extra.h"
+#include "files/output_room.h"
 #include "unit/screens/failing_system.h"
 #include "unit/screens/signing_rig.h"
 
@@ -532,6 +535,58 @@ TEST_F(SigningCalls, NoMemoryForTheVoiceIsMinus24) {
     EXPECT_THAT(OwnMessages(log), ElementsAre("setSignVoice\tFail   nRet= -24"));
   }
   EXPECT_EQ(usb_.Count("out"), 0);
+}
+
+// ------------------------------------------------------------------ outputs whose size is told
+
+TEST_P(Sign, StrokesThatFillTheRoomToldAreCopied) {
+  ASSERT_EQ(GWQ_SetOutputRoom(7), 0);
+  ExpectOpening();
+  usb_.Answer(wire::kDone);
+  ExpectSignature("strokes");
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
+}
+
+TEST_P(Sign, StrokesBeyondTheRoomToldAreMinus24AndStandInTheirFile) {
+  Bytes before = BytesOf("kept");
+  before.push_back(0);
+  data_.emplace(before);
+  ASSERT_EQ(GWQ_SetOutputRoom(6), 0);
+  ExpectOpening();
+  usb_.Answer(wire::kDone);
+  ExpectSignature("strokes");
+  EXPECT_EQ(Run(), -24);
+  EXPECT_EQ(data_->Content(), before);
+  EXPECT_EQ(ReadFile(Path("hw.data")), "strokes");
+  EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
+}
+
+TEST(OutputRoom, IsNotNegativeAndEachThreadsOwn) {
+  EXPECT_EQ(GWQ_SetOutputRoom(-1), -1);
+  EXPECT_TRUE(FindsRoom(1U << 30U)) << "as the contract has it";
+  ASSERT_EQ(GWQ_SetOutputRoom(10), 0);
+  EXPECT_EQ(GWQ_SetOutputRoom(-1), -1);
+  EXPECT_TRUE(FindsRoom(10));
+  EXPECT_FALSE(FindsRoom(11)) << "a number that is refused changes nothing";
+  std::thread([] { EXPECT_TRUE(FindsRoom(1U << 30U)); }).join();
+  EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
+  EXPECT_TRUE(FindsRoom(1U << 30U));
+}
+
+// A customer must not sign a shorter list.
+TEST_P(Sign, ListThatCannotBeSentWholeIsMinus1BeforeTheDrain) {
+  for (const std::string& paths : {MakeFile("a.pdf") + "|" + MakeFile("b\xFF.pdf"), std::string(1024, 'p')}) {
+    const int result =
+        GetParam().voice
+            ? MP_SignPDF_Voice(nullptr, nullptr, 9600, 30, paths.c_str(), "1", "v", "/x/sig.png", nullptr)
+            : MP_SignPDF(nullptr, nullptr, 9600, 30, paths.c_str(), "1", "/x/sig.png", nullptr);
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(
+        MP_Sign_With_TZG(nullptr, nullptr, 9600, 30, paths.c_str(), "1", "v", "/x/sig.png", 0, 3, nullptr),
+        -1);
+  }
+  EXPECT_THAT(usb_.Calls(), testing::IsEmpty());
 }
 
 }  // namespace
