@@ -357,7 +357,7 @@ class Crowd(unittest.IsolatedAsyncioTestCase):
         self.assertFalse(is_closed(strangers[-1], 0.1))
 
     def test_running_out_of_descriptors_does_not_end_the_page(self):
-        terminal = self.start(descriptors=24)
+        terminal = self.start(descriptors=40)
         crowd = [terminal.connect() for _ in range(100)]
         for connection in crowd:
             connection.close()
