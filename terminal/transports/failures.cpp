@@ -4,10 +4,9 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <new>
+#include <system_error>
 
-#include "transports/errors.h"
 #include "transports/unique_fd.h"
 
 namespace gwq::terminal {
@@ -32,18 +31,24 @@ constexpr std::array kAdvice = {Advice{EMFILE, kMoreFiles},
 }  // namespace
 
 void CheckDescriptors() {
-  std::array<UniqueFd, 32> some;
-  for (UniqueFd& fd : some) fd.Reset(Checked(open("/dev/null", O_RDONLY | O_CLOEXEC), "/dev/null"));
+  bool enough = true;
+  {
+    std::array<UniqueFd, 32> some;
+    for (UniqueFd& fd : some) fd.Reset(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    enough = static_cast<bool>(some.back());
+  }
+  if (!enough) throw std::system_error(EMFILE, std::generic_category(), "cannot open 32 files");
 }
 
 std::string ReasonOf(const std::exception& error) {
-  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? std::strerror(ENOMEM) : error.what();
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? std::generic_category().message(ENOMEM)
+                                                                : error.what();
 }
 
 // By the text, because GLib and umockdev report nothing else.
 std::string WithAdvice(const std::string& reason) {
   for (const Advice& advice : kAdvice) {
-    if (reason.find(std::strerror(advice.error)) != std::string::npos)
+    if (reason.find(std::generic_category().message(advice.error)) != std::string::npos)
       return reason + " (" + advice.what_to_do + ")";
   }
   return reason;

@@ -56,8 +56,14 @@ class Terminal:
         os.makedirs(self.storage.name + "/tmp")
         command = [TERMINAL, "pty", "--ui", "--trace", "--storage", self.storage.name]
         limit = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors))
+        # A sanitizer that keeps freed memory for long would be all that resident() tells.
+        environment = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"}
         self.process = subprocess.Popen(
-            command, stdout=subprocess.PIPE, stderr=self.errors, preexec_fn=limit if descriptors else None
+            command,
+            stdout=subprocess.PIPE,
+            stderr=self.errors,
+            env=environment,
+            preexec_fn=limit if descriptors else None,
         )
         path = self.process.stdout.readline().decode().strip()
         self.line = os.open(path, os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)

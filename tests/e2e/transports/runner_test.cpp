@@ -184,6 +184,8 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 TEST(Runner, tells_that_it_has_too_few_descriptors) {
+  if (std::string(GWQ_SANITIZERS).find("undefined") != std::string::npos)
+    GTEST_SKIP() << "this sanitizer opens pipes itself, and takes their failure for an error of the program";
   bool works = false;
   for (int limit = 4; limit <= 48; ++limit) {
     const Outcome outcome = RunAfter("ulimit -n " + std::to_string(limit));

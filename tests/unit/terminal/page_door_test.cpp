@@ -112,7 +112,7 @@ TEST(PageDoor, the_oldest_stranger_makes_room_for_the_next) {
     if (count == 1) host.Door().Admit(host.Visitor(0));
   }
   EXPECT_TRUE(Soon([&] { return Received(clients[1]) == "END"; }));
-  for (const std::size_t stays : {0, 2, 3}) EXPECT_EQ(Received(clients[stays]), "") << stays;
+  for (const std::size_t stays : {0U, 2U, 3U}) EXPECT_EQ(Received(clients[stays]), "") << stays;
 }
 
 TEST(PageDoor, closes_what_comes_beyond_the_limit_until_somebody_has_left) {
