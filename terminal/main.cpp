@@ -5,6 +5,7 @@
 
 #include "cli/arguments.h"
 #include "transports/check.h"
+#include "transports/failures.h"
 #include "transports/serve.h"
 #include "transports/server.h"
 #include "transports/supervisor.h"
@@ -39,7 +40,8 @@ int main(int argc, char** argv) {
     return std::visit([](const auto& request) { return gwq::terminal::Run(request); },
                       gwq::terminal::ParseArguments(argc, argv));
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
+    std::fprintf(stderr, "gwq-terminal: %s\n",
+                 gwq::terminal::WithAdvice(gwq::terminal::ReasonOf(error)).c_str());
     return 1;
   }
 }

@@ -268,6 +268,9 @@ Parser::Parser() {
   app.name("gwq-terminal");
   app.set_version_flag("--version", std::string("gwq-terminal ") + GWQ_TERMINAL_VERSION);
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App* failed, const CLI::Error& error) {
+    return "gwq-terminal: " + CLI::FailureMessage::simple(failed, error);
+  });
 
   exec =
       app.add_subcommand("exec", "Run a command that sees the terminal: exec [OPTIONS] -- COMMAND [ARGS...]");

@@ -16,6 +16,7 @@
 #include "scenarios/scenario.h"
 #include "scenarios/shipped.h"
 #include "store/file_store.h"
+#include "transports/failures.h"
 #include "transports/supervisor.h"
 
 namespace gwq::terminal {
@@ -170,7 +171,7 @@ Played Play(const CheckRequest& request, const Chosen& chosen, const SignalWatch
     played.interrupted = outcome.interrupted;
     played.result = Judged(chosen.scenario, outcome, *options.time_limit, places);
   } catch (const std::exception& error) {
-    played.result.failures = {{"a terminal", error.what()}};
+    played.result.failures = {{"a terminal", WithAdvice(ReasonOf(error))}};
   }
   played.result.name = chosen.scenario.name;
   Mask(played.result, chosen.scenario.secrets);

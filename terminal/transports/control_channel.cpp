@@ -2,11 +2,17 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 
 #include "transports/errors.h"
 
 namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kMaxMessage = 4096;
+
+}  // namespace
 
 std::pair<ControlChannel, ControlChannel> ControlChannel::Pair() {
   std::array<int, 2> fds{};
@@ -15,11 +21,12 @@ std::pair<ControlChannel, ControlChannel> ControlChannel::Pair() {
 }
 
 bool ControlChannel::Send(const std::string& message) const {
-  return send(socket_.Get(), message.data(), message.size(), MSG_NOSIGNAL) >= 0;
+  const std::size_t size = std::min(message.size(), kMaxMessage);
+  return send(socket_.Get(), message.data(), size, MSG_NOSIGNAL) >= 0;
 }
 
 std::optional<std::string> ControlChannel::Receive() const {
-  std::string message(4096, '\0');
+  std::string message(kMaxMessage, '\0');
   ssize_t count = -1;
   do {
     count = recv(socket_.Get(), message.data(), message.size(), 0);

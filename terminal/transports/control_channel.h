@@ -22,7 +22,7 @@ class ControlChannel {
 
   [[nodiscard]] int Fd() const { return socket_.Get(); }
 
-  // False when the other side is gone.
+  // False when the other side is gone. Of a message of more than 4096 bytes, only these are sent.
   bool Send(const std::string& message) const;
 
   // Waits for a message; nothing when the other side is gone.

@@ -2,10 +2,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <fstream>
@@ -13,6 +15,7 @@
 #include <memory>
 #include <string_view>
 #include <thread>
+#include <tuple>
 
 #include "transports/errors.h"
 
@@ -20,10 +23,6 @@ namespace gwq::terminal {
 namespace {
 
 using namespace std::chrono_literals;
-
-void CheckSpawnCall(int error, const std::string& what) {
-  if (error != 0) throw std::system_error(error, std::generic_category(), what);
-}
 
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -34,49 +33,45 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   return pointers;
 }
 
-class SpawnSettings {
- public:
-  explicit SpawnSettings(const SpawnRequest& request) {
-    CheckSpawnCall(posix_spawnattr_init(&attributes_), "posix_spawnattr_init");
-    CheckSpawnCall(posix_spawn_file_actions_init(&actions_), "posix_spawn_file_actions_init");
-    int flags = POSIX_SPAWN_SETSIGMASK;
-    posix_spawnattr_setsigmask(&attributes_, &request.signal_mask);
-    if (request.passed_fd) {
-      flags |= POSIX_SPAWN_SETPGROUP;
-      // Onto itself, which only takes the close-on-exec mark off.
-      posix_spawn_file_actions_adddup2(&actions_, *request.passed_fd, *request.passed_fd);
-      posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    }
-    RedirectTo(STDOUT_FILENO, request.output_file);
-    RedirectTo(STDERR_FILENO, request.errors_file);
-    posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
+bool RedirectTo(int fd, const std::string& file, int flags) {
+  if (file.empty()) return true;
+  const int opened = open(file.c_str(), flags, 0600);
+  return opened >= 0 && dup2(opened, fd) == fd && (opened == fd || close(opened) == 0);
+}
+
+// In the child. False, and errno, when something does not work.
+bool Prepare(const SpawnRequest& request, pid_t parent) {
+  constexpr int kAppend = O_WRONLY | O_CREAT | O_APPEND;
+  if (request.dies_with_us) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(128 + SIGKILL);  // it had ended before
   }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
-  ~SpawnSettings() {
-    posix_spawnattr_destroy(&attributes_);
-    posix_spawn_file_actions_destroy(&actions_);
+  if (request.passed_fd) {
+    setpgid(0, 0);
+    if (fcntl(*request.passed_fd, F_SETFD, 0) != 0 || !RedirectTo(STDIN_FILENO, "/dev/null", O_RDONLY))
+      return false;
   }
+  if (!RedirectTo(STDOUT_FILENO, request.output_file, kAppend) ||
+      !RedirectTo(STDERR_FILENO, request.errors_file, kAppend))
+    return false;
+  return pthread_sigmask(SIG_SETMASK, &request.signal_mask, nullptr) == 0;
+}
 
-  [[nodiscard]] const posix_spawnattr_t* Attributes() const { return &attributes_; }
-  [[nodiscard]] const posix_spawn_file_actions_t* Actions() const { return &actions_; }
+// What kept the child from becoming another program; 0 when nothing did.
+int ReadFailure(const UniqueFd& pipe) {
+  int error = 0;
+  ssize_t count = -1;
+  do {
+    count = read(pipe.Get(), &error, sizeof error);
+  } while (count < 0 && errno == EINTR);
+  return count == sizeof error ? error : 0;
+}
 
- private:
-  void RedirectTo(int fd, const std::string& file) {
-    if (!file.empty())
-      posix_spawn_file_actions_addopen(&actions_, fd, file.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-  }
-
-  posix_spawnattr_t attributes_{};
-  posix_spawn_file_actions_t actions_{};
-};
-
+// Whether `assignment` begins an entry of the environment it was started with. Entries end with a zero byte.
 bool StartedWith(const std::string& pid, const std::string& assignment) {
   std::ifstream file("/proc/" + pid + "/environ", std::ios::binary);
   const std::string environment{std::istreambuf_iterator<char>(file), {}};
-  // Entries end with a zero byte; the first has none before it.
-  const std::string entry = assignment + '\0';
-  return environment.starts_with(entry) || environment.find('\0' + entry) != std::string::npos;
+  return environment.starts_with(assignment) || environment.find('\0' + assignment) != std::string::npos;
 }
 
 std::optional<pid_t> ProcessId(std::string_view name) {
@@ -84,6 +79,17 @@ std::optional<pid_t> ProcessId(std::string_view name) {
   const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
   if (error != std::errc{} || end != name.data() + name.size()) return std::nullopt;
   return pid;
+}
+
+std::vector<pid_t> ProcessesWith(const std::string& assignment) {
+  std::vector<pid_t> found;
+  const std::unique_ptr<DIR, int (*)(DIR*)> proc(opendir("/proc"), closedir);
+  if (!proc) return found;
+  while (const dirent* entry = readdir(proc.get())) {
+    const std::optional<pid_t> pid = ProcessId(entry->d_name);
+    if (pid && StartedWith(entry->d_name, assignment)) found.push_back(*pid);
+  }
+  return found;
 }
 
 }  // namespace
@@ -123,14 +129,27 @@ std::string Environment::Get(const std::string& name) const {
   return {};
 }
 
+// Not posix_spawn, which cannot have the child die with us.
 pid_t Spawn(const SpawnRequest& request) {
-  const SpawnSettings settings(request);
-  std::vector<char*> arguments = Pointers(request.arguments);
-  std::vector<char*> environment = Pointers(request.environment.Entries());
-  pid_t pid = -1;
-  CheckSpawnCall(posix_spawnp(&pid, arguments[0], settings.Actions(), settings.Attributes(), arguments.data(),
-                              environment.data()),
-                 request.arguments[0]);
+  const std::vector<char*> arguments = Pointers(request.arguments);
+  const std::vector<char*> environment = Pointers(request.environment.Entries());
+  std::array<int, 2> ends{};
+  Checked(pipe2(ends.data(), O_CLOEXEC), "cannot start " + request.arguments[0]);
+  const UniqueFd failure(ends[0]);
+  UniqueFd report(ends[1]);
+  const pid_t parent = getpid();
+  const pid_t pid = Checked(fork(), "cannot start " + request.arguments[0]);
+  if (pid == 0) {
+    if (Prepare(request, parent)) execvpe(arguments[0], arguments.data(), environment.data());
+    const int error = errno;
+    std::ignore = write(report.Get(), &error, sizeof error);
+    _exit(127);
+  }
+  report.Reset();
+  if (const int error = ReadFailure(failure)) {
+    waitpid(pid, nullptr, 0);
+    throw std::system_error(error, std::generic_category(), "cannot start " + request.arguments[0]);
+  }
   return pid;
 }
 
@@ -149,15 +168,11 @@ std::optional<int> WaitFor(pid_t pid, int limit_ms) {
 }
 
 std::vector<pid_t> ProcessesOf(const std::string& testbed_dir) {
-  const std::string assignment = "UMOCKDEV_DIR=" + testbed_dir;
-  std::vector<pid_t> found;
-  const std::unique_ptr<DIR, int (*)(DIR*)> proc(opendir("/proc"), closedir);
-  if (!proc) return found;
-  while (const dirent* entry = readdir(proc.get())) {
-    const std::optional<pid_t> pid = ProcessId(entry->d_name);
-    if (pid && StartedWith(entry->d_name, assignment)) found.push_back(*pid);
-  }
-  return found;
+  return ProcessesWith("UMOCKDEV_DIR=" + testbed_dir + '\0');
+}
+
+std::vector<pid_t> ProcessesBelow(const std::string& dir) {
+  return ProcessesWith("UMOCKDEV_DIR=" + dir + "/");
 }
 
 bool SignalProcessesOf(const std::string& testbed_dir, int signal) {
@@ -166,15 +181,20 @@ bool SignalProcessesOf(const std::string& testbed_dir, int signal) {
   return !found.empty();
 }
 
+void KillProcessesOf(const std::string& testbed_dir) {
+  constexpr int kPasses = 500;
+  for (int pass = 0; pass < kPasses && SignalProcessesOf(testbed_dir, SIGKILL); ++pass)
+    std::this_thread::sleep_for(10ms);
+}
+
 void EndProcessesOf(const std::string& testbed_dir) {
   constexpr int kPolitePasses = 50;
-  constexpr int kAllPasses = 500;
   if (!SignalProcessesOf(testbed_dir, SIGTERM)) return;
-  for (int pass = 0; pass < kAllPasses; ++pass) {
+  for (int pass = 0; pass < kPolitePasses; ++pass) {
     std::this_thread::sleep_for(10ms);
-    // Signal 0 only looks; new children may appear between two looks.
-    if (!SignalProcessesOf(testbed_dir, pass < kPolitePasses ? 0 : SIGKILL)) return;
+    if (ProcessesOf(testbed_dir).empty()) return;
   }
+  KillProcessesOf(testbed_dir);
 }
 
 }  // namespace gwq::terminal

@@ -51,6 +51,7 @@ struct SpawnRequest {
   // the keyboard do not reach it, nothing on its standard input, and this
   // descriptor passed on under the same number.
   std::optional<int> passed_fd;
+  bool dies_with_us = false;  // killed when the thread that spawns it ends, however it ends
   // Files for standard output and standard error; empty: our own.
   std::string output_file;
   std::string errors_file;
@@ -70,8 +71,14 @@ std::optional<int> WaitFor(pid_t pid, int limit_ms);
 // or session they moved to. Told by the environment they were started with.
 std::vector<pid_t> ProcessesOf(const std::string& testbed_dir);
 
+// The same for any testbed inside of `dir`.
+std::vector<pid_t> ProcessesBelow(const std::string& dir);
+
 // Sends `signal` to each of them; false when there was none.
 bool SignalProcessesOf(const std::string& testbed_dir, int signal);
+
+// Kills them, and what they start meanwhile.
+void KillProcessesOf(const std::string& testbed_dir);
 
 // Asks them to end, and after a moment makes them.
 void EndProcessesOf(const std::string& testbed_dir);

@@ -8,6 +8,7 @@
 #include "transports/device_factory.h"
 #include "transports/errors.h"
 #include "transports/event_loop.h"
+#include "transports/failures.h"
 #include "transports/loose_cable.h"
 #include "transports/processes.h"
 #include "transports/serial_terminal.h"
@@ -74,6 +75,7 @@ class Serving {
 };
 
 Serving::Serving(const ServeOptions& options) : devices_(options.terminal) {
+  CheckDescriptors();
   const TraceSink page = options.terminal.page_port ? trace_.Sink() : TraceSink{};
   if (options.usbip_port) {
     usb_ = std::make_unique<UsbIpTerminal>(options, devices_.Make(Line::kUsb, "usb", page), clock_);

@@ -2,10 +2,12 @@
 
 #include <openssl/crypto.h>
 #include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
+#include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +18,7 @@
 #include "transports/device_factory.h"
 #include "transports/errors.h"
 #include "transports/event_loop.h"
+#include "transports/failures.h"
 #include "transports/loose_cable.h"
 #include "transports/private_dir.h"
 #include "transports/processes.h"
@@ -205,10 +208,43 @@ void LeaveOpenSslToItsThreads() {
   OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 }
 
-// The supervisor can no longer do it.
-void CleanUpAlone(const std::string& testbed_dir) {
-  SignalProcessesOf(testbed_dir, SIGKILL);
-  if (const char* dir = std::getenv("TMPDIR")) PrivateDir::Remove(dir);
+// The supervisor tells it; once it does not listen any more, this process does.
+void ReportFailure(const ControlChannel& control, const std::string& reason) {
+  if (!control.Send("failed " + reason))
+    std::fprintf(stderr, "gwq-terminal: %s\n", WithAdvice(reason).c_str());
+}
+
+// Takes what GLib and umockdev print, and how they abort.
+class GlibMessages {
+ public:
+  explicit GlibMessages(const ControlChannel& control) {
+    g_log_set_default_handler(Report, const_cast<ControlChannel*>(&control));
+  }
+  GlibMessages(const GlibMessages&) = delete;
+  GlibMessages& operator=(const GlibMessages&) = delete;
+  ~GlibMessages() { g_log_set_default_handler(g_log_default_handler, nullptr); }
+
+ private:
+  static void Report(const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer control) {
+    if ((level & (G_LOG_LEVEL_ERROR | G_LOG_FLAG_FATAL)) != 0) {
+      ReportFailure(*static_cast<const ControlChannel*>(control), message);
+      _exit(1);
+    }
+    if ((level & (G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING)) == 0)
+      return g_log_default_handler(domain, level, message, nullptr);
+    std::fprintf(stderr, "gwq-terminal: %s\n", message);
+  }
+};
+
+// False when the supervisor is gone and can no longer clean up.
+bool Serve(const TerminalOptions& options, ControlChannel& control, int& status) {
+  Server server(options);
+  const std::string dir = server.TestbedDir();
+  control.Send("ready " + dir);
+  const bool in_good_order = server.Run(control);
+  if (!in_good_order) KillProcessesOf(dir);
+  status = server.Status();
+  return in_good_order;
 }
 
 }  // namespace
@@ -218,14 +254,16 @@ int RunServer(const TerminalOptions& options, int control_fd) {
   LeaveOpenSslToItsThreads();
   AnnounceHostility(options);
   ControlChannel control{UniqueFd(control_fd)};
+  const GlibMessages messages(control);
+  const std::filesystem::path dir = std::filesystem::temp_directory_path();
+  const DirLock lock(dir.string());  // the supervisor's may end with it
+  int status = 0;
   try {
-    Server server(options);
-    const std::string dir = server.TestbedDir();
-    control.Send("ready " + dir);
-    if (!server.Run(control)) CleanUpAlone(dir);
-    return server.Status();
+    // After the testbed is gone, which complains when its directory is.
+    if (!Serve(options, control, status)) PrivateDir::Remove(dir.string());
+    return status;
   } catch (const std::exception& error) {
-    control.Send(std::string("failed ") + error.what());
+    ReportFailure(control, ReasonOf(error));
     return 1;
   }
 }

@@ -1,17 +1,20 @@
 #include "transports/supervisor.h"
 
+#include <dlfcn.h>
 #include <poll.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "transports/control_channel.h"
 #include "transports/errors.h"
+#include "transports/failures.h"
 #include "transports/private_dir.h"
 #include "transports/processes.h"
 
@@ -25,6 +28,23 @@ constexpr const char* kPreload = "libumockdev-preload.so.0";
 constexpr std::chrono::seconds kGrace{2};
 constexpr int kServerStartLimitMs = 10'000;
 constexpr int kServerExitLimitMs = 2000;
+constexpr std::string_view kFailed = "failed ";
+
+// Without the library a command would see no terminal, and the linker only warns.
+void CheckPreload() {
+  if (void* library = dlopen(kPreload, RTLD_LAZY | RTLD_LOCAL)) {
+    dlclose(library);
+    return;
+  }
+  throw std::runtime_error(std::string(dlerror()) + " (install umockdev)");
+}
+
+std::string EndText(int status) {
+  constexpr int kFirstSignal = 128;
+  if (status <= kFirstSignal) return "with status " + std::to_string(status);
+  const char* signal = sigdescr_np(status - kFirstSignal);
+  return std::string("by a signal: ") + (signal == nullptr ? std::to_string(status - kFirstSignal) : signal);
+}
 
 // What is there stays in front: a sanitizer's runtime insists on being first.
 void AddPreload(Environment& environment) {
@@ -48,7 +68,7 @@ class ServerProcess {
   int End();
 
   // Waits for the testbed and returns its directory.
-  [[nodiscard]] std::string AwaitReady() const;
+  [[nodiscard]] std::string AwaitReady();
 
  private:
   ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
@@ -74,14 +94,14 @@ ServerProcess::ServerProcess(const ExecOptions& options, const PrivateDir& dir, 
   pid_ = Spawn(request);
 }
 
-std::string ServerProcess::AwaitReady() const {
+std::string ServerProcess::AwaitReady() {
   constexpr std::string_view kReady = "ready ";
-  constexpr std::string_view kFailed = "failed ";
   pollfd news{control_.Fd(), POLLIN, 0};
-  if (poll(&news, 1, kServerStartLimitMs) == 0) throw std::runtime_error("the terminal does not start");
+  if (poll(&news, 1, kServerStartLimitMs) == 0)
+    throw std::runtime_error("the terminal does not start within " +
+                             std::to_string(kServerStartLimitMs / 1000) + " s (is this machine overloaded?)");
   const std::optional<std::string> message = control_.Receive();
-  if (!message)
-    throw std::runtime_error("the terminal did not start (is " + std::string(kPreload) + " installed?)");
+  if (!message) throw std::runtime_error("the terminal's process ended while it started, " + EndText(End()));
   if (message->starts_with(kFailed)) throw std::runtime_error(message->substr(kFailed.size()));
   return message->substr(kReady.size());
 }
@@ -123,6 +143,7 @@ class CommandRun {
   const std::string dir_;
   pid_t pid_ = -1;
   bool server_lost_ = false;
+  std::string server_failure_;
   CommandOutcome outcome_;
   std::optional<SteadyTime> ends_at_;
   std::optional<SteadyTime> kill_at_;
@@ -145,7 +166,7 @@ CommandOutcome CommandRun::Run(const ExecOptions& options) {
   }
   std::optional<int> status;
   while (!(status = TryWait(pid_))) WaitForEvent();
-  if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly");
+  if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly" + server_failure_);
   outcome_.status = *status;
   outcome_.took =
       std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
@@ -161,6 +182,7 @@ void CommandRun::Start(const ExecOptions& options) {
   request.environment.Set("UMOCKDEV_DIR", dir_);
   request.environment.Set("GWQ_TERMINAL_PID", std::to_string(getpid()));
   request.signal_mask = signals_.OriginalMask();
+  request.dies_with_us = true;
   pid_ = Spawn(request);
 }
 
@@ -196,9 +218,12 @@ void CommandRun::AskToEnd(int signal) {
   if (!kill_at_) kill_at_ = std::chrono::steady_clock::now() + kGrace;
 }
 
-// The server says nothing after its start: this is its end.
+// The server's end, or before it the reason.
 void CommandRun::OnServerMessage() {
-  if (server_.Control().Receive()) return;
+  if (const std::optional<std::string> message = server_.Control().Receive()) {
+    if (message->starts_with(kFailed)) server_failure_ = ": " + message->substr(kFailed.size());
+    return;
+  }
   server_lost_ = true;
   AskToEnd(SIGTERM);
 }
@@ -225,6 +250,9 @@ SignalWatch WatchSignals() {
 }
 
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
+  CheckDescriptors();
+  CheckPreload();
+  dir.CheckRoom();
   ServerProcess server(options, dir, signals);
   CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
   const int server_status = server.End();
@@ -239,7 +267,7 @@ int RunCommand(const ExecOptions& options) {
   const PrivateDir dir;
   const CommandOutcome outcome = RunWatched(options, signals, dir);
   if (!outcome.start_problem.empty())
-    std::fprintf(stderr, "gwq-terminal: %s\n", outcome.start_problem.c_str());
+    std::fprintf(stderr, "gwq-terminal: %s\n", WithAdvice(outcome.start_problem).c_str());
   return outcome.status;
 }
 

@@ -22,6 +22,8 @@ class UniqueFd {
 
   [[nodiscard]] int Get() const { return fd_; }
   [[nodiscard]] explicit operator bool() const { return fd_ >= 0; }
+  // The caller closes it.
+  [[nodiscard]] int Release() { return std::exchange(fd_, -1); }
   void Reset(int fd = -1) {
     if (fd_ >= 0) close(fd_);
     fd_ = fd;

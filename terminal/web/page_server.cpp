@@ -1,10 +1,12 @@
 // The customer's page, served by libsoup.
 #include <libsoup/soup.h>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <stdexcept>
 #include <utility>
 
 #include "device/file_names.h"
@@ -13,6 +15,7 @@
 #include "web/access.h"
 #include "web/customer_page.h"
 #include "web/messages.h"
+#include "web/page_door.h"
 #include "web/page_files.h"
 
 namespace gwq::terminal {
@@ -21,6 +24,7 @@ namespace {
 constexpr std::size_t kMostSockets = 8;
 constexpr std::size_t kMostLines = 300;
 constexpr guint64 kLongestMessage = 1 << 18;
+constexpr std::int64_t kMaxBacklog = 16 << 20;  // several times the longest message to a page
 constexpr const char* kSocketPath = "socket";
 
 // Nothing comes from elsewhere, nothing goes elsewhere, and nobody may frame the page.
@@ -33,11 +37,6 @@ constexpr const char* kShownPolicy =
     "sandbox; default-src 'none'; style-src 'unsafe-inline'; img-src data:; font-src data:; form-action "
     "'none'; "
     "frame-ancestors 'self'";
-
-struct BytesUnref {
-  void operator()(GBytes* bytes) const { g_bytes_unref(bytes); }
-};
-using BytesPtr = std::unique_ptr<GBytes, BytesUnref>;
 
 struct ContextUnref {
   void operator()(GMainContext* context) const { g_main_context_unref(context); }
@@ -68,10 +67,19 @@ void SetHeaders(SoupServerMessage* message, const char* policy) {
   }
 }
 
-// Such a visitor is not to stay.
-void Refuse(SoupServerMessage* message, guint status) {
-  soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
-  soup_server_message_set_status(message, status, nullptr);
+bool HasBody(SoupServerMessage* message) {
+  SoupMessageHeaders* headers = soup_server_message_get_request_headers(message);
+  const SoupEncoding encoding = soup_message_headers_get_encoding(headers);
+  if (encoding == SOUP_ENCODING_CONTENT_LENGTH) return soup_message_headers_get_content_length(headers) > 0;
+  return encoding != SOUP_ENCODING_NONE;
+}
+
+// What the other side of a TCP connection has received, as far as this side knows.
+std::int64_t ReceivedOverThere(int fd) {
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  if (getsockopt(fd, IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return 0;
+  return static_cast<std::int64_t>(info.tcpi_bytes_acked);
 }
 
 void Reply(SoupServerMessage* message, const char* type, std::string_view body) {
@@ -112,15 +120,24 @@ class PageServer final : public CustomerPage {
     std::string shown;
   };
 
-  void Listen(std::uint16_t port);
+  // An open page. What was sent and has not arrived is what it makes this process keep.
+  struct Page {
+    GObjectPtr<SoupWebsocketConnection> socket;
+    GSocketAddress* visitor;
+    std::int64_t received_before;
+    std::int64_t sent = 0;
+  };
+
+  void LetIn(GSocketConnection* connection, GSocketAddress* visitor);
   static void Check(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer self);
   static void Serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer self);
-  static void Open(SoupServer*, SoupServerMessage*, const char*, SoupWebsocketConnection* socket,
+  static void Open(SoupServer*, SoupServerMessage* message, const char*, SoupWebsocketConnection* socket,
                    gpointer self);
   static void Hear(SoupWebsocketConnection*, gint type, GBytes* message, gpointer self);
   static void Closed(SoupWebsocketConnection* socket, gpointer self);
 
   [[nodiscard]] std::optional<std::string> PathOf(SoupServerMessage* message, const char* path) const;
+  void Refuse(SoupServerMessage* message, guint status);
   void ServeScreen(SoupServerMessage* message) const;
   void ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) const;
 
@@ -135,22 +152,30 @@ class PageServer final : public CustomerPage {
   void UpdateEntry();
   void Tell(std::string& told, std::string message);
   void TellAll(const std::string& message);
-  void Greet(SoupWebsocketConnection* socket);
+  static void Send(Page& page, const std::string& message);
+  void DropStalled();
+  void Greet(Page& page);
 
   PageTerminal terminal_;
   PageTrace& trace_;
   OwnContext context_;
   GObjectPtr<SoupServer> server_;
-  std::optional<Access> access_;
+  PageDoor door_;
+  std::string token_ = Access::NewToken();
+  Access access_;
   std::string address_;
-  std::vector<GObjectPtr<SoupWebsocketConnection>> sockets_;
+  std::vector<Page> pages_;
   std::deque<TraceEvent> lines_;
   Told told_;
 };
 
 PageServer::PageServer(std::uint16_t port, PageTerminal terminal, PageTrace& trace, EventLoop& loop)
-    : terminal_(std::move(terminal)), trace_(trace), server_(soup_server_new(nullptr, nullptr)) {
-  Listen(port);
+    : terminal_(std::move(terminal)),
+      trace_(trace),
+      server_(soup_server_new(nullptr, nullptr)),
+      door_(port, DoorLimits{}, [this](auto* connection, auto* visitor) { LetIn(connection, visitor); }),
+      access_(token_, door_.Port()),
+      address_("http://127.0.0.1:" + std::to_string(door_.Port()) + "/" + token_ + "/") {
   soup_server_add_early_handler(server_.get(), nullptr, Check, this, nullptr);
   soup_server_add_handler(server_.get(), nullptr, Serve, this, nullptr);
   // Compressed messages would be larger than any limit.
@@ -162,38 +187,43 @@ PageServer::PageServer(std::uint16_t port, PageTerminal terminal, PageTrace& tra
 
 // Nobody is told of anything any more once this begins.
 PageServer::~PageServer() {
-  for (const auto& socket : sockets_) g_signal_handlers_disconnect_by_data(socket.get(), this);
+  for (const Page& page : pages_) g_signal_handlers_disconnect_by_data(page.socket.get(), this);
   soup_server_disconnect(server_.get());
 }
 
-void PageServer::Listen(std::uint16_t port) {
-  GError* error = nullptr;
-  if (!soup_server_listen_local(server_.get(), port, SoupServerListenOptions{}, &error)) {
-    const std::string reason = error != nullptr ? error->message : "no reason given";
-    g_clear_error(&error);
-    throw std::runtime_error("port " + std::to_string(port) + ": " + reason);
-  }
-  GSList* uris = soup_server_get_uris(server_.get());
-  const auto chosen = static_cast<std::uint16_t>(g_uri_get_port(static_cast<GUri*>(uris->data)));
-  g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
-  const std::string token = Access::NewToken();
-  access_.emplace(token, chosen);
-  address_ = "http://127.0.0.1:" + std::to_string(chosen) + "/" + token + "/";
+// A connection that libsoup does not take is closed.
+void PageServer::LetIn(GSocketConnection* connection, GSocketAddress* visitor) {
+  const GObjectPtr<GSocketAddress> local(g_socket_connection_get_local_address(connection, nullptr));
+  if (local)
+    soup_server_accept_iostream(server_.get(), G_IO_STREAM(connection), local.get(), visitor, nullptr);
 }
 
 std::optional<std::string> PageServer::PathOf(SoupServerMessage* message, const char* path) const {
-  return access_->PathOf({path, Header(message, "Host"), Header(message, "Origin"), OpensSocket(message)});
+  return access_.PathOf({path, Header(message, "Host"), Header(message, "Origin"), OpensSocket(message)});
+}
+
+// Such a visitor is not to stay. libsoup answers after a request's body, which may be without end.
+void PageServer::Refuse(SoupServerMessage* message, guint status) {
+  soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
+  soup_server_message_set_status(message, status, nullptr);
+  if (!HasBody(message)) return;
+  const std::string answer = "HTTP/1.1 " + std::to_string(status) + " " + soup_status_get_phrase(status) +
+                             "\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
+  door_.TurnAway(soup_server_message_get_remote_address(message), answer);
 }
 
 // Before anything else is done about a request. What has a status here is answered with it.
 void PageServer::Check(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*,
                        gpointer self) {
+  auto& server = *static_cast<PageServer*>(self);
+  soup_message_body_set_accumulate(soup_server_message_get_request_body(message), FALSE);
   SetHeaders(message, kPagePolicy);
-  const auto asked = static_cast<PageServer*>(self)->PathOf(message, path);
+  const auto asked = server.PathOf(message, path);
   const std::string_view method = soup_server_message_get_method(message);
   if (!asked || (OpensSocket(message) && *asked != kSocketPath))
-    return Refuse(message, SOUP_STATUS_FORBIDDEN);
-  if (method != "GET") Refuse(message, SOUP_STATUS_METHOD_NOT_ALLOWED);
+    return server.Refuse(message, SOUP_STATUS_FORBIDDEN);
+  server.door_.Admit(soup_server_message_get_remote_address(message));
+  if (method != "GET") server.Refuse(message, SOUP_STATUS_METHOD_NOT_ALLOWED);
 }
 
 void PageServer::Serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*,
@@ -228,17 +258,20 @@ void PageServer::ServeFile(SoupServerMessage* message, const std::string& path, 
   Reply(message, as_page ? "text/html" : TypeOfStored(path), *content);
 }
 
-void PageServer::Open(SoupServer*, SoupServerMessage*, const char*, SoupWebsocketConnection* socket,
+void PageServer::Open(SoupServer*, SoupServerMessage* message, const char*, SoupWebsocketConnection* socket,
                       gpointer self) {
   auto& server = *static_cast<PageServer*>(self);
-  if (server.sockets_.size() == kMostSockets)
+  if (server.pages_.size() == kMostSockets)
     return soup_websocket_connection_close(socket, SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION, "too many pages");
   soup_websocket_connection_set_max_incoming_payload_size(socket, kLongestMessage);
   g_signal_connect(socket, "message", G_CALLBACK(Hear), self);
   g_signal_connect(socket, "closed", G_CALLBACK(Closed), self);
-  server.sockets_.emplace_back(SOUP_WEBSOCKET_CONNECTION(g_object_ref(socket)));
+  GSocketAddress* visitor = soup_server_message_get_remote_address(message);
   server.Update();
-  server.Greet(socket);
+  server.pages_.push_back(
+      {GObjectPtr<SoupWebsocketConnection>(SOUP_WEBSOCKET_CONNECTION(g_object_ref(socket))), visitor,
+       ReceivedOverThere(server.door_.FdOf(visitor))});
+  server.Greet(server.pages_.back());
 }
 
 void PageServer::Hear(SoupWebsocketConnection*, gint type, GBytes* message, gpointer self) {
@@ -249,8 +282,8 @@ void PageServer::Hear(SoupWebsocketConnection*, gint type, GBytes* message, gpoi
 }
 
 void PageServer::Closed(SoupWebsocketConnection* socket, gpointer self) {
-  auto& sockets = static_cast<PageServer*>(self)->sockets_;
-  std::erase_if(sockets, [socket](const auto& one) { return one.get() == socket; });
+  auto& pages = static_cast<PageServer*>(self)->pages_;
+  std::erase_if(pages, [socket](const Page& page) { return page.socket.get() == socket; });
 }
 
 void PageServer::Obey(const PageRequest& request) {
@@ -281,6 +314,7 @@ void PageServer::Do(const FaultsRequest& request) {
 
 // Tells the pages what is new. Files only change when the host says something, or the customer.
 void PageServer::Update() {
+  DropStalled();
   const std::vector<TraceEvent> events = trace_.Take();
   UpdateScreen();
   UpdateEntry();
@@ -331,21 +365,34 @@ void PageServer::Tell(std::string& told, std::string message) {
 }
 
 void PageServer::TellAll(const std::string& message) {
-  for (const auto& socket : sockets_) {
-    if (soup_websocket_connection_get_state(socket.get()) == SOUP_WEBSOCKET_STATE_OPEN)
-      soup_websocket_connection_send_text(socket.get(), message.c_str());
-  }
+  for (Page& page : pages_) Send(page, message);
+}
+
+void PageServer::Send(Page& page, const std::string& message) {
+  if (soup_websocket_connection_get_state(page.socket.get()) != SOUP_WEBSOCKET_STATE_OPEN) return;
+  soup_websocket_connection_send_text(page.socket.get(), message.c_str());
+  page.sent += static_cast<std::int64_t>(message.size());
+}
+
+// A page that does not read makes libsoup keep all that it is sent.
+void PageServer::DropStalled() {
+  std::erase_if(pages_, [this](const Page& page) {
+    const std::int64_t received = ReceivedOverThere(door_.FdOf(page.visitor)) - page.received_before;
+    if (page.sent - received <= kMaxBacklog) return false;
+    g_signal_handlers_disconnect_by_data(page.socket.get(), this);
+    door_.TurnAway(page.visitor, "");
+    return true;
+  });
 }
 
 // A page that comes later learns how much time is left by now.
-void PageServer::Greet(SoupWebsocketConnection* socket) {
+void PageServer::Greet(Page& page) {
   told_.screen.clear();
   told_.entry.clear();
   UpdateScreen();
   UpdateEntry();
   const std::vector<TraceEvent> lines(lines_.begin(), lines_.end());
-  for (const std::string& message : {told_.link, told_.files, TraceMessage(lines)})
-    soup_websocket_connection_send_text(socket, message.c_str());
+  for (const std::string& message : {told_.link, told_.files, TraceMessage(lines)}) Send(page, message);
 }
 
 }  // namespace

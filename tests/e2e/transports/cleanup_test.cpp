@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
+#include <memory>
 #include <string_view>
 
 #include "child.h"
@@ -58,6 +60,69 @@ TEST_P(CleanupAfterSignal, to_gwq_terminal) {
   child.Signal(GetParam());
   EXPECT_EQ(child.Wait(), 128 + GetParam());
   ExpectNothingLeft(command, server);
+}
+
+TEST_F(Cleanup, of_a_killed_terminal_says_nothing) {
+  Child child(Exec(kWaitingCommand), Environment());
+  const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
+  const pid_t server = ServerOf(child.Pid());
+  ASSERT_GT(server, 0);
+  child.Signal(SIGKILL);
+  EXPECT_EQ(child.Wait(), 128 + SIGKILL);
+  ExpectNothingLeft(command, server);
+  EXPECT_EQ(child.Errors(), "");
+}
+
+// Nobody is left who could clean up, but the command ends and the next start removes the files.
+TEST_F(Cleanup, after_all_of_the_terminal_was_killed) {
+  Child child(Exec(kWaitingCommand), Environment());
+  const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
+  const pid_t server = ServerOf(child.Pid());
+  ASSERT_GT(server, 0);
+  kill(server, SIGSTOP);
+  child.Signal(SIGKILL);
+  EXPECT_EQ(child.Wait(), 128 + SIGKILL);
+  kill(server, SIGKILL);
+  EXPECT_TRUE(Soon([&] { return !IsRunning(command) && !IsRunning(server); })) << "a process is left";
+  EXPECT_FALSE(dir_.IsEmpty());
+  // The lock of a process whose threads are still ending is still held.
+  EXPECT_TRUE(Soon([&] {
+    EXPECT_EQ(Child({GWQ_TERMINAL, "exec", "--", "true"}, Environment()).Wait(), 0);
+    return dir_.IsEmpty();
+  })) << "files are left";
+}
+
+TEST_F(Cleanup, leaves_directories_of_terminals_that_run) {
+  Child running(Exec(kWaitingCommand), Environment());
+  ASSERT_NE(running.ReadLine(), "");
+  std::vector<std::unique_ptr<Child>> others;
+  for (int i = 0; i < 8; ++i)
+    others.push_back(std::make_unique<Child>(
+        std::vector<std::string>{GWQ_TERMINAL, "exec", "--", "test", "-e", "/dev/bus/usb/001/005"},
+        Environment()));
+  for (const auto& other : others) EXPECT_EQ(other->Wait(), 0) << other->Errors();
+  EXPECT_FALSE(dir_.IsEmpty());
+  running.Signal(SIGTERM);
+  EXPECT_EQ(running.Wait(), 128 + SIGTERM);
+  EXPECT_TRUE(dir_.IsEmpty());
+}
+
+TEST_F(Cleanup, leaves_what_is_not_its_own_or_still_used_by_a_command) {
+  const std::string used = dir_.Path() + "/gwq-terminal-ABCDEF";
+  const std::string other = dir_.Path() + "/gwq-terminal-ABCDEFG";
+  const std::string link = dir_.Path() + "/gwq-terminal-123456";
+  for (const std::string& path : {used, other}) std::filesystem::create_directory(path);
+  std::filesystem::create_directory_symlink(other, link);
+  Child user({"/bin/sh", "-c", "echo ready; exec sleep 1000"}, {"UMOCKDEV_DIR=" + used + "/umockdev.X"});
+  ASSERT_EQ(user.ReadLine(), "ready");
+  const auto run = [this] { return Child({GWQ_TERMINAL, "exec", "--", "true"}, Environment()).Wait(); };
+  EXPECT_EQ(run(), 0);
+  for (const std::string& path : {used, other, link}) EXPECT_TRUE(std::filesystem::exists(path)) << path;
+  user.Signal(SIGKILL);
+  user.Wait();
+  EXPECT_EQ(run(), 0);
+  EXPECT_FALSE(std::filesystem::exists(used));
+  EXPECT_TRUE(std::filesystem::exists(other));
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, CleanupAfterSignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGKILL));

@@ -8,6 +8,9 @@ import http.client
 import json
 import os
 import re
+import resource
+import socket as sockets
+import struct
 import subprocess
 import sys
 import tempfile
@@ -47,12 +50,21 @@ USB_ID = "1209:0001"
 class Terminal:
     """gwq-terminal with its page, and the serial line to it."""
 
-    def __init__(self):
+    def __init__(self, descriptors=None):
         self.errors = tempfile.TemporaryFile()
         self.storage = tempfile.TemporaryDirectory()
         os.makedirs(self.storage.name + "/tmp")
         command = [TERMINAL, "pty", "--ui", "--trace", "--storage", self.storage.name]
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=self.errors)
+        limit = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors))
+        # A sanitizer that keeps freed memory for long would be all that resident() tells.
+        environment = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"}
+        self.process = subprocess.Popen(
+            command,
+            stdout=subprocess.PIPE,
+            stderr=self.errors,
+            env=environment,
+            preexec_fn=limit if descriptors else None,
+        )
         path = self.process.stdout.readline().decode().strip()
         self.line = os.open(path, os.O_RDWR | os.O_NOCTTY | os.O_NONBLOCK)
         self.url = re.search(r"http://\S+", self.log()).group()
@@ -61,6 +73,14 @@ class Terminal:
     def log(self):
         self.errors.seek(0)
         return self.errors.read().decode()
+
+    def resident(self):
+        """How much memory it has, in MiB."""
+        with open(f"/proc/{self.process.pid}/statm", encoding="ascii") as file:
+            return int(file.read().split()[1]) * resource.getpagesize() / 2**20
+
+    def connect(self):
+        return sockets.create_connection(("127.0.0.1", self.parts.port), timeout=10)
 
     def put(self, path, content):
         with open(self.storage.name + path, "wb") as file:
@@ -81,11 +101,13 @@ class Terminal:
     def close(self):
         self.process.terminate()
         status = self.process.wait(10)
+        log = self.log()
         self.process.stdout.close()
         self.errors.close()
         self.storage.cleanup()
         os.close(self.line)
         assert status == 0, status
+        assert "CRITICAL" not in log and "WARNING" not in log, log
 
     def get(self, path, method="GET", headers=None):
         connection = http.client.HTTPConnection("127.0.0.1", self.parts.port, timeout=10)
@@ -267,6 +289,128 @@ class Page(unittest.IsolatedAsyncioTestCase):
                 found += [row.split()[1][: -len(port)] for row in file if row.split()[1].endswith(port)]
         self.assertIn("0100007F", found)
         self.assertLessEqual(set(found), {"0100007F", "00000000000000000000000001000000"})
+
+
+def is_closed(connection, seconds=10):
+    connection.settimeout(seconds)
+    try:
+        return connection.recv(1) == b""
+    except ConnectionError:
+        return True
+    except TimeoutError:
+        return False
+
+
+class Crowd(unittest.IsolatedAsyncioTestCase):
+    """Visitors who do not know the token, and one who does not read."""
+
+    def start(self, **how):
+        terminal = Terminal(**how)
+        self.addCleanup(terminal.close)
+        return terminal
+
+    def post(self, terminal, head, body, limit):
+        """Sends a request's body until it is refused, at most `limit` bytes; tells the answer and how much was sent."""
+        connection = terminal.connect()
+        self.addCleanup(connection.close)
+        connection.sendall(head)
+        sent = 0
+        try:
+            while sent < limit:
+                connection.sendall(body)
+                sent += len(body)
+        except ConnectionError:
+            pass
+        try:
+            answer = connection.recv(4096)
+        except ConnectionError:
+            answer = b""
+        return answer, sent
+
+    def test_reads_no_body_of_who_has_no_token(self):
+        terminal = self.start()
+        limit = 64 << 20
+        before = terminal.resident()
+        host = f"Host: {terminal.parts.netloc}\r\n"
+        chunk = b"10000\r\n" + bytes(0x10000) + b"\r\n"
+        for head, body in [
+            (f"POST / HTTP/1.1\r\n{host}Content-Length: {limit}\r\n\r\n", bytes(0x10000)),
+            (f"POST / HTTP/1.1\r\n{host}Transfer-Encoding: chunked\r\n\r\n", chunk),
+            (f"GET / HTTP/1.1\r\nHost: evil\r\nContent-Length: {limit}\r\n\r\n", bytes(0x10000)),
+        ]:
+            answer, sent = self.post(terminal, head.encode(), body, limit)
+            self.assertTrue(answer.startswith(b"HTTP/1.1 403 "), (head, answer))
+            self.assertLess(sent, limit / 2, head)
+        self.assertEqual(terminal.get(terminal.parts.path)[0].status, 200)
+        self.assertLess(terminal.resident() - before, 10)
+
+    def test_keeps_no_body_of_who_has_the_token(self):
+        terminal = self.start()
+        before = terminal.resident()
+        head = f"GET {terminal.parts.path} HTTP/1.1\r\nHost: {terminal.parts.netloc}\r\nContent-Length: {64 << 20}\r\n\r\n"
+        answer, _ = self.post(terminal, head.encode(), bytes(0x10000), 64 << 20)
+        self.assertTrue(answer.startswith(b"HTTP/1.1 200 "), answer)
+        self.assertLess(terminal.resident() - before, 10)
+
+    def test_the_oldest_stranger_makes_room_for_the_next(self):
+        terminal = self.start()
+        strangers = []
+        for _ in range(17):
+            strangers.append(terminal.connect())
+            self.addCleanup(strangers[-1].close)
+            self.assertEqual(terminal.get(terminal.parts.path)[0].status, 200)
+        self.assertTrue(is_closed(strangers[0]))
+        self.assertFalse(is_closed(strangers[-1], 0.1))
+
+    def test_running_out_of_descriptors_does_not_end_the_page(self):
+        terminal = self.start(descriptors=40)
+        crowd = [terminal.connect() for _ in range(100)]
+        for connection in crowd:
+            connection.close()
+        for _ in range(3):
+            self.assertEqual(terminal.get(terminal.parts.path)[0].status, 200)
+
+    async def test_a_page_that_does_not_read_is_dropped(self):
+        terminal = self.start()
+        before = terminal.resident()
+        stalled = terminal.connect()
+        self.addCleanup(stalled.close)
+        stalled.sendall(
+            f"GET {terminal.parts.path}socket HTTP/1.1\r\nHost: {terminal.parts.netloc}\r\nOrigin: http://{terminal.parts.netloc}\r\n"
+            "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+            "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n".encode()
+        )
+        async with terminal.page() as socket:
+            rest = split('"' * 250_000) + "\x03"  # twice as long in a message
+            for number in range(100):
+                await self.host_sends_slowly(terminal, "\x1b[2A\x02" + split(f"{number} ") + rest)
+                await told(socket, "screen", lambda message, start=f"{number} ": message["text"].startswith(start))
+        self.assertLess(terminal.resident() - before, 32)
+
+    async def host_sends_slowly(self, terminal, text):
+        rest = text.encode("latin-1")
+        while rest:
+            try:
+                rest = rest[os.write(terminal.line, rest) :]
+            except BlockingIOError:
+                await asyncio.sleep(0.001)
+
+    def test_sends_nothing_to_pages_that_are_leaving(self):
+        terminal = self.start()
+        upgrade = (
+            f"GET {terminal.parts.path}socket HTTP/1.1\r\nHost: {terminal.parts.netloc}\r\nOrigin: http://{terminal.parts.netloc}\r\n"
+            "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+            "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n\r\n"
+        ).encode()
+        close = b"\x88\x80\0\0\0\0"
+        for number in range(200):
+            connection = terminal.connect()
+            connection.sendall(upgrade + [b"", close, b"\xff\xff"][number % 3])
+            if number % 2:
+                connection.setsockopt(sockets.SOL_SOCKET, sockets.SO_LINGER, struct.pack("ii", 1, 0))
+            connection.close()
+            terminal.host_sends("\x1b[4STARTEVALUTF8")
+        self.assertEqual(terminal.get(terminal.parts.path)[0].status, 200)
 
 
 class UsbPage(unittest.IsolatedAsyncioTestCase):

@@ -16,14 +16,18 @@ struct Outcome {
   std::string errors;
 };
 
-Outcome RunTerminal(std::vector<std::string> arguments, const std::vector<std::string>& environment = {}) {
-  arguments.insert(arguments.begin(), GWQ_TERMINAL);
+Outcome OutcomeOf(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
   Child child(arguments, environment);
   Outcome outcome;
   outcome.output = child.ReadRest();
   outcome.status = child.Wait();
   outcome.errors = child.Errors();
   return outcome;
+}
+
+Outcome RunTerminal(std::vector<std::string> arguments, const std::vector<std::string>& environment = {}) {
+  arguments.insert(arguments.begin(), GWQ_TERMINAL);
+  return OutcomeOf(arguments, environment);
 }
 
 Outcome RunShell(const std::string& script, const std::vector<std::string>& environment = {}) {
@@ -65,7 +69,7 @@ TEST(Runner, ends_with_2_and_a_message_for_a_wrong_command_line) {
   for (const auto& arguments : wrong) {
     const Outcome outcome = RunTerminal(arguments);
     EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
-    EXPECT_FALSE(outcome.errors.empty()) << testing::PrintToString(arguments);
+    EXPECT_TRUE(outcome.errors.starts_with("gwq-terminal: ")) << outcome.errors;
     EXPECT_EQ(outcome.output, "") << testing::PrintToString(arguments);
   }
 }
@@ -167,6 +171,82 @@ TEST(Runner, fails_when_the_storage_directory_or_the_faults_are_no_good) {
     EXPECT_EQ(outcome.status, 1) << option;
     EXPECT_NE(outcome.errors.find(file), std::string::npos) << outcome.errors;
   }
+}
+
+// Starts after these commands of the shell.
+Outcome RunAfter(const std::string& commands, std::vector<std::string> prefix = {}) {
+  prefix.insert(prefix.end(), {"/bin/sh", "-c", commands + "; exec " GWQ_TERMINAL " exec -- true"});
+  return OutcomeOf(prefix, {});
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST(Runner, tells_that_it_has_too_few_descriptors) {
+  if (std::string(GWQ_SANITIZERS).find("undefined") != std::string::npos)
+    GTEST_SKIP() << "this sanitizer opens pipes itself, and takes their failure for an error of the program";
+  bool works = false;
+  for (int limit = 4; limit <= 48; ++limit) {
+    const Outcome outcome = RunAfter("ulimit -n " + std::to_string(limit));
+    works = outcome.status == 0;
+    if (works) continue;
+    if (Contains(outcome.errors, "loading shared libraries")) continue;  // not yet the program itself
+    EXPECT_TRUE(outcome.errors.starts_with("gwq-terminal: ")) << limit << ": " << outcome.errors;
+    EXPECT_TRUE(Contains(outcome.errors, "Too many open files")) << limit << ": " << outcome.errors;
+    EXPECT_TRUE(Contains(outcome.errors, "ulimit -n")) << limit << ": " << outcome.errors;
+  }
+  EXPECT_TRUE(works);
+}
+
+// A full disk is made in a namespace of its own, where the system lets the user have one.
+TEST(Runner, tells_that_the_disk_is_full) {
+  const std::vector<std::string> in_namespace = {"/usr/bin/unshare", "--user", "--map-root-user", "--mount"};
+  std::vector<std::string> attempt = in_namespace;
+  attempt.insert(attempt.end(), {"mount", "-t", "tmpfs", "none", "/mnt"});
+  if (OutcomeOf(attempt, {}).status != 0) GTEST_SKIP() << "no file system of its own can be mounted here";
+  for (const char* inodes : {"1", "2", "3", "4", "6", "9"}) {
+    const Outcome outcome =
+        RunAfter("mount -t tmpfs -o nr_inodes=" + std::string(inodes) + " none /mnt; export TMPDIR=/mnt",
+                 in_namespace);
+    EXPECT_EQ(outcome.status, 1) << inodes;
+    EXPECT_TRUE(outcome.errors.starts_with("gwq-terminal: ")) << inodes << ": " << outcome.errors;
+    EXPECT_TRUE(Contains(outcome.errors, "No space left on device")) << inodes << ": " << outcome.errors;
+    EXPECT_TRUE(Contains(outcome.errors, "TMPDIR")) << inodes << ": " << outcome.errors;
+  }
+}
+
+TEST(Runner, tells_that_the_preload_library_is_missing) {
+  const TempDir dir;
+  std::ofstream(dir.Path() + "/libumockdev-preload.so.0") << "no library";
+  const Outcome outcome = RunTerminal({"exec", "--", "true"}, {"LD_LIBRARY_PATH=" + dir.Path()});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.errors.starts_with("gwq-terminal: ")) << outcome.errors;
+  EXPECT_TRUE(Contains(outcome.errors, "libumockdev-preload.so.0")) << outcome.errors;
+  EXPECT_TRUE(Contains(outcome.errors, "install umockdev")) << outcome.errors;
+}
+
+TEST(Runner, tells_a_long_reason_in_part) {
+  const TempDir dir;
+  const std::string file = dir.Path() + "/customer.json";
+  std::ofstream(file) << "{\"" << std::string(300'000, 'x') << "\": 1}";
+  const Outcome outcome = RunTerminal({"exec", "--customer", file, "--", "true"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.errors.starts_with("gwq-terminal: ")) << outcome.errors.substr(0, 200);
+  EXPECT_TRUE(Contains(outcome.errors, "xxxx")) << outcome.errors.substr(0, 200);
+}
+
+TEST(Runner, tells_that_the_port_of_the_page_is_taken) {
+  if (!Contains(RunTerminal({"pty", "--help"}).output, "--ui")) GTEST_SKIP() << "built without the page";
+  Child first({GWQ_TERMINAL, "pty", "--ui", "0"});
+  EXPECT_NE(first.ReadLine(), "");
+  const std::string errors = first.Errors();
+  const std::size_t begin = errors.find("127.0.0.1:") + 10;
+  const std::string port = errors.substr(begin, errors.find('/', begin) - begin);
+  const Outcome outcome = RunTerminal({"exec", "--ui", port, "--", "true"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(Contains(outcome.errors, "port " + port)) << outcome.errors;
+  EXPECT_TRUE(Contains(outcome.errors, "choose another port")) << outcome.errors;
 }
 
 TEST(Runner, takes_random_faults_by_either_name) {
