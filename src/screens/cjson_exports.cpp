@@ -77,13 +77,14 @@ void LoadApart() {
 }
 
 // libcjson is loaded for as long as this library is. It is not held beyond that: it is bound to the functions here, and
-// would hold this library.
+// would hold this library. A program that these functions are compiled into may have to load it.
 void Load() {
-  void* const library = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
+  void* const present = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
+  void* const library = present != nullptr ? present : dlopen(kLibrary, RTLD_LAZY);
   if (library == nullptr) return;
   FindAll(library);
   if (HostHasItsOwn(library)) LoadApart();
-  dlclose(library);
+  if (present != nullptr) dlclose(present);
 }
 
 [[gnu::destructor]] void Unload() {
