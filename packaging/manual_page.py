@@ -32,7 +32,7 @@ def text_of(element, lines=False):
 def write_page(directory, name, number, version, body):
     """DIRECTORY/NAME.NUMBER.gz, the same bytes whenever it is made."""
     day = datetime.datetime.fromtimestamp(int(os.environ.get('SOURCE_DATE_EPOCH', '0')), datetime.timezone.utc)
-    head = f'\'\\" t\n.TH "{name}" "{number}" "{day:%Y-%m-%d}" "gwq {version}" "gwq"\n.ad l\n.nh\n'
+    head = f'\'\\" t\n.TH "{name}" "{number}" "{day:%Y-%m-%d}" "gwq {version}" "gwq"\n.ad l\n'
     directory.mkdir(parents=True, exist_ok=True)
     with open(directory / f'{name}.{number}.gz', 'wb') as file:
         with gzip.GzipFile(filename='', mode='wb', compresslevel=9, fileobj=file, mtime=0) as packed:
