@@ -15,8 +15,9 @@ MAX_UNPROBED = {'X86-64': 4096, 'AArch64': 65536}
 LANDING = re.compile(r'\s(endbr64|paciasp|bti\s+c)\b')
 X86_ALLOCATION = re.compile(r'\ssub\s+\$0x([0-9a-f]+),%rsp')
 ARM_ALLOCATION = re.compile(r'\ssub\s+sp, sp, #0x([0-9a-f]+)(, lsl #12)?')
-# A frame of a size from a register; with protection the compiler makes a loop of small steps of it.
-ARM_LARGE_ALLOCATION = re.compile(r'\ssub\s+sp, sp, x')
+# By a register that was just set.
+ARM_BY_REGISTER = re.compile(r'\smov\s+(x\d+), #0x([0-9a-f]+).*\n(?:.*\n){0,4}?(?:.*\smovk\s+\1, #0x([0-9a-f]+), lsl #16.*\n)?'
+                             r'(?:.*\n){0,4}?.*\ssub\s+sp, sp, \1\b')
 
 
 class Elf:
@@ -48,9 +49,9 @@ class Elf:
             # Sizes beyond 2 GiB are negative numbers, by which some compilers add.
             sizes = [int(m, 16) for m in X86_ALLOCATION.findall(self.code)]
             return max((s for s in sizes if s < 1 << 31), default=0)
-        if ARM_LARGE_ALLOCATION.search(self.code):
-            return MAX_UNPROBED['AArch64'] + 1
-        return max((int(size, 16) << (12 if shifted else 0) for size, shifted in ARM_ALLOCATION.findall(self.code)), default=0)
+        sizes = [int(size, 16) << (12 if shifted else 0) for size, shifted in ARM_ALLOCATION.findall(self.code)]
+        sizes += [int(low, 16) + (int(high or '0', 16) << 16) for _, low, high in ARM_BY_REGISTER.findall(self.code)]
+        return max(sizes, default=0)
 
 
 def weaknesses(elf, with_fortify):
