@@ -1,7 +1,5 @@
 #!/usr/bin/env python3
-"""The check of hardening finds each weakness in a library made to have it:
-check_hardening_test.py
-CC names the compiler."""
+"""The check of hardening finds each weakness in a library made to have it; CC names the compiler."""
 import os
 import pathlib
 import subprocess
