@@ -1,7 +1,6 @@
 #!/bin/sh
 # build_again.sh DIRECTORY: builds the packages once more, from a copy in another directory, at another time and by another
-# user's habits; each file must be the one in DIRECTORY, byte for byte. SOURCE_DATE_EPOCH is that of the
-# first build.
+# user's habits; each file must be the one in DIRECTORY, byte for byte. SOURCE_DATE_EPOCH is that of the first build.
 set -eu
 : "${SOURCE_DATE_EPOCH:?}"
 first=$PWD/$1
