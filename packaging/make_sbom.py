@@ -41,14 +41,23 @@ def built_using(part):
     return ', '.join(sorted({f'{p.source} (= {p.source_version})' for p in part.compiled_in | part.embedded}))
 
 
+def write_md5sums(tree):
+    """CPack names the files of debug symbols by their paths on the building machine."""
+    files = sorted(p for p in tree.rglob('*') if p.is_file() and not p.is_symlink() and tree / 'DEBIAN' not in p.parents)
+    lines = (f'{hashlib.md5(p.read_bytes()).hexdigest()}  {p.relative_to(tree)}\n' for p in files)
+    (tree / 'DEBIAN/md5sums').write_text(''.join(lines), encoding='utf-8')
+
+
 def finish(archive, using):
-    """Packs an archive once more: with the field, and with the date of the commit on everything in it."""
+    """Packs an archive once more: with the field, with file names in md5sums as they are installed, and with the date of the
+    commit on everything in it."""
     tree = archive.with_suffix('.tree')
     shutil.rmtree(tree, ignore_errors=True)
     run('dpkg-deb', '-R', archive, tree)
     if using:
         control = tree / 'DEBIAN/control'
         control.write_text(control.read_text(encoding='utf-8').rstrip('\n') + f'\nBuilt-Using: {using}\n', encoding='utf-8')
+    write_md5sums(tree)
     for path in [tree, *tree.rglob('*')]:
         os.utime(path, (EPOCH, EPOCH), follow_symlinks=False)
     run('dpkg-deb', '--root-owner-group', '--threads-max=1', '-b', tree, archive)
