@@ -41,12 +41,13 @@ if(GWQ_SANITIZE)
   add_link_options(-fsanitize=${GWQ_SANITIZE})
 else()
   # A distribution's compiler may define the first itself.
-  add_compile_options($<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>
+  add_compile_options($<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>
     -fstack-protector-strong)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64)$")
-    add_compile_options(-fcf-protection=full)
+    add_compile_options(-fcf-protection=full -fstack-clash-protection)
   elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
-    add_compile_options(-mbranch-protection=standard)
+    # Clang 14 has no stack-clash protection for this processor.
+    add_compile_options(-mbranch-protection=standard $<$<C_COMPILER_ID:GNU>:-fstack-clash-protection>)
   endif()
 endif()
 # Bound at once: a late binding would also put the registers, and what of a secret is in them, on the stack.

@@ -53,6 +53,20 @@ build_by_cmake() {
 build_by_cmake >"$work/cmake.txt" 2>&1 || { cat "$work/cmake.txt"; fail "CMake's way"; }
 grep -q "gwq_DIR:PATH=$root" "$work/cmake/build/CMakeCache.txt" || fail "CMake found another installation"
 
+# The examples, from where a package puts them.
+examples=$prefix/share/doc/libgwq-doc/examples
+if [ -d "$examples" ]; then
+  build_examples() {
+    cmake -S "$examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" && cmake --build "$work/examples" --parallel 2
+  }
+  build_examples >"$work/examples.txt" 2>&1 || { cat "$work/examples.txt"; fail "the examples"; }
+  for source in "$examples"/*.c; do
+    [ -x "$work/examples/$(basename "$source" .c)" ] || fail "$source was not built"
+  done
+  LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$work/examples/sign_document" \
+    "$examples/files/agreement.pdf" "$work/signature.png" | grep -q '^signed: ' || fail "the installed example signed nothing"
+fi
+
 for program in program program_by_full_path cmake/build/program_by_cmake; do
   LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$work/$program" >"$work/output.txt" 2>&1 ||
     { cat "$work/output.txt"; fail "$program"; }

@@ -1,0 +1,107 @@
+#!/usr/bin/env python3
+"""Writes a manual page for each function, from the XML of the reference manual:
+make_function_pages.py XML-DIRECTORY VERSION OUTPUT-DIRECTORY"""
+import pathlib
+import sys
+import xml.etree.ElementTree as ElementTree
+
+from manual_page import bold, paragraph, quoted, section, text_of, write_page
+
+SECTIONS = ('parameterlist', 'simplesect')
+BLOCKS = SECTIONS + ('table', 'variablelist', 'preformatted')
+SECTION = '3gwq'  # apart from other packages' functions with such names as Merge
+
+
+def table(element):
+    rows = [[text_of(entry) for entry in row.findall('entry')] for row in element.findall('row')]
+    if len(rows[0]) == 2:
+        return ''.join(f'.TP\n{bold(name)}\n{meaning}\n' for name, meaning in rows)
+    lines = ['\t'.join(cell or ' ' for cell in row) for row in rows]
+    columns = ' '.join(['l'] + ['lx'] * (len(rows[0]) - 1))
+    return '.TS\ntab(\t);\n' + columns + '.\n' + '\n'.join(
+        '\t'.join(f'T{{\n{cell}\nT}}' for cell in line.split('\t')) for line in lines) + '\n.TE\n'
+
+
+def pieces(element):
+    """Text, the blocks that stand in it, and None between paragraphs, in order."""
+    yield element.text or ''
+    for child in element:
+        if child.tag in BLOCKS:
+            yield child
+        else:
+            yield from pieces(child)
+            if child.tag == 'para':
+                yield None
+        yield child.tail or ''
+
+
+def block(element):
+    if element.tag == 'table':
+        return table(element)
+    if element.tag == 'preformatted':
+        return '.PP\n.nf\n' + text_of(element, lines=True) + '\n.fi\n'
+    return ''.join(f'.TP\n{bold(text_of(entry))}\n{text_of(item)}\n'
+                   for entry, item in zip(element.findall('varlistentry'), element.findall('listitem')))
+
+
+def blocks(element):
+    """What a description says, without what stands in sections of its own."""
+    result, words = '', ''
+    for piece in [*pieces(element), None]:
+        if isinstance(piece, str):
+            words += piece
+            continue
+        said = ' '.join(words.split())
+        result += paragraph(quoted(said)) if said else ''
+        words = ''
+        if piece is not None and piece.tag not in SECTIONS:
+            result += block(piece)
+    return result
+
+
+def arguments(description):
+    result = ''
+    for item in description.iter('parameteritem'):
+        name = item.find('parameternamelist/parametername')
+        direction = f' ({name.get("direction")})' if name.get('direction') else ''
+        result += f'.TP\n{bold(text_of(name))}{direction}\n{text_of(item.find("parameterdescription"))}\n'
+    return result
+
+
+def synopsis(function):
+    declared = f'{text_of(function.find("type"))} {function.findtext("name")}'
+    return f'.B #include <gwq.h>\n.HP 4\n{bold(declared)}{quoted(function.findtext("argsstring"))};\n'
+
+
+def page(function, group):
+    description = function.find('detaileddescription')
+    name, brief = function.findtext('name'), text_of(function.find('briefdescription'))
+    result = section('NAME') + f'{name} \\- {brief.rstrip(".")}\n'
+    result += section('SYNOPSIS') + synopsis(function)
+    result += section('DESCRIPTION') + paragraph(brief) + blocks(description)
+    if description.find('.//parameteritem') is not None:
+        result += section('ARGUMENTS') + arguments(description)
+    for kind, title in (('return', 'RETURN VALUE'), ('remark', 'NOTES'), ('par', None)):
+        for number, part in enumerate(description.findall(f'.//simplesect[@kind="{kind}"]')):
+            if title is None or number == 0:
+                result += section(title or text_of(part.find('title')).upper())
+            body = ElementTree.Element('body')
+            body.extend(child for child in part if child.tag != 'title')
+            result += blocks(body)
+    return result + section('SEE ALSO') + paragraph(f'The group "{group}" of the reference manual, in the package libgwq-doc.')
+
+
+def main(xml_directory, version, output):
+    written = 0
+    for file in sorted(pathlib.Path(xml_directory).glob('group__*.xml')):
+        group = ElementTree.parse(file).find('compounddef')
+        for function in group.findall('.//memberdef[@kind="function"]'):
+            if text_of(function.find('briefdescription')):
+                write_page(pathlib.Path(output), function.findtext('name'), SECTION, version,
+                           page(function, group.findtext('title')))
+                written += 1
+    if not written:
+        sys.exit(f'{xml_directory} describes no function')
+
+
+main(*sys.argv[1:])
