@@ -339,8 +339,9 @@ Result Elsewhere(const char* path, Result failure, Real real) {
 int Told(int result, struct stat* status) {
   const auto fault = Running() == nullptr ? std::nullopt : Running()->Strikes(Fault::kStatus);
   if (!fault) return result;
-  if (result == 0 && *fault % 2 == 1) {
-    ++status->st_uid;
+  if (*fault % 2 == 1) {
+    if (result != 0) *status = {};  // it has come there at this moment
+    status->st_uid = geteuid() + 1;
     return 0;
   }
   errno = EIO;
