@@ -6,6 +6,7 @@
 #include <cstring>
 #include <tuple>
 
+#include "extra.h"
 #include "frame/load.h"
 #include "gwq.h"
 #include "machine.h"
@@ -30,7 +31,101 @@ unsigned char* Arguments::Bytes(std::span<const std::uint8_t> bytes) {
   return copy;
 }
 
+char* Arguments::Limited(std::size_t size) {
+  char* room = Room(size, true);
+  if (size > 1) std::memset(room, 'x', size / 2);  // the text that the library clears
+  limited_before_.assign(room, size);
+  limited_ = room;
+  return room;
+}
+
+void Arguments::RequireLimitedUntouched() const {
+  if (limited_ == nullptr) return;
+  Require(std::equal(limited_before_.begin(), limited_before_.end(), limited_),
+          "an output that is too small was written to");
+}
+
 namespace {
+
+// ------------------------------------------------------------------ the host's predicates
+
+// A predicate has no context: what it does next stands here.
+struct Host {
+  Input script{nullptr, 0};
+  int depth = 0;
+};
+thread_local Host t_host;
+
+int HostileEnd(unsigned char* data, int count);
+
+void Exchange(int port, GwqEndOfRead end) {
+  constexpr int kMaximum = 100;
+  std::array<char, kMaximum + 1024> answer{};
+  std::array command = std::to_array("\x1B[0GETVERSION");
+  int length = kMaximum;
+  TransProcByEnd(port, 9600, command.data(), 0, answer.data(), &length, end, 1000);
+}
+
+void Pull() {
+  std::array command = std::to_array("\x1B[0PULLFILE\x02/tmp/hw.txt\x03");
+  std::array path = std::to_array("/tmp/nested");
+  TransProcHW(0, command.data(), 1000, path.data());
+}
+
+// Answers that no predicate should give, cancels, and exchanges of its own.
+int Act(unsigned action, unsigned char* data, int count) {
+  switch (action) {
+    case 1:
+      return 0;
+    case 2:
+      return INT_MIN;
+    case 3:
+      return -1;
+    case 4:
+      return CancelRead();
+    case 5:
+      CancelWrite();
+      return 1;
+    case 6:
+      return ICC_CancelReadTransPort() + 1;
+    case 7:
+      Exchange(0, nullptr);
+      return 1;
+    case 8:
+      Exchange(1, &EndOfRead2);
+      return 1;
+    case 9:
+      Exchange(0, &HostileEnd);
+      return 1;
+    case 10:
+      Pull();
+      return 1;
+    case 11:
+      return MP_CancelCurrentOperation(nullptr, nullptr, 9600, 0);
+    case 12:
+      return MP_CancleEvaluate(nullptr, nullptr, 9600) + 1;
+    case 13:
+      return ICC_CloseTransPort() + 1;
+    case 14:
+      std::fill_n(data, count, std::uint8_t{0xFF});
+      return 1;
+    default:
+      return 1;
+  }
+}
+
+int HostileEnd(unsigned char* data, int count) {
+  constexpr int kDeepest = 3;
+  Require(count >= 0, "a predicate is asked about fewer than no bytes");
+  volatile unsigned sum = 0;
+  for (int i = 0; i < count; ++i) sum = sum + data[i];
+  if (t_host.script.Empty() || t_host.depth >= kDeepest) return 1;
+  ++t_host.depth;
+  const int answer =
+      Machine::Current()->InHostsCode([&] { return Act(t_host.script.Byte() % 16U, data, count); });
+  --t_host.depth;
+  return answer;
+}
 
 // ------------------------------------------------------------------ arguments
 
@@ -120,6 +215,17 @@ struct IntInOut {
     return value;
   }
 };
+// The output whose size the contract does not pass: with room for any file, or with exactly as much as the caller tells.
+struct FileOut {
+  static char* Make(Arguments& a) {
+    const unsigned null = a.input().Byte();
+    const int room = a.input().Byte() < 128 ? 0 : std::min(a.input().Int(), 1 << 16);
+    GWQ_SetOutputRoom(0);
+    if (null == 255) return nullptr;
+    if (GWQ_SetOutputRoom(room) != 0 || room == 0) return a.Room(kAnyFile, true);
+    return a.Limited(static_cast<std::size_t>(room));
+  }
+};
 struct LinePath {
   static const char* Make(Arguments&) { return "/dev/ttyS1"; }
 };
@@ -129,6 +235,12 @@ using None = Is<static_cast<const char*>(nullptr)>;
 template <auto F, typename... Makers>
 void Do(Arguments& a) {
   std::apply(F, std::tuple{Makers::Make(a)...});  // in this order with every compiler
+}
+
+template <auto F, typename... Makers>
+void DoLimited(Arguments& a) {
+  const int status = std::apply(F, std::tuple{Makers::Make(a)...});
+  if (status == GWQ_TOO_SMALL) a.RequireLimitedUntouched();
 }
 
 // ------------------------------------------------------------------ arguments that belong together
@@ -169,8 +281,9 @@ Answer MakeAnswer(Arguments& a) {
 }
 
 GwqEndOfRead MakeEnd(Arguments& a) {
-  static constexpr std::array<GwqEndOfRead, 6> kEnds{nullptr,    &EndOfRead2,      &EndOfRead3,
-                                                     &EndOfRead, &EndOfCondition4, &EndOfConditionD};
+  static constexpr std::array<GwqEndOfRead, 8> kEnds{nullptr,     &EndOfRead2,      &EndOfRead3,
+                                                     &EndOfRead,  &EndOfCondition4, &EndOfConditionD,
+                                                     &HostileEnd, &HostileEnd};
   return kEnds[a.input().Byte() % kEnds.size()];
 }
 
@@ -331,14 +444,18 @@ void StringBlock(Arguments& a) {
   int* length = IntOut::Make(a);
   *length = a.input().Byte() == 255 ? -1 : static_cast<int>(info.size());
   unsigned char* bytes = a.Bytes({reinterpret_cast<const std::uint8_t*>(info.data()), info.size()});
-  char* file = a.Room(kAnyFile, true);
   char* answer = a.Room(4096, false);
   const int seconds = Seconds::Make(a);
   const unsigned null = a.input().Byte();
-  PN_GetStringBlock(0, nullptr, 9600, seconds, a.input().Int(),
-                    null == 255 ? nullptr : reinterpret_cast<const char*>(bytes),
-                    null == 254 ? nullptr : file, null == 253 ? nullptr : length,
-                    null == 252 ? nullptr : answer);
+  const int algorithm = a.input().Int();
+  char* file = FileOut::Make(a);
+  const int before = *length;
+  const int status = PN_GetStringBlock(0, nullptr, 9600, seconds, algorithm,
+                                       null == 255 ? nullptr : reinterpret_cast<const char*>(bytes), file,
+                                       null == 253 ? nullptr : length, null == 252 ? nullptr : answer);
+  if (status != GWQ_TOO_SMALL) return;
+  a.RequireLimitedUntouched();
+  Require(*length == before, "a size told of a file that did not fit");
 }
 
 void ReadPinInClear(Arguments& a) {
@@ -410,24 +527,36 @@ void FileOfBase64(Arguments& a) {
 
 void WriteFile(Arguments& a) {
   const Block block = MakeBlock(a);
-  WriteFileData(Given::Make(a), block.bytes, block.length);
+  WriteFileData(Text::Make(a), block.bytes, block.length);
 }
 
 void ReadFile(Arguments& a) {
-  char* path = Given::Make(a);
+  char* path = Text::Make(a);
   auto* room = reinterpret_cast<unsigned char*>(a.Room(Count(get_file_size(path)), false));
   ReadFileData(a.input().Byte() == 255 ? nullptr : room, path, "rb");
 }
 
+// Also in place, and with either missing.
 template <auto F>
 void NameOf(Arguments& a) {
   const std::string path = a.input().Text();
-  F(a.Text(path), a.Room(path.size() + 1, false));
+  char* const in = a.Text(path);
+  const unsigned choice = a.input().Byte();
+  F(choice == 255 ? nullptr : in, choice == 254   ? nullptr
+                                  : choice == 253 ? in
+                                                  : a.Room(path.size() + 1, false));
+}
+
+void FullPath(Arguments& a) {
+  const std::string name = a.input().Text();
+  const unsigned choice = a.input().Byte();
+  GetFullPath(choice == 255 ? nullptr : a.Text(name),
+              choice == 254 ? nullptr : a.Room(256 + name.size(), false), a.input().Int());
 }
 
 // ------------------------------------------------------------------ the calls
 
-constexpr int kUnlimited = 1 << 30;  // the read itself is timed, and there is one
+constexpr int kUnlimited = INT_MAX;  // the read itself is timed, and there is one
 constexpr int kPush = 30;            // the longest wait of a push
 constexpr int kPull = 3;
 
@@ -462,14 +591,14 @@ constexpr Call kCalls[] = {
     {"PN_ObtainDigest", 3, 0, false, &Do<PN_ObtainDigest, Port, Text, Baud, Int, Text, OrNull<Out<1021>>>},
     {"PN_DownloadPinPadWK", 4, 0, false, &Do<PN_DownloadPinPadWK, Port, Text, Baud, Text, Text, Text, Text>},
     {"GWQ_SetPinLen", 0, 0, false, &Do<GWQ_SetPinLen, Port, Baud, Int>},
-    {"GWQ_UpdateMKey", 3, 0, false, &Do<GWQ_UpdateMKey, Port, Baud, Int, Given, Given>},
+    {"GWQ_UpdateMKey", 3, 0, false, &Do<GWQ_UpdateMKey, Port, Baud, Int, Text, Text>},
     {"GWQ_ResetKey", 3, 0, false, &Do<GWQ_ResetKey, Port, Baud>},
-    {"GWQ_DownLoadWKey", 3, 0, false, &Do<GWQ_DownLoadWKey, Port, Baud, Int, Int, Given>},
+    {"GWQ_DownLoadWKey", 3, 0, false, &Do<GWQ_DownLoadWKey, Port, Baud, Int, Int, Text>},
     {"GWQ_ActiveWKey", 3, 0, false, &Do<GWQ_ActiveWKey, Port, Baud, Int, Int>},
     {"GWQ_ReadPin", 6, 0, false, &ReadPinInClear},
-    {"GWQ_ReadPinDES", 6, 0, false, &Do<GWQ_ReadPinDES, Port, Baud, Int, Int, Seconds, Zeroed<1025>>},
-    {"GWQ_ReadPinAnsi", 6, 0, false, &Do<GWQ_ReadPinAnsi, Port, Baud, Int, Int, Seconds, Given, Zeroed<1025>>},
-    {"GWQ_GetVerBuildDate", 2, 0, false, &Do<GWQ_GetVerBuildDate, Port, Char, Baud, Zeroed<9>>},
+    {"GWQ_ReadPinDES", 6, 0, false, &Do<GWQ_ReadPinDES, Port, Baud, Int, Int, Seconds, OrNull<Zeroed<1025>>>},
+    {"GWQ_ReadPinAnsi", 6, 0, false, &Do<GWQ_ReadPinAnsi, Port, Baud, Int, Int, Seconds, Text, OrNull<Zeroed<1025>>>},
+    {"GWQ_GetVerBuildDate", 2, 0, false, &Do<GWQ_GetVerBuildDate, Port, Char, Baud, OrNull<Zeroed<9>>>},
     {"CheckUtf8version", 2, 0, false, &Do<CheckUtf8version>},
     {"MP_StartElectronicCard", 2, 0, false, &Do<MP_StartElectronicCard, Void, Void, Baud, Seconds, Text, Text, Int, Text>},
     {"MP_SetEvaluateInfo", 2, 0, false, &Do<MP_SetEvaluateInfo, Void, Void, Baud, Text, Text, Int, Text>},
@@ -484,11 +613,11 @@ constexpr Call kCalls[] = {
     {"MP_StartInfoHtmlEx", 3, kPush, false, &Do<MP_StartInfoHtmlEx, Void, Void, Baud, Seconds, Text, Text, OrNull<Out<2046>>>},
     {"MP_ShowPDF", 0, kPush, false, &Do<MP_ShowPDF, Void, Void, Baud, Seconds, Text>},
     {"MP_ConfirmPDF", 3, kPush, false, &Do<MP_ConfirmPDF, Void, Void, Baud, Seconds, Text, OrNull<IntOut>>},
-    {"MP_SignPDF", 3, kPush, false, &Do<MP_SignPDF, Void, Text, Baud, Seconds, Text, Text, Text, OrNull<Zeroed<kAnyFile>>>},
+    {"MP_SignPDF", 3, kPush, false, &DoLimited<MP_SignPDF, Void, Text, Baud, Seconds, Text, Text, Text, FileOut>},
     {"MP_SignPDF_Voice", 3, kPush, false,
-     &Do<MP_SignPDF_Voice, Void, Text, Baud, Seconds, Text, Text, Text, Text, OrNull<Zeroed<kAnyFile>>>},
+     &DoLimited<MP_SignPDF_Voice, Void, Text, Baud, Seconds, Text, Text, Text, Text, FileOut>},
     {"MP_Sign_With_TZG", 3, kPush, false,
-     &Do<MP_Sign_With_TZG, Void, Text, Baud, Seconds, Text, Text, Text, Text, Int, Int, OrNull<Zeroed<kAnyFile>>>},
+     &DoLimited<MP_Sign_With_TZG, Void, Text, Baud, Seconds, Text, Text, Text, Text, Int, Int, FileOut>},
     {"GWQ_StartSign", 3, kPush, false, &Do<GWQ_StartSign, Port, Baud, Seconds, Text, Text, Text>},
     {"MP_CheckOut_All", 3, 0, false, &Do<MP_CheckOut_All, Void, Void, Baud, Seconds, Text, Text, OrNull<Out<2046>>>},
     {"MP_GetFirmwareVersion", 1, 0, false, &Do<MP_GetFirmwareVersion, Void, Void, Int, Int, OrNull<Out<2046>>, OrNull<Out<2046>>>},
@@ -590,11 +719,12 @@ constexpr Call kCalls[] = {
     {"ICC_DPrintDataHexToFile", 0, 0, false, &LogBytes},
     {"DelOutTimeLogFile", 0, 0, false, &Do<DelOutTimeLogFile>},
     {"pGetLogPath", 0, 0, false, &Do<pGetLogPath>},
-    {"GetModuleCurPath", 0, 0, false, &Do<GetModuleCurPath, Out<256>>},
-    {"GetFullPath", 0, 0, false, &Do<GetFullPath, Given, Out<256>, Int>},
-    {"GetTempPath", 0, 0, false, &Do<GetTempPath, Int, Out<5>>},
+    {"GetModuleCurPath", 0, 0, false, &Do<GetModuleCurPath, OrNull<Out<256>>>},
+    {"GetFullPath", 0, 0, false, &FullPath},
+    {"GetTempPath", 0, 0, false, &Do<GetTempPath, Int, OrNull<Out<5>>>},
     {"GetAbsDays", 0, 0, false, &Do<GetAbsDays, Int, Int, Int>},
     {"GetProfileString", 0, 0, false, &Do<GetProfileString, Text, Text, Text, OrNull<Out<100>>>},
+    {"GWQ_SetOutputRoom", 0, 0, false, &Do<GWQ_SetOutputRoom, Int>},
 };
 // clang-format on
 
@@ -602,6 +732,11 @@ constexpr Call kCalls[] = {
 
 std::span<const Call> Calls() {
   return kCalls;
+}
+
+void BeHost(Arguments& arguments) {
+  Input input = arguments.input();
+  t_host.script = Input(input.Take(16));
 }
 
 }  // namespace gwq::fuzz

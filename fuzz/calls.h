@@ -24,6 +24,11 @@ class Arguments {
   char* Text(const std::string& text);
   unsigned char* Bytes(std::span<const std::uint8_t> bytes);
 
+  // Output of a size that the caller has told, and what it holds before the call.
+  char* Limited(std::size_t size);
+  // After a call that found too little room.
+  void RequireLimitedUntouched() const;
+
   // What the host has the library wait for, besides what each function waits for by itself.
   void Wait(std::int64_t seconds) { wait_s_ += seconds > 0 ? seconds : 0; }
   [[nodiscard]] std::int64_t WaitS() const { return wait_s_; }
@@ -31,6 +36,8 @@ class Arguments {
  private:
   Input input_;
   std::vector<std::unique_ptr<char[]>> owned_;
+  std::string limited_before_;
+  const char* limited_ = nullptr;
   std::int64_t wait_s_ = 0;
 };
 
@@ -43,5 +50,8 @@ struct Call {
 };
 
 std::span<const Call> Calls();
+
+// What the host's predicates do in the next call: the first bytes of the call's input, one for each time they are asked.
+void BeHost(Arguments& arguments);
 
 }  // namespace gwq::fuzz

@@ -14,6 +14,7 @@ def main() -> None:
     exports = {re.match(r"\w+", line).group() for line in pathlib.Path(sys.argv[1]).read_text().splitlines() if line}
     sources = " ".join(path.read_text() for path in sorted(pathlib.Path(sys.argv[2]).glob("*.cpp")))
     missing = sorted(exports - ELSEWHERE - set(re.findall(r"\w+", sources)))
+    missing = [name for name in missing if not name.startswith("cJSON_")]  # Debian's own
     sys.exit(f"no fuzzer calls {', '.join(missing)}" if missing else 0)
 
 

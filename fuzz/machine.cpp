@@ -1,9 +1,13 @@
 #include "machine.h"
 
+#include <cjson/cJSON.h>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <iconv.h>
 #include <libusb-1.0/libusb.h>
+#include <poll.h>
+#include <pthread.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <termio.h>
@@ -41,6 +45,7 @@ struct libusb_device_handle {
 extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __real_close(int fd);
+void* __real_malloc(std::size_t size);
 }
 
 namespace gwq::fuzz {
@@ -49,6 +54,7 @@ namespace {
 constexpr std::time_t kStart = 1'709'600'000;  // 2024-03-05
 constexpr int kFirstLine = 100'000;            // no descriptor of the system's
 constexpr std::int64_t kPauseOfHosts = 100'000'000;
+constexpr std::int64_t kStuckStepMs = 500;
 
 thread_local Machine* t_machine = nullptr;
 
@@ -75,6 +81,11 @@ void FillRoot() {
     test::WriteFile(Root() / name, name);
 }
 
+// libcjson is a library of its own, whose memory can fail all the same.
+void* AllocateForJson(std::size_t size) {
+  return t_machine != nullptr && t_machine->Strikes(Fault::kMemory) ? nullptr : __real_malloc(size);
+}
+
 // From outside, while a transfer waits; one of those that never wait themselves.
 void Cancel(int value) {
   using Function = void (*)();
@@ -97,6 +108,7 @@ struct Machine::Usb {
 };
 
 void Fail(const std::string& what) {
+  Machine::Leave();
   std::fprintf(stderr, "\n==fuzz== %s\n", what.c_str());
   std::abort();
 }
@@ -108,10 +120,16 @@ Machine::Machine(unsigned present)
   for (unsigned i = 0; i < std::size(kUsbIdentities); ++i) {
     if ((present >> i & 1U) != 0) usb_->devices.push_back({kUsbIdentities[i].vid, kUsbIdentities[i].pid});
   }
+  cJSON_Hooks hooks{.malloc_fn = &AllocateForJson, .free_fn = &std::free};
+  cJSON_InitHooks(&hooks);
   t_machine = this;
 }
 
 Machine::~Machine() {
+  Leave();
+}
+
+void Machine::Leave() {
   t_machine = nullptr;
 }
 
@@ -165,13 +183,21 @@ void Machine::RequireNothingHeld() const {
   Require(usb_->lists.empty(), "a device list was not freed");
   Require(lines_.empty(), "a serial line was left open");
   Require(contexts_ == 0, "libusb contexts taken and released differ");
-  Require(LowestFree() == lowest_free_, "a file was left open");
+  Require(streams_.empty() && LowestFree() == lowest_free_, "a file was left open");
 }
 
 void Machine::Sleep(std::int64_t ms) {
   if (reading_ && ms < kPauseOfHosts) return Idle(ms);
   wall_ms_ += ms;
   if (ms < kPauseOfHosts) spent_ms_ += ms;
+}
+
+bool Machine::Pause(std::int64_t& ms) {
+  const bool whole = !Strikes(Fault::kInterrupt);
+  const std::int64_t slept = whole ? ms : ms / 2;
+  Sleep(slept);
+  ms -= slept;
+  return whole;
 }
 
 // The clock may be set, forwards or back, or not be had at all.
@@ -240,6 +266,11 @@ int Machine::TransferOut(int length, int* transferred) {
 }
 
 int Machine::ReadLine(void* buffer, std::size_t size) {
+  if (Strikes(Fault::kInterrupt)) {
+    Idle(1);
+    errno = EINTR;
+    return -1;
+  }
   if (Strikes(Fault::kRead)) {
     errno = EIO;
     return -1;
@@ -249,11 +280,34 @@ int Machine::ReadLine(void* buffer, std::size_t size) {
 
 int Machine::WriteLine(std::size_t size) {
   asked_ = true;
+  if (const auto value = Strikes(Fault::kStuck)) stuck_ms_ = kStuckStepMs * *value;
+  if (stuck_ms_ > 0 || Strikes(Fault::kInterrupt)) {
+    errno = stuck_ms_ > 0 ? EAGAIN : EINTR;
+    return -1;
+  }
   if (const auto value = Strikes(Fault::kWrite)) {
     errno = EIO;
     return *value == 0 ? -1 : std::min(static_cast<int>(size), *value);
   }
   return static_cast<int>(size);
+}
+
+// Of a line that takes nothing, as a device on USB that does not: this time is not the read's.
+int Machine::Poll(int timeout_ms) {
+  if (const auto value = Strikes(Fault::kPoll)) {
+    errno = EINTR;
+    return *value % 2 - 1;
+  }
+  if (stuck_ms_ <= 0) return 1;
+  const std::int64_t step = std::min<std::int64_t>(stuck_ms_, timeout_ms);
+  stuck_ms_ -= step;
+  wall_ms_ += step;
+  return stuck_ms_ > 0 ? 0 : 1;
+}
+
+std::FILE* Machine::Opened(std::FILE* stream) {
+  if (stream != nullptr) streams_.insert(stream);
+  return stream;
 }
 
 }  // namespace gwq::fuzz
@@ -281,13 +335,33 @@ Result Elsewhere(const char* path, Result failure, Real real) {
   return failure;
 }
 
+// What stat tells: the truth, nothing, or that the file is another user's.
+int Told(int result, struct stat* status) {
+  const auto fault = Running() == nullptr ? std::nullopt : Running()->Strikes(Fault::kStatus);
+  if (!fault) return result;
+  if (*fault % 2 == 1) {
+    if (result != 0) *status = {};  // it has come there at this moment
+    status->st_uid = geteuid() + 1;
+    return 0;
+  }
+  errno = EIO;
+  return -1;
+}
+
+// From now on the file can be neither read nor written, but for what is in its buffer.
+void BreakIfStruck(std::FILE* stream) {
+  if (Running() == nullptr || !Running()->IsStream(stream) || !Struck(Fault::kStream)) return;
+  const int broken = __real_open("/", O_RDONLY | O_DIRECTORY);
+  dup2(broken, fileno(stream));
+  __real_close(broken);
+}
+
 }  // namespace
 
 // ------------------------------------------------------------------ the system
 
 extern "C" {
 
-void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_malloc(std::size_t size) {
   return Struck(Fault::kMemory) ? nullptr : __real_malloc(size);
@@ -307,6 +381,10 @@ std::time_t __wrap_time(std::time_t* out) {
 int __real_clock_gettime(clockid_t clock, std::timespec* out);
 int __wrap_clock_gettime(clockid_t clock, std::timespec* out) {
   if (Running() == nullptr) return __real_clock_gettime(clock, out);
+  if (clock == CLOCK_MONOTONIC) {
+    *out = {Running()->WallMs() / 1000, static_cast<long>(Running()->WallMs() % 1000 * 1'000'000)};
+    return 0;
+  }
   if (Struck(Fault::kClock)) return -1;
   *out = {Running()->Seconds(), static_cast<long>(Running()->WallMs() % 1000 * 1'000'000)};
   return 0;
@@ -319,11 +397,44 @@ unsigned __wrap_sleep(unsigned seconds) {
   return 0;
 }
 
-int __real_usleep(useconds_t microseconds);
-int __wrap_usleep(useconds_t microseconds) {
-  if (Running() == nullptr) return __real_usleep(microseconds);
-  Running()->Sleep(microseconds / 1000);
-  return 0;
+int __real_nanosleep(const std::timespec* wanted, std::timespec* left);
+int __wrap_nanosleep(const std::timespec* wanted, std::timespec* left) {
+  if (Running() == nullptr) return __real_nanosleep(wanted, left);
+  std::int64_t ms = std::int64_t{wanted->tv_sec} * 1000 + wanted->tv_nsec / 1'000'000;
+  if (Running()->Pause(ms)) return 0;
+  *left = {ms / 1000, static_cast<long>(ms % 1000 * 1'000'000)};
+  errno = EINTR;
+  return -1;
+}
+
+int __real_poll(pollfd* lines, nfds_t count, int timeout_ms);
+int __wrap_poll(pollfd* lines, nfds_t count, int timeout_ms) {
+  if (Running() == nullptr) return __real_poll(lines, count, timeout_ms);
+  gwq::fuzz::Require(count == 1 && timeout_ms >= 0, "a poll without an end");
+  return Running()->Poll(timeout_ms);
+}
+
+// One thread calls here, and whoever has the turn already never waits for it.
+int __wrap_pthread_cond_timedwait(pthread_cond_t* /*condition*/, pthread_mutex_t* /*mutex*/,
+                                  const std::timespec* /*until*/) {
+  gwq::fuzz::Fail("a wait for another thread's turn");
+}
+
+int __real_pthread_setspecific(pthread_key_t key, const void* value);
+int __wrap_pthread_setspecific(pthread_key_t key, const void* value) {
+  return Struck(Fault::kThread) ? ENOMEM : __real_pthread_setspecific(key, value);
+}
+
+iconv_t __real_iconv_open(const char* to, const char* from);
+iconv_t __wrap_iconv_open(const char* to, const char* from) {
+  if (!Struck(Fault::kEncoding)) return __real_iconv_open(to, from);
+  errno = ENOMEM;
+  return reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr): what iconv_open returns
+}
+
+std::tm* __real_localtime_r(const std::time_t* time, std::tm* out);
+std::tm* __wrap_localtime_r(const std::time_t* time, std::tm* out) {
+  return Struck(Fault::kClock) ? nullptr : __real_localtime_r(time, out);
 }
 
 int __wrap_open(const char* path, int flags, ...) {
@@ -347,15 +458,30 @@ int __wrap_close(int fd) {
 ssize_t __real_read(int fd, void* buffer, std::size_t size);
 ssize_t __wrap_read(int fd, void* buffer, std::size_t size) {
   if (Running() == nullptr) return __real_read(fd, buffer, size);
-  return Running()->IsLine(fd) ? Running()->ReadLine(buffer, size) : -1;
+  if (Running()->IsLine(fd)) return Running()->ReadLine(buffer, size);
+  errno = EBADF;
+  return -1;
 }
 
 ssize_t __real_write(int fd, const void* data, std::size_t size);
 ssize_t __wrap_write(int fd, const void* data, std::size_t size) {
   if (Running() == nullptr) return __real_write(fd, data, size);
   if (Running()->IsLine(fd)) return Running()->WriteLine(size);
-  if (fd < 3 || fd >= gwq::fuzz::kFirstLine || Struck(Fault::kWrite)) return -1;
+  if (fd < 3 || fd >= gwq::fuzz::kFirstLine || Struck(Fault::kWrite)) {
+    errno = fd < 3 || fd >= gwq::fuzz::kFirstLine ? EBADF : ENOSPC;
+    return -1;
+  }
   return __real_write(fd, data, size);
+}
+
+int __real_fcntl(int fd, int command, ...);
+int __wrap_fcntl(int fd, int command, ...) {
+  va_list rest;
+  va_start(rest, command);
+  const int argument = va_arg(rest, int);
+  va_end(rest);
+  if (Running() == nullptr || fd < gwq::fuzz::kFirstLine) return __real_fcntl(fd, command, argument);
+  return !Running()->IsLine(fd) || Struck(Fault::kLineSettings) ? -1 : 0;
 }
 
 int __real_ioctl(int fd, unsigned long request, ...);
@@ -389,11 +515,75 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
   if (Running() == nullptr || std::strcmp(mode, "w") == 0) return __real_fopen(path, mode);
   const auto fault = Running()->Strikes(Fault::kFile);
   // A disk that is full, a file that opens and cannot be read, one that does not open.
-  if (fault && *fault % 3 == 1) return __real_fopen(*mode == 'r' ? "/" : "/dev/full", mode);
+  if (fault && *fault % 3 == 1) {
+    return Running()->Opened(__real_fopen(*mode == 'r' ? "/" : "/dev/full", mode));
+  }
   if (fault) return nullptr;
   if (*mode != 'r') gwq::fuzz::g_root_changed = true;
-  return Elsewhere<std::FILE*>(path, nullptr,
-                               [mode](const char* place) { return __real_fopen(place, mode); });
+  return Running()->Opened(
+      Elsewhere<std::FILE*>(path, nullptr, [mode](const char* place) { return __real_fopen(place, mode); }));
+}
+
+std::FILE* __real_fdopen(int fd, const char* mode);
+std::FILE* __wrap_fdopen(int fd, const char* mode) {
+  if (Running() == nullptr) return __real_fdopen(fd, mode);
+  return Struck(Fault::kFile) ? nullptr : Running()->Opened(__real_fdopen(fd, mode));
+}
+
+int __real_fclose(std::FILE* stream);
+int __wrap_fclose(std::FILE* stream) {
+  if (Running() == nullptr || !Running()->IsStream(stream)) return __real_fclose(stream);
+  BreakIfStruck(stream);
+  Running()->ForgetStream(stream);
+  return __real_fclose(stream);
+}
+
+std::size_t __real_fread(void* data, std::size_t size, std::size_t count, std::FILE* stream);
+std::size_t __wrap_fread(void* data, std::size_t size, std::size_t count, std::FILE* stream) {
+  BreakIfStruck(stream);
+  return __real_fread(data, size, count, stream);
+}
+
+std::size_t __real_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* stream);
+std::size_t __wrap_fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* stream) {
+  BreakIfStruck(stream);
+  return __real_fwrite(data, size, count, stream);
+}
+
+char* __real_fgets(char* line, int size, std::FILE* stream);
+char* __wrap_fgets(char* line, int size, std::FILE* stream) {
+  BreakIfStruck(stream);
+  return __real_fgets(line, size, stream);
+}
+
+int __real_fseek(std::FILE* stream, long offset, int whence);
+int __wrap_fseek(std::FILE* stream, long offset, int whence) {
+  return Struck(Fault::kStatus) ? -1 : __real_fseek(stream, offset, whence);
+}
+
+long __real_ftell(std::FILE* stream);
+long __wrap_ftell(std::FILE* stream) {
+  return Struck(Fault::kStatus) ? -1 : __real_ftell(stream);
+}
+
+// Made where the machine's other files are, and known to the library under the name that it asked for.
+int __real_mkostemp(char* name, int flags);
+int __wrap_mkostemp(char* name, int flags) {
+  if (Running() == nullptr) return __real_mkostemp(name, flags);
+  auto place = Machine::Place(name);
+  if (!place || Struck(Fault::kTempName)) return -1;
+  const int fd = __real_mkostemp(place->data(), flags);
+  place->copy(name, std::strlen(name), place->size() - std::strlen(name));
+  gwq::fuzz::g_root_changed = true;
+  return fd;
+}
+
+char* __real_getcwd(char* path, std::size_t size);
+char* __wrap_getcwd(char* path, std::size_t size) {
+  if (Running() == nullptr) return __real_getcwd(path, size);
+  if (Struck(Fault::kDirectory)) return nullptr;
+  std::snprintf(path, size, "/");
+  return path;
 }
 
 int __real_unlink(const char* path);
@@ -426,16 +616,35 @@ DIR* __wrap_opendir(const char* path) {
 
 int __real_stat(const char* path, struct stat* status);
 int __wrap_stat(const char* path, struct stat* status) {
-  return Elsewhere(path, -1, [status](const char* place) { return __real_stat(place, status); });
+  return Elsewhere(path, -1,
+                   [status](const char* place) { return Told(__real_stat(place, status), status); });
+}
+
+int __real_lstat(const char* path, struct stat* status);
+int __wrap_lstat(const char* path, struct stat* status) {
+  return Elsewhere(path, -1,
+                   [status](const char* place) { return Told(__real_lstat(place, status), status); });
+}
+
+int __real_fstat(int fd, struct stat* status);
+int __wrap_fstat(int fd, struct stat* status) {
+  return Told(__real_fstat(fd, status), status);
+}
+
+int __real_fchmod(int fd, mode_t mode);
+int __wrap_fchmod(int fd, mode_t mode) {
+  return Struck(Fault::kStatus) ? -1 : __real_fchmod(fd, mode);
 }
 
 int __real_dladdr(const void* address, Dl_info* info);
 int __wrap_dladdr(const void* address, Dl_info* info) {
   if (Running() == nullptr) return __real_dladdr(address, info);
   static const std::string s_strFile = gwq::fuzz::Root() / "lib/libgwq.so";
+  static const std::string s_strTooLong = "/" + std::string(300, 'l') + "/libgwq.so";
+  const std::array<const char*, 4> files{s_strFile.c_str(), "lib/libgwq.so", nullptr, s_strTooLong.c_str()};
   *info = {};
-  info->dli_fname = s_strFile.c_str();
-  return 1;
+  info->dli_fname = files[Running()->LoadedFrom() % files.size()];
+  return info->dli_fname == nullptr ? 0 : 1;
 }
 
 // ------------------------------------------------------------------ reads of the links

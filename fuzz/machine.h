@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <deque>
 #include <map>
 #include <memory>
@@ -44,6 +45,15 @@ enum class Fault : std::uint8_t {
   kTime,
   kClock,
   kCancel,  // not a failure: a cancel from outside in the middle of a transfer
+  kPoll,
+  kStuck,      // the line takes no bytes for a while
+  kInterrupt,  // a signal ends a pause, a read or a write
+  kStatus,     // stat and its kind fail, or tell of another user's file
+  kStream,     // an open file cannot be read or written any more, or not be closed without an error
+  kTempName,
+  kDirectory,
+  kEncoding,
+  kThread,
   kCount
 };
 
@@ -63,6 +73,12 @@ class Machine {
   Machine& operator=(const Machine&) = delete;
 
   static Machine* Current();
+  // Nothing of what this thread calls from now on is the library's.
+  static void Leave();
+
+  // How the loader tells where the library is: by its whole path, by a relative one, not at all, by one that is too long.
+  void LoadFrom(unsigned manner) { loaded_from_ = manner; }
+  [[nodiscard]] unsigned LoadedFrom() const { return loaded_from_; }
 
   // The call of that kind after so many others fails, in a manner that `value` chooses.
   void Plan(Fault fault, unsigned after, int value);
@@ -94,6 +110,10 @@ class Machine {
   template <typename Read>
   int Timed(int timeout_s, Read read);
 
+  // The host's code within a read: its time is not the read's.
+  template <typename Code>
+  int InHostsCode(Code code);
+
   // For the functions that stand in for the system's.
   void Sleep(std::int64_t ms);
   std::int64_t Seconds();
@@ -101,6 +121,12 @@ class Machine {
   int TransferOut(int length, int* transferred);
   int ReadLine(void* buffer, std::size_t size);
   int WriteLine(std::size_t size);
+  int Poll(int timeout_ms);
+  // False when a signal ends it, with what is left of it in `ms`.
+  bool Pause(std::int64_t& ms);
+  std::FILE* Opened(std::FILE* stream);
+  bool IsStream(std::FILE* stream) const { return streams_.contains(stream); }
+  void ForgetStream(std::FILE* stream) { streams_.erase(stream); }
   bool IsLine(int fd) const { return lines_.contains(fd); }
   void CloseLine(int fd) { lines_.erase(fd); }
 
@@ -129,10 +155,13 @@ class Machine {
   std::vector<Planned> plans_;
   std::deque<Spoken> spoken_;
   std::set<int> lines_;
+  std::set<std::FILE*> streams_;
+  unsigned loaded_from_ = 0;
   int next_line_;
   int contexts_ = 0;
   int lowest_free_;
   bool asked_ = false;
+  std::int64_t stuck_ms_ = 0;
   std::int64_t wall_ms_ = 0;
   std::int64_t spent_ms_ = 0;
   std::int64_t slack_ms_ = 0;
@@ -149,16 +178,30 @@ int Machine::Timed(int timeout_s, Read read) {
   constexpr std::int64_t kPauseAfterErrorMs = 20;
   const std::int64_t allowed = std::int64_t{timeout_s < 0 ? 0 : timeout_s} * 1000 + 1000;
   const std::int64_t start = spent_ms_ - slack_ms_;
+  const std::int64_t outer_ends_ms = read_ends_ms_;
+  const bool outer_reading = reading_;
   read_ends_ms_ = spent_ms_ + allowed;
   idle_polls_ = 0;
   ++reads_;
   reading_ = true;
   const int result = read();
-  reading_ = false;
+  reading_ = outer_reading;
+  read_ends_ms_ = outer_ends_ms;
   const std::int64_t took = spent_ms_ - slack_ms_ - start;
   if (took > allowed + kPollMs + kPauseAfterErrorMs) {
     Fail("a read of " + std::to_string(timeout_s) + " s took " + std::to_string(took) + " ms");
   }
+  return result;
+}
+
+template <typename Code>
+int Machine::InHostsCode(Code code) {
+  const bool outer_reading = reading_;
+  const std::int64_t start = spent_ms_;
+  reading_ = false;
+  const int result = code();
+  reading_ = outer_reading;
+  slack_ms_ += spent_ms_ - start;
   return result;
 }
 

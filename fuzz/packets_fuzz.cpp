@@ -6,6 +6,7 @@
 #include "exact.h"
 #include "input.h"
 #include "machine.h"
+#include "overlap.h"
 
 namespace gwq::fuzz {
 namespace {
@@ -53,6 +54,57 @@ void PackAndUnpack(std::span<const std::uint8_t> bytes) {
       "other data came back");
 }
 
+void Overlaps(std::span<const std::uint8_t> in) {
+  const int length = static_cast<int>(in.size());
+  TryOverlaps<unsigned char, unsigned char>(in, 2 * in.size(), Promise::kNone,
+                                            [&](const auto* from, auto* to) {
+                                              PSBC_SplitData(from, length, to);
+                                              return 2 * length;
+                                            });
+  TryOverlaps<unsigned char, unsigned char>(
+      in, in.size() / 2, Promise::kInPlace, [&](const auto* from, auto* to) {
+        PSBC_MergeData(from, length, to);
+        return length % 2 == 0 ? length / 2 : 0;  // nothing of an odd length
+      });
+  TryOverlaps<unsigned char, unsigned char>(
+      in, in.size(), Promise::kInPlace,
+      [&](const auto* from, auto* to) { return GetPacketBody(0x02, 0x03, from, length, to); });
+  if (in.size() > 0xFFFF) return;
+  TryOverlaps<unsigned char, unsigned char>(
+      in, 2 * in.size() + 8, Promise::kNone,
+      [&](const auto* from, auto* to) { return PackData(from, length, to); });
+  const std::size_t most = std::min<std::size_t>(in.size() < 2 ? 0 : (in.size() - 2) / 2, 1020);
+  TryOverlaps<unsigned char, unsigned char>(in, most, Promise::kInPlace, [&](const auto* from, auto* to) {
+    int count = 0;
+    UnPackData(from, length, to, &count);
+    return count;
+  });
+}
+
+// What the library takes for a pointer that is missing.
+void Nothing(Exact<unsigned char>& in) {
+  Exact<unsigned char> out(2 * in.size() + 8);
+  int length = -77;
+  Require(UnPackData(nullptr, in.length(), out.data(), &length) == -8 && length == -77,
+          "an answer of nothing");
+  UnPackData(in.data(), in.length(), nullptr, &length);
+  UnPackData(in.data(), in.length(), out.data(), nullptr);
+  Require(CheckAndGetResponse(nullptr, in.length()) == -2, "a response of nothing");
+  CheckAndGetResponseForTY(0x02, 0x03, nullptr, in.length(), out.data(), &length);
+  CheckAndGetResponseForTY(0x02, 0x03, in.data(), in.length(), nullptr, &length);
+  CheckAndGetResponseForTY(0x02, 0x03, in.data(), in.length(), out.data(), nullptr);
+  GetPacketBody(0x02, 0x03, nullptr, in.length(), out.data());
+  GetPacketBody(0x02, 0x03, in.data(), in.length(), nullptr);
+  PackData(nullptr, in.length(), out.data());
+  PackData(in.data(), in.length(), nullptr);
+  PSBC_SplitData(nullptr, in.length(), out.data());
+  PSBC_SplitData(in.data(), in.length(), nullptr);
+  PSBC_MergeData(nullptr, in.length(), out.data());
+  PSBC_MergeData(in.data(), in.length(), nullptr);
+  Endian_intToChar(in.length(), nullptr);
+  CheckDeviceId(nullptr);
+}
+
 }  // namespace
 }  // namespace gwq::fuzz
 
@@ -64,6 +116,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FindBody(answer, 0x02, 0x03);
   FindBody(answer, size > 0 ? data[0] : 0, size > 1 ? data[size - 1] : 0);
   PackAndUnpack({data, size});
+  Overlaps({data, size});
+  Nothing(answer);
   Require(getLRC(answer.data(), answer.length()) == GetDataLRC(answer.data(), answer.length()),
           "two checks differ");
   Exact<unsigned char> number(4);

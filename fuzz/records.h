@@ -7,11 +7,11 @@
 namespace gwq::fuzz {
 
 enum class RecordType : std::uint8_t {
-  kSettings,  // what is plugged in; whether the log is on. Counts as the first record only
-  kFile,      // a number, and the content of that file on the host
-  kAnswer,    // 0: spoken at once, else when asked; then as ComposeAnswer has it
-  kFault,     // pairs of three bytes: what, after how many calls, in which manner
-  kCall,      // the call's number, and what its arguments are made from
+  kSettings,  // what is plugged in; whether the log is on; how the library was loaded. Counts as the first record only
+  kFile,    // a number, and the content of that file on the host
+  kAnswer,  // 0: spoken at once, else when asked; then as ComposeAnswer has it
+  kFault,   // pairs of three bytes: what, after how many calls, in which manner
+  kCall,    // the call's number, and what its arguments are made from
   kCount
 };
 

@@ -5,6 +5,7 @@
 
 #include "answers.h"
 #include "diag/log.h"
+#include "extra.h"
 #include "frame/port.h"
 #include "links/aux_port.h"
 #include "links/usb_hid.h"
@@ -66,6 +67,7 @@ void RunCall(const Call& call, Arguments& arguments) {
   const std::int64_t start = machine.SpentMs() - machine.SlackMs();
   const std::int64_t reads = machine.Reads();
   const std::int64_t reports = machine.Reports();
+  BeHost(arguments);
   call.run(arguments);
   const std::int64_t took = machine.SpentMs() - machine.SlackMs() - start;
   const std::int64_t allowed =
@@ -93,6 +95,7 @@ void EndSession() {
   TransMssionLinux_t nothing{};
   SetBackUpParam(&nothing);
   SetDebugFlag(0);
+  GWQ_SetOutputRoom(0);
   Machine::Current()->RequireNothingHeld();
 }
 
@@ -103,6 +106,7 @@ void RunSession(const std::vector<Record>& records) {
   const unsigned absent = input.Byte();  // zero, and so no record at all, has everything plugged in
   Machine machine(~absent);
   SetDebugFlag(input.Byte());
+  machine.LoadFrom(input.Byte());
   for (const Record& record : records) Apply(record);
   EndSession();
 }

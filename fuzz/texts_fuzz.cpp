@@ -10,6 +10,7 @@
 #include "input.h"
 #include "links/aux_dialect.h"
 #include "machine.h"
+#include "overlap.h"
 
 namespace gwq::fuzz {
 namespace {
@@ -103,6 +104,80 @@ void FromUcs2(std::span<const std::uint8_t> bytes, std::size_t capacity) {
   UnicodeToGbk(in.data(), out.data(), static_cast<int>(capacity));
 }
 
+// Not of the conversions by iconv, which ends the process when its output changes its input.
+void Overlaps(std::span<const std::uint8_t> in, std::size_t capacity) {
+  const int length = static_cast<int>(in.size());
+  const int room = static_cast<int>(capacity);
+  for (auto* convert : {&GetHexString, &GetHexStr, &HexAsc1Split, &SplitChar}) {
+    TryOverlaps<unsigned char, char>(in, Even(capacity), Promise::kNone, [&](const auto* from, auto* to) {
+      return convert(from, length, to, room);
+    });
+  }
+  for (auto* convert : {&GetAsciStr, &HexAsc1Merge, &Merge, &HexStrToAscii, &GetAsciString}) {
+    const bool any = convert == &HexStrToAscii || convert == &GetAsciString;
+    TryOverlaps<char, unsigned char>(
+        in, capacity, any ? Promise::kAnyOverlap : Promise::kInPlace,
+        [&](const auto* from, auto* to) { return convert(from, length, to, room); });
+  }
+  for (auto* convert : {&HexToBCD, &BCDToHex}) {
+    TryOverlaps<char, char>(in, Even(capacity), Promise::kInPlace,
+                            [&](const auto* from, auto* to) { return convert(from, length, to, room); });
+  }
+  TryOverlaps<char, unsigned char>(in, in.size() / 2, Promise::kInPlace,
+                                   [&](const auto* from, auto* to) { return AsciiToHex(from, length, to); });
+  TryOverlaps<unsigned char, char>(in, 2 * in.size() + 1, Promise::kNone,
+                                   [&](const auto* from, auto* to) { return HexToAscii(from, length, to); });
+  TryOverlaps<unsigned char, char>(in, capacity, Promise::kNone, [&](const auto* from, auto* to) {
+    return EncryptBase64(from, length, to, room);
+  });
+  TryOverlaps<char, unsigned char>(in, capacity, Promise::kInPlace, [&](const auto* from, auto* to) {
+    return DecryptBase64(from, length, to, room);
+  });
+}
+
+// Text and output overlap in any way; so far as promised, the text before the delimiter comes out.
+void CutInPlace(const std::string& text, const std::string& delimiter) {
+  const std::string whole(text.c_str());
+  const std::size_t found = whole.find(delimiter.c_str());
+  const std::span in(reinterpret_cast<const std::uint8_t*>(whole.c_str()), whole.size() + 1);
+  for (const int shift : {0, 1, 5, -1, -5}) {
+    Overlap block(in, in.size(), shift);
+    SplitData(block.in<char>(), block.out<char>(), delimiter.c_str());
+    const std::string_view cut = std::string_view(whole).substr(0, found);
+    Require(std::equal(cut.begin(), cut.end(), block.out<char>()), "an overlap changes what is cut");
+  }
+}
+
+// What the library takes for a pointer that is missing.
+void Nothing(std::span<const std::uint8_t> bytes) {
+  Exact<unsigned char> in(bytes);
+  const auto* text = reinterpret_cast<const char*>(in.data());
+  const int length = in.length();
+  Exact<char> out(Even(in.size()) * 2 + 1);
+  auto* raw = reinterpret_cast<unsigned char*>(out.data());
+  for (auto* convert : {&HexAsc1Split, &SplitChar}) {
+    Require(convert(nullptr, length, out.data(), length) == 0, "text of nothing");
+    Require(convert(in.data(), length, nullptr, 2 * length) == 0, "text into nothing");
+  }
+  for (auto* convert : {&HexAsc1Merge, &Merge}) {
+    Require(convert(nullptr, length, raw, length) == 0, "bytes of nothing");
+    Require(convert(text, length, nullptr, length) == 0, "bytes into nothing");
+  }
+  const int none = length == 0 ? 0 : -1;
+  Require(EncryptBase64(nullptr, length, out.data(), out.length()) == none, "Base64 of nothing");
+  Require(EncryptBase64(in.data(), length, nullptr, out.length()) == none, "Base64 into nothing");
+  Exact<unsigned short> wide(in.size());
+  Require(GbkToUnicode(nullptr, wide.data(), wide.length()) == -1, "characters of nothing");
+  Require(UnicodeToGbk(nullptr, raw, length) == -1, "GBK of nothing");
+  Require(SplitData(nullptr, out.data(), "x") == nullptr, "a cut of nothing");
+  for (const char* name : {static_cast<const char*>(nullptr), "UTF-8"}) {
+    code_convert(name, "GBK", nullptr, length, out.data(), out.length());
+    code_convert("GBK", name, text, length, nullptr, length);
+  }
+  u2g(nullptr, length, out.data(), out.length());
+  g2u(text, length, nullptr, length);
+}
+
 void CutText(const std::string& text, const std::string& delimiter) {
   Exact<char> out(text.size() + 1);
   const char* at = SplitData(text.c_str(), out.data(), delimiter.c_str());
@@ -137,5 +212,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FromUcs2(bytes, capacity);
   const std::string text(bytes.begin(), bytes.end());
   CutText(text, text.substr(0, capacity % 4));
+  CutInPlace(text, text.substr(std::min(text.size(), capacity % 7), capacity % 4));
+  Overlaps(bytes, capacity);
+  Nothing(bytes);
   return 0;
 }

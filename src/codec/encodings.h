@@ -47,7 +47,7 @@ GWQ_API int UnicodeToGbk(const unsigned short* in, unsigned char* out, int cap);
  *   from, to  in; iconv's names; NULL gives -1
  *   in        in; `inLen` bytes; NULL is an empty text
  *   out       out; `outSize` bytes, zeroed first; the text ends with a zero byte where there is room for one;
- *             NULL has no room
+ *             NULL has no room; must not overlap `in`, which can end the process
  * Returns 0; -1 if the conversion is unknown or fails, with what was converted before in `out`. */
 GWQ_API int code_convert(const char* from, const char* to, const char* in, int inLen, char* out, int outSize);
 

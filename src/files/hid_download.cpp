@@ -1,7 +1,9 @@
 // The download of a file or firmware image as the terminal's boot program takes it.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <span>
 #include <string_view>
 
@@ -27,6 +29,13 @@ constexpr std::size_t kLongestName = 1022;
 
 // A zero byte behind the packet, so that it is always a text.
 using Packet = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
+
+// 30 KB, which the stack of a small thread does not have. Null when there was no memory.
+using PacketMemory = std::unique_ptr<Packet, decltype(&std::free)>;
+
+PacketMemory MakePacket() {
+  return {static_cast<Packet*>(std::calloc(sizeof(Packet), 1)), &std::free};
+}
 
 std::span<std::uint8_t> Payload(Packet& packet, std::size_t count) {
   return {reinterpret_cast<std::uint8_t*>(packet.data()) + kPacketHeaderSize, count};
@@ -58,15 +67,15 @@ bool Start() {
   return Send(packet);
 }
 
-bool cmdDownLoad(std::FILE* file) {
-  Packet packet{};
+bool cmdDownLoad(std::FILE* file, Packet& packet) {
+  packet.fill('\0');
   const std::size_t count = std::fread(Payload(packet, kPieceSize).data(), 1, kPieceSize, file);
   Complete(packet, PacketType::kData, count);
   return Send(packet.data());
 }
 
-bool cmdEnd(int file_type, std::string_view name) {
-  Packet packet{};
+bool cmdEnd(int file_type, std::string_view name, Packet& packet) {
+  packet.fill('\0');
   const auto payload = Payload(packet, std::min(name.size(), kLongestName) + 1);
   payload[0] = static_cast<std::uint8_t>(file_type);
   name.copy(reinterpret_cast<char*>(payload.data()) + 1, payload.size() - 1);
@@ -75,9 +84,9 @@ bool cmdEnd(int file_type, std::string_view name) {
 }
 
 // False when the terminal did not take a piece.
-bool SendPieces(std::FILE* file) {
+bool SendPieces(std::FILE* file, Packet& packet) {
   while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
-    if (!cmdDownLoad(file)) return false;
+    if (!cmdDownLoad(file, packet)) return false;
   }
   return true;
 }
@@ -113,12 +122,14 @@ int HIDDownLoad(const char* path, int fileType) {
     return GWQ_NO_LOCAL_FILE;
   }
   const std::string_view name = gwq::NameOnTerminal(path, fileType);
-  if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get())) return GWQ_REFUSED;
+  const gwq::PacketMemory packet = gwq::MakePacket();
+  if (!packet) return GWQ_TOO_SMALL;
+  if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get(), *packet)) return GWQ_REFUSED;
   if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // half a file must not pass for a whole one
   const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
-  if (!gwq::cmdEnd(fileType, name)) return GWQ_REFUSED;
+  if (!gwq::cmdEnd(fileType, name, *packet)) return GWQ_REFUSED;
   ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);
   return result;
 }

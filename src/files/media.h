@@ -60,7 +60,7 @@ GWQ_API int DownVideoFile(int port, char channel, int baud, int fileType, const 
  *   path  in; local file; NULL gives -12. Its base name goes to the terminal as it is handed in; the terminal's
  *         encoding is GBK
  * Returns 0; -12 the file cannot be opened or read; -14 a wrong or missing answer, or any other failure of an exchange;
- * -23 stopped by CancelWrite. */
+ * -23 stopped by CancelWrite; -24 out of memory, with nothing sent. */
 GWQ_API int HIDDownLoad(const char* path, int fileType);
 
 GWQ_C_END

@@ -23,7 +23,7 @@ struct PredicateMark {
   static std::uint64_t ValueFor(unsigned generation) { return 0x9E37'79B9'7F4A'7C15U * (generation + 1ULL); }
 
   // Looks at memory that may be another function's by now.
-  [[gnu::no_sanitize("address")]] bool StandsAbove(const void* caller, unsigned generation) const {
+  __attribute__((no_sanitize("address"))) bool StandsAbove(const void* caller, unsigned generation) const {
     return caller < this && value == ValueFor(generation);
   }
 

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string_view>
 
 #include "diag/log.h"
@@ -95,6 +96,20 @@ struct Description {
   ItemText model;
   SerialNumber serial_number{};
 };
+
+// 17 KB, which the stack of a small thread does not have. Null when there was no memory.
+struct FreeDescription {
+  void operator()(Description* terminal) const {
+    std::destroy_at(terminal);
+    std::free(terminal);
+  }
+};
+using DescriptionMemory = std::unique_ptr<Description, FreeDescription>;
+
+DescriptionMemory MakeDescription() {
+  void* memory = std::calloc(sizeof(Description), 1);
+  return DescriptionMemory(memory == nullptr ? nullptr : new (memory) Description);
+}
 
 struct Query {
   std::string_view word;
@@ -196,7 +211,8 @@ int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOu
   const gwq::Operation operation;
   ICC_DPrintLogToFile("inJson = %s ", inJson);
   const gwq::Request request = gwq::ReadRequest(inJson);
-  gwq::Description terminal;
-  const int result = gwq::Describe(request.baud, terminal);
-  return gwq::CopyOut(gwq::Render(terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
+  const gwq::DescriptionMemory terminal = gwq::MakeDescription();
+  if (!terminal) return GWQ_TOO_SMALL;
+  const int result = gwq::Describe(request.baud, *terminal);
+  return gwq::CopyOut(gwq::Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
 }

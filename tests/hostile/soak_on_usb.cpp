@@ -1,11 +1,14 @@
-// Run under gwq-terminal exec --hostile: soak_on_usb CALLS SECONDS SEED
+// Run under gwq-terminal exec --hostile: soak_on_usb CALLS SECONDS SEED [STACK]
+// With STACK the calls are made on a thread with so many bytes of it.
 // The real libusb and the real time; the serial port is 78.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 
 #include "hostile/soak.h"
+#include "support/small_stack.h"
 #include "support/temp_dir.h"
 
 namespace gwq::test {
@@ -18,6 +21,19 @@ constexpr Traffic kMostTraffic = {.stalled_ms = 10'000, .reports = 10};
 std::int64_t NowMs() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+int RunOnStack(std::size_t size, const std::function<int()>& run) {
+  SmallStack stack(size);
+  int result = 1;
+  if (!stack.Run([&] { result = run(); })) {
+    std::printf("no thread with %zu bytes of stack\n", size);
+    return 1;
+  }
+  std::printf("%zu of %zu bytes of stack used\n", stack.Used(), size);
+  if (stack.CanaryIsWhole()) return result;
+  std::puts("written to below the guard page of the stack");
+  return 1;
 }
 
 int Run(char** argv) {
@@ -39,10 +55,14 @@ int Run(char** argv) {
 int main(int argc, char** argv) {
   try {
     if (argc == 4) return gwq::test::Run(argv);
+    if (argc == 5) {
+      return gwq::test::RunOnStack(std::strtoul(argv[4], nullptr, 10),
+                                   [argv] { return gwq::test::Run(argv); });
+    }
   } catch (const std::exception& error) {
     std::fprintf(stderr, "soak_on_usb: %s\n", error.what());
     return 2;
   }
-  std::fprintf(stderr, "usage: soak_on_usb CALLS SECONDS SEED\n");
+  std::fprintf(stderr, "usage: soak_on_usb CALLS SECONDS SEED [STACK]\n");
   return 2;
 }

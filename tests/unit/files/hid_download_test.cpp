@@ -3,6 +3,7 @@
 
 #include "frame/transaction.h"
 #include "unit/files/files_rig.h"
+#include "unit/screens/failing_system.h"
 
 namespace gwq::test {
 namespace {
@@ -60,6 +61,22 @@ TEST_F(HidDownload, CheckOfZeroCutsThePacketBeforeIt) {
   file_ = MakeFile("f", "xx");
   ExpectModeAndStart();
   Exchange("\x02\x02");
+  Exchange(CutEnd(1, "f"));
+  EXPECT_EQ(Run(), 0);
+}
+
+TEST_F(HidDownload, WithoutMemoryNothingIsSent) {
+  const NoMemoryFor packet(kPiece);
+  EXPECT_EQ(Run(), -24);
+  EXPECT_EQ(usb_.Count("out"), 0);
+}
+
+// The packet is one block of memory for all pieces.
+TEST_F(HidDownload, LaterPieceHoldsNothingOfTheOneBefore) {
+  file_ = MakeFile("f", std::string(kPiece, '\x05') + "\x07");
+  ExpectModeAndStart();
+  Exchange(Cut(2, std::string(kPiece, '\x05')));
+  Exchange("\x02\x02\x07");
   Exchange(CutEnd(1, "f"));
   EXPECT_EQ(Run(), 0);
 }

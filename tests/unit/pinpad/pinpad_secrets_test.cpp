@@ -6,6 +6,7 @@
 #include "pinpad/keys.h"
 #include "pinpad/settings.h"
 #include "unit/pinpad/pinpad_rig.h"
+#include "unit/pinpad/register_capture.h"
 #include "unit/pinpad/secret_search.h"
 
 namespace gwq::test {
@@ -231,6 +232,53 @@ TEST_P(PinPadSecrets, BytesToBeEncipheredAreWipedInBothForms) {
   ExpectCleanCall({info.bytes, info.Hex()}, -406, [&] {
     return PN_GetStringBlock(0, nullptr, kBaud, 30, 7, text, out_.text(), &length_, more_.text());
   });
+}
+
+__attribute__((noinline)) void LeaveInRegister(const Bytes& secret) {
+#if defined(__x86_64__)
+  asm volatile("movdqu %0, %%xmm13" : : "m"(*reinterpret_cast<const char(*)[16]>(secret.data())) : "xmm13");
+#else
+  asm volatile("ldr q13, %0" : : "Q"(*reinterpret_cast<const char(*)[16]>(secret.data())) : "v13");
+#endif
+  gwq_capture_registers();
+}
+
+TEST(RegisterCapture, FindsWhatIsLeft) {
+  const Bytes secret = BytesOf("0123456789abcdef");
+  ForgetRegisters();
+  LeaveInRegister(secret);
+  EXPECT_EQ(CapturedRegisters(), 1);
+  EXPECT_EQ(CapturesThatHold("xx3456789axx", 8), 1);
+  EXPECT_EQ(CapturesThatHold("xx345678xx", 8), 0);
+}
+
+// Whoever the library calls, libusb first of all, may save the registers in memory of its own. With the log on the text is
+// on the disk anyway.
+TEST_F(PinPadRig, BytesToBeEncipheredStayInNoRegister) {
+#ifndef GWQ_CLEARS_REGISTERS
+  GTEST_SKIP() << "this compiler cannot clear registers";
+#endif
+  constexpr std::size_t kPart = 8;
+  const FullRegisters full;
+  for (const std::size_t size : {16U, 31U, 32U, 40U, 64U, 200U}) {
+    std::string text;
+    for (std::size_t i = 0; i < size; ++i) text += static_cast<char>('!' + (7 * i + i / 13) % 90);
+    const Bytes bytes = BytesOf(text);
+    const Bytes hex = Secret(bytes).Hex();
+    ExchangeText(wire::kGetFirmwareVersion, BytesOf(wire::kDone));
+    ExchangeText("\x1B[1GETENCDATA\x02\x37|" + std::to_string(2 * size) + "|" + TextOf(hex) + "\x03",
+                 BytesOf(wire::kUnknownCommand));
+    GuardedBuffer file(4096, 0);
+    GuardedBuffer answer(4096, 0);
+    int length = static_cast<int>(size);
+    ForgetRegisters();
+    const int status =
+        PN_GetStringBlock(0, nullptr, kBaud, 30, 7, text.data(), file.text(), &length, answer.text());
+    gwq_capture_registers();
+    EXPECT_EQ(status, -406);
+    EXPECT_GT(CapturedRegisters(), 6);
+    EXPECT_EQ(CapturesThatHold(text, kPart), 0) << size << " characters";
+  }
 }
 
 TEST_P(PinPadSecrets, NumberThatWasKeyedIsWiped) {

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "unit/codec/frames.h"
+#include "unit/screens/failing_system.h"
 #include "unit/screens/signing_rig.h"
 
 namespace gwq::test {
@@ -236,6 +237,16 @@ TEST_F(CommCall, NoMemoryAtAnyPointIsMinus24WithoutALeak) {
     EXPECT_TRUE(out.AllAre(0x55)) << g_fail_at;
   }
   EXPECT_GE(failures, 1 + 8 * 3 + 1) << "the object, each member's parts, and the text";
+}
+
+TEST_F(CommCall, WithoutMemoryForTheTextsNothingIsAsked) {
+  const NoMemoryFor texts(16'384);
+  GuardedBuffer out(1024, 0x55);
+  int length = 1024;
+  EXPECT_EQ(DEV_CommCall("{}", 0, out.text(), &length), -24);
+  EXPECT_EQ(length, 1024);
+  EXPECT_TRUE(out.AllAre(0x55));
+  EXPECT_EQ(usb_.Count("out"), 0);
 }
 
 // ------------------------------------------------------------------ the request
