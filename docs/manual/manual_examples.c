@@ -1,4 +1,5 @@
 /* The manual's examples, one for each group: compiled, and run against the virtual terminal by the tests. */
+#include <extra.h>
 #include <gwq.h>
 #include <stdio.h>
 #include <string.h>
@@ -102,6 +103,16 @@ static int Links(void) {
   return status;
 }
 
+static int Additions(void) {
+  /* [additions] */
+  static char strokes[1 << 16];
+  const int status = GWQ_SetOutputRoom((int)sizeof strokes);
+  /* From now on MP_SignPDF writes no more to strokes; a longer file gives GWQ_TOO_SMALL. */
+  /* [additions] */
+  strokes[0] = '\0';
+  return status;
+}
+
 static int Codecs(void) {
   /* [codecs] */
   const unsigned char body[] = {0x30, 0x19}; /* reads the PIN pad's factor */
@@ -125,6 +136,6 @@ int main(int argc, char** argv) {
       Told("connect", Connect()) + Told("keys", Keys()) + Told("pin", Pin()) + Told("sign", Sign(directory));
   failed +=
       Told("show", Show()) + Told("rate", Rate()) + Told("files", Files()) + Told("diagnose", Diagnose());
-  failed += Told("links", Links()) + Told("codecs", Codecs());
+  failed += Told("links", Links()) + Told("additions", Additions()) + Told("codecs", Codecs());
   return failed == 0 ? 0 : 1;
 }

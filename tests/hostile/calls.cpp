@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "extra.h"
 #include "frame/usb_ids.h"
 #include "gwq.h"
 
@@ -582,6 +583,11 @@ constexpr Call kCalls[] = {
     {"CancelWrite",
      [](Caller& c) {
        c.Run<decltype(CancelWrite)>();
+       return Limit{};
+     }},
+    {"GWQ_SetOutputRoom",
+     [](Caller& c) {
+       c.Run<decltype(GWQ_SetOutputRoom)>(c.OneOf({-1, 0}));  // the outputs here have room for any file
        return Limit{};
      }},
     {"ICC_OpenLinuxHid",
