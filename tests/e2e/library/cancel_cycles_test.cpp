@@ -1,11 +1,13 @@
-// Every function that waits for the customer, cancelled again and again from a second thread: while it is known
-// to wait, and at moments of no choice.
+// Every function that waits for the customer, cancelled from a second thread: while it is known to wait, and then by one
+// cancel at a random moment of its life, again and again.
 //
-//   GWQ_TEST_CYCLES  cancels of each function
-//   GWQ_TEST_SEED    repeats a run's moments
+//   GWQ_TEST_CYCLES       random moments of each function
+//   GWQ_TEST_SEED         repeats a run's moments
+//   GWQ_TEST_LONG_DRAINS  if 1, drains last as long as they do for a host
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -16,6 +18,7 @@
 
 #include "bank_pad.h"
 #include "e2e/library/screens_rig.h"
+#include "support/host_file_turn.h"
 
 namespace gwq::test {
 namespace {
@@ -26,74 +29,102 @@ using std::chrono::milliseconds;
 // From the moment in which the flag is set; a USB read looks at it every 200 ms.
 constexpr milliseconds kEndOfRead{500};
 
+// What else a call may do once it is cancelled: a pause, a screen to close.
+constexpr milliseconds kEndOfCall{1000};
+constexpr milliseconds kReturn{1500};
+constexpr milliseconds kLongestDrain{1200};
+
 // The customer never answers: what is not cancelled ends after this and the host's margin.
 constexpr int kPatience = 20;
+
+// Pushed in several packets of many reports.
+constexpr std::size_t kLargeFile = 700'000;
+// Shown by a command of many reports.
+constexpr std::size_t kLargePage = 100'000;
 
 int NumberIn(const char* variable, int otherwise) {
   const char* text = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
   return text == nullptr ? otherwise : std::atoi(text);
 }
 
+milliseconds Ms(Clock::duration duration) {
+  return std::chrono::duration_cast<milliseconds>(duration);
+}
+
 // A call in a thread of its own.
 class Call {
  public:
-  explicit Call(std::function<int()> function)
-      : thread_([this, function = std::move(function)] {
+  explicit Call(std::function<int()> function, Clock::time_point start = Clock::now())
+      : thread_([this, start, function = std::move(function)] {
+          std::this_thread::sleep_until(start);
+          began_ = Clock::now();
           status_ = function();
-          at_ = Clock::now();
-          ended_ = true;
+          ended_ = Clock::now();
         }) {}
   ~Call() { Join(); }
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
-  [[nodiscard]] bool Ended() const { return ended_; }
+  [[nodiscard]] bool Ended() const { return ended_.load() != Clock::time_point{}; }
+  [[nodiscard]] bool BeganBefore(Clock::time_point moment) const {
+    const Clock::time_point began = began_;
+    return began != Clock::time_point{} && began < moment;
+  }
   void Join() {
     if (thread_.joinable()) thread_.join();
   }
   // Once joined.
   [[nodiscard]] int status() const { return status_; }
-  [[nodiscard]] milliseconds After(Clock::time_point start) const {
-    return std::chrono::duration_cast<milliseconds>(at_ - start);
-  }
+  [[nodiscard]] milliseconds After(Clock::time_point start) const { return Ms(ended_.load() - start); }
 
  private:
   int status_ = 0;
-  Clock::time_point at_;
-  std::atomic<bool> ended_{false};
+  std::atomic<Clock::time_point> began_{};
+  std::atomic<Clock::time_point> ended_{};
   std::thread thread_;
 };
 
 // A function that waits for the customer.
 struct Waiting {
   const char* name;
-  std::string question;  // in the command whose answer it awaits
+  std::string question;  // in the command whose answer it awaits; empty if nobody is asked
   std::function<int()> call;
-  int cancelled = GWQ_CANCELLED;  // its status after a cancelled wait
-  milliseconds beyond{0};         // what it may take for what it goes on to after a cancelled wait
+  int cancelled = GWQ_CANCELLED;     // its status after a cancelled wait
+  milliseconds beyond{0};            // what it may take for what it goes on to after a cancelled wait
+  int also_ends_with = GWQ_REFUSED;  // when it is cancelled before it waits, besides the usual statuses
 };
 
-enum class Way { kCancelRead, kCancleEvaluate, kCancelCurrentOperation };
-constexpr std::array kWays{Way::kCancelRead, Way::kCancleEvaluate, Way::kCancelCurrentOperation};
+enum class Way { kCancleEvaluate, kCancelCurrentOperation };
+
+// What the cancels of a function came to.
+struct Figures {
+  int moments = 0;
+  int cuts = 0;
+  milliseconds slowest_evaluate{0};
+  milliseconds slowest_current{0};
+  milliseconds slowest_end{0};
+  milliseconds slowest_after_cut{0};
+};
 
 class Cancelled : public ScreenSession {
  protected:
-  Cancelled() { printf("seed %u\n", seed_); }
-  ~Cancelled() override {
-    printf("%d cancels, the slowest took %d ms; at random moments %d were lost and repeated\n",
-           cancels_.load(), static_cast<int>(slowest_.count()), lost_);
+  Cancelled() {
+    if (NumberIn("GWQ_TEST_LONG_DRAINS", 0) == 1) {
+      LeaveDrainsLong();
+      drain_of_cancel_ = kLongestDrain;
+    }
+    printf("seed %u\n", seed_);
   }
 
   void CancelAgainAndAgain(const Waiting& waiting) {
     SCOPED_TRACE(waiting.name);
-    for (int i = 0; i < cycles_ && !HasFailure(); ++i) {
-      const Way way = kWays.at(static_cast<std::size_t>(i / 2) % kWays.size());
-      if (i % 2 == 0) {
-        CancelTheWait(waiting, way);
-      } else {
-        CancelAtAnyMoment(waiting, way);
-      }
+    const milliseconds life = waiting.question.empty() ? Live(waiting) : CancelTheWait(waiting);
+    Figures figures;
+    while (figures.moments < cycles_ && !HasFailure()) {
+      const Way way = figures.moments % 2 == 0 ? Way::kCancleEvaluate : Way::kCancelCurrentOperation;
+      CancelAtAnyMoment(waiting, way, life, figures);
     }
+    Tell(waiting, life, figures);
   }
 
   // Waits until the call waits for the customer.
@@ -107,95 +138,160 @@ class Cancelled : public ScreenSession {
   bool has_usb = true;
 
  private:
-  milliseconds Random(int most) { return milliseconds(std::uniform_int_distribution(0, most)(random_)); }
+  static constexpr milliseconds kPauseBefore{200};  // of MP_CancelCurrentOperation, before it cancels
+  static constexpr milliseconds kFirstMoment{10};
 
-  // Returns when the flag was set, or was about to be.
-  Clock::time_point Cancel(Way way) {
-    constexpr milliseconds kPauseBefore{200};
-    ++cancels_;
-    const Clock::time_point start = Clock::now();
-    switch (way) {
-      case Way::kCancelRead:
-        EXPECT_EQ(0, lib.cancel_read());
-        return start;
-      case Way::kCancleEvaluate:
-        EXPECT_EQ(0, cancel_evaluate(nullptr, nullptr, kBaud));
-        return start;
-      default:
-        closed_ = cancel_current(nullptr, nullptr, kBaud, 0);
-        return start + kPauseBefore;
-    }
+  milliseconds Random(milliseconds most) {
+    return milliseconds(std::uniform_int_distribution<milliseconds::rep>(0, most.count())(random_));
   }
 
-  void CancelTheWait(const Waiting& waiting, Way way) {
+  // Returns how long the call took from its beginning until it waited.
+  milliseconds CancelTheWait(const Waiting& waiting) {
     WatchForQuestion(waiting.question);
+    const Clock::time_point start = Clock::now();
     Call call(waiting.call);
     AwaitWaiting();
-    std::this_thread::sleep_for(Random(200));
+    const milliseconds life = Ms(Clock::now() - start);
+    std::this_thread::sleep_for(Random(milliseconds(200)));
     EXPECT_FALSE(call.Ended());
-    const Clock::time_point cancelled = Cancel(way);
-    if (way == Way::kCancelCurrentOperation) {
-      EXPECT_EQ(has_usb ? 0 : GWQ_NOT_OPENED, closed_);
-    }
+    const Clock::time_point cancelled = Clock::now();
+    EXPECT_EQ(0, lib.cancel_read());
     call.Join();
     EXPECT_EQ(waiting.cancelled, call.status());
-    const milliseconds took = call.After(cancelled);
-    EXPECT_LT(took, kEndOfRead + waiting.beyond);
-    slowest_ = std::max(slowest_, took);
+    EXPECT_LT(call.After(cancelled), kEndOfRead + waiting.beyond);
     EXPECT_EQ(0, OpenLinks());
     ExpectNextCallWorks();
+    return life;
   }
 
-  // A cancel between two exchanges is lost: then it is repeated, which ends one exchange after the other. One between a
-  // command and its read is lost too, and stands in the way of others: then the link itself is told.
-  void CancelAtAnyMoment(const Waiting& waiting, Way way) {
-    constexpr milliseconds kRepeated{1500};
-    Call call(waiting.call);
-    std::this_thread::sleep_for(Random(500));
+  // ... until it ended by itself.
+  static milliseconds Live(const Waiting& waiting) {
     const Clock::time_point start = Clock::now();
-    std::thread canceller([&] { Cancel(way); });
-    RepeatUntilEnded(call, start + kEndOfRead + waiting.beyond + milliseconds(200));
-    canceller.join();
+    EXPECT_EQ(0, waiting.call());
+    return Ms(Clock::now() - start);
+  }
+
+  struct Cancel {
+    Way way;
+    Clock::time_point cancelled;  // or a little later
+    milliseconds returned;
+    int status;
+    bool cut = false;
+
+    [[nodiscard]] bool ClosesAfterCut() const { return way == Way::kCancelCurrentOperation && cut; }
+  };
+
+  // `moment` is when the call is to be cancelled.
+  Cancel CancelAt(Clock::time_point moment, Way way) {
+    const milliseconds before = way == Way::kCancelCurrentOperation ? kPauseBefore : milliseconds(0);
+    std::this_thread::sleep_until(moment - before);
+    const Clock::time_point asked = Clock::now();
+    const int status = way == Way::kCancelCurrentOperation ? cancel_current(nullptr, nullptr, kBaud, 0)
+                                                           : cancel_evaluate(nullptr, nullptr, kBaud);
+    return {way, asked + before, Ms(Clock::now() - asked), status};
+  }
+
+  // The one cancel ends the call, wherever in its life it falls.
+  void CancelAtAnyMoment(const Waiting& waiting, Way way, milliseconds life, Figures& figures) {
+    constexpr milliseconds kIntoTheWait{300};
+    const int cuts = CutCommands();
+    const Clock::time_point start = Clock::now() + kPauseBefore;
+    Call call(waiting.call, start);
+    Cancel cancel = CancelAt(start + kFirstMoment + Random(life + kIntoTheWait), way);
+    if (!call.BeganBefore(cancel.cancelled)) return EndWithoutCounting(call);
     call.Join();
-    EXPECT_THAT(call.status(), testing::AnyOf(GWQ_CANCELLED, GWQ_SEND_FAILED, GWQ_READ_FAILED, GWQ_REFUSED));
-    EXPECT_LT(call.After(start), kEndOfRead + kRepeated + waiting.beyond);
+    cancel.cut = CutCommands() > cuts;
+    const milliseconds ended = call.After(cancel.cancelled);
+    Count(figures, cancel, ended);
+    ExpectEnded(waiting, call.status(), ended);
+    ExpectReturned(cancel);
     EXPECT_EQ(0, OpenLinks());
-    DropAnswers();
+    ExpectNextCallWorksOnceItIsQuiet(cancel.cut);
+  }
+
+  // This machine was busy with something else.
+  void EndWithoutCounting(const Call& call) {
+    constexpr milliseconds kBetween{50};
+    for (; !call.Ended(); std::this_thread::sleep_for(kBetween)) cancel_evaluate(nullptr, nullptr, kBaud);
+  }
+
+  void ExpectEnded(const Waiting& waiting, int status, milliseconds ended) const {
+    EXPECT_THAT(status, testing::AnyOf(GWQ_CANCELLED, GWQ_SEND_FAILED, GWQ_READ_FAILED, GWQ_REFUSED,
+                                       waiting.also_ends_with));
+    if (!waiting.question.empty()) {
+      EXPECT_GE(ended, milliseconds(0)) << "by itself";
+    }
+    EXPECT_LT(ended, kEndOfCall + waiting.beyond + drain_of_cancel_);
+  }
+
+  // The terminal takes what follows a command that was cut for the rest of it, the command to close too.
+  void ExpectReturned(const Cancel& cancel) const {
+    constexpr milliseconds kUnanswered{3200};
+    if (cancel.ClosesAfterCut()) {
+      EXPECT_LT(cancel.returned, kReturn + kUnanswered);
+      return;
+    }
+    const bool opens = has_usb || cancel.way == Way::kCancleEvaluate;
+    EXPECT_LT(cancel.returned, kReturn);
+    EXPECT_EQ(opens ? GWQ_OK : GWQ_NOT_OPENED, cancel.status);
+  }
+
+  // An exchange that was cancelled may have left its answer, of which a drain takes a report, and the terminal waits a
+  // second for the rest of a command.
+  void ExpectNextCallWorksOnceItIsQuiet(bool cut) {
+    constexpr milliseconds kPatienceOfTerminal{1100};
+    if (cut) std::this_thread::sleep_for(kPatienceOfTerminal);
+    while (Drain() == GWQ_OK) continue;
     ExpectNextCallWorks();
   }
 
-  void RepeatUntilEnded(const Call& call, Clock::time_point from) {
-    constexpr milliseconds kPause{10};
-    constexpr milliseconds kBetween{50};
-    while (!call.Ended() && Clock::now() < from) std::this_thread::sleep_for(kPause);
-    if (!call.Ended()) ++lost_;
-    for (; !call.Ended(); std::this_thread::sleep_for(kBetween)) {
-      lib.cancel_read();
-      cancel_link();
-    }
-  }
-
-  // An exchange that was cut short may have left its answer.
-  void DropAnswers() {
+  int Drain() {
     std::array<char, 2048> answer{};
     int length = 1024;
-    lib.trans_proc_only_read(0, kBaud, answer.data(), &length, 100);
+    return lib.trans_proc_only_read(0, kBaud, answer.data(), &length, 100);
   }
 
-  decltype(&ICC_CancelReadTransPort) cancel_link =
-      lib.Get<decltype(&ICC_CancelReadTransPort)>("ICC_CancelReadTransPort");
+  static void Count(Figures& figures, const Cancel& cancel, milliseconds ended) {
+    milliseconds& slowest = cancel.ClosesAfterCut()              ? figures.slowest_after_cut
+                            : cancel.way == Way::kCancleEvaluate ? figures.slowest_evaluate
+                                                                 : figures.slowest_current;
+    slowest = std::max(slowest, cancel.returned);
+    figures.slowest_end = std::max(figures.slowest_end, ended);
+    figures.cuts += cancel.cut ? 1 : 0;
+    ++figures.moments;
+  }
+
+  static void Tell(const Waiting& waiting, milliseconds life, const Figures& figures) {
+    const auto ms = [](milliseconds time) { return static_cast<int>(time.count()); };
+    printf(
+        "%s, which waits after %d ms, cancelled at %d moments: ended after %d ms at most\n"
+        "  MP_CancleEvaluate returned after %d ms, MP_CancelCurrentOperation after %d ms; %d cut commands, "
+        "after "
+        "which it returned after %d ms\n",
+        waiting.name, ms(life), figures.moments, ms(figures.slowest_end), ms(figures.slowest_evaluate),
+        ms(figures.slowest_current), figures.cuts, ms(figures.slowest_after_cut));
+  }
+
   decltype(&MP_CancleEvaluate) cancel_evaluate = lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate");
   decltype(&MP_CancelCurrentOperation) cancel_current =
       lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation");
-  int cycles_ = NumberIn("GWQ_TEST_CYCLES", 10);
+  int cycles_ = NumberIn("GWQ_TEST_CYCLES", 4);
   unsigned seed_ =
       static_cast<unsigned>(NumberIn("GWQ_TEST_SEED", static_cast<int>(std::random_device{}() >> 1U)));
   std::mt19937 random_{seed_};
-  std::atomic<int> cancels_{0};
-  int closed_ = 0;  // the status of the last MP_CancelCurrentOperation
-  int lost_ = 0;
-  milliseconds slowest_{0};
+  milliseconds drain_of_cancel_{0};  // which a cancelled call may have to await before it closes its screen
 };
+
+// A zero byte would cut it short on its way.
+std::string KeyUnderFactoryKey() {
+  example::Key factory_key{};
+  factory_key.fill(0x31);
+  while (true) {
+    const auto enciphered = example::Encipher(example::NewKey(), factory_key);
+    if (std::find(enciphered.begin(), enciphered.end(), 0) == enciphered.end())
+      return example::Hex(enciphered);
+  }
+}
 
 class CancelledTextScreens : public Cancelled {
  protected:
@@ -230,17 +326,47 @@ class CancelledTextScreens : public Cancelled {
             }};
   }
 
+  Waiting ReadPinDes() {
+    return {"GWQ_ReadPinDES",
+            "\x1B"
+            "F",
+            [this] {
+              std::array<char, 1100> block{};
+              return lib.read_pin_des(port, kBaud, 0, 0, kPatience, block.data());
+            }};
+  }
+
+  Waiting ReadPinAnsi() {
+    return {"GWQ_ReadPinAnsi", "\x1BI", [this] {
+              std::array<char, 1100> block{};
+              return lib.read_pin_ansi(port, kBaud, 0, 0, kPatience, "6225880012345678", block.data());
+            }};
+  }
+
+  // Without one the terminal asks nobody for a PIN block.
+  void LoadCounterKey() {
+    ASSERT_EQ(0, lib.reset_key(port, kBaud));
+    const std::string key = KeyUnderFactoryKey();
+    ASSERT_EQ(0, lib.load_working_key(port, kBaud, 0, 15, key.c_str()));
+    ASSERT_EQ(0, lib.activate_working_key(port, kBaud, 0, 15));
+  }
+
   int port = 0;
 };
 
 using CancelledTexts = CancelledTextScreens;
+using CancelledPad = CancelledTextScreens;
 
-class CancelledPad : public CancelledTextScreens {
+class CancelledPinBlocks : public Cancelled {
  protected:
+  static constexpr int kTripleDes = 0;
+  static constexpr int kDigits = 6;
+  static constexpr int kBound = 1;  // to the account
+
   // Without one the pad asks nobody for a PIN.
   void LoadWorkingKey() {
-    ASSERT_EQ(
-        0, lib.Get<decltype(&PN_SetPinPadParameter)>("PN_SetPinPadParameter")(0, kLink, kBaud, 0, 6, 0, "F"));
+    ASSERT_EQ(0, lib.Get<decltype(&PN_SetPinPadParameter)>("PN_SetPinPadParameter")(
+                     0, kLink, kBaud, kTripleDes, kDigits, 0, "F"));
     std::array<char, 4096> modulus{};
     std::array<char, 1024> factor{};
     ASSERT_EQ(0, lib.Get<decltype(&PN_ObtainPublicKey)>("PN_ObtainPublicKey")(0, kLink, kBaud, 1, 2048,
@@ -286,18 +412,21 @@ TEST_F(CancelledPages, HtmlEnds) {
 
 TEST_F(CancelledPages, ScreenshotEnds) {
   const auto start = lib.Get<decltype(&MP_StartInfoHtmlScreenshot)>("MP_StartInfoHtmlScreenshot");
+  const std::string page(kLargePage, 'x');
   const std::string picture = Local("page.png");
-  CancelAgainAndAgain({"MP_StartInfoHtmlScreenshot", "STARTSCREENSHOTUTF8", [start, picture] {
+  CancelAgainAndAgain({"MP_StartInfoHtmlScreenshot", "STARTSCREENSHOTUTF8", [start, page, picture] {
                          int result = 0;
-                         return start(nullptr, kLink, kBaud, kPatience, 1, "page", picture.c_str(), &result);
+                         return start(nullptr, kLink, kBaud, kPatience, 1, page.c_str(), picture.c_str(),
+                                      &result);
                        }});
 }
 
 TEST_F(CancelledPages, PageFileEnds) {
   const auto start = lib.Get<decltype(&MP_StartInfoHtmlEx)>("MP_StartInfoHtmlEx");
-  CancelAgainAndAgain({"MP_StartInfoHtmlEx", "YCSTARTINFOHTMLEXUTF8", [start] {
+  const std::string page(kLargeFile, 'x');
+  CancelAgainAndAgain({"MP_StartInfoHtmlEx", "YCSTARTINFOHTMLEXUTF8", [start, page] {
                          std::array<char, 2048> result{};
-                         return start(nullptr, nullptr, kBaud, kPatience, "", "page", result.data());
+                         return start(nullptr, nullptr, kBaud, kPatience, "", page.c_str(), result.data());
                        }});
 }
 
@@ -314,7 +443,7 @@ class CancelledDocuments : public Cancelled {
  protected:
   static constexpr milliseconds kFetching{700};
 
-  std::string document = Document("a.pdf");
+  std::string document = Document("a.pdf", std::string(kLargeFile, 'x'));
   std::string picture = Local("sig.png");
   std::string data = std::string(1 << 16, '\0');
 };
@@ -362,6 +491,30 @@ TEST_F(CancelledSignatures, VoiceEnds) {
                        GWQ_REFUSED, kFetching});
 }
 
+// Nobody is asked, but a large file takes its time.
+class CancelledPushes : public CancelledDocuments {
+ protected:
+  std::string large = Document("large.pdf", std::string(3 * kLargeFile, 'x'));
+};
+
+TEST_F(CancelledPushes, PushEnds) {
+  const auto push = lib.Get<decltype(&Z11DownLoadFile)>("Z11DownLoadFile");
+  CancelAgainAndAgain(
+      {.name = "Z11DownLoadFile",
+       .question = "",
+       .call = [this, push] { return push(0, '9', kBaud, 255, large.c_str(), "/tmp/large.pdf"); },
+       .also_ends_with = GWQ_OK});
+}
+
+TEST_F(CancelledPushes, ShowEnds) {
+  const auto show = lib.Get<decltype(&MP_ShowPDF)>("MP_ShowPDF");
+  CancelAgainAndAgain(
+      {.name = "MP_ShowPDF",
+       .question = "",
+       .call = [this, show] { return show(nullptr, nullptr, kBaud, kPatience, large.c_str()); },
+       .also_ends_with = GWQ_OK});
+}
+
 // In this mode a wait without an answer counts as a failure, and nothing is fetched.
 TEST_F(CancelledSignatures, TzgEnds) {
   const auto sign = lib.Get<decltype(&MP_Sign_With_TZG)>("MP_Sign_With_TZG");
@@ -373,15 +526,78 @@ TEST_F(CancelledSignatures, TzgEnds) {
                        GWQ_REFUSED});
 }
 
-TEST_F(CancelledPad, PinBlockEnds) {
+// The commands that ask for the PIN, with the time of the wait in their split form.
+constexpr char kPinCommand[] = "300514";
+constexpr char kShowingPinCommand[] = "403014";
+
+TEST_F(CancelledPinBlocks, PinEnds) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
   const auto get = lib.Get<decltype(&PN_GetPin)>("PN_GetPin");
-  // Its command is the only one of the call.
-  CancelAgainAndAgain({"PN_GetPin", std::string(1, '\x03'), [get] {
+  CancelAgainAndAgain({"PN_GetPin", kPinCommand, [get] {
                          int length = 0;
                          std::array<char, 1100> block{};
                          return get(0, kLink, kBaud, kPatience, &length, block.data());
                        }});
+}
+
+TEST_F(CancelledPinBlocks, PinBesideATextEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
+  const auto get = lib.Get<decltype(&GetPinblockShowString)>("GetPinblockShowString");
+  CancelAgainAndAgain({"GetPinblockShowString", kShowingPinCommand, [get] {
+                         int length = 0;
+                         std::array<unsigned char, 1100> block{};
+                         return get(0, kLink, kBaud, block.data(), &length, kPatience, "Your PIN");
+                       }});
+}
+
+TEST_F(CancelledPinBlocks, PinBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
+  const auto get = lib.Get<decltype(&PN_GetPinBlock)>("PN_GetPinBlock");
+  CancelAgainAndAgain({"PN_GetPinBlock", kPinCommand, [get] {
+                         int length = kDigits;
+                         std::array<char, 1100> factor{};
+                         std::array<char, 1100> block{};
+                         return get(0, kLink, kBaud, kPatience, kTripleDes, 0, kBound, "6225880012345678",
+                                    factor.data(), block.data(), &length);
+                       }});
+}
+
+// A mode that could not be set is a bad argument to it.
+TEST_F(CancelledPinBlocks, PinBlockBesideATextEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
+  const auto get = lib.Get<decltype(&PN_GetPinBlockShowString)>("PN_GetPinBlockShowString");
+  CancelAgainAndAgain({.name = "PN_GetPinBlockShowString",
+                       .question = kShowingPinCommand,
+                       .call =
+                           [get] {
+                             int length = kDigits;
+                             std::array<char, 1100> factor{};
+                             std::array<char, 1100> block{};
+                             return get(0, kLink, kBaud, kPatience, kTripleDes, 0, kBound, "6225880012345678",
+                                        factor.data(), block.data(), &length, "Your PIN");
+                           },
+                       .also_ends_with = GWQ_BAD_ARGUMENT});
+}
+
+using CancelledEnciphering = CancelledPinBlocks;
+
+// Nobody is asked; what it does takes its time all the same.
+TEST_F(CancelledEnciphering, Ends) {
+  ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
+  const HostFileTurn turn("/tmp/enctemp.data");
+  const auto encipher = lib.Get<decltype(&PN_GetStringBlock)>("PN_GetStringBlock");
+  CancelAgainAndAgain({.name = "PN_GetStringBlock",
+                       .question = "",
+                       .call =
+                           [encipher] {
+                             const std::string text(4000, 'x');
+                             std::string file(1 << 15, '\0');
+                             std::array<char, 5000> answer{};
+                             int length = static_cast<int>(text.size());
+                             return encipher(0, kLink, kBaud, kPatience, kTripleDes, text.c_str(),
+                                             file.data(), &length, answer.data());
+                           },
+                       .also_ends_with = GWQ_OK});
 }
 
 TEST_F(CancelledPad, NumberEnds) {
@@ -394,6 +610,16 @@ TEST_F(CancelledPad, NumberEnds) {
 
 TEST_F(CancelledPad, ClearPinEnds) {
   CancelAgainAndAgain(ReadPin());
+}
+
+TEST_F(CancelledPad, DesBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadCounterKey());
+  CancelAgainAndAgain(ReadPinDes());
+}
+
+TEST_F(CancelledPad, AnsiBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadCounterKey());
+  CancelAgainAndAgain(ReadPinAnsi());
 }
 
 // A cancelled serial read is a failed read to the engine, on purpose.
@@ -416,7 +642,7 @@ class CancelledOnSerial : public CancelledTextScreens {
     EXPECT_EQ(open, kPollsInAWait);
   }
 
-  void ExpectNextCallWorks() override { EXPECT_EQ(0, lib.reset_key(port, kBaud)); }
+  void ExpectNextCallWorks() override { LoadCounterKey(); }
 
   static Waiting AsFailedRead(Waiting waiting) {
     waiting.cancelled = GWQ_READ_FAILED;
@@ -438,6 +664,16 @@ TEST_F(CancelledOnSerial, KeyboardEnds) {
 
 TEST_F(CancelledOnSerial, ClearPinEnds) {
   CancelAgainAndAgain(AsFailedRead(ReadPin()));
+}
+
+TEST_F(CancelledOnSerial, DesBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadCounterKey());
+  CancelAgainAndAgain(AsFailedRead(ReadPinDes()));
+}
+
+TEST_F(CancelledOnSerial, AnsiBlockEnds) {
+  ASSERT_NO_FATAL_FAILURE(LoadCounterKey());
+  CancelAgainAndAgain(AsFailedRead(ReadPinAnsi()));
 }
 
 }  // namespace

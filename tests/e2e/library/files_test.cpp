@@ -3,7 +3,9 @@
 #include <sys/resource.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 #include "e2e/library/files_rig.h"
 
@@ -11,6 +13,8 @@ namespace gwq::test {
 namespace {
 
 namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 constexpr char kPictures[] = "/mnt/internal_sd/media/picture/";
 
@@ -208,6 +212,64 @@ TEST_F(StoppedPull, GivesReadFailedAndKeepsWhatCame) {
   ASSERT_EQ(0, Push(LocalFile("out.bin", 250'000), "/tmp/out.bin"));
   EXPECT_EQ(GWQ_READ_FAILED, Pull("/tmp/out.bin", Local("in.bin")));
   EXPECT_EQ(3066U, fs::file_size(Local("in.bin")));  // 1018 + 1024 + 1024
+}
+
+// A pull in a thread of its own, which a cancel at any moment ends soon.
+class CancelledPull : public Files {
+ protected:
+  static constexpr int kPatienceMs = 60'000;
+
+  void ExpectEndsAfterCancel(const std::string& place, milliseconds moment) {
+    constexpr milliseconds kLongest{1000};
+    int status = 0;
+    Clock::time_point ended;
+    std::thread puller([&] {
+      status = Pull(place, Local("in.bin"), kPatienceMs);
+      ended = Clock::now();
+    });
+    std::this_thread::sleep_for(moment);
+    const Clock::time_point cancelled = Clock::now();
+    EXPECT_EQ(0, lib.cancel_read());
+    puller.join();
+    EXPECT_EQ(GWQ_READ_FAILED, status) << moment.count();
+    EXPECT_GE(ended, cancelled) << moment.count();
+    EXPECT_LT(ended - cancelled, kLongest) << moment.count();
+  }
+
+  // A drain takes a report of what was still on its way.
+  void ExpectNextCallWorks() {
+    while (Drain() == GWQ_OK) continue;
+    EXPECT_EQ(1, lib.takes_utf8());
+  }
+
+ private:
+  int Drain() {
+    std::array<char, 2048> answer{};
+    int length = 1024;
+    return lib.trans_proc_only_read(0, kBaud, answer.data(), &length, 100);
+  }
+};
+
+using LongPull = CancelledPull;
+using SilentPull = CancelledPull;
+
+// At a report every 10 milliseconds it takes a minute.
+TEST_F(LongPull, EndsAfterACancelAtAnyMoment) {
+  const fs::path file = OnTerminal("/tmp/large.bin");
+  fs::create_directories(file.parent_path());
+  WriteFile(file, std::string(6'000'000, 'x'));
+  for (const int moment : {30, 111, 257, 480, 803}) {
+    ExpectEndsAfterCancel("/tmp/large.bin", milliseconds(moment));
+    ExpectNextCallWorks();
+  }
+  fs::remove(file);
+}
+
+TEST_F(SilentPull, EndsAfterACancel) {
+  ASSERT_EQ(0, Push(LocalFile("out.bin", 250'000), "/tmp/out.bin"));
+  ExpectEndsAfterCancel("/tmp/out.bin", milliseconds(500));
+  ExpectNextCallWorks();
+  EXPECT_EQ(3066U, fs::file_size(Local("in.bin")));
 }
 
 TEST_F(EmptyPackets, OfTypes0And1BeforeTheDataDoNoHarm) {

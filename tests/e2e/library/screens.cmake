@@ -46,7 +46,8 @@ gwq_add_screen_session(SignaturesWithoutTzg --no-tzg --customer ${customers}/sig
 gwq_add_screen_session(HandSignatures --customer ${customers}/hand_signatures.json)
 gwq_add_screen_session(TerminalItself)
 gwq_add_screen_session(WithoutTerminal --no-usb)
-foreach(suite CancelledTexts CancelledPages CancelledDocuments CancelledSignatures CancelledPad)
+foreach(suite CancelledTexts CancelledPages CancelledDocuments CancelledSignatures CancelledPushes CancelledPad
+        CancelledPinBlocks CancelledEnciphering)
   gwq_add_screen_session(${suite} --customer ${customers}/away.json)
 endforeach()
 gwq_add_screen_session(CancelledOnSerial --serial 78 --no-usb --customer ${customers}/away.json)
@@ -55,3 +56,4 @@ gwq_add_screen_session(CancelledOnSerial --serial 78 --no-usb --customer ${custo
 set_tests_properties(e2e.library.Pages e2e.library.WithoutTerminal e2e.library.CancelledPages PROPERTIES
   RESOURCE_LOCK page_file)
 set_tests_properties(e2e.library.TzgSignatures PROPERTIES RESOURCE_LOCK tzg_data_file)
+set_tests_properties(e2e.library.CancelledEnciphering PROPERTIES RESOURCE_LOCK enciphered_text)

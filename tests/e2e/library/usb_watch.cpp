@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <libusb-1.0/libusb.h>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
@@ -17,6 +18,17 @@ namespace {
 constexpr unsigned char kIn = LIBUSB_ENDPOINT_IN;
 
 std::atomic<std::time_t> g_jumped{0};
+
+// 0 for reports that begin something else.
+std::size_t SizeOfDataPacket(std::string_view report) {
+  constexpr std::size_t kHeader = 6;
+  constexpr std::string_view kDataPacket = "\x02\x02";
+  if (report.size() < kHeader || !report.starts_with(kDataPacket)) return 0;
+  const auto byte = [&](std::size_t at) {
+    return static_cast<std::size_t>(static_cast<unsigned char>(report[at]));
+  };
+  return kHeader + (byte(3) << 16U) + (byte(4) << 8U) + byte(5);
+}
 
 class Watch {
  public:
@@ -37,18 +49,30 @@ class Watch {
     return changed_.wait_for(lock, at_most, [this] { return reading_; });
   }
 
-  void ShortenDrains() {
+  void MakeDrainsShort(bool makes) {
     const std::lock_guard lock(mutex_);
-    short_drains_ = true;
+    short_drains_ = makes;
+  }
+
+  int CutCommands() {
+    const std::lock_guard lock(mutex_);
+    return cut_commands_ + (more_follows_ ? 1 : 0);
   }
 
   void Opened() {
     const std::lock_guard lock(mutex_);
     sent_ = false;
+    if (more_follows_) ++cut_commands_;
+    more_follows_ = false;
   }
 
   void Sends(std::string_view bytes) {
     const std::lock_guard lock(mutex_);
+    if (!sent_) packet_left_ = SizeOfDataPacket(bytes);
+    if (!sent_) is_packet_ = packet_left_ > 0;
+    packet_left_ -= std::min(packet_left_, bytes.size());
+    // The last report of a text command is not full.
+    more_follows_ = is_packet_ ? packet_left_ > 0 : bytes.back() != '\0';
     sent_ = true;
     asked_ = asked_ || (!question_.empty() && bytes.find(question_) != std::string_view::npos);
   }
@@ -72,6 +96,10 @@ class Watch {
   bool reading_ = false;
   bool sent_ = false;
   bool short_drains_ = false;
+  bool is_packet_ = false;
+  bool more_follows_ = false;
+  std::size_t packet_left_ = 0;
+  int cut_commands_ = 0;
 };
 
 template <typename Function>
@@ -98,7 +126,15 @@ bool AwaitReadOfAnswer(std::chrono::milliseconds at_most) {
 }
 
 void ShortenDrains() {
-  Watch::Instance().ShortenDrains();
+  Watch::Instance().MakeDrainsShort(true);
+}
+
+void LeaveDrainsLong() {
+  Watch::Instance().MakeDrainsShort(false);
+}
+
+int CutCommands() {
+  return Watch::Instance().CutCommands();
 }
 
 int OpenLinks() {

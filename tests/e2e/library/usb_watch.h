@@ -18,6 +18,11 @@ bool AwaitReadOfAnswer(std::chrono::milliseconds at_most);
 // A read that follows no command throws away what an earlier call left, until the clock's second changes. From now
 // on the library's clock jumps to the next second as soon as such a read has found nothing for once.
 void ShortenDrains();
+// From now on no longer.
+void LeaveDrainsLong();
+
+// Exchanges that have ended before the whole of a command, or of a file's packet, had gone out.
+int CutCommands();
 
 // USB devices and serial ports that this process holds open.
 int OpenLinks();
