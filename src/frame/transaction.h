@@ -37,8 +37,9 @@ GWQ_API int TransProc(int port, int baud, char* command, int commandLen, char* a
                       int timeout_ms);
 
 /* Sends and reads until a predicate accepts the answer.
- *   end  the predicate; NULL reads until the time is over; must not itself begin an exchange, which would
- *        wait for the end of this one for ever */
+ *   end  the predicate; NULL reads until the time is over. An exchange that it begins on the same port goes on over
+ *        the open link; one on another port ends this exchange, and so does a predicate that keeps its thread for more
+ *        than a second while another thread waits to exchange: -11 */
 GWQ_API int TransProcByEnd(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                            GwqEndOfRead end, int timeout_ms);
 

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <pthread.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <type_traits>
@@ -47,10 +48,8 @@ bool IsTheHosts(const char* name, const void* libcjsons) {
 }
 
 bool HostHasItsOwn(void* library) {
-  for (const char* name : kNames) {
-    if (IsTheHosts(name, dlsym(library, name))) return true;
-  }
-  return false;
+  return std::ranges::any_of(kNames,
+                             [library](const char* name) { return IsTheHosts(name, dlsym(library, name)); });
 }
 
 void FindAll(void* library) {

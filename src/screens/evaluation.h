@@ -50,9 +50,9 @@ GWQ_API int MP_SetEvaluateInfo(void* ignored1, void* ignored2, int iBaudRate, co
  * Also -14: the time-out was not sent. */
 GWQ_API int MP_StartEvaluate(void* ignored1, void* ignored2, int iBaudRate, int iTimeout, char* szEvalValue);
 
-/* Ends a waiting MP_StartEvaluate of another thread, which gives -23, and discards what is left on the link once
- * that thread has closed it. A rating that is not waiting yet is not ended (CancelRead of frame/transaction.h);
- * the call then returns only between two of its exchanges. Any thread. Returns 0 always. */
+/* Ends an MP_StartEvaluate of another thread, at whatever moment of it, and discards what is left on the link once that
+ * thread has closed it. A rating that waits gives -23, one that is being set up -10, -14 or -23. Returns within about
+ * 1.5 s. Any thread. Returns 0 always. */
 GWQ_API int MP_CancleEvaluate(void* ignored1, void* ignored2, int iBaudRate);
 
 /* Shows a teller's card and asks the customer for a rating; closes the screen, whatever the outcome of waiting.

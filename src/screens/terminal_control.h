@@ -14,9 +14,9 @@ GWQ_C_BEGIN
 GWQ_API int MP_GetFirmwareVersion(void* ignored1, void* ignored2, int ignored3, int ignored4,
                                   char* szCommonVersion, char* szPrivateVersion);
 
-/* Ends a call of another thread that waits for the customer, as CancelRead does (frame/transaction.h), and has the
- * terminal close what it shows, once that call has closed its link. Takes 0.6 seconds and what the terminal needs,
- * for whose answer it waits 2 to 3 s, after the other thread's exchange is over. Any thread.
+/* Ends a call of another thread that waits for the customer or moves files, at whatever moment of it, and has the terminal
+ * close what it shows, once that call has closed its link. Takes 0.6 seconds and what the terminal needs, for whose
+ * answer it waits 2 to 3 s: a terminal that was cut off in the middle of a file's packet may not answer. Any thread.
  *   iBaudRate  accepted; USB has none
  * Returns the status of the close command (frame/transaction.h): 0 once the terminal has answered, whatever it
  * answers. */
