@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+struct cJSON;
+
 extern "C" {
 
 __attribute__((visibility("default"))) int libusb_init(void** context) {
@@ -33,9 +35,9 @@ Function* Find(void* library, const char* name) {
 }
 
 void UseCjson(void* library) {
-  void* const parsed = Find<void*(const char*)>(library, "cJSON_Parse")("{\"a\":1}");
+  cJSON* const parsed = Find<cJSON*(const char*)>(library, "cJSON_Parse")("{\"a\":1}");
   std::puts(parsed != nullptr ? "cJSON parses" : "cJSON does not parse");
-  Find<void(void*)>(library, "cJSON_Delete")(parsed);
+  Find<void(cJSON*)>(library, "cJSON_Delete")(parsed);
 }
 
 bool LoadUseAndUnload(const char* path, const char* directory) {

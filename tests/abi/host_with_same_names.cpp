@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <string>
 
+struct cJSON;
+
 static int g_intrusions = 0;
 
 // Called by the functions of the same names, which the build writes.
@@ -73,11 +75,11 @@ void UseJson(void* library) {
       Find<CommCall>(library, "DEV_CommCall")("{\"RequestBaudRate\": 9600}", 0, description.data(), &length);
   const bool whole = std::string(description.data()).find("VOLK") != std::string::npos;
   std::printf("DEV_CommCall %d %s\n", status, whole ? "VOLK" : description.data());
-  void* const parsed = Find<void*(const char*)>(library, "cJSON_Parse")("[1]");
-  char* const text = Find<char*(void*)>(library, "cJSON_PrintUnformatted")(parsed);
+  cJSON* const parsed = Find<cJSON*(const char*)>(library, "cJSON_Parse")("[1]");
+  char* const text = Find<char*(const cJSON*)>(library, "cJSON_PrintUnformatted")(parsed);
   std::printf("cJSON_Print %s\n", text);
   std::free(text);  // the process's memory
-  Find<void(void*)>(library, "cJSON_Delete")(parsed);
+  Find<void(cJSON*)>(library, "cJSON_Delete")(parsed);
 }
 
 }  // namespace
