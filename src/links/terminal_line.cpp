@@ -92,10 +92,10 @@ class WithoutSigpipe {
 };
 
 // Waits a little until the line takes bytes again.
-bool AwaitRoom(int fd) {
+void AwaitRoom(int fd) {
   constexpr int kWaitMs = 100;
   pollfd line{.fd = fd, .events = POLLOUT, .revents = 0};
-  return poll(&line, 1, kWaitMs) > 0;
+  poll(&line, 1, kWaitMs);
 }
 
 // How long the peer has taken nothing. A slow line takes bytes long before it has room for more.
@@ -168,12 +168,13 @@ int Write(int fd, const unsigned char* data, int length, const WriteEnd& end) {
   while (sent < length) {
     const ssize_t written = write(fd, data + sent, static_cast<std::size_t>(length - sent));
     if (written < 0 && errno != EAGAIN && errno != EINTR) break;
-    if (written >= 0) {
+    if (written > 0) {
       sent += static_cast<int>(written);
       standstill.End();
-    } else if (!AwaitRoom(fd) && (standstill.Seconds() > end.timeout_s || Cancelled(end))) {
-      break;
+      continue;
     }
+    AwaitRoom(fd);
+    if (standstill.Seconds() > end.timeout_s || Cancelled(end)) break;
   }
   return sent;
 }
