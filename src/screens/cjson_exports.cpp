@@ -103,7 +103,7 @@ Result CallCjson(CjsonFunction function, Result (*)(Arguments...),
 
 #include "screens/cjson_functions.inc"
 
-CJSON_PUBLIC(void) cJSON_InitHooks(cJSON_Hooks* hooks) {
+void cJSON_InitHooks(cJSON_Hooks* hooks) {
   pthread_once(&gwq::g_loaded, &gwq::Load);
   gwq::InitHooks(hooks);
 }
