@@ -1,5 +1,4 @@
-#include <cstring>
-
+#include "codec/secret_text.h"
 #include "diag/log.h"
 #include "frame/transaction.h"
 
@@ -11,7 +10,7 @@ constexpr int kFrameOverhead = 7;
 
 // The last byte of what was read, as text; zero when there is none.
 unsigned char LastOfText(const unsigned char* data) {
-  const std::size_t length = data == nullptr ? 0 : std::strlen(reinterpret_cast<const char*>(data));
+  const std::size_t length = data == nullptr ? 0 : gwq::SecretLength(reinterpret_cast<const char*>(data));
   return length == 0 ? static_cast<unsigned char>(0) : data[length - 1];
 }
 

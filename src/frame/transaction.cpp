@@ -1,7 +1,6 @@
 #include "frame/transaction.h"
 
-#include <cstring>
-
+#include "codec/secret_text.h"
 #include "frame/exchange.h"
 #include "frame/port.h"
 
@@ -38,7 +37,7 @@ class TextAnswer final : public Receiver {
     if (turn.Lost()) return read_failure_;
     if (result == 0) return GWQ_NO_ANSWER;
     if (result < 0) return result == GWQ_LINK_CANCELLED ? static_cast<int>(GWQ_CANCELLED) : read_failure_;
-    *length_ = static_cast<int>(std::strlen(answer_));
+    *length_ = static_cast<int>(SecretLength(answer_));
     return GWQ_OK;
   }
 

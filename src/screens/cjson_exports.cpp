@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <memory>
 #include <type_traits>
 
 namespace gwq {
@@ -26,6 +27,11 @@ constexpr std::array kNames{
 };
 
 constexpr const char* kLibrary = "libcjson.so.1";
+
+struct CloseLibrary {
+  void operator()(void* library) const { dlclose(library); }
+};
+using Library = std::unique_ptr<void, CloseLibrary>;
 
 constinit pthread_once_t g_loaded = PTHREAD_ONCE_INIT;
 void* g_apart = nullptr;
@@ -78,12 +84,11 @@ void LoadApart() {
 // libcjson is loaded for as long as this library is. It is not held beyond that: it is bound to the functions here, and
 // would hold this library. A program that these functions are compiled into may have to load it.
 void Load() {
-  void* const present = dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD);
-  void* const library = present != nullptr ? present : dlopen(kLibrary, RTLD_LAZY);
+  const Library present(dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD));
+  void* const library = present ? present.get() : dlopen(kLibrary, RTLD_LAZY);
   if (library == nullptr) return;
   FindAll(library);
   if (HostHasItsOwn(library)) LoadApart();
-  if (present != nullptr) dlclose(present);
 }
 
 [[gnu::destructor]] void Unload() {

@@ -243,9 +243,9 @@ __attribute__((noinline)) void LeaveInRegister(const Bytes& secret) {
   gwq_capture_registers();
 }
 
-TEST(RegisterCapture, FindsWhatIsLeft) {
+TEST(RegisterCaptures, FindWhatIsLeft) {
   const Bytes secret = BytesOf("0123456789abcdef");
-  ForgetRegisters();
+  const RegisterCapture capture;
   LeaveInRegister(secret);
   EXPECT_EQ(CapturedRegisters(), 1);
   EXPECT_EQ(CapturesThatHold("xx3456789axx", 8), 1);
@@ -271,7 +271,7 @@ TEST_F(PinPadRig, BytesToBeEncipheredStayInNoRegister) {
     GuardedBuffer file(4096, 0);
     GuardedBuffer answer(4096, 0);
     int length = static_cast<int>(size);
-    ForgetRegisters();
+    const RegisterCapture capture;
     const int status =
         PN_GetStringBlock(0, nullptr, kBaud, 30, 7, text.data(), file.text(), &length, answer.text());
     gwq_capture_registers();

@@ -29,7 +29,8 @@ std::array<Capture, kMostCaptures> g_captures;
 // code below.
 extern "C" {
 [[gnu::visibility("hidden"), gnu::used]] int gwq_fill_registers = 0;
-[[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_next_capture = gwq::test::g_captures.data();
+[[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_next_capture =
+    gwq::test::g_captures.data() + gwq::test::kMostCaptures;
 [[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_no_capture =
     gwq::test::g_captures.data() + gwq::test::kMostCaptures;
 }
@@ -166,9 +167,13 @@ FullRegisters::~FullRegisters() {
   gwq_fill_registers = 0;
 }
 
-void ForgetRegisters() {
-  g_captures.fill({});
+RegisterCapture::RegisterCapture() {
   gwq_next_capture = g_captures.data();
+}
+
+RegisterCapture::~RegisterCapture() {
+  g_captures.fill({});
+  gwq_next_capture = gwq_no_capture;
 }
 
 int CapturedRegisters() {

@@ -20,12 +20,20 @@ class FullRegisters {
   FullRegisters& operator=(const FullRegisters&) = delete;
 };
 
-void ForgetRegisters();
+// The registers are captured while it lives, and the captures forgotten with it: they hold what other tests look for in
+// the program's memory.
+class RegisterCapture {
+ public:
+  RegisterCapture();
+  ~RegisterCapture();
+  RegisterCapture(const RegisterCapture&) = delete;
+  RegisterCapture& operator=(const RegisterCapture&) = delete;
+};
 
 // Captures the registers as they are now, as each of the calls does.
 extern "C" void gwq_capture_registers();
 
-// How many captures there are since the last ForgetRegisters.
+// How many captures there are.
 int CapturedRegisters();
 
 // How many of them hold `length` characters of the text that follow each other.

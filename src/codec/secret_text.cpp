@@ -1,0 +1,11 @@
+#include "codec/secret_text.h"
+
+#include <cstring>
+
+namespace gwq {
+
+std::size_t SecretLength(const char* text) {
+  return std::strlen(text);
+}
+
+}  // namespace gwq
