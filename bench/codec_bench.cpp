@@ -11,9 +11,9 @@
 #include <random>
 #include <vector>
 
-#include "codec/encodings.h"
-#include "codec/packet.h"
-#include "codec/text_forms.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/codec/packet.h>
+#include <gwq/codec/text_forms.h>
 #include "naive.h"
 #include "side.h"
 

@@ -1,9 +1,9 @@
 // What an exchange costs beside its libusb calls, which are instant here: a difference, not a ratio, says it.
 #include <array>
 
+#include <gwq/diag/log.h>
+#include <gwq/frame/transaction.h>
 #include "bare_exchange.h"
-#include "diag/log.h"
-#include "frame/transaction.h"
 #include "instant_usb.h"
 #include "side.h"
 

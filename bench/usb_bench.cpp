@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
+#include <gwq/codec/packet.h>
+#include <gwq/files/push.h>
+#include <gwq/frame/transaction.h>
 #include "bare_exchange.h"
-#include "codec/packet.h"
-#include "files/push.h"
-#include "frame/transaction.h"
-#include "frame/usb_ids.h"
+#include "frame/internal/usb_ids.h"
 #include "side.h"
 
 namespace gwq::bench {

@@ -7,7 +7,7 @@
 //
 // Exit status 0 when there is a block.
 #include <cstdio>
-#include <gwq.hpp>
+#include <gwq/gwq.hpp>
 
 namespace {
 

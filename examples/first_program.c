@@ -1,5 +1,5 @@
 /* Asks the terminal on USB for its build date. */
-#include <gwq.h>
+#include <gwq/gwq.h>
 #include <stdio.h>
 
 int main(void) {

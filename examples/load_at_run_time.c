@@ -1,6 +1,6 @@
 /* Finds the library only when it runs, so that the program starts without it. The types come from the headers. */
 #include <dlfcn.h>
-#include <gwq.h>
+#include <gwq/gwq.h>
 #include <stdio.h>
 
 static int PrintBuildDate(void* library) {

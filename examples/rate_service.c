@@ -1,5 +1,5 @@
 /* Asks the customer on USB how the service was. Exit status 0 when there is a rating. */
-#include <gwq.h>
+#include <gwq/gwq.h>
 #include <stdio.h>
 
 enum { kBaud = 115200, kSeconds = 30, kStars = 5 };

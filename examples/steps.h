@@ -1,7 +1,7 @@
 // How the example programs tell of their steps.
 #pragma once
 
-#include <gwq.h>
+#include <gwq/gwq.h>
 
 #include <cstdio>
 #include <filesystem>

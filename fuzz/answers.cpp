@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 
 namespace gwq::fuzz {
 namespace {

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <tuple>
 
-#include "extra.h"
-#include "frame/load.h"
-#include "gwq.h"
+#include <gwq/extra.h>
+#include <gwq/frame/load.h>
+#include <gwq/gwq.h>
 #include "machine.h"
 
 namespace gwq::fuzz {

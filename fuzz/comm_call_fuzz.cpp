@@ -1,10 +1,10 @@
 // The device description: its request, and the terminal's five answers.
 #include <cjson/cJSON.h>
 
+#include <gwq/screens/comm_call.h>
 #include "answers.h"
 #include "exact.h"
 #include "machine.h"
-#include "screens/comm_call.h"
 
 namespace gwq::fuzz {
 namespace {

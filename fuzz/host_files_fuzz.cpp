@@ -1,11 +1,11 @@
 // What the library reads on the host: INI files, names of log files, lists of paths.
 #include <cstring>
 
-#include "diag/Rwini.h"
-#include "diag/log.h"
+#include <gwq/diag/Rwini.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/host_files.h>
 #include "exact.h"
-#include "files/host_files.h"
-#include "files/path_list.h"
+#include "files/internal/path_list.h"
 #include "input.h"
 #include "machine.h"
 

@@ -24,14 +24,14 @@
 #include <fstream>
 #include <utility>
 
-#include "diag/log.h"
-#include "frame/port.h"
-#include "frame/transaction.h"
-#include "frame/usb_ids.h"
-#include "links/aux_port.h"
-#include "links/serial.h"
-#include "links/usb_hid.h"
-#include "links/usb_interrupt.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include <gwq/links/aux_port.h>
+#include <gwq/links/serial.h>
+#include <gwq/links/usb_hid.h>
+#include <gwq/links/usb_interrupt.h>
+#include "frame/internal/usb_ids.h"
 #include "support/temp_dir.h"
 
 struct libusb_device {

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <string>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 #include "exact.h"
 #include "input.h"
 #include "machine.h"

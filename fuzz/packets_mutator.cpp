@@ -4,7 +4,7 @@
 #include <random>
 #include <vector>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 #include "exact.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);

@@ -1,6 +1,6 @@
 // The reception of pulled files from reports of any content.
 #include "exact.h"
-#include "files/pull_reception.h"
+#include "files/internal/pull_reception.h"
 #include "input.h"
 #include "machine.h"
 

@@ -3,13 +3,13 @@
 #include <array>
 #include <cstring>
 
+#include <gwq/diag/log.h>
+#include <gwq/extra.h>
+#include <gwq/frame/port.h>
+#include <gwq/links/aux_port.h>
+#include <gwq/links/usb_hid.h>
+#include <gwq/links/usb_interrupt.h>
 #include "answers.h"
-#include "diag/log.h"
-#include "extra.h"
-#include "frame/port.h"
-#include "links/aux_port.h"
-#include "links/usb_hid.h"
-#include "links/usb_interrupt.h"
 
 namespace gwq::fuzz {
 namespace {

@@ -3,12 +3,12 @@
 #include <array>
 #include <string>
 
-#include "codec/encodings.h"
-#include "codec/text_forms.h"
-#include "diag/log.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/codec/text_forms.h>
+#include <gwq/diag/log.h>
 #include "exact.h"
 #include "input.h"
-#include "links/aux_dialect.h"
+#include "links/internal/aux_dialect.h"
 #include "machine.h"
 #include "overlap.h"
 

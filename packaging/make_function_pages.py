@@ -70,7 +70,7 @@ def arguments(description):
 
 def synopsis(function):
     declared = f'{text_of(function.find("type"))} {function.findtext("name")}'
-    return f'.B #include <gwq.h>\n.HP 4\n{bold(declared)}{quoted(function.findtext("argsstring"))};\n'
+    return f'.B #include <gwq/gwq.h>\n.HP 4\n{bold(declared)}{quoted(function.findtext("argsstring"))};\n'
 
 
 def page(function, group):

@@ -4,7 +4,7 @@
 #ifndef GWQ_EXTRA_H
 #define GWQ_EXTRA_H
 
-#include "export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

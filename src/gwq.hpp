@@ -36,7 +36,7 @@
 #include <utility>
 #include <vector>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 
 namespace gwq::client {
 

@@ -14,7 +14,7 @@
 #include <stddef.h>
 #include <string.h>
 
-#include "frame/port.h"
+#include <gwq/frame/port.h>
 
 /* The languages of the texts. */
 enum GwqLanguage {

@@ -1,6 +1,6 @@
 /* The manual's examples, one for each group: compiled, and run against the virtual terminal by the tests. */
-#include <extra.h>
-#include <gwq.h>
+#include <gwq/extra.h>
+#include <gwq/gwq.h>
 #include <stdio.h>
 #include <string.h>
 

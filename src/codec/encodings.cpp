@@ -1,4 +1,4 @@
-#include "codec/encodings.h"
+#include <gwq/codec/encodings.h>
 
 #include <iconv.h>
 
@@ -7,8 +7,8 @@
 #include <cstring>
 #include <span>
 
-#include "codec/lanes.h"
-#include "codec/split_form.h"
+#include "codec/internal/lanes.h"
+#include "codec/internal/split_form.h"
 
 namespace gwq {
 namespace {

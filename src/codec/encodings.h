@@ -11,7 +11,7 @@
 #ifndef GWQ_CODEC_ENCODINGS_H
 #define GWQ_CODEC_ENCODINGS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,6 +1,6 @@
 #include <iterator>
 
-#include "codec/encodings.h"
+#include <gwq/codec/encodings.h>
 
 const unsigned short gbk_first_code = 0x8140;
 const unsigned short gbk_last_code = 0xFE9F;

@@ -1,4 +1,4 @@
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -6,9 +6,9 @@
 #include <optional>
 #include <string_view>
 
-#include "codec/secret.h"
-#include "codec/split_form.h"
-#include "codec/xor_fold.h"
+#include "codec/internal/secret.h"
+#include "codec/internal/split_form.h"
+#include "codec/internal/xor_fold.h"
 
 namespace gwq {
 namespace {

@@ -18,7 +18,7 @@
 #ifndef GWQ_CODEC_PACKET_H
 #define GWQ_CODEC_PACKET_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

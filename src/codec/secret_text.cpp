@@ -1,4 +1,4 @@
-#include "codec/secret_text.h"
+#include "codec/internal/secret_text.h"
 
 #include <cstring>
 

@@ -1,14 +1,14 @@
-#include "codec/text_forms.h"
+#include <gwq/codec/text_forms.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 
-#include "codec/pairs.h"
-#include "codec/secret.h"
-#include "codec/split_form.h"
-#include "codec/xor_fold.h"
+#include "codec/internal/pairs.h"
+#include "codec/internal/secret.h"
+#include "codec/internal/split_form.h"
+#include "codec/internal/xor_fold.h"
 
 namespace gwq {
 namespace {

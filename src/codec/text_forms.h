@@ -17,7 +17,7 @@
 #ifndef GWQ_CODEC_TEXT_FORMS_H
 #define GWQ_CODEC_TEXT_FORMS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,6 +1,6 @@
-#include "codec/transfer_packet.h"
+#include "codec/internal/transfer_packet.h"
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 
 namespace gwq {
 

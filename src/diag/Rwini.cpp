@@ -1,7 +1,7 @@
 // Preconditions hold in every build: glibc declares __assert_fail only where this is not set.
 #undef NDEBUG
 
-#include "diag/Rwini.h"
+#include <gwq/diag/Rwini.h>
 
 #include <algorithm>
 #include <cassert>

@@ -3,7 +3,7 @@
 #ifndef GWQ_DIAG_RWINI_H
 #define GWQ_DIAG_RWINI_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,4 +1,4 @@
-#include "diag/clock_text.h"
+#include "diag/internal/clock_text.h"
 
 #include <cstdio>
 

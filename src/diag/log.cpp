@@ -1,4 +1,4 @@
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -15,11 +15,11 @@
 #include <memory>
 #include <span>
 
-#include "codec/text_forms.h"
-#include "diag/clock_text.h"
-#include "diag/log_failure.h"
-#include "diag/log_files.h"
-#include "diag/shared_word.h"
+#include <gwq/codec/text_forms.h>
+#include "diag/internal/clock_text.h"
+#include "diag/internal/log_failure.h"
+#include "diag/internal/log_files.h"
+#include "diag/internal/shared_word.h"
 
 namespace gwq {
 namespace {

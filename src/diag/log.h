@@ -13,7 +13,7 @@
 #ifndef GWQ_DIAG_LOG_H
 #define GWQ_DIAG_LOG_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,4 +1,4 @@
-#include "diag/log_files.h"
+#include "diag/internal/log_files.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -13,8 +13,8 @@
 #include <memory>
 #include <string_view>
 
-#include "diag/clock_text.h"
-#include "diag/log.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/clock_text.h"
 
 namespace gwq {
 namespace {

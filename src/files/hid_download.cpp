@@ -7,16 +7,16 @@
 #include <span>
 #include <string_view>
 
-#include "codec/transfer_packet.h"
-#include "diag/log.h"
-#include "diag/shared_word.h"
-#include "files/file.h"
-#include "files/media.h"
-#include "files/path_list.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/diag/log.h>
+#include <gwq/files/media.h>
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include "codec/internal/transfer_packet.h"
+#include "diag/internal/shared_word.h"
+#include "files/internal/file.h"
+#include "files/internal/path_list.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

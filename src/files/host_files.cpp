@@ -1,4 +1,4 @@
-#include "files/host_files.h"
+#include <gwq/files/host_files.h>
 
 #include <sys/stat.h>
 
@@ -9,12 +9,12 @@
 #include <span>
 #include <string_view>
 
-#include "codec/encodings.h"
-#include "codec/secret.h"
-#include "codec/split_form.h"
-#include "diag/log.h"
-#include "files/file.h"
-#include "frame/port.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include "codec/internal/secret.h"
+#include "codec/internal/split_form.h"
+#include "files/internal/file.h"
 
 namespace gwq {
 namespace {

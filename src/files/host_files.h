@@ -7,7 +7,7 @@
 #ifndef GWQ_FILES_HOST_FILES_H
 #define GWQ_FILES_HOST_FILES_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

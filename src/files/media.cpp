@@ -1,16 +1,16 @@
-#include "files/media.h"
+#include <gwq/files/media.h>
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
 
-#include "codec/split_form.h"
-#include "codec/text_forms.h"
-#include "diag/log.h"
-#include "frame/arguments.h"
-#include "frame/ask.h"
-#include "frame/exchange.h"
-#include "frame/port.h"
+#include <gwq/codec/text_forms.h>
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include "codec/internal/split_form.h"
+#include "frame/internal/arguments.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/exchange.h"
 
 namespace gwq {
 namespace {

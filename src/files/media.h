@@ -12,7 +12,7 @@
 #ifndef GWQ_FILES_MEDIA_H
 #define GWQ_FILES_MEDIA_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

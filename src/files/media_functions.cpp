@@ -1,4 +1,4 @@
-#include "files/media_functions.h"
+#include <gwq/files/media_functions.h>
 
 #include <unistd.h>
 
@@ -7,18 +7,18 @@
 #include <cstring>
 #include <string_view>
 
-#include "codec/encodings.h"
-#include "diag/log.h"
-#include "diag/log_gbk.h"
-#include "diag/pause.h"
-#include "files/host_files.h"
-#include "files/media.h"
-#include "files/path_list.h"
-#include "files/push.h"
-#include "frame/arguments.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/host_files.h>
+#include <gwq/files/media.h>
+#include <gwq/files/push.h>
+#include <gwq/frame/port.h>
+#include "diag/internal/log_gbk.h"
+#include "diag/internal/pause.h"
+#include "files/internal/path_list.h"
+#include "frame/internal/arguments.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

@@ -18,7 +18,7 @@
 #ifndef GWQ_FILES_MEDIA_FUNCTIONS_H
 #define GWQ_FILES_MEDIA_FUNCTIONS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

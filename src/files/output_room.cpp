@@ -1,7 +1,7 @@
-#include "files/output_room.h"
+#include "files/internal/output_room.h"
 
-#include "extra.h"
-#include "frame/port.h"
+#include <gwq/extra.h>
+#include <gwq/frame/port.h>
 
 namespace gwq {
 namespace {

@@ -1,4 +1,4 @@
-#include "files/private_file.h"
+#include "files/internal/private_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

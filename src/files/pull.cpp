@@ -1,4 +1,4 @@
-#include "files/pull.h"
+#include <gwq/files/pull.h>
 
 #include <sys/stat.h>
 
@@ -6,12 +6,12 @@
 #include <cstdio>
 #include <string_view>
 
-#include "diag/pause.h"
-#include "files/file.h"
-#include "files/pull_reception.h"
-#include "frame/cancel.h"
-#include "frame/exchange.h"
-#include "frame/port.h"
+#include <gwq/frame/port.h>
+#include "diag/internal/pause.h"
+#include "files/internal/file.h"
+#include "files/internal/pull_reception.h"
+#include "frame/internal/cancel.h"
+#include "frame/internal/exchange.h"
 
 namespace gwq {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef GWQ_FILES_PULL_H
 #define GWQ_FILES_PULL_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,9 +1,9 @@
-#include "files/pull_reception.h"
+#include "files/internal/pull_reception.h"
 
 #include <algorithm>
 
-#include "codec/packet.h"
-#include "codec/transfer_packet.h"
+#include <gwq/codec/packet.h>
+#include "codec/internal/transfer_packet.h"
 
 namespace gwq {
 namespace {

@@ -1,4 +1,4 @@
-#include "files/push.h"
+#include <gwq/files/push.h>
 
 #include <unistd.h>
 
@@ -8,16 +8,16 @@
 #include <cstring>
 #include <string_view>
 
-#include "codec/packet.h"
-#include "codec/transfer_packet.h"
-#include "diag/log.h"
-#include "files/file.h"
-#include "files/host_files.h"
-#include "files/path_list.h"
-#include "frame/arguments.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
+#include <gwq/codec/packet.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/host_files.h>
+#include <gwq/frame/port.h>
+#include "codec/internal/transfer_packet.h"
+#include "files/internal/file.h"
+#include "files/internal/path_list.h"
+#include "frame/internal/arguments.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 unsigned char m_szBuf[200000];
 unsigned char m_szCMD[204800];

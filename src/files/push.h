@@ -12,7 +12,7 @@
 #ifndef GWQ_FILES_PUSH_H
 #define GWQ_FILES_PUSH_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,10 +1,10 @@
-#include "frame/ask.h"
+#include "frame/internal/ask.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 
 namespace gwq {
 

@@ -1,10 +1,10 @@
-#include "frame/cancel.h"
+#include "frame/internal/cancel.h"
 
 #include <atomic>
 
-#include "diag/shared_word.h"
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include "diag/internal/shared_word.h"
 
 namespace gwq {
 namespace {

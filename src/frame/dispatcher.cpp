@@ -1,16 +1,16 @@
-#include "frame/dispatcher.h"
+#include "frame/internal/dispatcher.h"
 
 #include <array>
 #include <cstddef>
 #include <cstring>
 
-#include "diag/log.h"
-#include "diag/shared_word.h"
-#include "frame/port.h"
-#include "frame/turn.h"
-#include "links/serial.h"
-#include "links/serial_write.h"
-#include "links/usb_hid.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include <gwq/links/serial.h>
+#include <gwq/links/usb_hid.h>
+#include "diag/internal/shared_word.h"
+#include "frame/internal/turn.h"
+#include "links/internal/serial_write.h"
 
 namespace gwq {
 namespace {

@@ -1,6 +1,6 @@
-#include "codec/secret_text.h"
-#include "diag/log.h"
-#include "frame/transaction.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/transaction.h>
+#include "codec/internal/secret_text.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
-#include "frame/exchange.h"
+#include "frame/internal/exchange.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 
-#include "codec/secret.h"
-#include "diag/log.h"
-#include "frame/cancel.h"
-#include "frame/operation.h"
-#include "frame/transaction.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/transaction.h>
+#include "codec/internal/secret.h"
+#include "frame/internal/cancel.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

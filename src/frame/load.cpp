@@ -1,16 +1,16 @@
-#include "frame/load.h"
+#include <gwq/frame/load.h>
 
 #include <libusb-1.0/libusb.h>
 
 #include <array>
 #include <cstdio>
 
-#include "diag/Rwini.h"
-#include "diag/log.h"
-#include "diag/log_files.h"
-#include "frame/operation.h"
-#include "frame/turn.h"
-#include "links/lifetime.h"
+#include <gwq/diag/Rwini.h>
+#include <gwq/diag/log.h>
+#include "diag/internal/log_files.h"
+#include "frame/internal/operation.h"
+#include "frame/internal/turn.h"
+#include "links/internal/lifetime.h"
 
 const char dllversion[] = GWQ_VERSION;
 

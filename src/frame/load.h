@@ -2,7 +2,7 @@
 #ifndef GWQ_FRAME_LOAD_H
 #define GWQ_FRAME_LOAD_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,4 +1,4 @@
-#include "frame/operation.h"
+#include "frame/internal/operation.h"
 
 #include <atomic>
 

@@ -4,8 +4,8 @@
 
 #include <stdint.h>
 
-#include "../export.h"
-#include "../links/serial.h"
+#include <gwq/export.h>
+#include <gwq/links/serial.h>
 
 GWQ_C_BEGIN
 

@@ -1,8 +1,8 @@
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 
-#include "codec/secret_text.h"
-#include "frame/exchange.h"
-#include "frame/port.h"
+#include <gwq/frame/port.h>
+#include "codec/internal/secret_text.h"
+#include "frame/internal/exchange.h"
 
 namespace gwq {
 namespace {

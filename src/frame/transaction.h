@@ -27,8 +27,8 @@
 #ifndef GWQ_FRAME_TRANSACTION_H
 #define GWQ_FRAME_TRANSACTION_H
 
-#include "../export.h"
-#include "../links/serial.h"
+#include <gwq/export.h>
+#include <gwq/links/serial.h>
 
 GWQ_C_BEGIN
 

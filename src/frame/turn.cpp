@@ -1,4 +1,4 @@
-#include "frame/turn.h"
+#include "frame/internal/turn.h"
 
 #include <pthread.h>
 
@@ -6,9 +6,9 @@
 #include <ctime>
 #include <limits>
 
-#include "frame/cancel.h"
-#include "frame/port.h"
-#include "links/lifetime.h"
+#include <gwq/frame/port.h>
+#include "frame/internal/cancel.h"
+#include "links/internal/lifetime.h"
 
 namespace gwq {
 

@@ -1,9 +1,9 @@
-#include "links/aux_dialect.h"
+#include "links/internal/aux_dialect.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 
 namespace gwq {
 namespace {

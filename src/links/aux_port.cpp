@@ -1,4 +1,4 @@
-#include "links/aux_port.h"
+#include <gwq/links/aux_port.h>
 
 #include <termio.h>
 #include <unistd.h>
@@ -9,13 +9,13 @@
 #include <cstring>
 #include <string_view>
 
-#include "diag/log.h"
-#include "diag/log_gbk.h"
-#include "diag/shared_word.h"
-#include "links/aux_dialect.h"
-#include "links/long_pause.h"
-#include "links/read_end.h"
-#include "links/terminal_line.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/log_gbk.h"
+#include "diag/internal/shared_word.h"
+#include "links/internal/aux_dialect.h"
+#include "links/internal/long_pause.h"
+#include "links/internal/read_end.h"
+#include "links/internal/terminal_line.h"
 
 GwqAuxOp g_AuxOp;
 

@@ -8,8 +8,8 @@
 
 #include <stdint.h>
 
-#include "../export.h"
-#include "serial.h"
+#include <gwq/export.h>
+#include <gwq/links/serial.h>
 
 GWQ_C_BEGIN
 

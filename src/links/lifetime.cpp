@@ -1,4 +1,4 @@
-#include "links/lifetime.h"
+#include "links/internal/lifetime.h"
 
 #include <libusb-1.0/libusb.h>
 

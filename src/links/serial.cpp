@@ -1,14 +1,14 @@
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 
-#include "links/serial_write.h"
+#include "links/internal/serial_write.h"
 
 #include <termio.h>
 
-#include "diag/log.h"
-#include "diag/shared_word.h"
-#include "links/lifetime.h"
-#include "links/read_end.h"
-#include "links/terminal_line.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/shared_word.h"
+#include "links/internal/lifetime.h"
+#include "links/internal/read_end.h"
+#include "links/internal/terminal_line.h"
 
 namespace gwq {
 namespace {

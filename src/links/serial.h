@@ -5,7 +5,7 @@
 #ifndef GWQ_LINKS_SERIAL_H
 #define GWQ_LINKS_SERIAL_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

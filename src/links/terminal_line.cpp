@@ -1,4 +1,4 @@
-#include "links/terminal_line.h"
+#include "links/internal/terminal_line.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <ctime>
 
-#include "diag/shared_word.h"
+#include "diag/internal/shared_word.h"
 
 namespace gwq::tty {
 namespace {

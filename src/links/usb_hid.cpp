@@ -1,14 +1,14 @@
-#include "links/usb_hid.h"
+#include <gwq/links/usb_hid.h>
 
 #include <libusb-1.0/libusb.h>
 
 #include <cstring>
 
-#include "diag/log.h"
-#include "diag/shared_word.h"
-#include "links/lifetime.h"
-#include "links/read_end.h"
-#include "links/usb_transfer.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/shared_word.h"
+#include "links/internal/lifetime.h"
+#include "links/internal/read_end.h"
+#include "links/internal/usb_transfer.h"
 
 namespace gwq {
 namespace {

@@ -6,8 +6,8 @@
 #ifndef GWQ_LINKS_USB_HID_H
 #define GWQ_LINKS_USB_HID_H
 
-#include "../export.h"
-#include "serial.h"
+#include <gwq/export.h>
+#include <gwq/links/serial.h>
 
 GWQ_C_BEGIN
 

@@ -7,8 +7,8 @@
 #ifndef GWQ_LINKS_USB_INTERRUPT_H
 #define GWQ_LINKS_USB_INTERRUPT_H
 
-#include "../export.h"
-#include "serial.h"
+#include <gwq/export.h>
+#include <gwq/links/serial.h>
 
 GWQ_C_BEGIN
 

@@ -1,18 +1,18 @@
-#include "pinpad/counter.h"
+#include <gwq/pinpad/counter.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
-#include "codec/packet.h"
-#include "codec/secret.h"
-#include "codec/text_forms.h"
-#include "diag/log.h"
-#include "frame/arguments.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
+#include <gwq/codec/packet.h>
+#include <gwq/codec/text_forms.h>
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include "codec/internal/secret.h"
+#include "frame/internal/arguments.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

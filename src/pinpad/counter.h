@@ -17,7 +17,7 @@
 #ifndef GWQ_PINPAD_COUNTER_H
 #define GWQ_PINPAD_COUNTER_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

@@ -1,16 +1,16 @@
-#include "pinpad/entry.h"
+#include <gwq/pinpad/entry.h>
 
 #include <array>
 #include <cstring>
 #include <span>
 #include <string_view>
 
-#include "diag/log.h"
-#include "frame/arguments.h"
-#include "frame/operation.h"
-#include "pinpad/framed.h"
-#include "pinpad/keys.h"
-#include "pinpad/settings.h"
+#include <gwq/diag/log.h>
+#include <gwq/pinpad/keys.h>
+#include <gwq/pinpad/settings.h>
+#include "frame/internal/arguments.h"
+#include "frame/internal/operation.h"
+#include "pinpad/internal/framed.h"
 
 namespace gwq {
 namespace {

@@ -1,9 +1,9 @@
-#include "pinpad/framed.h"
+#include "pinpad/internal/framed.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 
 namespace gwq {
 

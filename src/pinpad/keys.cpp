@@ -1,14 +1,14 @@
-#include "pinpad/keys.h"
+#include <gwq/pinpad/keys.h>
 
 #include <algorithm>
 #include <cstring>
 #include <span>
 #include <string_view>
 
-#include "codec/text_forms.h"
-#include "diag/log.h"
-#include "frame/arguments.h"
-#include "pinpad/framed.h"
+#include <gwq/codec/text_forms.h>
+#include <gwq/diag/log.h>
+#include "frame/internal/arguments.h"
+#include "pinpad/internal/framed.h"
 
 namespace gwq {
 namespace {

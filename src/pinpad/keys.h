@@ -17,7 +17,7 @@
 #ifndef GWQ_PINPAD_KEYS_H
 #define GWQ_PINPAD_KEYS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

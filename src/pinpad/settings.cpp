@@ -1,11 +1,11 @@
-#include "pinpad/settings.h"
+#include <gwq/pinpad/settings.h>
 
 #include <cstring>
 #include <string_view>
 
-#include "diag/log.h"
-#include "frame/arguments.h"
-#include "pinpad/framed.h"
+#include <gwq/diag/log.h>
+#include "frame/internal/arguments.h"
+#include "pinpad/internal/framed.h"
 
 namespace gwq {
 namespace {

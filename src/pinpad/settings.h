@@ -19,7 +19,7 @@
 #ifndef GWQ_PINPAD_SETTINGS_H
 #define GWQ_PINPAD_SETTINGS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

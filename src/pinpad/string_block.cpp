@@ -4,18 +4,18 @@
 #include <cstring>
 #include <string_view>
 
-#include "codec/text_forms.h"
-#include "diag/log.h"
-#include "diag/pause.h"
-#include "files/file.h"
-#include "files/host_files.h"
-#include "files/output_room.h"
-#include "files/private_file.h"
-#include "files/pull.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "pinpad/entry.h"
+#include <gwq/codec/text_forms.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/host_files.h>
+#include <gwq/files/pull.h>
+#include <gwq/frame/port.h>
+#include <gwq/pinpad/entry.h>
+#include "diag/internal/pause.h"
+#include "files/internal/file.h"
+#include "files/internal/output_room.h"
+#include "files/internal/private_file.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

@@ -1,12 +1,12 @@
-#include "screens/checkout.h"
+#include <gwq/screens/checkout.h>
 
 #include <array>
 
-#include "codec/gbk_text.h"
-#include "diag/log.h"
-#include "diag/log_gbk.h"
-#include "frame/operation.h"
-#include "screens/screen.h"
+#include <gwq/diag/log.h>
+#include "codec/internal/gbk_text.h"
+#include "diag/internal/log_gbk.h"
+#include "frame/internal/operation.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

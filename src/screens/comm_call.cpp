@@ -1,4 +1,4 @@
-#include "screens/comm_call.h"
+#include <gwq/screens/comm_call.h>
 
 #include <cjson/cJSON.h>
 
@@ -11,12 +11,12 @@
 #include <new>
 #include <string_view>
 
-#include "diag/log.h"
-#include "frame/ask.h"
-#include "frame/load.h"
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "pinpad/settings.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/load.h>
+#include <gwq/frame/port.h>
+#include <gwq/pinpad/settings.h>
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {

@@ -2,7 +2,7 @@
 #ifndef GWQ_SCREENS_COMM_CALL_H
 #define GWQ_SCREENS_COMM_CALL_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

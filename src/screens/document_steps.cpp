@@ -1,14 +1,14 @@
-#include "screens/document_steps.h"
+#include "screens/internal/document_steps.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
-#include "codec/encodings.h"
-#include "diag/log.h"
-#include "files/path_list.h"
-#include "files/push.h"
-#include "frame/port.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/push.h>
+#include <gwq/frame/port.h>
+#include "files/internal/path_list.h"
 
 namespace gwq {
 namespace {

@@ -1,13 +1,13 @@
-#include "screens/documents.h"
+#include <gwq/screens/documents.h>
 
 #include <string_view>
 
-#include "diag/log.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "screens/document_steps.h"
-#include "screens/screen.h"
+#include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
+#include "screens/internal/document_steps.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

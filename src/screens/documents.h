@@ -22,7 +22,7 @@
 #ifndef GWQ_SCREENS_DOCUMENTS_H
 #define GWQ_SCREENS_DOCUMENTS_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

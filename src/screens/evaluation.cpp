@@ -1,13 +1,13 @@
-#include "screens/evaluation.h"
+#include <gwq/screens/evaluation.h>
 
 #include <array>
 #include <cstring>
 
-#include "codec/encodings.h"
-#include "diag/log.h"
-#include "frame/operation.h"
-#include "frame/turn.h"
-#include "screens/screen.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/diag/log.h>
+#include "frame/internal/operation.h"
+#include "frame/internal/turn.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

@@ -25,7 +25,7 @@
 #ifndef GWQ_SCREENS_EVALUATION_H
 #define GWQ_SCREENS_EVALUATION_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

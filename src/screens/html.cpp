@@ -1,19 +1,19 @@
-#include "screens/html.h"
+#include <gwq/screens/html.h>
 
 #include <array>
 #include <cstdio>
 #include <cstring>
 
-#include "codec/gbk_text.h"
-#include "diag/log.h"
-#include "diag/log_gbk.h"
-#include "diag/pause.h"
-#include "files/private_file.h"
-#include "files/pull.h"
-#include "files/push.h"
-#include "frame/operation.h"
-#include "pinpad/counter.h"
-#include "screens/screen.h"
+#include <gwq/diag/log.h>
+#include <gwq/files/pull.h>
+#include <gwq/files/push.h>
+#include <gwq/pinpad/counter.h>
+#include "codec/internal/gbk_text.h"
+#include "diag/internal/log_gbk.h"
+#include "diag/internal/pause.h"
+#include "files/internal/private_file.h"
+#include "frame/internal/operation.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

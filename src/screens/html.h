@@ -23,7 +23,7 @@
 #ifndef GWQ_SCREENS_HTML_H
 #define GWQ_SCREENS_HTML_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

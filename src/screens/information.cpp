@@ -1,10 +1,10 @@
-#include "screens/information.h"
+#include <gwq/screens/information.h>
 
 #include <array>
 
-#include "diag/log.h"
-#include "frame/operation.h"
-#include "screens/screen.h"
+#include <gwq/diag/log.h>
+#include "frame/internal/operation.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

@@ -16,7 +16,7 @@
 #ifndef GWQ_SCREENS_INFORMATION_H
 #define GWQ_SCREENS_INFORMATION_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

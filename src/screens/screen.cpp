@@ -1,6 +1,6 @@
-#include "screens/screen.h"
+#include "screens/internal/screen.h"
 
-#include "codec/split_form.h"
+#include "codec/internal/split_form.h"
 
 namespace gwq {
 

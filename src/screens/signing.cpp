@@ -1,4 +1,4 @@
-#include "screens/signing.h"
+#include <gwq/screens/signing.h>
 
 #include <climits>
 #include <cstdint>
@@ -6,21 +6,21 @@
 #include <cstring>
 #include <string_view>
 
-#include "codec/encodings.h"
-#include "codec/secret.h"
-#include "diag/log.h"
-#include "diag/log_gbk.h"
-#include "diag/pause.h"
-#include "files/file.h"
-#include "files/output_room.h"
-#include "files/private_file.h"
-#include "files/pull.h"
-#include "files/push.h"
-#include "frame/ask.h"
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "screens/document_steps.h"
-#include "screens/screen.h"
+#include <gwq/codec/encodings.h>
+#include <gwq/diag/log.h>
+#include <gwq/files/pull.h>
+#include <gwq/files/push.h>
+#include <gwq/frame/port.h>
+#include "codec/internal/secret.h"
+#include "diag/internal/log_gbk.h"
+#include "diag/internal/pause.h"
+#include "files/internal/file.h"
+#include "files/internal/output_room.h"
+#include "files/internal/private_file.h"
+#include "frame/internal/ask.h"
+#include "frame/internal/operation.h"
+#include "screens/internal/document_steps.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

@@ -38,7 +38,7 @@
 #ifndef GWQ_SCREENS_SIGNING_H
 #define GWQ_SCREENS_SIGNING_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

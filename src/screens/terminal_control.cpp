@@ -1,10 +1,10 @@
-#include "screens/terminal_control.h"
+#include <gwq/screens/terminal_control.h>
 
-#include "diag/log.h"
-#include "diag/pause.h"
-#include "frame/operation.h"
-#include "frame/turn.h"
-#include "screens/screen.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/pause.h"
+#include "frame/internal/operation.h"
+#include "frame/internal/turn.h"
+#include "screens/internal/screen.h"
 
 namespace gwq {
 namespace {

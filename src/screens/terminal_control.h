@@ -2,7 +2,7 @@
 #ifndef GWQ_SCREENS_TERMINAL_CONTROL_H
 #define GWQ_SCREENS_TERMINAL_CONTROL_H
 
-#include "../export.h"
+#include <gwq/export.h>
 
 GWQ_C_BEGIN
 

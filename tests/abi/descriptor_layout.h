@@ -5,7 +5,7 @@
 #include <assert.h>
 #include <stddef.h>
 
-#include "frame/port.h"
+#include <gwq/frame/port.h>
 
 static_assert(offsetof(TransMssionLinux_t, nHead) == 0, "nHead");
 static_assert(offsetof(TransMssionLinux_t, nLinkType) == 4, "nLinkType");

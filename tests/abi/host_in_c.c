@@ -2,9 +2,9 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <gwq/extra.h>
+#include <gwq/gwq.h>
 #include "abi/descriptor_layout.h"
-#include "extra.h"
-#include "gwq.h"
 
 #include "redeclarations.h"
 

@@ -1,7 +1,7 @@
 // A host in C++ that is linked against the library: it names the functions that only C++ can call.
 #include <cstdio>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 // After what they repeat.
 #include "cxx_redeclarations.h"
 

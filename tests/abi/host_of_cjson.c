@@ -6,7 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 
 static int g_allocations;
 

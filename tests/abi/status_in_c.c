@@ -1,7 +1,7 @@
 // The texts as a program in C gets them.
 #include "abi/status_in_c.h"
 
-#include "status.h"
+#include <gwq/status.h>
 
 const char* CauseInC(const char* function, int status, int language) {
   return GwqStatusCauseOf(function, status, language);

@@ -1,5 +1,5 @@
 // The texts of the statuses: one for each, and a sensible one for anything else.
-#include "status.h"
+#include <gwq/status.h>
 
 #include <gtest/gtest.h>
 

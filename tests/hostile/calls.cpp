@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "extra.h"
-#include "frame/usb_ids.h"
-#include "gwq.h"
+#include <gwq/extra.h>
+#include <gwq/gwq.h>
+#include "frame/internal/usb_ids.h"
 
 namespace gwq::test {
 namespace {

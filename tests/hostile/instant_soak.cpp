@@ -8,8 +8,8 @@
 #include <exception>
 #include <string_view>
 
+#include <gwq/gwq.h>
 #include "customer/agreeable.h"
-#include "gwq.h"
 #include "hostile/calls.h"
 #include "hostile/instant_usb.h"
 #include "hostile/soak.h"

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-#include "frame/usb_ids.h"
+#include "frame/internal/usb_ids.h"
 #include "support/test_clock.h"
 
 struct libusb_device {};

@@ -15,7 +15,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 #include "hostile/calls.h"
 
 namespace gwq::test {

@@ -1,5 +1,5 @@
 /* Waits for a customer's PIN until somebody unplugs the terminal, and goes on once it is plugged in again. */
-#include <gwq.h>
+#include <gwq/gwq.h>
 #include <stdio.h>
 #include <unistd.h>
 

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 #include "support/temp_dir.h"
 
 namespace gwq::test {

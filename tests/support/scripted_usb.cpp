@@ -11,7 +11,7 @@
 #include <mutex>
 #include <optional>
 
-#include "frame/usb_ids.h"
+#include "frame/internal/usb_ids.h"
 #include "support/test_clock.h"
 
 struct libusb_device {

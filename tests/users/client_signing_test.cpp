@@ -1,6 +1,6 @@
 // What gwq.hpp itself does about signatures, above a library that the test plays.
 #include <gmock/gmock.h>
-#include <gwq.hpp>
+#include <gwq/gwq.hpp>
 
 #include <functional>
 #include <future>

@@ -1,6 +1,6 @@
 // Every call of gwq.hpp, against the virtual terminal.
 #include <gmock/gmock.h>
-#include <gwq.hpp>
+#include <gwq/gwq.hpp>
 
 #include <chrono>
 #include <filesystem>

@@ -17,7 +17,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 
 enum { kBaud = 115200, kExitStatus = 7, kLongestExitMs = 3000 };
 

@@ -17,7 +17,7 @@ def blocks(document):
 def run(name, code, *arguments):
     """Standard output of a program, with the library's directory as the documents write it."""
     (WORK / f'{name}.c').write_text(code)
-    subprocess.run(['cc', f'-I{ROOT}/src', f'{name}.c', f'-L{LIBRARY.parent}', '-lgwq', '-o', name], cwd=WORK, check=True)
+    subprocess.run(['cc', f'-I{LIBRARY.parent.parent}/include', f'{name}.c', f'-L{LIBRARY.parent}', '-lgwq', '-o', name], cwd=WORK, check=True)
     done = subprocess.run([TERMINAL, 'exec', '--', f'./{name}', *arguments], cwd=WORK, check=True, capture_output=True,
                           text=True, env={'LD_LIBRARY_PATH': str(LIBRARY.parent), 'PATH': '/usr/bin:/bin'})
     return done.stdout

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "e2e/library/library.h"
-#include "frame/usb_ids.h"
+#include "frame/internal/usb_ids.h"
 #include "support/bytes.h"
 
 namespace gwq::test {

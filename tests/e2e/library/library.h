@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "gwq.h"
+#include <gwq/gwq.h>
 #include "support/temp_dir.h"
 
 namespace gwq::test {

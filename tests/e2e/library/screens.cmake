@@ -13,7 +13,7 @@ add_executable(e2e_screens
   usb_watch.cpp
   ${PROJECT_SOURCE_DIR}/examples/bank_keys.cpp
   ${PROJECT_SOURCE_DIR}/examples/bank_pad.cpp)
-target_include_directories(e2e_screens PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/src
+target_include_directories(e2e_screens PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_BINARY_DIR}/include ${PROJECT_SOURCE_DIR}/src
   ${PROJECT_SOURCE_DIR}/examples ${PROJECT_BINARY_DIR}/generated)
 target_link_libraries(e2e_screens PRIVATE gwq_temp_dir OpenSSL::Crypto PNG::PNG nlohmann_json::nlohmann_json GTest::gmock
   GTest::gtest_main ${CMAKE_DL_LIBS})

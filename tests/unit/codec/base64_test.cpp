@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "codec/encodings.h"
+#include <gwq/codec/encodings.h>
 #include "support/bytes.h"
 #include "support/guarded_buffer.h"
 

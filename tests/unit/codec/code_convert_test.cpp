@@ -6,7 +6,7 @@
 #include <atomic>
 #include <random>
 
-#include "codec/encodings.h"
+#include <gwq/codec/encodings.h>
 #include "support/bytes.h"
 #include "support/guarded_buffer.h"
 #include "support/iconv_text.h"

@@ -5,8 +5,8 @@
 #include <map>
 #include <sstream>
 
-#include "codec/encodings.h"
-#include "codec/gbk_text.h"
+#include <gwq/codec/encodings.h>
+#include "codec/internal/gbk_text.h"
 #include "support/iconv_text.h"
 
 namespace gwq::test {

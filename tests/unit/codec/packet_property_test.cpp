@@ -1,7 +1,7 @@
 // Frames against a plain reading of them, on random and on damaged input.
 #include <gtest/gtest.h>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 #include "unit/codec/frames.h"
 
 namespace gwq::test {

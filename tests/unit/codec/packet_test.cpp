@@ -1,5 +1,5 @@
 // The PIN pad's request and answer frames: the cases one writes by hand.
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "codec/packet.h"
+#include <gwq/codec/packet.h>
 #include "unit/codec/frames.h"
 
 namespace gwq::test {

@@ -8,8 +8,8 @@
 #include <ostream>
 #include <string>
 
-#include "codec/packet.h"
-#include "codec/text_forms.h"
+#include <gwq/codec/packet.h>
+#include <gwq/codec/text_forms.h>
 #include "unit/codec/buffers.h"
 
 namespace gwq::test {

@@ -1,12 +1,12 @@
 // Conversions between bytes, hexadecimal text and split form: the cases one writes by hand.
-#include "codec/text_forms.h"
+#include <gwq/codec/text_forms.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <type_traits>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "unit/codec/buffers.h"
 
 namespace gwq::test {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <random>
 
-#include "codec/encodings.h"
+#include <gwq/codec/encodings.h>
 #include "support/bytes.h"
 #include "support/guarded_buffer.h"
 #include "support/iconv_text.h"

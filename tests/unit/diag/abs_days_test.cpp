@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 
 namespace gwq::test {
 namespace {

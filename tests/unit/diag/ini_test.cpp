@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "diag/Rwini.h"
+#include <gwq/diag/Rwini.h>
 #include "support/temp_dir.h"
 
 namespace gwq::test {

@@ -16,9 +16,9 @@
 #include <thread>
 #include <vector>
 
-#include "diag/clock_text.h"
-#include "diag/log.h"
-#include "diag/log_failure.h"
+#include <gwq/diag/log.h>
+#include "diag/internal/clock_text.h"
+#include "diag/internal/log_failure.h"
 #include "support/as_user.h"
 #include "support/log_capture.h"
 #include "support/temp_dir.h"

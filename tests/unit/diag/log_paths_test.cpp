@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 #include "support/log_capture.h"
 #include "support/test_clock.h"
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 #include "support/log_capture.h"
 #include "support/temp_dir.h"
 #include "support/test_clock.h"

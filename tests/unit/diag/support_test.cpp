@@ -6,7 +6,7 @@
 #include <chrono>
 #include <thread>
 
-#include "diag/log.h"
+#include <gwq/diag/log.h>
 #include "support/log_capture.h"
 #include "support/test_clock.h"
 

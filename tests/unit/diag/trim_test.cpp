@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "diag/Rwini.h"
+#include <gwq/diag/Rwini.h>
 
 namespace gwq::test {
 namespace {

@@ -1,6 +1,6 @@
 // The firmware package and the pictures of the idle screen.
-#include "files/media_functions.h"
-#include "frame/transaction.h"
+#include <gwq/files/media_functions.h>
+#include <gwq/frame/transaction.h>
 #include "support/iconv_text.h"
 #include "unit/files/files_rig.h"
 

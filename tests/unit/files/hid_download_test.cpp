@@ -1,7 +1,7 @@
 // The download of a file or firmware image: each packet travels up to its first zero byte.
-#include "files/media.h"
+#include <gwq/files/media.h>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "unit/files/files_rig.h"
 #include "unit/screens/failing_system.h"
 

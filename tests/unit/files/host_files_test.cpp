@@ -1,5 +1,5 @@
 // Files on the host: names, sizes, whole-file reading and writing, Base64 of files.
-#include "files/host_files.h"
+#include <gwq/files/host_files.h>
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
 // Head photos, the QR code and the lists of the terminal's files.
-#include "files/media_functions.h"
+#include <gwq/files/media_functions.h>
 
 #include <optional>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "support/guarded_buffer.h"
 #include "support/iconv_text.h"
 #include "unit/files/files_rig.h"

@@ -1,5 +1,5 @@
 // Listing, deleting and sending media with the exchanges of their own.
-#include "files/media.h"
+#include <gwq/files/media.h>
 
 #include <libusb-1.0/libusb.h>
 
@@ -7,10 +7,10 @@
 #include <random>
 #include <sstream>
 
-#include "codec/text_forms.h"
-#include "frame/port.h"
-#include "frame/transaction.h"
-#include "frame/usb_ids.h"
+#include <gwq/codec/text_forms.h>
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include "frame/internal/usb_ids.h"
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "unit/files/files_rig.h"

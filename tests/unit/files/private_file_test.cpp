@@ -1,5 +1,5 @@
 // Files at well-known places.
-#include "files/private_file.h"
+#include "files/internal/private_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

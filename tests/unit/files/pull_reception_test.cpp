@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <random>
 
-#include "files/pull_reception.h"
+#include "files/internal/pull_reception.h"
 #include "support/bytes.h"
 #include "wire/frames.h"
 

@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <numeric>
 
-#include "files/pull.h"
-#include "frame/transaction.h"
+#include <gwq/files/pull.h>
+#include <gwq/frame/transaction.h>
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/temp_dir.h"

@@ -3,8 +3,8 @@
 
 #include <csignal>
 
-#include "files/pull.h"
-#include "files/push.h"
+#include <gwq/files/pull.h>
+#include <gwq/files/push.h>
 #include "support/guarded_buffer.h"
 #include "unit/files/files_rig.h"
 

@@ -1,9 +1,9 @@
 // Sending one file to the terminal, byte for byte.
-#include "files/push.h"
+#include <gwq/files/push.h>
 
 #include <unistd.h>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "support/as_user.h"
 #include "support/fake_tty.h"
 #include "unit/files/files_rig.h"

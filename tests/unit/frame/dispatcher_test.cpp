@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include "frame/port.h"
-#include "links/usb_hid.h"
+#include <gwq/frame/port.h>
+#include <gwq/links/usb_hid.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"

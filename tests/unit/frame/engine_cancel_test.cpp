@@ -4,9 +4,9 @@
 
 #include <thread>
 
-#include "frame/operation.h"
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include "frame/internal/operation.h"
 #include "support/fake_tty.h"
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"

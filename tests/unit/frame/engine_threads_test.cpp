@@ -5,8 +5,8 @@
 #include <atomic>
 #include <thread>
 
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"

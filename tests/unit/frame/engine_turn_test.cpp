@@ -12,8 +12,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "frame/port.h"
-#include "frame/transaction.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/scripted_usb.h"

@@ -5,10 +5,10 @@
 
 #include <climits>
 
-#include "frame/port.h"
-#include "frame/transaction.h"
-#include "frame/usb_ids.h"
-#include "links/usb_hid.h"
+#include <gwq/frame/port.h>
+#include <gwq/frame/transaction.h>
+#include <gwq/links/usb_hid.h>
+#include "frame/internal/usb_ids.h"
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"

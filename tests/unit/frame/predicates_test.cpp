@@ -4,7 +4,7 @@
 
 #include <climits>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
 

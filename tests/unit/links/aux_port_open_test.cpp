@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "links/aux_port.h"
-#include "links/serial.h"
+#include <gwq/links/aux_port.h>
+#include <gwq/links/serial.h>
 #include "support/fake_tty.h"
 #include "support/iconv_text.h"
 #include "support/log_capture.h"

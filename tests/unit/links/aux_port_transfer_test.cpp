@@ -6,7 +6,7 @@
 #include <atomic>
 #include <thread>
 
-#include "links/aux_port.h"
+#include <gwq/links/aux_port.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/iconv_text.h"

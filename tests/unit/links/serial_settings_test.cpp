@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 #include "support/fake_tty.h"
 #include "support/log_capture.h"
 

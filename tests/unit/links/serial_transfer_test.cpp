@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"

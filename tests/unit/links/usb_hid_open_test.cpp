@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <libusb-1.0/libusb.h>
 
-#include "links/usb_hid.h"
+#include <gwq/links/usb_hid.h>
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 

@@ -7,7 +7,7 @@
 #include <numeric>
 #include <thread>
 
-#include "links/usb_hid.h"
+#include <gwq/links/usb_hid.h>
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"

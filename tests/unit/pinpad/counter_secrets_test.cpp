@@ -7,8 +7,8 @@
 #include <functional>
 #include <string_view>
 
-#include "frame/transaction.h"
-#include "pinpad/counter.h"
+#include <gwq/frame/transaction.h>
+#include <gwq/pinpad/counter.h>
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"

@@ -2,9 +2,9 @@
 #include <functional>
 #include <tuple>
 
-#include "pinpad/entry.h"
-#include "pinpad/keys.h"
-#include "pinpad/settings.h"
+#include <gwq/pinpad/entry.h>
+#include <gwq/pinpad/keys.h>
+#include <gwq/pinpad/settings.h>
 #include "support/fake_tty.h"
 #include "unit/pinpad/pinpad_rig.h"
 

@@ -1,5 +1,5 @@
 // Factor, public key, digest and working keys.
-#include "pinpad/keys.h"
+#include <gwq/pinpad/keys.h>
 
 #include <climits>
 #include <functional>

@@ -2,7 +2,7 @@
 #include <climits>
 #include <tuple>
 
-#include "pinpad/entry.h"
+#include <gwq/pinpad/entry.h>
 #include "support/fake_tty.h"
 #include "unit/pinpad/pinpad_rig.h"
 

@@ -2,7 +2,7 @@
 #include <climits>
 #include <functional>
 
-#include "pinpad/entry.h"
+#include <gwq/pinpad/entry.h>
 #include "support/fake_tty.h"
 #include "support/iconv_text.h"
 #include "unit/pinpad/pinpad_rig.h"

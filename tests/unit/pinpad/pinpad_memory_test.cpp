@@ -1,9 +1,9 @@
 // Without memory for a command's buffers the call fails and sends nothing.
 #include <functional>
 
-#include "pinpad/entry.h"
-#include "pinpad/keys.h"
-#include "pinpad/settings.h"
+#include <gwq/pinpad/entry.h>
+#include <gwq/pinpad/keys.h>
+#include <gwq/pinpad/settings.h>
 #include "unit/pinpad/pinpad_rig.h"
 
 namespace gwq::test {

@@ -8,7 +8,7 @@
 #include <list>
 #include <ostream>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"

@@ -2,9 +2,9 @@
 // storage once a call of the framed PIN-pad functions has returned, whatever its outcome.
 #include <memory>
 
-#include "pinpad/entry.h"
-#include "pinpad/keys.h"
-#include "pinpad/settings.h"
+#include <gwq/pinpad/entry.h>
+#include <gwq/pinpad/keys.h>
+#include <gwq/pinpad/settings.h>
 #include "unit/pinpad/pinpad_rig.h"
 #include "unit/pinpad/register_capture.h"
 #include "unit/pinpad/secret_search.h"

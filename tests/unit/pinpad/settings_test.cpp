@@ -1,5 +1,5 @@
 // Values of the settings, the terminal's serial number, and the four settings in one call.
-#include "pinpad/settings.h"
+#include <gwq/pinpad/settings.h>
 
 #include <climits>
 #include <functional>

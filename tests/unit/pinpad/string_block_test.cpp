@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "extra.h"
-#include "pinpad/entry.h"
+#include <gwq/extra.h>
+#include <gwq/pinpad/entry.h>
 #include "support/fake_tty.h"
 #include "support/host_file_turn.h"
 #include "support/temp_dir.h"

@@ -3,8 +3,8 @@
 #include <optional>
 #include <thread>
 
-#include "screens/evaluation.h"
-#include "screens/terminal_control.h"
+#include <gwq/screens/evaluation.h>
+#include <gwq/screens/terminal_control.h>
 #include "support/fake_tty.h"
 #include "support/turns.h"
 #include "unit/screens/screens_rig.h"

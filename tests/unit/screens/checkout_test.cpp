@@ -1,5 +1,5 @@
 // The checkout screen. The library's memory can be made to run out.
-#include "screens/checkout.h"
+#include <gwq/screens/checkout.h>
 
 #include <climits>
 #include <cstdlib>

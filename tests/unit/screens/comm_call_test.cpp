@@ -1,5 +1,5 @@
 // The terminal's description as JSON.
-#include "screens/comm_call.h"
+#include <gwq/screens/comm_call.h>
 
 #include <cjson/cJSON.h>
 

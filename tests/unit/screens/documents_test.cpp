@@ -1,5 +1,5 @@
 // Showing documents, and asking for agreement.
-#include "screens/documents.h"
+#include <gwq/screens/documents.h>
 
 #include <climits>
 

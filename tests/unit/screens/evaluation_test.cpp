@@ -1,5 +1,5 @@
 // The teller's card and the rating, on USB and on a serial port.
-#include "screens/evaluation.h"
+#include <gwq/screens/evaluation.h>
 
 #include <climits>
 #include <optional>

@@ -1,7 +1,7 @@
 // Signing one page by hand.
 #include <climits>
 
-#include "screens/signing.h"
+#include <gwq/screens/signing.h>
 #include "unit/screens/signing_rig.h"
 
 namespace gwq::test {

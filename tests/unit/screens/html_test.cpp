@@ -1,6 +1,6 @@
 // Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of the test here, and
 // its memory can be made to run out.
-#include "screens/html.h"
+#include <gwq/screens/html.h>
 
 #include <fcntl.h>
 #include <pthread.h>

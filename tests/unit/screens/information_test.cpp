@@ -1,5 +1,5 @@
 // Messages with answer keys, and numbers keyed by the customer.
-#include "screens/information.h"
+#include <gwq/screens/information.h>
 
 #include <climits>
 

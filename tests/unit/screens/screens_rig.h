@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
 #include "support/guarded_buffer.h"
 #include "unit/files/files_rig.h"
 #include "wire/screen_frames.h"

@@ -1,12 +1,12 @@
 // Signing documents, with and without a spoken prompt.
-#include "screens/signing.h"
+#include <gwq/screens/signing.h>
 
 #include <climits>
 #include <optional>
 #include <thread>
 
-#include "extra.h"
-#include "files/output_room.h"
+#include <gwq/extra.h>
+#include "files/internal/output_room.h"
 #include "unit/screens/failing_system.h"
 #include "unit/screens/signing_rig.h"
 

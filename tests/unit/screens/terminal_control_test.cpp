@@ -1,5 +1,5 @@
 // The firmware's version, and closing what the terminal shows. Two threads: cancel_threads_test.cpp.
-#include "screens/terminal_control.h"
+#include <gwq/screens/terminal_control.h>
 
 #include "unit/screens/screens_rig.h"
 

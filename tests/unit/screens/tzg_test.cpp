@@ -3,7 +3,7 @@
 
 #include <climits>
 
-#include "screens/signing.h"
+#include <gwq/screens/signing.h>
 #include "unit/screens/failing_system.h"
 #include "unit/screens/signing_rig.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "codec/lanes.h"
+#include "codec/internal/lanes.h"
 
 namespace gwq {
 

@@ -1,7 +1,7 @@
 // The serial link's write as an exchange makes it, with an end.
 #pragma once
 
-#include "links/terminal_line.h"
+#include "links/internal/terminal_line.h"
 
 namespace gwq {
 

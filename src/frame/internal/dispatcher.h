@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 
 namespace gwq {
 

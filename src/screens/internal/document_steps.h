@@ -5,8 +5,8 @@
 #include <span>
 #include <string_view>
 
-#include "codec/secret.h"
-#include "frame/ask.h"
+#include "codec/internal/secret.h"
+#include "frame/internal/ask.h"
 
 namespace gwq {
 

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "files/file.h"
+#include "files/internal/file.h"
 
 namespace gwq {
 

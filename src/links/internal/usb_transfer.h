@@ -6,8 +6,8 @@
 
 #include <algorithm>
 
-#include "codec/secret.h"
-#include "diag/pause.h"
+#include "codec/internal/secret.h"
+#include "diag/internal/pause.h"
 
 namespace gwq::usb {
 

@@ -12,7 +12,7 @@
 // port ends the exchange around it, as if the predicate had jumped.
 #pragma once
 
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 
 namespace gwq {
 

@@ -1,8 +1,8 @@
 // Log lines with Chinese text: LogGbk(Gbk("..."), arguments).
 #pragma once
 
-#include "codec/gbk_text.h"
-#include "diag/log.h"
+#include <gwq/diag/log.h>
+#include "codec/internal/gbk_text.h"
 
 namespace gwq {
 

@@ -4,7 +4,7 @@
 #include <ctime>
 #include <optional>
 
-#include "links/serial.h"
+#include <gwq/links/serial.h>
 
 namespace gwq {
 

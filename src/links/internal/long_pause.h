@@ -1,7 +1,7 @@
 // What a cancelled read of the links that hosts drive themselves does before it gives its result.
 #pragma once
 
-#include "diag/pause.h"
+#include "diag/internal/pause.h"
 
 namespace gwq {
 

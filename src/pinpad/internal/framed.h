@@ -4,9 +4,9 @@
 #include <span>
 #include <string_view>
 
-#include "codec/secret.h"
-#include "frame/ask.h"
-#include "frame/port.h"
+#include <gwq/frame/port.h>
+#include "codec/internal/secret.h"
+#include "frame/internal/ask.h"
 
 namespace gwq {
 

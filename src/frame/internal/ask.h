@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
-#include "codec/secret.h"
-#include "frame/transaction.h"
+#include <gwq/frame/transaction.h>
+#include "codec/internal/secret.h"
 
 namespace gwq {
 

@@ -5,10 +5,10 @@
 // The public members of the family are descriptions handed to it.
 #pragma once
 
-#include "frame/dispatcher.h"
-#include "frame/port.h"
-#include "frame/turn.h"
-#include "frame/usb_ids.h"
+#include <gwq/frame/port.h>
+#include "frame/internal/dispatcher.h"
+#include "frame/internal/turn.h"
+#include "frame/internal/usb_ids.h"
 
 namespace gwq {
 
