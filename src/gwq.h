@@ -2,7 +2,7 @@
  *
  * Conventions that hold throughout, unless a declaration says otherwise:
  *
- * - Results are statuses (frame/port.h): 0 is success, negatives are failures; where a function
+ * - Results are statuses (status_codes.h): 0 is success, negatives are failures; where a function
  *   returns a count, the count is 0 or more.
  * - Port number: 0 is the USB link; n of 1 or more is the serial device /dev/ttyS(n-1).
  * - Text is NUL-terminated. Pointers must not be NULL where no NULL rule is given.
@@ -45,5 +45,6 @@
 #include <gwq/screens/signing.h>
 #include <gwq/screens/terminal_control.h>
 #include <gwq/status.h>
+#include <gwq/status_codes.h>
 
 #endif

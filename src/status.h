@@ -14,7 +14,7 @@
 #include <stddef.h>
 #include <string.h>
 
-#include <gwq/frame/port.h>
+#include <gwq/status_codes.h>
 
 /* The languages of the texts. */
 enum GwqLanguage {

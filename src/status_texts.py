@@ -13,7 +13,7 @@ def source(path):
 def statuses(source_dir):
     """{'GWQ_REFUSED': -14, ...}"""
     return {name: int(value) for name, value in
-            re.findall(r'(GWQ_\w+)\s*=\s*(-?\d+)', source(source_dir / 'frame/port.h'))}
+            re.findall(r'(GWQ_\w+)\s*=\s*(-?\d+)', source(source_dir / 'status_codes.h'))}
 
 
 def initializer(source_dir, declaration):

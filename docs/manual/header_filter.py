@@ -26,8 +26,8 @@ SIGN_IS_STATUS = ('frame', 'links', 'files', 'pinpad', 'screens')
 
 def statuses():
     """{'-14': 'GWQ_REFUSED', ...}"""
-    port = (SOURCE / 'frame/port.h').read_text(encoding='utf-8')
-    listed = re.search(r'enum GwqStatus \{(.*?)\};', port, re.DOTALL)[1]
+    codes = (SOURCE / 'status_codes.h').read_text(encoding='utf-8')
+    listed = re.search(r'enum GwqStatus \{(.*?)\};', codes, re.DOTALL)[1]
     return {value: name for name, value in re.findall(r'(GWQ_\w+) =\s+(-?\d+)', listed)}
 
 

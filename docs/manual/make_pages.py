@@ -55,7 +55,7 @@ def status_page():
     values = {name: value for value, name in statuses().items()}
     found = STATUS_TEXT.findall((SOURCE / 'status.h').read_text(encoding='utf-8'))
     if {name for name, *_ in found} != set(values):
-        sys.exit('make_pages.py: src/status.h and src/frame/port.h do not name the same statuses')
+        sys.exit('make_pages.py: src/status.h and src/status_codes.h do not name the same statuses')
     rows = []
     for name, cause, remedy in found:
         cells = [values[name], '#' + name, '<br>'.join(texts(cause)), '<br>'.join(texts(remedy))]

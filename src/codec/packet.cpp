@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include <gwq/status_codes.h>
 #include "codec/internal/secret.h"
 #include "codec/internal/split_form.h"
 #include "codec/internal/xor_fold.h"
@@ -15,9 +16,6 @@ namespace {
 
 constexpr unsigned char kStx = 0x02;
 constexpr unsigned char kEtx = 0x03;
-constexpr int kBadFrame = -8;
-constexpr int kFailed = -2;
-constexpr int kRefused = -14;
 constexpr std::size_t kBodySize = 2048;
 
 using Bytes = std::span<const std::uint8_t>;
@@ -85,10 +83,10 @@ int PackData(const unsigned char* body, int n, unsigned char* out) {
 
 int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* dataLen) {
   const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), gwq::kStx, gwq::kEtx);
-  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > gwq::kBodySize) return gwq::kBadFrame;
+  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > gwq::kBodySize) return GWQ_BAD_FRAME;
   gwq::MergedAnswer answer;
   answer.size = gwq::MergePairs(body, answer.bytes.span());
-  if (!answer.XorHolds()) return gwq::kBadFrame;
+  if (!answer.XorHolds()) return GWQ_BAD_FRAME;
   const gwq::Bytes found = answer.Data();
   if (data != nullptr) std::copy(found.begin(), found.end(), data);
   if (dataLen != nullptr) *dataLen = static_cast<int>(found.size());
@@ -130,25 +128,25 @@ void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
 }
 
 int CheckAndGetResponse(const unsigned char* buf, int count) {
-  if (buf == nullptr || count == 0) return gwq::kFailed;
+  if (buf == nullptr || count == 0) return GWQ_NO_ANSWER;
   const gwq::Bytes answer = BytesOf(buf, count);
-  if (answer.size() < 2 || answer.front() != gwq::kStx || answer.back() != gwq::kEtx) return gwq::kRefused;
-  if (answer[1] == 'U') return gwq::kRefused;
-  if (answer.size() > 2 && answer[1] == 0xAA && answer[2] == '1') return gwq::kFailed;
+  if (answer.size() < 2 || answer.front() != gwq::kStx || answer.back() != gwq::kEtx) return GWQ_REFUSED;
+  if (answer[1] == 'U') return GWQ_REFUSED;
+  if (answer.size() > 2 && answer[1] == 0xAA && answer[2] == '1') return GWQ_NO_ANSWER;
   return 0;
 }
 
 int CheckAndGetResponseForTY(unsigned char stx, unsigned char etx, const unsigned char* buf, int count,
                              unsigned char* out, int* outLen) {
   const gwq::Bytes answer = BytesOf(buf, count);
-  if (out == nullptr || outLen == nullptr) return gwq::kRefused;
-  if (answer.size() < 2 || answer.front() != stx || answer.back() != etx) return gwq::kRefused;
+  if (out == nullptr || outLen == nullptr) return GWQ_REFUSED;
+  if (answer.size() < 2 || answer.front() != stx || answer.back() != etx) return GWQ_REFUSED;
   const gwq::Bytes body = answer.subspan(1, answer.size() - 2);
   gwq::SecretArray<unsigned char, 1024> merged;
-  if (body.size() > 2 * merged.size()) return gwq::kRefused;
+  if (body.size() > 2 * merged.size()) return GWQ_REFUSED;
   // The last character of an odd body is paired with the end mark behind it.
   const gwq::Bytes joined = merged.span().first(gwq::JoinPairs(body, etx, merged.span()));
-  if (!gwq::MarkMatchesLength(joined)) return gwq::kRefused;
+  if (!gwq::MarkMatchesLength(joined)) return GWQ_REFUSED;
   std::copy(joined.begin() + 1, joined.end(), out);
   *outLen = static_cast<int>(joined.size()) - 1;
   return 0;

@@ -19,8 +19,6 @@
 namespace gwq {
 namespace {
 
-constexpr int kBadArgument = -2;
-
 // The part behind the last `mark`; null when there is none.
 const char* Behind(const char* path, char mark) {
   const char* found = path == nullptr ? nullptr : std::strrchr(path, mark);
@@ -93,18 +91,18 @@ int ReadFileData(unsigned char* buffer, const char* path, const char* mode) {
 int GetBase46FromFile(const char* path, char* out, int* len) {
   const int size = get_file_size(path);
   if (size < 0) return GWQ_NO_FILE;
-  if (len == nullptr) return gwq::kBadArgument;
+  if (len == nullptr) return GWQ_FILE_BAD_ARGUMENT;
   const std::int64_t need = gwq::SizeAsBase64(size);
   if (need > INT_MAX) return gwq::NoMemory();  // more than the interface can count
   if (out == nullptr || need > *len) {
     ICC_DPrintLogToFile("GetBase46FromFile szBase == NULL");
     *len = static_cast<int>(need);
-    return gwq::kBadArgument;
+    return GWQ_FILE_BAD_ARGUMENT;
   }
   gwq::SecretHeap<unsigned char> data(static_cast<std::size_t>(size));
   if (!data) return gwq::NoMemory();
   const int count = gwq::ReadAtMost({data.data(), data.size()}, path, "rb");
-  if (count == 0) return gwq::kBadArgument;
+  if (count == 0) return GWQ_FILE_BAD_ARGUMENT;
   std::memset(out, 0, static_cast<std::size_t>(*len));
   const int length = EncryptBase64(data.data(), count, out, *len);
   if (length > 0) *len = length;
@@ -113,7 +111,7 @@ int GetBase46FromFile(const char* path, char* out, int* len) {
 }
 
 int WriteBase64ToFile(const char* path, const char* text, int len) {
-  if (path == nullptr || text == nullptr || len < 0) return gwq::kBadArgument;
+  if (path == nullptr || text == nullptr || len < 0) return GWQ_FILE_BAD_ARGUMENT;
   gwq::SecretHeap<unsigned char> data(static_cast<std::size_t>(len) / 4 * 3);
   if (!data) return GWQ_TOO_SMALL;
   const int count = DecryptBase64(text, len, data.data(), static_cast<int>(data.size()));

@@ -55,8 +55,6 @@ constexpr std::array kLinks{
 };
 static_assert(GWQ_LINK_USB == 0 && GWQ_LINK_SERIAL == 1);
 
-constexpr int kNoSuchLink = -1;
-
 const Link* LinkOfType(std::int32_t type) {
   return type >= 0 && type < static_cast<std::int32_t>(kLinks.size())
              ? &kLinks[static_cast<std::size_t>(type)]
@@ -93,7 +91,7 @@ void UseParameters(const SavedParameters& parameters) {
 
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
   const gwq::Link* link = port == nullptr ? nullptr : gwq::LinkOfType(port->nLinkType);
-  if (link == nullptr) return gwq::kNoSuchLink;
+  if (link == nullptr) return GWQ_LINK_UNUSABLE;
   const int result = link->open(*port);
   if (result == 0) gwq::UseParameters(gwq::FromDescriptor(*port));
   return result;
@@ -101,23 +99,23 @@ int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
 
 int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
   const gwq::Link* link = gwq::LinkInUse();
-  return link == nullptr ? gwq::kNoSuchLink : link->write(data, length);
+  return link == nullptr ? GWQ_LINK_UNUSABLE : link->write(data, length);
 }
 
 int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {
   const gwq::Link* link = gwq::LinkInUse();
-  if (link == nullptr) return gwq::kNoSuchLink;
+  if (link == nullptr) return GWQ_LINK_UNUSABLE;
   return link->read(buffer, maximum, gwq::g_BackUpParam.timeout_s, &gwq::EndOfSaved);
 }
 
 int ICC_CloseLinuxTransPort() {
   const gwq::Link* link = gwq::LinkInUse();
-  return link == nullptr ? gwq::kNoSuchLink : link->close();
+  return link == nullptr ? GWQ_LINK_UNUSABLE : link->close();
 }
 
 int ICC_CancelReadLinuxTransPort() {
   const gwq::Link* link = gwq::LinkInUse();
-  return link == nullptr ? gwq::kNoSuchLink : link->cancel();
+  return link == nullptr ? GWQ_LINK_UNUSABLE : link->cancel();
 }
 
 int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port) {

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/log_gbk.h"
 #include "diag/internal/shared_word.h"
 #include "links/internal/aux_dialect.h"
@@ -21,8 +22,6 @@ GwqAuxOp g_AuxOp;
 
 namespace gwq {
 namespace {
-
-constexpr int kCancelled = -27;
 constexpr const char* kLockKeyboard = "\x1B[2h";
 constexpr const char* kUnlockKeyboard = "\x1B[2l";
 
@@ -72,7 +71,7 @@ bool IsInvisible(char c) {
 
 int Cancelled() {
   PauseAfterCancel();
-  return kCancelled;
+  return GWQ_LINK_CANCELLED;
 }
 
 int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
@@ -81,7 +80,7 @@ int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
     if (LoadShared(g_bAuxCancel) != 0) return Cancelled();
     const auto got = static_cast<int>(tty::Read(LoadShared(g_AuxFd), buffer + count, maximum - count));
     ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
-    if (got < 0) return tty::kReadError;
+    if (got < 0) return GWQ_LINK_READ;
     count += got;
     if (const auto result = end.Reached(buffer, count)) return *result;
   }
@@ -133,12 +132,12 @@ int VK_SendDataToTransPort(unsigned char* data, int length) {
 }
 
 int ICC_WriteLinux(unsigned char* data, int length) {
-  if (data == nullptr || length < 1) return tty::kBadArgument;
+  if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   return VK_SendDataToTransPort(data, length);
 }
 
 int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (!gwq::IsOpen() || buffer == nullptr) return tty::kBadArgument;
+  if (!gwq::IsOpen() || buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   StoreShared(gwq::g_bAuxCancel, 0);
   StoreShared(gwq::g_bAuxReading, 1);
   const int result = gwq::ReadUntilEnd(buffer, maximum, gwq::ReadEnd(maximum, timeout_s, end));
@@ -148,7 +147,7 @@ int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRea
 }
 
 int VK_OpenAuxPort(int type, int port, int baud, int lock) {
-  if (port < 1) return tty::kBadArgument;
+  if (port < 1) return GWQ_LINK_BAD_ARGUMENT;
   gwq::ChooseDialect(type);
   gwq::Send(gwq::AuxSwitchOn(type, port, baud).data());
   if (type == gwq::kAuxSecond || lock == 0) return 0;
@@ -176,7 +175,7 @@ int ICC_OpenLinuxAux(int type, int port, int baud, int lock) {
   if (VK_OpenAuxPort(type, port, baud, lock) == 0) return 0;
   ResetAux(LoadShared(g_AuxFd));
   tty::Close(g_AuxFd);
-  return tty::kSettingsFailed;
+  return GWQ_LINK_UNUSABLE;
 }
 
 int ICC_CloseLinuxAux(int lock) {
@@ -186,7 +185,7 @@ int ICC_CloseLinuxAux(int lock) {
 }
 
 int ICC_WriteLinuxAux(unsigned char* data, int length) {
-  if (data == nullptr || length < 1) return tty::kBadArgument;
+  if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   gwq::SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
   const int result = ICC_WriteLinux(data, length);
   gwq::SendAround(g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
@@ -198,7 +197,7 @@ int ICC_ReadLinuxAux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxAuxRead() {
-  if (!gwq::IsOpen()) return tty::kNotOpen;
+  if (!gwq::IsOpen()) return GWQ_LINK_NO_DEVICE;
   if (LoadShared(gwq::g_bAuxReading) == 1) StoreShared(gwq::g_bAuxCancel, 1);
   return 0;
 }

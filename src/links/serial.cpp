@@ -5,6 +5,7 @@
 #include <termio.h>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/shared_word.h"
 #include "links/internal/lifetime.h"
 #include "links/internal/read_end.h"
@@ -12,9 +13,6 @@
 
 namespace gwq {
 namespace {
-
-constexpr int kWriteFailed = -5;
-constexpr int kCancelled = -23;
 
 int g_ComFd = tty::kClosed;
 struct termio g_OldTermio {};
@@ -24,9 +22,9 @@ int g_bComCancel = 0;
 int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
   int count = 0;
   while (true) {
-    if (LoadShared(g_bComCancel) != 0) return kCancelled;
+    if (LoadShared(g_bComCancel) != 0) return GWQ_CANCELLED;
     const ssize_t got = tty::Read(LoadShared(g_ComFd), buffer + count, maximum - count);
-    if (got < 0) return tty::kReadError;
+    if (got < 0) return GWQ_LINK_READ;
     count += static_cast<int>(got);
     if (const auto result = end.Reached(buffer, count)) return *result;
   }
@@ -74,9 +72,9 @@ int SendDataToTransPort(unsigned char* data, int length) {
 }
 
 int gwq::WriteSerial(unsigned char* data, int length, const tty::WriteEnd& end) {
-  if (data == nullptr || length < 1) return tty::kBadArgument;
+  if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   const int sent = tty::Write(LoadShared(g_ComFd), data, length, end);
-  return sent >= 0 ? sent : kWriteFailed;
+  return sent >= 0 ? sent : GWQ_LINK_WRITE;
 }
 
 int ICC_WriteLinuxCom(unsigned char* data, int length) {
@@ -84,7 +82,7 @@ int ICC_WriteLinuxCom(unsigned char* data, int length) {
 }
 
 int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (LoadShared(g_ComFd) == tty::kClosed || buffer == nullptr) return tty::kBadArgument;
+  if (LoadShared(g_ComFd) == tty::kClosed || buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   ICC_DPrintLogToFile(" ICC_ReadLinuxCom nTimeOut=%d", timeout_s);
   const int outer_reading =
       LoadShared(gwq::g_bComReading);  // 1 for a read that the outer one's predicate makes
@@ -96,7 +94,7 @@ int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxComRead() {
-  if (LoadShared(g_ComFd) == tty::kClosed) return tty::kNotOpen;
+  if (LoadShared(g_ComFd) == tty::kClosed) return GWQ_LINK_NO_DEVICE;
   if (LoadShared(gwq::g_bComReading) == 1) StoreShared(gwq::g_bComCancel, 1);
   return 0;
 }

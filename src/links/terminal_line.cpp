@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <ctime>
 
+#include <gwq/status_codes.h>
 #include "diag/internal/shared_word.h"
 
 namespace gwq::tty {
@@ -130,26 +131,26 @@ bool Cancelled(const WriteEnd& end) {
 }  // namespace
 
 int SetUp(int fd, int baud, struct termio& saved) {
-  if (fd == kClosed) return kBadArgument;
-  if (ioctl(fd, TCGETA, &saved) != 0) return kSettingsFailed;
+  if (fd == kClosed) return GWQ_LINK_BAD_ARGUMENT;
+  if (ioctl(fd, TCGETA, &saved) != 0) return GWQ_LINK_UNUSABLE;
   struct termio raw = RawSettings(saved, baud);
-  return ioctl(fd, TCSETAF, &raw) == 0 ? 0 : kSettingsFailed;
+  return ioctl(fd, TCSETAF, &raw) == 0 ? 0 : GWQ_LINK_UNUSABLE;
 }
 
 int Restore(int fd, const struct termio& saved) {
-  if (fd == kClosed) return kBadArgument;
-  return ioctl(fd, TCSETAF, &saved) == 0 ? 0 : kSettingsFailed;
+  if (fd == kClosed) return GWQ_LINK_BAD_ARGUMENT;
+  return ioctl(fd, TCSETAF, &saved) == 0 ? 0 : GWQ_LINK_UNUSABLE;
 }
 
 int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int baud)) {
   Close(shared_fd);
   const int fd = path == nullptr ? kClosed : open(path, O_RDWR);  // may become the controlling terminal
-  if (fd < 0) return kOpenFailed;
+  if (fd < 0) return GWQ_NOT_OPENED;
   fcntl(fd, F_SETFD, FD_CLOEXEC);
   StoreShared(shared_fd, fd);
   if (set_up(fd, baud) == 0) return 0;
   Close(shared_fd);
-  return kSettingsFailed;
+  return GWQ_LINK_UNUSABLE;
 }
 
 void Close(int& shared_fd) {
@@ -160,7 +161,7 @@ void Close(int& shared_fd) {
 }
 
 int Write(int fd, const unsigned char* data, int length, const WriteEnd& end) {
-  if (fd == kClosed || data == nullptr || length <= 0) return kBadArgument;
+  if (fd == kClosed || data == nullptr || length <= 0) return GWQ_LINK_BAD_ARGUMENT;
   const WithoutBlocking without_blocking(fd);
   const WithoutSigpipe without_sigpipe;
   Standstill standstill(fd);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/shared_word.h"
 #include "links/internal/lifetime.h"
 #include "links/internal/read_end.h"
@@ -46,13 +47,13 @@ int FindDevice(int vid, int pid) {
   if (count <= 0 || m_devList == nullptr) {
     ICC_DPrintLogToFile("libusb_get_device_list failed......");
     ForgetDevice();
-    return usb::kNoDevice;
+    return GWQ_LINK_NO_DEVICE;
   }
   m_targetDev = FindInList(vid, pid);
   if (m_targetDev == nullptr) {
     ICC_DPrintLogToFile("Not find target device, return\n");
     ForgetDevice();
-    return usb::kNoDevice;
+    return GWQ_LINK_NO_DEVICE;
   }
   ICC_DPrintLogToFile("find target device!!");
   return 0;
@@ -64,7 +65,7 @@ int OpenHandle() {
   if (result != 0) {
     ICC_DPrintLogToFile("libusb_open failed ,nRet=%d\n", result);
     ForgetDevice();
-    return usb::kOpenFailed;
+    return GWQ_NOT_OPENED;
   }
   StoreShared(m_devHandle, handle);
   ICC_DPrintLogToFile("libusb_open success ,nRet=%d", result);
@@ -86,14 +87,14 @@ int ClaimInterface() {
   libusb_close(m_devHandle);
   ForgetDevice();
   ICC_DPrintLogToFile("Cannot Claim Interface:%d\n", result);
-  return usb::kOpenFailed;
+  return GWQ_NOT_OPENED;
 }
 
 int ReadUntilEnd(unsigned char* buffer, const ReadEnd& end) {
   usb::Report report;
   int count = 0;
   while (true) {
-    if (LoadShared(s_bCancelRead) != 0) return usb::kCancelled;
+    if (LoadShared(s_bCancelRead) != 0) return GWQ_LINK_CANCELLED;
     const int transferred = usb::TransferIn(&libusb_bulk_transfer, LoadShared(m_devHandle), report);
     std::memcpy(buffer + count, report.data(), static_cast<std::size_t>(transferred));
     count += transferred;
@@ -149,14 +150,14 @@ int ICC_CloseLinuxHid() {
 }
 
 int ICC_WriteLinuxHid(unsigned char* data, int length) {
-  if (gwq::m_devHandle == nullptr) return usb::kNoDevice;
+  if (gwq::m_devHandle == nullptr) return GWQ_LINK_NO_DEVICE;
   const auto unheard = [](int, int, int) {};
   const bool sent = usb::TransferOut(&libusb_bulk_transfer, gwq::m_devHandle, data, length, unheard);
-  return sent ? length : usb::kWriteFailed;
+  return sent ? length : GWQ_LINK_WRITE;
 }
 
 int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (buffer == nullptr) return usb::kBadArgument;
+  if (buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   const int outer_reading =
       LoadShared(gwq::s_bIsReading);  // 1 for a read that the outer one's predicate makes
   StoreShared(gwq::s_bCancelRead, 0);
@@ -168,7 +169,7 @@ int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 
 int ICC_CancelLinuxHidRead() {
   ICC_DPrintLogToFile("[ICC_CancelLinuxHidRead] begin s_bIsReading=%d\n", LoadShared(gwq::s_bIsReading));
-  if (LoadShared(gwq::m_devHandle) == nullptr) return usb::kNoDevice;
+  if (LoadShared(gwq::m_devHandle) == nullptr) return GWQ_LINK_NO_DEVICE;
   if (LoadShared(gwq::s_bIsReading) == 1) StoreShared(gwq::s_bCancelRead, 1);
   return 0;
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/shared_word.h"
 #include "links/internal/lifetime.h"
 #include "links/internal/long_pause.h"
@@ -36,7 +37,7 @@ int TakeContext() {
   ICC_DPrintLogToFile("libusb_init\n");
   if (result == 0) return 0;
   ICC_DPrintLogToFile("get hiddev err!\n");
-  return usb::kNoDevice;
+  return GWQ_LINK_NO_DEVICE;
 }
 
 bool IsTarget(libusb_device* device, int vid, int pid) {
@@ -64,7 +65,7 @@ int FindDevice(int vid, int pid) {
   if (m_sdtDev == nullptr) {
     ICC_DPrintLogToFile("get hiddev err!\n");
     ForgetDevice();
-    return usb::kNoDevice;
+    return GWQ_LINK_NO_DEVICE;
   }
   ICC_DPrintLogToFile("find target device\n");
   return 0;
@@ -75,7 +76,7 @@ int OpenHandle() {
   if (libusb_open(m_sdtDev, &handle) != 0) {
     ICC_DPrintLogToFile("libusb open failed\n");
     ForgetDevice();
-    return usb::kOpenFailed;
+    return GWQ_NOT_OPENED;
   }
   StoreShared(m_sdtHandle, handle);
   return 0;
@@ -95,7 +96,7 @@ int ClaimInterface() {
   libusb_close(m_sdtHandle);
   ForgetDevice();
   ICC_DPrintLogToFile("Cannot Claim Interface:%d\n", result);
-  return usb::kOpenFailed;
+  return GWQ_NOT_OPENED;
 }
 
 void LogAttempt(int attempt, int transferred, int result) {
@@ -104,7 +105,7 @@ void LogAttempt(int attempt, int transferred, int result) {
 
 int Cancelled() {
   PauseAfterCancel();
-  return usb::kCancelled;
+  return GWQ_LINK_CANCELLED;
 }
 
 int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
@@ -164,15 +165,15 @@ int ICC_CloseLinuxSdt() {
 int ICC_WriteLinuxSdt(unsigned char* data, int length) {
   ICC_DPrintDataHexToFile("hid write", data, length);
   libusb_device_handle* const handle = LoadShared(gwq::m_sdtHandle);
-  if (handle == nullptr) return usb::kNoDevice;
+  if (handle == nullptr) return GWQ_LINK_NO_DEVICE;
   const bool sent = usb::TransferOut(&libusb_interrupt_transfer, handle, data, length, &gwq::LogAttempt);
-  if (!sent) return usb::kWriteFailed;
+  if (!sent) return GWQ_LINK_WRITE;
   ICC_DPrintLogToFile("write ok:%d\n", length);
   return length;
 }
 
 int ICC_ReadLinuxSdt(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (buffer == nullptr) return usb::kBadArgument;
+  if (buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   StoreShared(gwq::s_bSdtCancel, 0);
   StoreShared(gwq::s_bSdtReading, 1);
   const gwq::ReadEnd read_end(maximum, timeout_s, end);
@@ -184,7 +185,7 @@ int ICC_ReadLinuxSdt(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxSdtRead() {
-  if (LoadShared(gwq::m_sdtHandle) == nullptr) return usb::kNoDevice;
+  if (LoadShared(gwq::m_sdtHandle) == nullptr) return GWQ_LINK_NO_DEVICE;
   if (LoadShared(gwq::s_bSdtReading) == 1) StoreShared(gwq::s_bSdtCancel, 1);
   return 0;
 }

@@ -8,6 +8,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/pinpad/keys.h>
 #include <gwq/pinpad/settings.h>
+#include <gwq/status_codes.h>
 #include "frame/internal/arguments.h"
 #include "frame/internal/operation.h"
 #include "pinpad/internal/framed.h"

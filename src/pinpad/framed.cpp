@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include <gwq/codec/packet.h>
+#include <gwq/status_codes.h>
 
 namespace gwq {
 

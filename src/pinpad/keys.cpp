@@ -7,6 +7,7 @@
 
 #include <gwq/codec/text_forms.h>
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "frame/internal/arguments.h"
 #include "pinpad/internal/framed.h"
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "frame/internal/arguments.h"
 #include "pinpad/internal/framed.h"
 

@@ -3,6 +3,7 @@
 #include <array>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "codec/internal/gbk_text.h"
 #include "diag/internal/log_gbk.h"
 #include "frame/internal/operation.h"

@@ -8,6 +8,7 @@
 #include <gwq/files/pull.h>
 #include <gwq/files/push.h>
 #include <gwq/pinpad/counter.h>
+#include <gwq/status_codes.h>
 #include "codec/internal/gbk_text.h"
 #include "diag/internal/log_gbk.h"
 #include "diag/internal/pause.h"

@@ -3,6 +3,7 @@
 #include <array>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "frame/internal/operation.h"
 #include "screens/internal/screen.h"
 

@@ -1,6 +1,7 @@
 #include <gwq/screens/terminal_control.h>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/pause.h"
 #include "frame/internal/operation.h"
 #include "frame/internal/turn.h"

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <gwq/links/serial.h>
+#include <gwq/status_codes.h>
 
 namespace gwq {
 
@@ -18,13 +19,11 @@ class ReadEnd {
   [[nodiscard]] std::optional<int> Reached(unsigned char* buffer, int count) const {
     if (count >= maximum_) return maximum_;
     if (predicate_ != nullptr && predicate_(buffer, count) == 0) return count;
-    if (time(nullptr) - start_ > timeout_s_) return kTimeOut;
+    if (time(nullptr) - start_ > timeout_s_) return GWQ_LINK_TIMEOUT;
     return std::nullopt;
   }
 
  private:
-  static constexpr int kTimeOut = -4;
-
   int maximum_;
   int timeout_s_;
   GwqEndOfRead predicate_;

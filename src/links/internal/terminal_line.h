@@ -4,16 +4,12 @@
 #include <sys/types.h>
 #include <termio.h>
 
-namespace gwq::tty {
+#include <gwq/status_codes.h>
 
-inline constexpr int kOpenFailed = -3;
-inline constexpr int kSettingsFailed = -1;
-inline constexpr int kBadArgument = -2;
-inline constexpr int kReadError = -6;
-inline constexpr int kNotOpen = -7;
+namespace gwq::tty {
 inline constexpr int kClosed = -1;
 
-// Saves the settings of `fd` and applies raw 8N1 at `baud`. Returns 0, kSettingsFailed, or kBadArgument if
+// Saves the settings of `fd` and applies raw 8N1 at `baud`. Returns 0, GWQ_LINK_UNUSABLE, or GWQ_LINK_BAD_ARGUMENT if
 // `fd` is kClosed.
 int SetUp(int fd, int baud, struct termio& saved);
 
@@ -21,7 +17,7 @@ int SetUp(int fd, int baud, struct termio& saved);
 int Restore(int fd, const struct termio& saved);
 
 // Closes what is open in `shared_fd` with its settings as they are, then opens `path` there and sets it up.
-// Returns 0, kOpenFailed or kSettingsFailed, both with nothing open.
+// Returns 0, GWQ_NOT_OPENED or GWQ_LINK_UNUSABLE, both with nothing open.
 int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int baud));
 
 // Closes what is open in `shared_fd`.
@@ -34,7 +30,7 @@ struct WriteEnd {
 };
 
 // Writes until all bytes are out, an error comes, or `end`. A signal does not end it, and a pipe that nobody reads gives
-// an error, not SIGPIPE. Returns the bytes written; kBadArgument if `fd` is kClosed, for null, or a length of 0 or less.
+// an error, not SIGPIPE. Returns the bytes written; GWQ_LINK_BAD_ARGUMENT if `fd` is kClosed, for null, or a length of 0 or less.
 int Write(int fd, const unsigned char* data, int length, const WriteEnd& end = {});
 
 // One read of what is there, `room` bytes at most; 0 when a signal has come.

@@ -1,4 +1,4 @@
-// What the two USB links have in common: statuses, interface 0, and transfers of at most 1024 bytes, endpoint
+// What the two USB links have in common: interface 0, and transfers of at most 1024 bytes, endpoint
 // 0x02 out and 0x81 in. Each brings the libusb function that it transfers with.
 #pragma once
 
@@ -10,12 +10,6 @@
 #include "diag/internal/pause.h"
 
 namespace gwq::usb {
-
-inline constexpr int kBadArgument = -2;
-inline constexpr int kOpenFailed = -3;
-inline constexpr int kWriteFailed = -5;
-inline constexpr int kNoDevice = -7;
-inline constexpr int kCancelled = -27;
 
 inline constexpr int kInterface = 0;
 inline constexpr unsigned char kEndpointOut = 0x02;
