@@ -29,6 +29,7 @@
 #include <gwq/frame/port.h>
 #include <gwq/frame/transaction.h>
 #include <gwq/links/aux_port.h>
+#include <gwq/links/end_of_read.h>
 #include <gwq/links/serial.h>
 #include <gwq/links/usb_hid.h>
 #include <gwq/links/usb_interrupt.h>

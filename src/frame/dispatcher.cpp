@@ -6,11 +6,9 @@
 
 #include <gwq/diag/log.h>
 #include <gwq/frame/port.h>
-#include <gwq/links/serial.h>
-#include <gwq/links/usb_hid.h>
 #include "diag/internal/shared_word.h"
 #include "frame/internal/turn.h"
-#include "links/internal/serial_write.h"
+#include "links/internal/link.h"
 
 namespace gwq {
 namespace {
@@ -20,45 +18,13 @@ static_assert(offsetof(SavedParameters, predicate) == 8 && offsetof(SavedParamet
 
 SavedParameters g_BackUpParam{};
 
-// A link, as the dispatcher calls it. All but `cancel` belong to the one thread that exchanges and may block;
-// `cancel` comes from any thread and never waits.
-struct Link {
-  int (*open)(const TransMssionLinux_t& port);
-  int (*write)(unsigned char* data, int length);
-  int (*read)(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
-  int (*close)();
-  int (*cancel)();
-};
-
-int OpenUsb(const TransMssionLinux_t& port) {
-  return ICC_OpenLinuxHid(port.nVid, port.nPid);
-}
-
-int OpenSerial(const TransMssionLinux_t& port) {
-  return ICC_OpenLinuxCom(port.szTtyName, port.nBaud);
-}
-
-int WriteSerialInTime(unsigned char* data, int length) {
-  return WriteSerial(data, length, {.timeout_s = g_BackUpParam.timeout_s, .cancelled = &ExchangeCancelled});
-}
-
-int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  const int result = ICC_ReadLinuxCom(buffer, maximum, timeout_s, end);
-  ICC_DPrintDataHexToFile("COM PACKGET READ", buffer, result);
-  return result;
-}
-
 // By link type.
-constexpr std::array kLinks{
-    Link{&OpenUsb, &ICC_WriteLinuxHid, &ICC_ReadLinuxHid, &ICC_CloseLinuxHid, &ICC_CancelLinuxHidRead},
-    Link{&OpenSerial, &WriteSerialInTime, &ReadSerial, &ICC_CloseLinuxCom, &ICC_CancelLinuxComRead},
-};
+constexpr std::array kLinks{&kUsbHidLink, &kSerialLink};
 static_assert(GWQ_LINK_USB == 0 && GWQ_LINK_SERIAL == 1);
 
 const Link* LinkOfType(std::int32_t type) {
-  return type >= 0 && type < static_cast<std::int32_t>(kLinks.size())
-             ? &kLinks[static_cast<std::size_t>(type)]
-             : nullptr;
+  return type >= 0 && type < static_cast<std::int32_t>(kLinks.size()) ? kLinks[static_cast<std::size_t>(type)]
+                                                                      : nullptr;
 }
 
 const Link* LinkInUse() {
@@ -92,14 +58,15 @@ void UseParameters(const SavedParameters& parameters) {
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
   const gwq::Link* link = port == nullptr ? nullptr : gwq::LinkOfType(port->nLinkType);
   if (link == nullptr) return GWQ_LINK_UNUSABLE;
-  const int result = link->open(*port);
+  const int result = link->open({port->nVid, port->nPid, port->szTtyName, port->nBaud});
   if (result == 0) gwq::UseParameters(gwq::FromDescriptor(*port));
   return result;
 }
 
 int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
   const gwq::Link* link = gwq::LinkInUse();
-  return link == nullptr ? GWQ_LINK_UNUSABLE : link->write(data, length);
+  if (link == nullptr) return GWQ_LINK_UNUSABLE;
+  return link->write(data, length, {gwq::g_BackUpParam.timeout_s, &gwq::ExchangeCancelled});
 }
 
 int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {

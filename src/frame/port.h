@@ -5,7 +5,7 @@
 #include <stdint.h>
 
 #include <gwq/export.h>
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 #include <gwq/status_codes.h>
 
 GWQ_C_BEGIN

@@ -28,7 +28,7 @@
 #define GWQ_FRAME_TRANSACTION_H
 
 #include <gwq/export.h>
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 
 GWQ_C_BEGIN
 

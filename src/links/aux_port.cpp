@@ -12,10 +12,10 @@
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "diag/internal/log_gbk.h"
-#include "diag/internal/shared_word.h"
 #include "links/internal/aux_dialect.h"
 #include "links/internal/long_pause.h"
-#include "links/internal/read_end.h"
+#include "links/internal/read_gate.h"
+#include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
 
 GwqAuxOp g_AuxOp;
@@ -25,17 +25,11 @@ namespace {
 constexpr const char* kLockKeyboard = "\x1B[2h";
 constexpr const char* kUnlockKeyboard = "\x1B[2l";
 
-int g_AuxFd = tty::kClosed;
-struct termio s_SavedTermio {};
-int g_bAuxReading = 0;
-int g_bAuxCancel = 0;
-
-bool IsOpen() {
-  return LoadShared(g_AuxFd) != tty::kClosed;
-}
+constinit TerminalLine g_line;
+constinit ReadGate g_gate;
 
 void Send(const char* bytes, std::size_t count) {
-  tty::Write(LoadShared(g_AuxFd), reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
+  g_line.Write(reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
 }
 
 void Send(const char* text) {
@@ -69,66 +63,49 @@ bool IsInvisible(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-int Cancelled() {
-  PauseAfterCancel();
-  return GWQ_LINK_CANCELLED;
-}
-
-int ReadUntilEnd(unsigned char* buffer, int maximum, const ReadEnd& end) {
-  int count = 0;
-  while (true) {
-    if (LoadShared(g_bAuxCancel) != 0) return Cancelled();
-    const auto got = static_cast<int>(tty::Read(LoadShared(g_AuxFd), buffer + count, maximum - count));
-    ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
-    if (got < 0) return GWQ_LINK_READ;
-    count += got;
-    if (const auto result = end.Reached(buffer, count)) return *result;
-  }
-}
-
 }  // namespace
 }  // namespace gwq
 
-using gwq::g_AuxFd;
-using gwq::Gbk;
-using gwq::LoadShared;
-using gwq::LogGbk;
-using gwq::StoreShared;
-namespace tty = gwq::tty;
+using namespace gwq;
 
 void ClearInvisibleCharInStr(char* text) {
   ICC_DPrintLogToFile("ClearInvisibleCharInStr  \n");
   if (text == nullptr) return;
-  *std::remove_if(text, text + std::strlen(text), &gwq::IsInvisible) = '\0';
+  *std::remove_if(text, text + std::strlen(text), &IsInvisible) = '\0';
 }
 
 int SetTerm(int fd, int baud) {
-  const int result = tty::SetUp(fd, baud, gwq::s_SavedTermio);
+  const int result = g_line.SetUp(fd, baud);
   if (result == 0) ICC_DPrintLogToFile("SetTerm  RET_SUCCESS\n");
   return result;
 }
 
 int ResetAux(int fd) {
   ICC_DPrintLogToFile(" ResetAux \n");
-  return tty::Restore(fd, gwq::s_SavedTermio);
+  return g_line.Restore(fd);
 }
 
 int ICC_OpenLinux(const char* path, int baud) {
-  const int result = tty::Open(g_AuxFd, path, baud, &SetTerm);
-  if (result == 0) LogGbk(Gbk("ICC_OpenLinux : 打开终端\n"));
-  return result;
+  g_line.Close();
+  UniqueFd fd = OpenTerminal(path);
+  if (!fd) return GWQ_NOT_OPENED;
+  if (SetTerm(fd.get(), baud) != 0) return GWQ_LINK_UNUSABLE;
+  g_line.Use(fd.release());
+  LogGbk(Gbk("ICC_OpenLinux : 打开终端\n"));
+  return 0;
 }
 
 int ICC_CloseLinux() {
-  if (!gwq::IsOpen()) return 0;
-  ResetAux(LoadShared(g_AuxFd));
-  tty::Close(g_AuxFd);
+  if (!g_line.IsOpen()) return 0;
+  ResetAux(g_line.fd());
+  g_line.Close();
+  g_gate.Reset();
   LogGbk(Gbk("ICC_CloseLinux :关闭终端\n"));
   return 0;
 }
 
 int VK_SendDataToTransPort(unsigned char* data, int length) {
-  return tty::Write(LoadShared(g_AuxFd), data, length);
+  return g_line.Write(data, length);
 }
 
 int ICC_WriteLinux(unsigned char* data, int length) {
@@ -137,31 +114,34 @@ int ICC_WriteLinux(unsigned char* data, int length) {
 }
 
 int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  if (!gwq::IsOpen() || buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
-  StoreShared(gwq::g_bAuxCancel, 0);
-  StoreShared(gwq::g_bAuxReading, 1);
-  const int result = gwq::ReadUntilEnd(buffer, maximum, gwq::ReadEnd(maximum, timeout_s, end));
-  StoreShared(gwq::g_bAuxReading, 0);
+  if (!g_line.IsOpen() || buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
+  const ReadGate::Reading reading(g_gate);
+  const auto read_some = [&](int count) {
+    const int got = g_line.Read(buffer + count, maximum - count);
+    ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
+    return got;
+  };
+  const int result = ReadUntil(ReadEnd(maximum, timeout_s, end), g_gate, buffer, read_some, &AfterLongPause);
   LogGbk(Gbk("ICC_ReadLinu :从辅口得到数据\n"));
   return result;
 }
 
 int VK_OpenAuxPort(int type, int port, int baud, int lock) {
   if (port < 1) return GWQ_LINK_BAD_ARGUMENT;
-  gwq::ChooseDialect(type);
-  gwq::Send(gwq::AuxSwitchOn(type, port, baud).data());
-  if (type == gwq::kAuxSecond || lock == 0) return 0;
+  ChooseDialect(type);
+  Send(AuxSwitchOn(type, port, baud).data());
+  if (type == kAuxSecond || lock == 0) return 0;
   LogGbk(Gbk("VK_OpenAuxPort : 打开辅口，锁住键盘\n"));
-  gwq::Send(gwq::kLockKeyboard);
+  Send(kLockKeyboard);
   return 0;
 }
 
 int VK_CloseAuxPort(int lock) {
-  if (!gwq::IsKnown(g_AuxOp.nType)) g_AuxOp.nType = gwq::kAuxFirst;
-  gwq::Send(gwq::AuxSwitchOff(g_AuxOp.nType));
+  if (!IsKnown(g_AuxOp.nType)) g_AuxOp.nType = kAuxFirst;
+  Send(AuxSwitchOff(g_AuxOp.nType));
   if (lock == 0) return 0;
   LogGbk(Gbk(" VK_CloseAuxPort ：关闭辅口 ，解锁键盘\n"));
-  gwq::Send(gwq::kUnlockKeyboard);
+  Send(kUnlockKeyboard);
   return 0;
 }
 
@@ -173,22 +153,22 @@ int ICC_OpenLinuxAux(int type, int port, int baud, int lock) {
   ICC_DPrintLogToFile("LinuxOpenPort %d, %d, %d, %d\r\n", type, port, baud, lock);
   if (const int result = ICC_OpenLinux(name.data(), baud); result != 0) return result;
   if (VK_OpenAuxPort(type, port, baud, lock) == 0) return 0;
-  ResetAux(LoadShared(g_AuxFd));
-  tty::Close(g_AuxFd);
+  ResetAux(g_line.fd());
+  g_line.Close();
   return GWQ_LINK_UNUSABLE;
 }
 
 int ICC_CloseLinuxAux(int lock) {
-  if (!gwq::IsOpen()) return 0;
+  if (!g_line.IsOpen()) return 0;
   VK_CloseAuxPort(lock);
   return ICC_CloseLinux();
 }
 
 int ICC_WriteLinuxAux(unsigned char* data, int length) {
   if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
-  gwq::SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
+  SendAround(g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
   const int result = ICC_WriteLinux(data, length);
-  gwq::SendAround(g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
+  SendAround(g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
   return result;
 }
 
@@ -197,18 +177,18 @@ int ICC_ReadLinuxAux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
 }
 
 int ICC_CancelLinuxAuxRead() {
-  if (!gwq::IsOpen()) return GWQ_LINK_NO_DEVICE;
-  if (LoadShared(gwq::g_bAuxReading) == 1) StoreShared(gwq::g_bAuxCancel, 1);
+  if (!g_line.IsOpen()) return GWQ_LINK_NO_DEVICE;
+  g_gate.Cancel();
   return 0;
 }
 
 void SetAuxFd(int fd) {
-  StoreShared(g_AuxFd, fd);
+  g_line.Use(fd);
   ICC_DPrintLogToFile("SetAuxFd  setg_AuxFd\n");
 }
 
 void ClearReceiveBuffer() {
-  if (!gwq::IsOpen()) return;
-  tcflush(LoadShared(g_AuxFd), TCIFLUSH);
+  if (!g_line.IsOpen()) return;
+  tcflush(g_line.fd(), TCIFLUSH);
   ICC_DPrintLogToFile("ClearReceiveBuffer  tcflush(g_AuxFd, TCIFLUSH) \n");
 }

@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 #include <gwq/export.h>
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 
 GWQ_C_BEGIN
 

@@ -6,12 +6,9 @@
 #define GWQ_LINKS_SERIAL_H
 
 #include <gwq/export.h>
+#include <gwq/links/end_of_read.h>
 
 GWQ_C_BEGIN
-
-/* End-of-answer predicate: sees all bytes read so far and their count, returns 0 when they are a
- * complete answer, anything else to read on. */
-typedef int (*GwqEndOfRead)(unsigned char* data, int count);
 
 /* Opens a serial device and saves its settings. A port that is still open is closed first, its
  * settings left as they are.
@@ -56,8 +53,7 @@ GWQ_API void SetComFd(int fd);
 /* Saves a terminal line's settings and applies the link's own.
  *   fd    its descriptor
  *   baud  as ICC_OpenLinuxCom
- * Returns 0, -1 if they cannot be read or
- * applied, -2 if `fd` is -1. */
+ * Returns 0, -1 if they cannot be read or applied, -2 if `fd` is -1. */
 GWQ_API int SetComAttr(int fd, int baud);
 
 /* Applies the saved settings.

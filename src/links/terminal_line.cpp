@@ -14,9 +14,8 @@
 #include <ctime>
 
 #include <gwq/status_codes.h>
-#include "diag/internal/shared_word.h"
 
-namespace gwq::tty {
+namespace gwq {
 namespace {
 
 struct Speed {
@@ -28,7 +27,7 @@ constexpr std::array kSpeeds{Speed{300, B300},     Speed{1200, B1200},   Speed{2
                              Speed{4800, B4800},   Speed{9600, B9600},   Speed{19200, B19200},
                              Speed{38400, B38400}, Speed{57600, B57600}, Speed{115200, B115200}};
 
-// Bauds that are not in the table mean 9600, on purpose.
+// Contract: a baud rate that is not in the table means 9600.
 unsigned short SpeedCode(int baud) {
   const auto* const found =
       std::find_if(kSpeeds.begin(), kSpeeds.end(), [baud](const Speed& s) { return s.baud == baud; });
@@ -48,7 +47,7 @@ struct termio RawSettings(const struct termio& saved, int baud) {
   return raw;
 }
 
-// Nothing but the write is without blocking: reads wait as the line is set up.
+// Only the write does not block: reads wait as the line is set up.
 class WithoutBlocking {
  public:
   explicit WithoutBlocking(int fd) : fd_(fd), flags_(fcntl(fd, F_GETFL)) {
@@ -130,38 +129,31 @@ bool Cancelled(const WriteEnd& end) {
 
 }  // namespace
 
-int SetUp(int fd, int baud, struct termio& saved) {
-  if (fd == kClosed) return GWQ_LINK_BAD_ARGUMENT;
-  if (ioctl(fd, TCGETA, &saved) != 0) return GWQ_LINK_UNUSABLE;
-  struct termio raw = RawSettings(saved, baud);
+UniqueFd OpenTerminal(const char* path) {
+  const int fd = path == nullptr ? UniqueFd::kNone : open(path, O_RDWR);
+  if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
+  return UniqueFd(fd);
+}
+
+void TerminalLine::Close() {
+  const UniqueFd fd(fd_.exchange(UniqueFd::kNone));
+}
+
+int TerminalLine::SetUp(int fd, int baud) {
+  if (fd == UniqueFd::kNone) return GWQ_LINK_BAD_ARGUMENT;
+  if (ioctl(fd, TCGETA, &saved_) != 0) return GWQ_LINK_UNUSABLE;
+  struct termio raw = RawSettings(saved_, baud);
   return ioctl(fd, TCSETAF, &raw) == 0 ? 0 : GWQ_LINK_UNUSABLE;
 }
 
-int Restore(int fd, const struct termio& saved) {
-  if (fd == kClosed) return GWQ_LINK_BAD_ARGUMENT;
-  return ioctl(fd, TCSETAF, &saved) == 0 ? 0 : GWQ_LINK_UNUSABLE;
+int TerminalLine::Restore(int fd) const {
+  if (fd == UniqueFd::kNone) return GWQ_LINK_BAD_ARGUMENT;
+  return ioctl(fd, TCSETAF, &saved_) == 0 ? 0 : GWQ_LINK_UNUSABLE;
 }
 
-int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int baud)) {
-  Close(shared_fd);
-  const int fd = path == nullptr ? kClosed : open(path, O_RDWR);  // may become the controlling terminal
-  if (fd < 0) return GWQ_NOT_OPENED;
-  fcntl(fd, F_SETFD, FD_CLOEXEC);
-  StoreShared(shared_fd, fd);
-  if (set_up(fd, baud) == 0) return 0;
-  Close(shared_fd);
-  return GWQ_LINK_UNUSABLE;
-}
-
-void Close(int& shared_fd) {
-  const int fd = LoadShared(shared_fd);
-  if (fd == kClosed) return;
-  close(fd);
-  StoreShared(shared_fd, kClosed);
-}
-
-int Write(int fd, const unsigned char* data, int length, const WriteEnd& end) {
-  if (fd == kClosed || data == nullptr || length <= 0) return GWQ_LINK_BAD_ARGUMENT;
+int TerminalLine::Write(const unsigned char* data, int length, const WriteEnd& end) const {
+  if (!IsOpen() || data == nullptr || length <= 0) return GWQ_LINK_BAD_ARGUMENT;
+  const int fd = this->fd();
   const WithoutBlocking without_blocking(fd);
   const WithoutSigpipe without_sigpipe;
   Standstill standstill(fd);
@@ -181,9 +173,9 @@ int Write(int fd, const unsigned char* data, int length, const WriteEnd& end) {
 }
 
 // A negative room, from a maximum below 0, would count as a huge one.
-ssize_t Read(int fd, unsigned char* buffer, int room) {
-  const ssize_t got = read(fd, buffer, static_cast<std::size_t>(std::max(room, 0)));
-  return got < 0 && errno == EINTR ? 0 : got;
+int TerminalLine::Read(unsigned char* buffer, int room) const {
+  const ssize_t got = read(fd(), buffer, static_cast<std::size_t>(std::max(room, 0)));
+  return got < 0 && errno == EINTR ? 0 : static_cast<int>(got);
 }
 
-}  // namespace gwq::tty
+}  // namespace gwq

@@ -7,7 +7,7 @@
 #define GWQ_LINKS_USB_HID_H
 
 #include <gwq/export.h>
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 
 GWQ_C_BEGIN
 

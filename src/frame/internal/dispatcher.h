@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 
 namespace gwq {
 

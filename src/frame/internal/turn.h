@@ -12,7 +12,7 @@
 // port ends the exchange around it, as if the predicate had jumped.
 #pragma once
 
-#include <gwq/links/serial.h>
+#include <gwq/links/end_of_read.h>
 
 namespace gwq {
 

@@ -1,27 +1,15 @@
-// What the serial link and the auxiliary port have in common: a terminal line in raw mode.
+// A terminal line in raw mode, as the serial link and the auxiliary port use it.
 #pragma once
 
 #include <sys/types.h>
 #include <termio.h>
 
+#include <atomic>
+
 #include <gwq/status_codes.h>
+#include "links/internal/unique_fd.h"
 
-namespace gwq::tty {
-inline constexpr int kClosed = -1;
-
-// Saves the settings of `fd` and applies raw 8N1 at `baud`. Returns 0, GWQ_LINK_UNUSABLE, or GWQ_LINK_BAD_ARGUMENT if
-// `fd` is kClosed.
-int SetUp(int fd, int baud, struct termio& saved);
-
-// Applies the saved settings; results as SetUp.
-int Restore(int fd, const struct termio& saved);
-
-// Closes what is open in `shared_fd` with its settings as they are, then opens `path` there and sets it up.
-// Returns 0, GWQ_NOT_OPENED or GWQ_LINK_UNUSABLE, both with nothing open.
-int Open(int& shared_fd, const char* path, int baud, int (*set_up)(int fd, int baud));
-
-// Closes what is open in `shared_fd`.
-void Close(int& shared_fd);
+namespace gwq {
 
 // When a write gives up on a peer that takes no more bytes.
 struct WriteEnd {
@@ -29,11 +17,37 @@ struct WriteEnd {
   bool (*cancelled)() = nullptr;
 };
 
-// Writes until all bytes are out, an error comes, or `end`. A signal does not end it, and a pipe that nobody reads gives
-// an error, not SIGPIPE. Returns the bytes written; GWQ_LINK_BAD_ARGUMENT if `fd` is kClosed, for null, or a length of 0 or less.
-int Write(int fd, const unsigned char* data, int length, const WriteEnd& end = {});
+// Opens a device for reading and writing; it may become the controlling terminal. Owns nothing after a failure.
+UniqueFd OpenTerminal(const char* path);
 
-// One read of what is there, `room` bytes at most; 0 when a signal has come.
-ssize_t Read(int fd, unsigned char* buffer, int room);
+// The line that is open, and the settings that it had before. Any thread may ask whether it is open.
+class TerminalLine {
+ public:
+  [[nodiscard]] int fd() const { return fd_.load(std::memory_order_acquire); }
+  [[nodiscard]] bool IsOpen() const { return fd() != UniqueFd::kNone; }
 
-}  // namespace gwq::tty
+  // Makes a descriptor the line's own, without closing the one before.
+  void Use(int fd) { fd_.store(fd, std::memory_order_release); }
+  // Closes the line, its settings as they are.
+  void Close();
+
+  // Saves the settings of `fd` and applies raw 8N1 at `baud`. Returns 0, GWQ_LINK_UNUSABLE, or GWQ_LINK_BAD_ARGUMENT for
+  // no descriptor.
+  int SetUp(int fd, int baud);
+  // Applies the saved settings; results as SetUp.
+  [[nodiscard]] int Restore(int fd) const;
+
+  // Writes until all bytes are out, an error occurs, or `end`. A signal does not end it, and a pipe without a reader
+  // is an error, not SIGPIPE. Returns the bytes written; GWQ_LINK_BAD_ARGUMENT if the line is closed, for NULL, or a
+  // length below 1.
+  int Write(const unsigned char* data, int length, const WriteEnd& end = {}) const;
+
+  // One read of what is there, `room` bytes at most; 0 when a signal arrives, -1 after an error.
+  int Read(unsigned char* buffer, int room) const;
+
+ private:
+  std::atomic<int> fd_{UniqueFd::kNone};
+  struct termio saved_ {};
+};
+
+}  // namespace gwq

@@ -1,0 +1,51 @@
+// Lets other threads cancel a read.
+//
+//            Reading begins           Reading ends
+//   closed ------------------> open ----------------> closed
+//                               | Cancel, from any thread
+//                               v
+//                            cancelled: the read returns at its next look
+//
+// Contract: a cancel that arrives while the gate is closed is dropped, also one between sending and reading.
+#pragma once
+
+#include <atomic>
+
+namespace gwq {
+
+class ReadGate {
+ public:
+  // A running read. One that a predicate makes within another leaves the gate open for the outer one.
+  class Reading {
+   public:
+    // The cancel flag is cleared before the read is announced, and the announcement releases: a canceller that sees the
+    // read also sees the cleared flag, and its own setting is not overwritten.
+    explicit Reading(ReadGate& gate) : gate_(gate), outer_(gate.reading()) {
+      gate_.cancelled_.store(0, std::memory_order_release);
+      gate_.reading_.store(1, std::memory_order_release);
+    }
+    ~Reading() { gate_.reading_.store(outer_, std::memory_order_release); }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+   private:
+    ReadGate& gate_;
+    int outer_;
+  };
+
+  void Cancel() {
+    if (reading() == 1) cancelled_.store(1, std::memory_order_release);
+  }
+
+  // Ends what never returned: a read out of which a predicate has jumped, or another process's.
+  void Reset() { reading_.store(0, std::memory_order_release); }
+
+  [[nodiscard]] int reading() const { return reading_.load(std::memory_order_acquire); }
+  [[nodiscard]] bool cancelled() const { return cancelled_.load(std::memory_order_acquire) != 0; }
+
+ private:
+  std::atomic<int> reading_{0};
+  std::atomic<int> cancelled_{0};
+};
+
+}  // namespace gwq

@@ -1,0 +1,107 @@
+// A USB terminal: interface 0, transfers of at most 1024 bytes, endpoint 0x02 out and 0x81 in. Each of the two USB links
+// has one, with the libusb function that transfers and with its texts in the log.
+#pragma once
+
+#include <libusb-1.0/libusb.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+
+#include "codec/internal/secret.h"
+#include "diag/internal/pause.h"
+
+namespace gwq {
+
+// What opening tells the log. NULL is silent.
+struct UsbTexts {
+  const char* listed;           // %d: how many devices, or libusb's error
+  const char* nothing_listed;   //
+  const char* candidate;        // %04X %04X: vendor and product of each device
+  const char* not_found;        //
+  const char* found;            //
+  const char* open_failed;      // %d: libusb's error
+  const char* opened;           // %d: 0
+  const char* driver_active;    // %d: whether the kernel's driver has the interface, or libusb's error
+  const char* driver_detached;  // %d: libusb's result
+  const char* claimed;          // %d: libusb's result
+};
+
+class UsbDevice {
+ public:
+  static constexpr int kReportSize = 1024;
+  using Report = SecretArray<unsigned char, kReportSize>;
+  using Transfer = decltype(&libusb_bulk_transfer);
+
+  // `list` keeps libusb's device list while the device is open: it holds the reference to the device.
+  constexpr UsbDevice(Transfer transfer, libusb_device**& list, const UsbTexts& texts)
+      : transfer_(transfer), list_(list), texts_(texts) {}
+
+  [[nodiscard]] bool IsOpen() const { return handle() != nullptr; }
+
+  // Returns 0, GWQ_LINK_NO_DEVICE or GWQ_NOT_OPENED; nothing is open after a failure.
+  int Open(int vid, int pid);
+  // The interface goes with the handle. Contract: the kernel's driver stays detached.
+  void Close();
+  // What is open is another process's, whose libusb has it.
+  void Forget();
+
+  // One transfer in, whose bytes are also copied to `out`. Returns how many it brought; only they count, not the
+  // transfer's own result.
+  int Read(Report& report, unsigned char* out) const;
+
+  // Up to 5 transfers of what is not yet out; `attempted` gets each one's number from 1, the bytes it moved and its
+  // result. Returns whether all bytes went out.
+  template <typename Attempted>
+  bool Write(unsigned char* data, int length, Attempted attempted) const;
+
+ private:
+  static constexpr int kInterface = 0;
+  static constexpr unsigned char kEndpointOut = 0x02;
+  static constexpr unsigned char kEndpointIn = 0x81;
+  static constexpr unsigned kWriteTimeoutMs = 1000;
+  static constexpr unsigned kReadTimeoutMs = 200;
+  static constexpr int kWriteAttempts = 5;
+  static constexpr int kPauseAfterErrorMs = 20;
+
+  [[nodiscard]] libusb_device_handle* handle() const { return handle_.load(std::memory_order_acquire); }
+  [[nodiscard]] libusb_device* Find(libusb_device** list, int vid, int pid) const;
+  void DetachKernelDriver(libusb_device_handle* handle) const;
+
+  Transfer transfer_;
+  libusb_device**& list_;
+  const UsbTexts& texts_;
+  std::atomic<libusb_device_handle*> handle_{nullptr};  // a cancelling thread looks at it
+};
+
+// Sleeps after an immediate failure, such as of a device that is gone: the wait for the time-out must not spin.
+inline int UsbDevice::Read(Report& report, unsigned char* out) const {
+  report.Wipe();
+  libusb_device_handle* const device = handle();
+  int transferred = 0;
+  const int result = device == nullptr ? static_cast<int>(LIBUSB_ERROR_NO_DEVICE)
+                                       : transfer_(device, kEndpointIn, report.data(), kReportSize,
+                                                   &transferred, kReadTimeoutMs);
+  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) PauseMs(kPauseAfterErrorMs);
+  transferred = std::clamp(transferred, 0, kReportSize);
+  std::memcpy(out, report.data(), static_cast<std::size_t>(transferred));
+  return transferred;
+}
+
+template <typename Attempted>
+bool UsbDevice::Write(unsigned char* data, int length, Attempted attempted) const {
+  if (length < 0 || (data == nullptr && length > 0)) return false;
+  libusb_device_handle* const device = handle();
+  int sent = 0;
+  for (int attempt = 1; attempt <= kWriteAttempts; ++attempt) {
+    int transferred = 0;
+    const int result =
+        transfer_(device, kEndpointOut, data + sent, length - sent, &transferred, kWriteTimeoutMs);
+    attempted(attempt, transferred, result);
+    sent += std::clamp(transferred, 0, length - sent);
+    if (sent == length) return true;
+  }
+  return false;
+}
+
+}  // namespace gwq
