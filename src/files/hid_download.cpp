@@ -15,17 +15,15 @@
 #include "diag/internal/shared_word.h"
 #include "files/internal/file.h"
 #include "files/internal/path_list.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
 
 namespace gwq {
 namespace {
 
-constexpr int kBaud = 9600;
 constexpr int kTimeoutMs = 3000;
-constexpr int kFirmware = 4;
 constexpr std::size_t kPieceSize = 30300;
-constexpr std::size_t kLongestName = 1022;
 
 // A zero byte behind the packet, so that it is always a text.
 using Packet = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
@@ -45,7 +43,8 @@ std::span<std::uint8_t> Payload(Packet& packet, std::size_t count) {
 bool Send(char* packet) {
   AnswerText<1024> answer;
   const int length = static_cast<int>(std::strlen(packet));
-  const int result = TransProc(0, kBaud, packet, length, answer.data(), answer.length(), kTimeoutMs);
+  const int result = Exchange(kAsk, kPushEndpoint, {packet, length}, {&EndOfRead2, kTimeoutMs},
+                              {answer.data(), answer.length()});
   return result == GWQ_OK && answer.text().starts_with(kDoneAnswer);
 }
 
@@ -56,8 +55,7 @@ void Complete(Packet& packet, PacketType type, std::size_t count) {
 }
 
 bool ChangeMode() {
-  char command[] = "\x1B[0HIDCHANGE";
-  if (Send(command)) return true;
+  if (Send(ModeChange().data())) return true;
   ICC_DPrintLogToFile(" changge mode");
   return false;
 }
@@ -76,7 +74,7 @@ bool cmdDownLoad(std::FILE* file, Packet& packet) {
 
 bool cmdEnd(int file_type, std::string_view name, Packet& packet) {
   packet.fill('\0');
-  const auto payload = Payload(packet, std::min(name.size(), kLongestName) + 1);
+  const auto payload = Payload(packet, std::min(name.size(), kMaxNameSize) + 1);
   payload[0] = static_cast<std::uint8_t>(file_type);
   name.copy(reinterpret_cast<char*>(payload.data()) + 1, payload.size() - 1);
   Complete(packet, PacketType::kEnd, payload.size());
@@ -101,7 +99,7 @@ bool IsReadable(std::FILE* file) {
 }
 
 std::string_view NameOnTerminal(const char* path, int file_type) {
-  if (file_type == kFirmware) return "update.dat";
+  if (file_type == kFirmwareImage) return "update.dat";
   const char* slash = std::strrchr(path, '/');
   const char* mark = slash == nullptr ? std::strrchr(path, '\\') : slash;
   const std::string_view name = mark == nullptr ? "" : mark + 1;

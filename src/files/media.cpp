@@ -8,6 +8,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/frame/port.h>
 #include "codec/internal/split_form.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/arguments.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/exchange.h"
@@ -21,18 +22,12 @@ constexpr int kPieceLinkTimeoutMs = 5000;
 constexpr int kPieceSize = 1024;
 constexpr std::size_t kRecordOverhead = 9;
 
-// False when the name does not fit: cut, it would delete another file.
+// The command is sent whole with its zero padding, N bytes. A name that is cut would delete another file.
 template <std::size_t N>
-bool BuildDelete(CommandText<N>& command, int file_type, const char* name) {
-  command << "\x1B[0DELETE\x02" << file_type << "|" << OrEmpty(name) << "\x03";
-  return !command.IsCut();
-}
-
-// Sends the whole zero-padded buffer, as these commands do.
-template <std::size_t N>
-int AskWithWholeBuffer(Line line, CommandText<N>& command, AnswerText<4096>& answer, int timeout_ms) {
-  return TransProc(line.port, line.baud, command.data(), static_cast<int>(N), answer.data(), answer.length(),
-                   timeout_ms);
+int AskWithWholeBuffer(Endpoint endpoint, Command<N>& command, int timeout_ms, AnswerText<4096>& answer) {
+  if (command.IsCut()) return GWQ_BAD_ARGUMENT;
+  return Exchange(kAsk, endpoint, {command.data(), static_cast<int>(N)}, {&EndOfRead2, timeout_ms},
+                  {answer.data(), answer.length()});
 }
 
 void WriteLittleEndian(int value, unsigned char* out) {
@@ -40,39 +35,64 @@ void WriteLittleEndian(int value, unsigned char* out) {
     out[i] = static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i));
 }
 
-// The split form of a piece's record as it goes into the command.
-template <std::size_t N>
-void AppendPiece(CommandText<N>& command, int total, int remaining, std::span<const unsigned char> piece) {
+// Contract: any byte count above 0 is GWQ_READ_FAILED.
+int ReadPieceAnswer() {
+  AnswerText<1024> answer;
+  auto* bytes = reinterpret_cast<unsigned char*>(answer.data());
+  if (ICC_ReadDataFromTransPort(bytes, *answer.length()) != 0) return GWQ_READ_FAILED;
+  if (std::string_view(answer.data(), kDoneAnswer.size()) == kDoneAnswer) return GWQ_OK;
+  ICC_DPrintLogToFile(" read fail ");
+  return GWQ_REFUSED;
+}
+
+// Sends the piece's record in split form. Total and index may be any numbers of the caller's: their difference wraps around.
+int SendPiece(int file_type, int total, int index, std::span<const unsigned char> piece, const char* name) {
+  const auto remaining = static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
   SecretArray<unsigned char, kPieceSize + kRecordOverhead> record;
   const int size =
       GetDownParam3(total, remaining, piece.data(), static_cast<int>(piece.size()), record.data());
   SecretArray<char, 2 * (kPieceSize + kRecordOverhead)> split;
   const int length = HexAsc1Split(record.data(), size, split.data(), static_cast<int>(split.size()));
-  command << std::string_view(split.data(), static_cast<std::size_t>(length));
+  Command<4096> command(Channel::kDevice, "DOWNLOAD");
+  command.Fields('|', file_type, OrEmpty(name),
+                 std::string_view(split.data(), static_cast<std::size_t>(length)));
+  // Contract: only the first 1024 bytes are sent. The name is among them, whole.
+  const int piece_at = command.size() - 1 - length;
+  if (command.IsCut() || piece_at > kPieceSize) return GWQ_BAD_ARGUMENT;
+  if (WriteOnLink(reinterpret_cast<unsigned char*>(command.data()), kPieceSize) < kPieceSize)
+    return GWQ_SEND_FAILED;
+  return ReadPieceAnswer();
 }
 
+// Returns the last piece's status; the ones before do not count.
 int SendPieces(int file_type, std::string_view text, const char* name) {
   const int total = static_cast<int>((text.size() + kPieceSize - 1) / kPieceSize);
   int result = GWQ_OK;
-  for (int index = 1; index <= total;
-       ++index, text.remove_prefix(std::min<std::size_t>(kPieceSize, text.size()))) {
-    const std::string_view piece = text.substr(0, kPieceSize);
-    const auto bytes = AsBytes(piece);
-    result = DownFile(file_type, total, index, bytes.data(), static_cast<int>(bytes.size()), name);
+  for (int index = 1; index <= total; ++index) {
+    result = SendPiece(file_type, total, index, AsBytes(text.substr(0, kPieceSize)), name);
+    text.remove_prefix(std::min<std::size_t>(kPieceSize, text.size()));
   }
   return result;
 }
 
 }  // namespace
+
+int DeleteOnTerminal(Endpoint endpoint, int type, std::string_view name) {
+  Command<4096> command(Channel::kDevice, "DELETE");
+  command.Fields('|', type, name);
+  return command.IsCut() ? static_cast<int>(GWQ_BAD_ARGUMENT) : Tell(endpoint, command, kDeleteTimeoutMs);
+}
+
 }  // namespace gwq
 
+using namespace gwq;
+
 int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, int capacity) {
-  gwq::CommandText<4096> command;
-  gwq::AnswerText<4096> answer;
-  command << "\x1B[0GETFILELIST\x02" << fileType << "\x03";
-  const int result = gwq::AskWithWholeBuffer({port, baud}, command, answer, gwq::kListTimeoutMs);
+  Command<4096> command(Channel::kDevice, "GETFILELIST");
+  AnswerText<4096> answer;
+  const int result = AskWithWholeBuffer({port, baud}, command.Fields('|', fileType), kListTimeoutMs, answer);
   if (result != GWQ_OK) return result;
-  const std::string_view list = gwq::WithoutMarks(answer.text());
+  const std::string_view list = WithoutMarks(answer.text());
   if (out == nullptr || capacity < static_cast<int>(list.size())) return GWQ_TOO_SMALL;
   list.copy(out, list.size());
   return GWQ_OK;
@@ -80,59 +100,40 @@ int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, 
 
 int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const char* text,
                   const char* name) {
-  const gwq::ExchangeTurn turn(0);
-  const gwq::OpenLink link(turn, {0, baud, gwq::kPieceLinkTimeoutMs, &EndOfRead2}, true);
+  const ExchangeTurn turn(0);
+  const OpenLink link(turn, {0, baud}, {&EndOfRead2, kPieceLinkTimeoutMs}, true);
   if (!link) return GWQ_NOT_OPENED;
-  return gwq::SendPieces(fileType, text == nullptr ? "" : text, name);
+  return SendPieces(fileType, OrEmpty(text), name);
 }
 
 int DownFile(int fileType, int total, int index, const unsigned char* data, int count, const char* name) {
-  gwq::CommandText<4096> command;
-  const auto piece = gwq::BytesOf(data, std::min(count, gwq::kPieceSize));
-  command << "\x1B[0DOWNLOAD\x02" << fileType << "|" << gwq::OrEmpty(name) << "|";
-  if (command.size() > gwq::kPieceSize) return GWQ_BAD_ARGUMENT;  // the end of the name would not be sent
-  // Both come from the caller, whatever they are: the difference wraps around.
-  const auto remaining = static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
-  gwq::AppendPiece(command, total, remaining, piece);
-  command << "\x03";
-  if (WriteData(gwq::kPieceSize, reinterpret_cast<unsigned char*>(command.data())) != GWQ_OK)
-    return GWQ_SEND_FAILED;
-  gwq::AnswerText<1024> answer;
-  auto* bytes = reinterpret_cast<unsigned char*>(answer.data());
-  // A read that brings something counts as failed; callers live with it.
-  if (ICC_ReadDataFromTransPort(bytes, *answer.length()) != 0) return GWQ_READ_FAILED;
-  if (std::string_view(answer.data(), gwq::kDoneAnswer.size()) == gwq::kDoneAnswer) return GWQ_OK;
-  ICC_DPrintLogToFile(" read fail ");
-  return GWQ_REFUSED;
+  return SendPiece(fileType, total, index, BytesOf(data, std::min(count, kPieceSize)), name);
 }
 
 int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out) {
   if (out == nullptr) return 0;
-  const auto bytes = gwq::BytesOf(data, count);
+  const auto bytes = BytesOf(data, count);
   const int size = static_cast<int>(bytes.size());
-  gwq::WriteLittleEndian(total, out);
-  gwq::WriteLittleEndian(remaining, out + 4);
+  WriteLittleEndian(total, out);
+  WriteLittleEndian(remaining, out + 4);
   std::copy(bytes.begin(), bytes.end(), out + 8);
   out[8 + size] = GetXorValue(0, out, 8 + size);
-  return size + static_cast<int>(gwq::kRecordOverhead);
+  return size + static_cast<int>(kRecordOverhead);
 }
 
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
-  gwq::CommandText<4096> command;
-  gwq::AnswerText<4096> answer;
-  if (!gwq::BuildDelete(command, fileType, name)) return GWQ_BAD_ARGUMENT;
-  return gwq::AskWithWholeBuffer({port, baud}, command, answer, gwq::kDeleteTimeoutMs);
+  Command<4096> command(Channel::kDevice, "DELETE");
+  AnswerText<4096> answer;
+  return AskWithWholeBuffer({port, baud}, command.Fields('|', fileType, OrEmpty(name)), kDeleteTimeoutMs,
+                            answer);
 }
 
 int DelAllVideoFile(int port, char /*channel*/, int baud, int fileType) {
-  gwq::CommandText<1024> command;
-  gwq::AnswerText<4096> answer;
-  gwq::BuildDelete(command, fileType, "*");
-  return gwq::AskWithWholeBuffer({port, baud}, command, answer, gwq::kDeleteTimeoutMs);
+  Command<1024> command(Channel::kDevice, "DELETE");
+  AnswerText<4096> answer;
+  return AskWithWholeBuffer({port, baud}, command.Fields('|', fileType, "*"), kDeleteTimeoutMs, answer);
 }
 
 int DeleteMediaFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
-  gwq::CommandText<4096> command;
-  if (!gwq::BuildDelete(command, fileType, name)) return GWQ_BAD_ARGUMENT;
-  return Tell({port, baud}, command, gwq::kDeleteTimeoutMs);
+  return DeleteOnTerminal({port, baud}, fileType, OrEmpty(name));
 }

@@ -9,13 +9,11 @@
 
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>
-#include <gwq/files/host_files.h>
-#include <gwq/files/media.h>
-#include <gwq/files/push.h>
 #include <gwq/frame/port.h>
 #include "diag/internal/log_gbk.h"
 #include "diag/internal/pause.h"
 #include "files/internal/path_list.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/arguments.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
@@ -24,37 +22,30 @@ namespace gwq {
 namespace {
 
 constexpr int kTimeoutMs = 3000;
-constexpr int kHeadPhotos = 2;
-constexpr int kFirmwareImage = 4;
-constexpr int kPictures = 0;
-constexpr int kNamedFile = 255;
-constexpr int kPushBaud = 9600;
-constexpr char kPushChannel = '9';
-constexpr std::size_t kLongestName = 1022;  // that a push and a command to delete take
 constexpr int kPauseAfterUpdateMs = 200;
 
 // nSaveType, for pictures.
 enum SaveType { kDeleteAll = 0, kReplaceAll = 1, kAdd = 2, kAddMissing = 3, kDeleteListed = 4 };
 
-using Text = CommandText<1024 + 64>;
+using Request = Command<1024 + 64>;
 
 bool Exists(const char* path) {
   return access(path, F_OK) == 0;
 }
 
 template <std::size_t N>
-int AskUsb(int baud, Text& command, AnswerText<N>& answer) {
+int AskUsb(int baud, Request& command, AnswerText<N>& answer) {
   return Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
 }
 
 int PushPicture(const char* path) {
-  const int result = Z11DownLoadFile(0, kPushChannel, kPushBaud, kPictures, path, nullptr);
+  const int result = PushFile(kPushEndpoint, kPicture, path, BaseName(path));
   if (result != GWQ_OK) ICC_DPrintLogToFile("Z11DownLoadFile Error nRet=%d", result);
   return result;
 }
 
 int DeletePicture(const char* name) {
-  return DeleteMediaFile(0, '\0', 0, kPictures, name);
+  return DeleteOnTerminal({.port = 0, .baud = 0}, kPicture, name);
 }
 
 bool IsFirmwarePackage(const char* path) {
@@ -71,14 +62,14 @@ int UpdateFirmware(int baud, const char* path) {
     LogGbk(Gbk("升级包类型错误"));
     return GWQ_BAD_ARGUMENT;
   }
-  const int result = Z11DownLoadFile(0, kPushChannel, kPushBaud, kFirmwareImage, path, nullptr);
+  const int result = PushFile(kPushEndpoint, kFirmwareImage, path, BaseName(path));
   if (result != GWQ_OK) {
     LogGbk(Gbk("升级包下载失败 nRet=%d"), result);
     return result;
   }
   LogGbk(Gbk("升级包下载成功"));
-  Text command;
-  Tell({0, baud}, command << "\x1B[0UPDATE\x02/mnt/sdcard/media/data/update.dat\x03", kTimeoutMs);
+  Request command(Channel::kDevice, "UPDATE");
+  Tell({0, baud}, command.Fields('|', "/mnt/sdcard/media/data/update.dat"), kTimeoutMs);
   PauseMs(kPauseAfterUpdateMs);
   return GWQ_OK;
 }
@@ -88,7 +79,7 @@ struct Tally {
   int needed = 0;
   int done = 0;
 
-  // They cannot differ, for every failure returns before; the check stays as the last word on it.
+  // Contract: compared and logged although every failure has returned earlier.
   [[nodiscard]] int Close() const {
     ICC_DPrintLogToFile("nNeedDown=%d", needed);
     ICC_DPrintLogToFile("nHavedDown=%d", done);
@@ -123,12 +114,12 @@ int AddPictures(char* list) {
 
 // Asks whether the terminal has the picture.
 int QueryPicture(int baud, const char* path, bool& on_terminal) {
-  Text place;
+  SecretText<1024 + 64> place;
   place << "/mnt/internal_sd/media/picture/" << BaseName(path);
   ICC_DPrintLogToFile("query File szDevicePath=%s", place.data());
-  Text command;
+  Request command(Channel::kDevice, "SPECQUERYFILE");
   AnswerText<4096> answer;
-  const int result = AskUsb(baud, command << "\x1B[0SPECQUERYFILE\x02" << place.text() << "\x03", answer);
+  const int result = AskUsb(baud, command.Fields('|', place.text()), answer);
   if (result != GWQ_OK) {
     ICC_DPrintLogToFile("SPECQUERYFILE\tError  nRet=%d", result);
     return result;
@@ -195,7 +186,7 @@ int UnknownType() {
 // A list that was forgotten must not replace all pictures by none; a name that is cut would delete another picture.
 bool ListHolds(const char* list, int save_type) {
   if (list == nullptr) return save_type != kReplaceAll;
-  return save_type != kDeleteListed || LongestElement(list) <= kLongestName;
+  return save_type != kDeleteListed || LongestElement(list) <= kMaxNameSize;
 }
 
 int ChangePictures(int baud, char* list, int save_type) {
@@ -220,14 +211,16 @@ int ChangePictures(int baud, char* list, int save_type) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int baud, char* list, int* length) {
   ICC_DPrintLogToFile("MP_FindHeadPhoto");
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::Text command;
-  gwq::AnswerText<1024> answer;
-  command << "\x1B[0GETFILELIST\x02" << gwq::kHeadPhotos << "\x03";
-  if (const int result = gwq::AskUsb(baud, command, answer); result != GWQ_OK) return result;
-  const std::string_view names = gwq::WithoutMarks(answer.text());
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  Request command(Channel::kDevice, "GETFILELIST");
+  AnswerText<1024> answer;
+  const int result = AskUsb(baud, command.Fields('|', kHeadPhoto), answer);
+  if (result != GWQ_OK) return result;
+  const std::string_view names = WithoutMarks(answer.text());
   if (list == nullptr || length == nullptr || *length < static_cast<int>(names.size())) return GWQ_TOO_SMALL;
   *length = static_cast<int>(names.size());
   list[names.copy(list, names.size())] = '\0';
@@ -236,46 +229,44 @@ int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int bau
 
 int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* name) {
   ICC_DPrintLogToFile("MP_DelHeadFile");
-  gwq::Text command;
-  command << "\x1B[0DELETE\x02" << gwq::kHeadPhotos << "|" << gwq::OrEmpty(name) << "\x03";
+  Request command(Channel::kDevice, "DELETE");
+  command.Fields('|', kHeadPhoto, OrEmpty(name));
   if (command.IsCut()) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::AnswerText<1024> answer;
-  const int result = gwq::AskUsb(baud, command, answer);
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  AnswerText<1024> answer;
+  const int result = AskUsb(baud, command, answer);
   if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
-  return answer.text() == gwq::kRefusalAnswer ? GWQ_REFUSED : GWQ_OK;
+  return answer.text() == kRefusalAnswer ? GWQ_REFUSED : GWQ_OK;
 }
 
-int MP_DownHeadFile(const char* /*ignored*/, const char* channel, int baud, const char* path,
+int MP_DownHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* path,
                     const char* name) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("MP_DownHeadFile");
-  if (!gwq::Given(path) || gwq::OrEmpty(name).size() > gwq::kLongestName) return GWQ_BAD_ARGUMENT;
-  if (!gwq::Exists(path)) {
-    gwq::LogGbk(gwq::Gbk("[MP_DownHeadFile]文件不存在"));
+  if (!Given(path) || OrEmpty(name).size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
+  if (!Exists(path)) {
+    LogGbk(Gbk("[MP_DownHeadFile]文件不存在"));
     return GWQ_NO_FILE;
   }
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::CommandText<256> stored;
-  stored << (gwq::Given(name) ? std::string_view(name) : gwq::BaseName(path));
-  if (!gwq::Given(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
-  const int result = Z11DownLoadHead(0, channel == nullptr ? '\0' : *channel, baud, gwq::kHeadPhotos, path,
-                                     gwq::Given(name) ? name : stored.data());
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  SecretText<256> stored;
+  stored << (Given(name) ? std::string_view(name) : BaseName(path));
+  if (!Given(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
+  const int result = PushFile({0, baud}, kHeadPhoto, path, Given(name) ? name : stored.text());
   ICC_DPrintLogToFile("nRet=%d", result);
   return result;
 }
 
 int MP_SetBarcodePic(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* path) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("[MP_SetBarcodePic]");
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (!gwq::Given(path)) {
-    gwq::Text command;
-    return Tell({0, baud}, command << "\x1B[4QRCODEDELETE", gwq::kTimeoutMs) == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  if (!Given(path)) {
+    Request command(Channel::kEvaluation, "QRCODEDELETE");
+    return Tell({0, baud}, command, kTimeoutMs) == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
   }
-  if (!gwq::Exists(path)) return GWQ_NO_FILE;
-  const int result = Z11DownLoadFile(0, gwq::kPushChannel, gwq::kPushBaud, gwq::kNamedFile, path,
-                                     "/mnt/sdcard/media/file/QRcode.jpg");
+  if (!Exists(path)) return GWQ_NO_FILE;
+  const int result = PushFile(kPushEndpoint, kNamedFile, path, "/mnt/sdcard/media/file/QRcode.jpg");
   ICC_DPrintLogToFile("nRet=%d", result);
   return result;
 }
@@ -285,13 +276,13 @@ int MP_GetFileList(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
   constexpr int kCapacity = 1024;
   ICC_DPrintLogToFile("[MP_GetFileList]");
   ICC_DPrintLogToFile("nFileType=%d", nFileType);
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::Text command;
-  gwq::AnswerText<4096> answer;
-  const int result = gwq::AskUsb(baud, command << "\x1B[0GETFILELIST\x02" << nFileType << "\x03", answer);
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  Request command(Channel::kDevice, "GETFILELIST");
+  AnswerText<4096> answer;
+  const int result = AskUsb(baud, command.Fields('|', nFileType), answer);
   ICC_DPrintLogToFile("TransProc nRet=%d", result);
   if (result != GWQ_OK) return result;
-  const std::string_view names = gwq::WithoutMarks(answer.text()).substr(0, kCapacity - 1);
+  const std::string_view names = WithoutMarks(answer.text()).substr(0, kCapacity - 1);
   std::array<char, kCapacity + 1> converted{};
   g2u(names.data(), static_cast<int>(names.size()), converted.data(), kCapacity - 1);
   if (list != nullptr) std::copy_n(converted.data(), kCapacity, list);
@@ -301,12 +292,12 @@ int MP_GetFileList(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
 
 int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* /*ignored3*/,
                     int nFileType, char* szFilePath, int nSaveType) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("[MP_DownloadFile]");
   ICC_DPrintLogToFile("nFileType=%d,szFilePath=%s,nSaveType=%d", nFileType, szFilePath, nSaveType);
-  if (nFileType == 0 && !gwq::ListHolds(szFilePath, nSaveType)) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(baud) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (nFileType == 1) return gwq::UpdateFirmware(baud, szFilePath);
-  if (nFileType == 0) return gwq::ChangePictures(baud, szFilePath, nSaveType);
-  return gwq::UnknownType();
+  if (nFileType == 0 && !ListHolds(szFilePath, nSaveType)) return GWQ_BAD_ARGUMENT;
+  if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
+  if (nFileType == 1) return UpdateFirmware(baud, szFilePath);
+  if (nFileType == 0) return ChangePictures(baud, szFilePath, nSaveType);
+  return UnknownType();
 }

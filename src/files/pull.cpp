@@ -10,25 +10,18 @@
 #include "diag/internal/pause.h"
 #include "files/internal/file.h"
 #include "files/internal/pull_reception.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/cancel.h"
+#include "frame/internal/device_command.h"
 #include "frame/internal/exchange.h"
 
 namespace gwq {
 namespace {
 
 constexpr int kPausePerReportMs = 10;
-constexpr std::size_t kMostBytes = 256U << 20U;
+constexpr std::size_t kMaxBytes = 256U << 20U;
 
-constexpr std::string_view kAcceptance =
-    "\x1B[0RESPONSE\x02"
-    "0"
-    "\x03";
-constexpr std::string_view kRejection =
-    "\x1B[0RESPONSE\x02"
-    "1"
-    "\x03";
-
-constexpr Member kPull{
+constexpr ExchangeKind kPull{
     .opening_log = nullptr,
     .logs_identities = false,
     .logs_before_send = false,
@@ -45,7 +38,7 @@ class FileReceiver final : public Receiver, private PullPort {
     file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
     PullReception reception(*this);
-    while (got >= 1 && !ReadCancelRequested() && stored_ <= kMostBytes) {
+    while (got >= 1 && !ReadCancelRequested() && stored_ <= kMaxBytes) {
       AllowThreadCancel();
       switch (reception.Take(ReportView(report_.data(), kReportSize))) {
         case PullReception::Result::kFileDone:
@@ -70,7 +63,7 @@ class FileReceiver final : public Receiver, private PullPort {
   // What the terminal sends beyond the most bytes is not stored any more.
   void Store(std::span<const std::uint8_t> payload) override {
     stored_ += payload.size();
-    if (stored_ <= kMostBytes) std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    if (stored_ <= kMaxBytes) std::fwrite(payload.data(), 1, payload.size(), file_.get());
   }
 
   // What the path names may be a device, which stays, or another file by now.
@@ -89,10 +82,9 @@ class FileReceiver final : public Receiver, private PullPort {
   }
 
   void Acknowledge(bool accepted) override {
-    std::array<unsigned char, kReportSize> block{};
-    const std::string_view text = accepted ? kAcceptance : kRejection;
-    text.copy(reinterpret_cast<char*>(block.data()), text.size());
-    ICC_WriteDataToTransPort(block.data(), static_cast<int>(block.size()));
+    Command<kReportSize> response(Channel::kDevice, "RESPONSE");
+    response.Fields('|', accepted ? "0" : "1");
+    WriteOnLink(reinterpret_cast<unsigned char*>(response.data()), static_cast<int>(kReportSize));
   }
 
   const char* path_;
@@ -101,16 +93,28 @@ class FileReceiver final : public Receiver, private PullPort {
   std::array<unsigned char, 2 * kReportSize> report_{};  // a read may bring up to a report more
 };
 
+int Pull(const CommandBytes& command, const char* path, int timeout_ms) {
+  FileReceiver receiver(path);
+  return RunExchange(kPull, {.port = 0, .baud = 0}, command, {nullptr, timeout_ms}, &receiver);
+}
+
 }  // namespace
+
+int PullTo(std::string_view remote, const char* path, int timeout_ms) {
+  Command<256> command(Channel::kDevice, "PULLFILE");
+  command.Fields('|', remote);
+  return Pull({command.data(), command.size()}, path, timeout_ms);
+}
+
 }  // namespace gwq
 
+using namespace gwq;
+
 int TransProcHW(int commandLen, char* command, int timeout_ms, char* path) {
-  gwq::FileReceiver receiver(path);
-  return gwq::RunExchange(gwq::kPull, {.port = 0, .baud = 0, .timeout_ms = timeout_ms, .predicate = nullptr},
-                          {command, commandLen}, &receiver);
+  return Pull({command, commandLen}, path, timeout_ms);
 }
 
 int PullFile(int /*port*/, char /*channel*/, int /*baud*/, int timeout_ms, int commandLen, char* command,
              char* path) {
-  return TransProcHW(commandLen, command, timeout_ms, path);
+  return Pull({command, commandLen}, path, timeout_ms);
 }

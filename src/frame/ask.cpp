@@ -8,16 +8,20 @@
 
 namespace gwq {
 
-int Drain(Line line) {
+int Drain(Endpoint endpoint) {
   constexpr int kTimeoutMs = 100;
   AnswerText<1024> scratch;
-  return TransProcOnlyRead(line.port, line.baud, scratch.data(), scratch.length(), kTimeoutMs);
+  return Exchange(kListen, endpoint, {}, {&EndOfRead3, kTimeoutMs}, {scratch.data(), scratch.length()});
 }
 
-int DrainLogged(int baud) {
-  const int result = Drain({0, baud});
-  ICC_DPrintLogToFile("TransProcOnlyRead iRet=%d", result);
-  return result;
+int DrainFirst(Endpoint endpoint, DrainLog log) {
+  const int result = Drain(endpoint);
+  if (log == DrainLog::kLogged) ICC_DPrintLogToFile("TransProcOnlyRead iRet=%d", result);
+  return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_OK;
+}
+
+void DrainUsb(Endpoint endpoint) {
+  if (endpoint.port == 0) Drain(endpoint);
 }
 
 int WaitMs(int seconds, int margin_ms) {

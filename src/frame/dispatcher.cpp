@@ -1,6 +1,5 @@
 #include "frame/internal/dispatcher.h"
 
-#include <array>
 #include <cstddef>
 #include <cstring>
 
@@ -18,15 +17,6 @@ static_assert(offsetof(SavedParameters, predicate) == 8 && offsetof(SavedParamet
 
 SavedParameters g_BackUpParam{};
 
-// By link type.
-constexpr std::array kLinks{&kUsbHidLink, &kSerialLink};
-static_assert(GWQ_LINK_USB == 0 && GWQ_LINK_SERIAL == 1);
-
-const Link* LinkOfType(std::int32_t type) {
-  return type >= 0 && type < static_cast<std::int32_t>(kLinks.size()) ? kLinks[static_cast<std::size_t>(type)]
-                                                                      : nullptr;
-}
-
 const Link* LinkInUse() {
   return LinkOfType(LoadShared(g_BackUpParam.link_type));
 }
@@ -40,6 +30,12 @@ SavedParameters FromDescriptor(const TransMssionLinux_t& port) {
 }
 
 }  // namespace
+
+int WriteOnLink(unsigned char* data, int length) {
+  const Link* link = LinkInUse();
+  if (link == nullptr) return GWQ_LINK_UNUSABLE;
+  return link->write(data, length, {g_BackUpParam.timeout_s, &ExchangeCancelled});
+}
 
 SavedParameters ParametersInUse() {
   return g_BackUpParam;
@@ -64,9 +60,7 @@ int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
 }
 
 int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
-  const gwq::Link* link = gwq::LinkInUse();
-  if (link == nullptr) return GWQ_LINK_UNUSABLE;
-  return link->write(data, length, {gwq::g_BackUpParam.timeout_s, &gwq::ExchangeCancelled});
+  return gwq::WriteOnLink(data, length);
 }
 
 int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {

@@ -1,13 +1,12 @@
 #include "frame/internal/exchange.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
 #include <gwq/diag/log.h>
-#include <gwq/frame/transaction.h>
 #include "codec/internal/secret.h"
+#include "codec/internal/secret_text.h"
 #include "frame/internal/cancel.h"
 #include "frame/internal/operation.h"
 
@@ -17,25 +16,23 @@ namespace {
 constexpr int kHeadMark = 170;
 constexpr int kChunkSize = 1024;
 
-TransMssionLinux_t DescriptorFor(const Target& target) {
+TransMssionLinux_t DescriptorFor(const AnswerEnd& end) {
   TransMssionLinux_t descriptor{};
   descriptor.nHead = kHeadMark;
-  descriptor.nTimeOut = target.timeout_ms / 1000;
-  descriptor.pfnEndOfRead = target.predicate;
+  descriptor.nTimeOut = end.timeout_ms / 1000;
+  descriptor.pfnEndOfRead = end.predicate;
   return descriptor;
 }
 
-bool OpenSerialPort(const Target& target) {
-  TransMssionLinux_t descriptor = DescriptorFor(target);
+bool OpenSerialPort(Endpoint endpoint, TransMssionLinux_t descriptor) {
   descriptor.nLinkType = GWQ_LINK_SERIAL;
-  descriptor.nPortIndex = target.port - 1;
-  descriptor.nBaud = target.baud;
-  std::snprintf(descriptor.szTtyName, sizeof descriptor.szTtyName, "/dev/ttyS%d", target.port - 1);
+  descriptor.nPortIndex = endpoint.port - 1;
+  descriptor.nBaud = endpoint.baud;
+  std::snprintf(descriptor.szTtyName, sizeof descriptor.szTtyName, "/dev/ttyS%d", endpoint.port - 1);
   return ICC_OpenTransPort(&descriptor) == 0;
 }
 
-bool OpenIdentity(const Target& target, const UsbIdentity& identity, bool logs) {
-  TransMssionLinux_t descriptor = DescriptorFor(target);
+bool OpenIdentity(TransMssionLinux_t descriptor, const UsbIdentity& identity, bool logs) {
   descriptor.nLinkType = GWQ_LINK_USB;
   descriptor.nPid = identity.pid;
   descriptor.nVid = identity.vid;
@@ -47,51 +44,85 @@ bool OpenIdentity(const Target& target, const UsbIdentity& identity, bool logs) 
   return result == 0;
 }
 
-bool OpenUsbDevice(const Target& target, bool logs) {
+bool OpenUsbDevice(const TransMssionLinux_t& descriptor, bool logs) {
   for (const UsbIdentity& identity : kUsbIdentities) {
-    if (OpenIdentity(target, identity, logs)) return true;
+    if (OpenIdentity(descriptor, identity, logs)) return true;
     if (&identity != std::end(kUsbIdentities) - 1) ICC_CloseTransPort();
   }
   return false;
 }
 
-// A chunk counts as sent unless the link says that 0 to 1023 bytes of it went out: a negative result passes,
-// on purpose, and the missing answer then tells.
+// Contract: a chunk counts as sent unless the link says that 0 to 1023 bytes of it went out. A negative result passes; the
+// missing answer then tells.
 bool SendChunk(unsigned char* chunk) {
-  const int written = ICC_WriteDataToTransPort(chunk, kChunkSize);
-  const bool sent_short = static_cast<std::uint64_t>(static_cast<std::int64_t>(written)) < kChunkSize;
+  const int written = WriteOnLink(chunk, kChunkSize);
+  const bool sent_short = written >= 0 && written < kChunkSize;
   return !sent_short && !ReadCancelRequested();
 }
 
-bool SendInChunks(const Command& command) {
-  if (command.bytes == nullptr) return false;
+// USB takes whole reports, the last one filled up with zeros; a serial line takes the command as it is.
+bool Send(int port, const CommandBytes& command) {
+  auto* const bytes = reinterpret_cast<unsigned char*>(command.bytes);
+  if (port != 0) return WriteOnLink(bytes, command.length) >= command.length;
+  if (bytes == nullptr) return false;
   const int length = command.length == 0 ? static_cast<int>(std::strlen(command.bytes)) : command.length;
   SecretArray<unsigned char, kChunkSize> chunk;
-  for (int offset = 0; offset < length; offset += min(kChunkSize, length - offset)) {
+  for (int offset = 0; offset < length; offset += kChunkSize) {
     chunk.Wipe();
-    std::memcpy(chunk.data(), command.bytes + offset,
-                static_cast<std::size_t>(min(kChunkSize, length - offset)));
+    std::memcpy(chunk.data(), bytes + offset,
+                static_cast<std::size_t>(std::min(kChunkSize, length - offset)));
     if (!SendChunk(chunk.data())) return false;
   }
   return true;
 }
 
-bool Send(int port, const Command& command) {
-  if (port == 0) return SendInChunks(command);
-  auto* bytes = reinterpret_cast<unsigned char*>(command.bytes);
-  return ICC_WriteDataToTransPort(bytes, command.length) >= command.length;
-}
+// An answer read as text.
+class TextAnswer final : public Receiver {
+ public:
+  TextAnswer(AnswerRoom room, int read_failure) : room_(room), read_failure_(read_failure) {}
+
+  int Receive(const ExchangeTurn& turn) override {
+    const int result = ICC_ReadDataFromTransPort(reinterpret_cast<unsigned char*>(room_.text), *room_.length);
+    if (turn.Lost()) return read_failure_;
+    if (result == 0) return GWQ_NO_ANSWER;
+    if (result < 0) return result == GWQ_LINK_CANCELLED ? static_cast<int>(GWQ_CANCELLED) : read_failure_;
+    *room_.length = static_cast<int>(SecretLength(room_.text));
+    return GWQ_OK;
+  }
+
+ private:
+  AnswerRoom room_;
+  int read_failure_;
+};
 
 }  // namespace
 
-OpenLink::OpenLink(const ExchangeTurn& turn, const Target& target, bool logs_identities)
+constexpr ExchangeKind kAsk{.opening_log = " TransProc  nPort=%d",
+                            .logs_identities = true,
+                            .logs_before_send = true,
+                            .sends = true,
+                            .ends_with_call = true};
+constexpr ExchangeKind kTell{.opening_log = "TransProc nPort=%d \n",
+                             .logs_identities = true,
+                             .logs_before_send = false,
+                             .sends = true,
+                             .ends_with_call = false};  // a screen is closed also after a cancel
+constexpr ExchangeKind kListen{.opening_log = " TransProcOnlyRead  nPort=%d",
+                               .logs_identities = true,
+                               .logs_before_send = false,
+                               .sends = false,
+                               .ends_with_call = true};
+
+OpenLink::OpenLink(const ExchangeTurn& turn, Endpoint endpoint, const AnswerEnd& end, bool logs_identities)
     : turn_(turn), outer_(ParametersInUse()) {
   if (turn_.nested()) {
-    UseParameters({target.timeout_ms / 1000, target.predicate, outer_.link_type, outer_.parameter});
+    UseParameters({end.timeout_ms / 1000, end.predicate, outer_.link_type, outer_.parameter});
     open_ = true;
     return;
   }
-  open_ = target.port > 0 ? OpenSerialPort(target) : OpenUsbDevice(target, logs_identities);
+  const TransMssionLinux_t descriptor = DescriptorFor(end);
+  open_ =
+      endpoint.port > 0 ? OpenSerialPort(endpoint, descriptor) : OpenUsbDevice(descriptor, logs_identities);
   turn_.SetLinkOpen(open_);
 }
 
@@ -105,15 +136,23 @@ OpenLink::~OpenLink() {
   turn_.SetLinkOpen(false);
 }
 
-int RunExchange(const Member& member, const Target& target, const Command& command, Receiver* receiver) {
-  const ExchangeTurn turn(target.port);
-  if (member.opening_log != nullptr) ICC_DPrintLogToFile(member.opening_log, target.port);
-  if (member.ends_with_call && OperationCancelled()) return GWQ_CANCELLED;
-  const OpenLink link(turn, target, member.logs_identities);
+int RunExchange(const ExchangeKind& kind, Endpoint endpoint, const CommandBytes& command,
+                const AnswerEnd& end, Receiver* receiver) {
+  const ExchangeTurn turn(endpoint.port);
+  if (kind.opening_log != nullptr) ICC_DPrintLogToFile(kind.opening_log, endpoint.port);
+  if (kind.ends_with_call && OperationCancelled()) return GWQ_CANCELLED;
+  const OpenLink link(turn, endpoint, end, kind.logs_identities);
   if (!link) return GWQ_NOT_OPENED;
-  if (member.logs_before_send) ICC_DPrintLogToFile(" TransProc  nPor2=%d", target.port);
-  if (member.sends && !Send(target.port, command)) return GWQ_SEND_FAILED;
+  if (kind.logs_before_send) ICC_DPrintLogToFile(" TransProc  nPor2=%d", endpoint.port);
+  if (kind.sends && !Send(endpoint.port, command)) return GWQ_SEND_FAILED;
   return receiver == nullptr ? GWQ_OK : receiver->Receive(turn);
+}
+
+int Exchange(const ExchangeKind& kind, Endpoint endpoint, const CommandBytes& command, const AnswerEnd& end,
+             AnswerRoom room, int read_failure) {
+  TextAnswer answer(room, read_failure);
+  const bool reads = room.text != nullptr && room.length != nullptr;
+  return RunExchange(kind, endpoint, command, end, reads ? &answer : nullptr);
 }
 
 }  // namespace gwq

@@ -3,7 +3,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "links/internal/lifetime.h"
-#include "links/internal/link.h"
+#include "links/internal/link_writes.h"
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
@@ -14,29 +14,13 @@ namespace {
 constinit TerminalLine g_line;
 constinit ReadGate g_gate;
 
-int Open(const LinkAddress& address) {
-  return ICC_OpenLinuxCom(address.path, address.baud);
-}
+}  // namespace
 
-int Write(unsigned char* data, int length, const WriteEnd& end) {
+int WriteSerial(unsigned char* data, int length, const WriteEnd& end) {
   if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   const int sent = g_line.Write(data, length, end);
   return sent >= 0 ? sent : GWQ_LINK_WRITE;
 }
-
-int Read(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
-  const int result = ICC_ReadLinuxCom(buffer, maximum, timeout_s, end);
-  ICC_DPrintDataHexToFile("COM PACKGET READ", buffer, result);
-  return result;
-}
-
-}  // namespace
-
-constexpr Link kSerialLink{.open = &Open,
-                           .write = &Write,
-                           .read = &Read,
-                           .close = &ICC_CloseLinuxCom,
-                           .cancel = &ICC_CancelLinuxComRead};
 
 // The settings stay as they are: the parent still uses the device.
 void ForgetSerialLink() {
@@ -79,7 +63,7 @@ int SendDataToTransPort(unsigned char* data, int length) {
 }
 
 int ICC_WriteLinuxCom(unsigned char* data, int length) {
-  return kSerialLink.write(data, length, {});
+  return WriteSerial(data, length, {});
 }
 
 int ICC_ReadLinuxCom(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {

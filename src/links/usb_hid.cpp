@@ -5,7 +5,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "links/internal/lifetime.h"
-#include "links/internal/link.h"
+#include "links/internal/link_writes.h"
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/usb_device.h"
@@ -28,22 +28,13 @@ libusb_device** g_list = nullptr;
 constinit UsbDevice g_device{&libusb_bulk_transfer, g_list, kTexts};
 constinit ReadGate g_gate;
 
-int Open(const LinkAddress& address) {
-  return ICC_OpenLinuxHid(address.vid, address.pid);
-}
-
-// A USB write ends by itself: five transfers of a second each.
-int Write(unsigned char* data, int length, const WriteEnd& /*end*/) {
-  return ICC_WriteLinuxHid(data, length);
-}
-
 }  // namespace
 
-constexpr Link kUsbHidLink{.open = &Open,
-                           .write = &Write,
-                           .read = &ICC_ReadLinuxHid,
-                           .close = &ICC_CloseLinuxHid,
-                           .cancel = &ICC_CancelLinuxHidRead};
+int WriteUsbHid(unsigned char* data, int length, const WriteEnd& /*end*/) {
+  if (!g_device.IsOpen()) return GWQ_LINK_NO_DEVICE;
+  const bool sent = g_device.Write(data, length, [](int, int, int) {});
+  return sent ? length : GWQ_LINK_WRITE;
+}
 
 void ForgetUsbHidLink() {
   g_device.Forget();
@@ -82,9 +73,7 @@ int ICC_CloseLinuxHid() {
 }
 
 int ICC_WriteLinuxHid(unsigned char* data, int length) {
-  if (!g_device.IsOpen()) return GWQ_LINK_NO_DEVICE;
-  const bool sent = g_device.Write(data, length, [](int, int, int) {});
-  return sent ? length : GWQ_LINK_WRITE;
+  return WriteUsbHid(data, length, {});
 }
 
 int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {

@@ -21,9 +21,9 @@ constexpr int kCommandTimeoutMs = 3000;
 constexpr std::string_view kAcknowledged = "\xAA";
 constexpr std::string_view kEndEntry = "\x83";
 
-using Text = CommandText<1024>;
+using Request = Command<1024>;
 // The letter and line end stand around a whole buffer of split form.
-using KeyCommand = CommandText<1024 + 8>;
+using KeyCommand = Command<1024 + 8>;
 using Answer = AnswerText<1024>;
 
 bool IsKeyIndex(int index) {
@@ -34,13 +34,10 @@ int EntryTimeoutMs(int seconds) {
   return WaitMs(seconds, 3000);
 }
 
-void DrainUsb(Line line) {
-  if (line.port == 0) Drain(line);
-}
-
-int TellText(Line line, std::string_view text) {
-  Text command;
-  return Tell(line, command << text, kCommandTimeoutMs);
+// ESC [ 1 ; value letter
+int SetEntry(Endpoint endpoint, int value, std::string_view letter) {
+  Request command(Channel::kPinPad, ";");
+  return Tell(endpoint, command.Text(value, letter), kCommandTimeoutMs);
 }
 
 // What goes into a key command: indexes, then key bytes, each key ending before its first zero byte.
@@ -67,7 +64,7 @@ class KeyRecord {
     SecretArray<char, kSize> split;
     const int length =
         HexAsc1Split(bytes_.data(), static_cast<int>(size_), split.data(), static_cast<int>(split.size()));
-    command << std::string_view(split.data(), static_cast<std::size_t>(length));
+    command.Text(std::string_view(split.data(), static_cast<std::size_t>(length)));
   }
 
  private:
@@ -77,37 +74,33 @@ class KeyRecord {
 };
 
 // Sends a key command and awaits its one-byte acknowledgement.
-int SendKeyCommand(Line line, KeyCommand& command) {
+int SendKeyCommand(Endpoint endpoint, KeyCommand& command) {
   Answer answer;
-  const int result = Ask(line, command, answer, &EndOfCondition4, kCommandTimeoutMs);
+  const int result = Ask(endpoint, command, answer, &EndOfCondition4, kCommandTimeoutMs);
   if (result != GWQ_OK) return result;
   return answer.text() == kAcknowledged ? GWQ_OK : GWQ_REFUSED;
 }
 
-int SendKeyRecord(Line line, std::string_view letter, const KeyRecord& record) {
-  KeyCommand command;
-  command << "\x1B" << letter;
+int SendKeyRecord(Endpoint endpoint, std::string_view letter, const KeyRecord& record) {
+  KeyCommand command(letter);
   record.SplitInto(command);
-  command << "\r\n";
-  return SendKeyCommand(line, command);
+  return SendKeyCommand(endpoint, command.Text(kLineEnd));
 }
 
 // PIN entry on the pad; leaving the scope makes the pad leave entry mode, whatever the outcome.
 class PinEntry {
  public:
-  explicit PinEntry(Line line) : line_(line) {}
-  ~PinEntry() { TellText(line_, kEndEntry); }
+  explicit PinEntry(Endpoint endpoint) : endpoint_(endpoint) {}
+  ~PinEntry() {
+    SecretText<4> end;
+    Tell(endpoint_, end << kEndEntry, kCommandTimeoutMs);
+  }
   PinEntry(const PinEntry&) = delete;
   PinEntry& operator=(const PinEntry&) = delete;
 
  private:
-  Line line_;
+  Endpoint endpoint_;
 };
-
-int SetEntryTimeout(Line line, int seconds) {
-  Text command;
-  return Tell(line, command << "\x1B[1;" << seconds << "T", kCommandTimeoutMs);
-}
 
 // Copies the PIN without the CR that closes the answer; false when there is no room for it.
 bool TakePin(const Answer& answer, char* pin, int capacity) {
@@ -118,14 +111,14 @@ bool TakePin(const Answer& answer, char* pin, int capacity) {
   return true;
 }
 
-int EnterClearPin(Line line, int mode, int timeout_s, char* pin, int capacity) {
-  Text command;
+int EnterClearPin(Endpoint endpoint, int mode, int timeout_s, char* pin, int capacity) {
+  SecretText<4> command;
   command << (mode == 0 ? "\x82" : "\x81");
   int result = GWQ_OK;
   {
-    const PinEntry entry(line);
+    const PinEntry entry(endpoint);
     Answer answer;
-    result = Ask(line, command, answer, &EndOfConditionD, EntryTimeoutMs(timeout_s));
+    result = Ask(endpoint, command, answer, &EndOfConditionD, EntryTimeoutMs(timeout_s));
     if (result == GWQ_OK && !TakePin(answer, pin, capacity)) return GWQ_TOO_SMALL;
   }
   ICC_DPrintLogToFile("[GWQ_ReadPin] nRet=%d", result);
@@ -149,13 +142,13 @@ bool PinBlockArgumentsHold(int digit1, int digit2, int timeout_s, const char* pi
 }
 
 // `command` is the letter of the PIN-block command with its digits and fields.
-int ReadPinBlock(Line line, int timeout_s, Text& command, char* pin_block) {
-  ICC_DPrintLogToFile("port:%d timeout:%d", line.port, EntryTimeoutMs(timeout_s));
-  DrainUsb(line);
-  if (const int result = SetEntryTimeout(line, timeout_s); result != GWQ_OK) return result;
-  const PinEntry entry(line);
+int ReadPinBlock(Endpoint endpoint, int timeout_s, Request& command, char* pin_block) {
+  ICC_DPrintLogToFile("port:%d timeout:%d", endpoint.port, EntryTimeoutMs(timeout_s));
+  DrainUsb(endpoint);
+  if (const int result = SetEntry(endpoint, timeout_s, "T"); result != GWQ_OK) return result;
+  const PinEntry entry(endpoint);
   Answer answer;
-  const int result = Ask(line, command, answer, &EndOfRead2, EntryTimeoutMs(timeout_s));
+  const int result = Ask(endpoint, command, answer, &EndOfRead2, EntryTimeoutMs(timeout_s));
   return result == GWQ_OK ? TakePinBlock(answer, pin_block) : result;
 }
 
@@ -166,105 +159,109 @@ std::string_view BuildDateIn(std::string_view data) {
   return start > data.size() ? std::string_view("") : data.substr(start, 8);
 }
 
+int ReadBuildDate(int baud, char* out) {
+  constexpr int kTimeoutMs = 2000;
+  ICC_DPrintLogToFile("-- GWQ_GetVerBuildDate --");
+  if (out == nullptr) return GWQ_BAD_ARGUMENT;
+  Command<256> command(Channel::kDevice, "GETVERSION");
+  AnswerText<4096> answer;
+  const int result = Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
+  if (result != GWQ_OK) return result;
+  if (answer.text() == kRefusalAnswer) return GWQ_REFUSED;
+  const std::string_view data = WithoutMarks(answer.text());
+  ICC_DPrintLogToFile("szData=%.*s", static_cast<int>(data.size()), data.data());
+  const std::string_view date = BuildDateIn(data);
+  date.copy(out, date.size());
+  ICC_DPrintLogToFile("VerBuildDate=%.*s", static_cast<int>(date.size()), date.data());
+  return GWQ_OK;
+}
+
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen) {
   ICC_DPrintLogToFile("[GWQ_SetPinLen] iPortNo=%d iBaudRate=%d iPinLen=%d", iPortNo, iBaudRate, iPinLen);
-  if (!gwq::Within(iPinLen, 1, 14)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  gwq::Text command;
-  return Tell(line, command << "\x1B[1;" << iPinLen << "L", gwq::kCommandTimeoutMs);
+  if (!Within(iPinLen, 1, 14)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  return SetEntry(endpoint, iPinLen, "L");
 }
 
 int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, const char* NewMKey, const char* OldMKey) {
   ICC_DPrintLogToFile("[GWQ_UpdateMKey] MKeyIndex=%d NewMKey=%s OldMKey=%s", MKeyIndex, NewMKey, OldMKey);
-  if (!gwq::IsKeyIndex(MKeyIndex) || NewMKey == nullptr || OldMKey == nullptr) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  gwq::KeyRecord record;
-  return gwq::SendKeyRecord(line, "M", record.Index(MKeyIndex).Key(OldMKey).Key(NewMKey));
+  if (!IsKeyIndex(MKeyIndex) || NewMKey == nullptr || OldMKey == nullptr) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  KeyRecord record;
+  return SendKeyRecord(endpoint, "M", record.Index(MKeyIndex).Key(OldMKey).Key(NewMKey));
 }
 
 int GWQ_ResetKey(int iPortNo, int iBaudRate) {
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  gwq::KeyCommand command;
-  return gwq::SendKeyCommand(line, command << "\x1BR\r\n");
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  KeyCommand command("R");
+  return SendKeyCommand(endpoint, command.Text(kLineEnd));
 }
 
 int GWQ_DownLoadWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex, const char* WKey) {
-  if (!gwq::IsKeyIndex(MKeyIndex) || !gwq::IsKeyIndex(WKeyIndex) || WKey == nullptr) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  gwq::KeyRecord record;
-  return gwq::SendKeyRecord(line, "S", record.Index(MKeyIndex).Index(WKeyIndex).Key(WKey));
+  if (!IsKeyIndex(MKeyIndex) || !IsKeyIndex(WKeyIndex) || WKey == nullptr) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  KeyRecord record;
+  return SendKeyRecord(endpoint, "S", record.Index(MKeyIndex).Index(WKeyIndex).Key(WKey));
 }
 
 int GWQ_ActiveWKey(int iPortNo, int iBaudRate, int MKeyIndex, int WKeyIndex) {
-  if (!gwq::IsKeyIndex(MKeyIndex) || !gwq::IsKeyIndex(WKeyIndex)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  gwq::KeyRecord record;
-  return gwq::SendKeyRecord(line, "A", record.Index(MKeyIndex).Index(WKeyIndex));
+  if (!IsKeyIndex(MKeyIndex) || !IsKeyIndex(WKeyIndex)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  KeyRecord record;
+  return SendKeyRecord(endpoint, "A", record.Index(MKeyIndex).Index(WKeyIndex));
 }
 
 int GWQ_ReadPin(int iPortNo, int iBaudRate, int iMode, int iTimeout, char* pPin, int iPinBufLen) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("[GWQ_ReadPin]");
-  if (!gwq::Within(iMode, 0, 1) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
-  if (!gwq::Within(iPinBufLen, 0, 2048) || pPin == nullptr) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  gwq::DrainUsb(line);
-  if (const int result = gwq::TellText(line, "\x1B[1;0X"); result != GWQ_OK) return result;
-  if (const int result = gwq::SetEntryTimeout(line, iTimeout); result != GWQ_OK) return result;
-  return gwq::EnterClearPin(line, iMode, iTimeout, pPin, iPinBufLen);
+  if (!Within(iMode, 0, 1) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!Within(iPinBufLen, 0, 2048) || pPin == nullptr) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  if (const int result = SetEntry(endpoint, 0, "X"); result != GWQ_OK) return result;
+  if (const int result = SetEntry(endpoint, iTimeout, "T"); result != GWQ_OK) return result;
+  return EnterClearPin(endpoint, iMode, iTimeout, pPin, iPinBufLen);
 }
 
 int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
                    char* pPinBlock) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("[GWQ_ReadPinDES]");
-  if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
-  gwq::Text command;
-  command << "\033F" << iCmdDigit1 << iCmdDigit2 << "\r\n";
-  return gwq::ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
+  if (!PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
+  Request command("F");
+  return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command.Text(iCmdDigit1, iCmdDigit2, kLineEnd),
+                      pPinBlock);
 }
 
 int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, int iTimeout,
                     const char* szAccount, char* pPinBlock) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("GWQ_ReadPinAnsi");
-  if (!gwq::PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
+  if (!PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;
-  gwq::Text command;
-  command << "\033I" << iCmdDigit1 << iCmdDigit2 << (*szAccount == '\0' ? "000000" : szAccount) << "\r\n";
-  return gwq::ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
+  Request command("I");
+  command.Text(iCmdDigit1, iCmdDigit2, *szAccount == '\0' ? "000000" : szAccount, kLineEnd);
+  return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
 int GWQ_GetVerBuildDate(int /*iPort*/, char /*cReserved*/, int iBaudRate, char* szDate) {
-  constexpr int kVersionTimeoutMs = 2000;
-  ICC_DPrintLogToFile("-- GWQ_GetVerBuildDate --");
-  if (szDate == nullptr) return GWQ_BAD_ARGUMENT;
-  gwq::CommandText<256> command;
-  gwq::AnswerText<4096> answer;
-  const int result =
-      Ask({0, iBaudRate}, command << "\x1B[0GETVERSION", answer, &EndOfRead2, kVersionTimeoutMs);
-  if (result != GWQ_OK) return result;
-  if (answer.text() == gwq::kRefusalAnswer) return GWQ_REFUSED;
-  const std::string_view data = gwq::WithoutMarks(answer.text());
-  ICC_DPrintLogToFile("szData=%.*s", static_cast<int>(data.size()), data.data());
-  const std::string_view date = gwq::BuildDateIn(data);
-  date.copy(szDate, date.size());
-  ICC_DPrintLogToFile("VerBuildDate=%.*s", static_cast<int>(date.size()), date.data());
-  return GWQ_OK;
+  return ReadBuildDate(iBaudRate, szDate);
 }
 
 int CheckUtf8version() {
   constexpr int kLastDateWithoutUtf8 = 20231113;
   char date[32] = {};
-  if (GWQ_GetVerBuildDate(0, '\0', 0, date) != GWQ_OK) return 0;
+  if (ReadBuildDate(0, date) != GWQ_OK) return 0;
   const int number = std::atoi(date);
   ICC_DPrintLogToFile("nVerDate:%d", number);
   return number > kLastDateWithoutUtf8 ? 1 : 0;

@@ -6,27 +6,15 @@
 #include <string_view>
 
 #include <gwq/diag/log.h>
-#include <gwq/pinpad/keys.h>
-#include <gwq/pinpad/settings.h>
 #include <gwq/status_codes.h>
 #include "frame/internal/arguments.h"
 #include "frame/internal/operation.h"
-#include "pinpad/internal/framed.h"
+#include "pinpad/internal/pad_command.h"
 
 namespace gwq {
 namespace {
 
-constexpr int kEnterPin = 0x3005;
-constexpr int kEnterPinShowing = 0x4030;
 constexpr std::size_t kShownTextRoom = 40960;
-constexpr int kEntryMarginMs = 2000;
-
-struct EntryLogs {
-  const char* exchanged;
-  const char* done;
-};
-constexpr EntryLogs kEntryLogs{.exchanged = "TransProcByEnd iRet=%d", .done = "PN_GetPin iRet=%d"};
-constexpr EntryLogs kShowingLogs{.exchanged = "TransProc iRet=%d", .done = "GetPinblockShowString iRet=%d"};
 
 // The pad refuses an entry by a first byte that is no frame's; for a frame that first byte is STX, 2.
 int EntryRefusal(const PadAnswer& answer) {
@@ -43,23 +31,34 @@ int EntryRefusal(const PadAnswer& answer) {
   }
 }
 
-int EnterPin(Line line, const PadBody& body, int seconds, const EntryLogs& logs, char* block, int* length) {
+// The PIN block that the customer enters in `seconds`; success is logged by `done_log`.
+int EnterPin(Endpoint endpoint, const PadBody& body, int seconds, const char* done_log, char* block,
+             int* length) {
   if (block == nullptr || length == nullptr) return GWQ_BAD_ARGUMENT;
-  PadFrame frame(body);
-  if (!frame) return GWQ_BAD_ARGUMENT;
-  if (line.port == 0) Drain(line);
   PadAnswer answer;
-  const int result = AskPad(line, frame, WaitMs(seconds, kEntryMarginMs), answer);
-  ICC_DPrintLogToFile(logs.exchanged, result);
+  const int result = AskPad(endpoint, body, WaitMs(seconds, body.command().timeout_ms), answer);
   if (result != GWQ_OK) return result;
-  ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());
   if (answer.status() != GWQ_OK) return EntryRefusal(answer);
   // Logged before the block is copied: registers that copying leaves filled would be saved by a function with
   // variable arguments.
-  ICC_DPrintLogToFile(logs.done, GWQ_OK);
+  ICC_DPrintLogToFile(done_log, GWQ_OK);
   *length = static_cast<int>(answer.data().size());
   CopyOut(answer.data(), block);
   return GWQ_OK;
+}
+
+int GetPin(Endpoint endpoint, int timeout_s, int* length, char* block) {
+  ICC_DPrintLogToFile("PN_GetPin");
+  PadBody body(pad::kEnterPin);
+  return EnterPin(endpoint, body.Byte(timeout_s), timeout_s, "PN_GetPin iRet=%d", block, length);
+}
+
+// As GetPin, with a text on the screen.
+int GetPinShowing(int baud, int timeout_s, const char* shown, int* length, char* block) {
+  ICC_DPrintLogToFile("GetPinblockShowString");
+  PadBody body(pad::kEnterPinShowing, kShownTextRoom);
+  body.Byte(timeout_s).Text(OrEmpty(shown));
+  return EnterPin({0, baud}, body, timeout_s, "GetPinblockShowString iRet=%d", block, length);
 }
 
 bool AllDigits(std::string_view text) {
@@ -76,7 +75,7 @@ class AccountField {
     if (digits.size() > kSize) digits = digits.substr(digits.size() - 1 - kSize, kSize);
     digits.copy(bytes_.data() + (kSize - digits.size()), digits.size());
   }
-  unsigned char* data() { return reinterpret_cast<unsigned char*>(bytes_.data()); }
+  [[nodiscard]] std::string_view text() const { return {bytes_.data(), bytes_.size()}; }
 
  private:
   SecretArray<char, kSize> bytes_;
@@ -88,8 +87,7 @@ enum class Style { kPlain, kShowing };
 // One call, from the checks to the PIN block, as a row of steps of which the first that fails ends it.
 struct PinBlockCall {
   Style style;
-  Line line;
-  const char* reserved;
+  Endpoint endpoint;
   int timeout_s;
   int algorithm;
   int sound_mode;
@@ -139,38 +137,40 @@ int CheckSoundMode(const PinBlockCall& call) {
   return LoggedReturn(GWQ_BAD_ARGUMENT);
 }
 
-int DrainFirst(const PinBlockCall& call) {
-  return DrainLogged(call.line.baud) == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_OK;
+int DrainLogged(const PinBlockCall& call) {
+  return DrainFirst(call.endpoint, DrainLog::kLogged);
 }
 
 int CompareType(const PinBlockCall& call) {
-  int type = -1;
-  const int result = PN_GetEnType(0, call.reserved, call.line.baud, &type);
+  PadAnswer answer;
+  const int result = AskPad(call.endpoint, PadBody(pad::kGetType), answer);
   ICC_DPrintLogToFile("[PN_GetEnType] iRet=%d", result);
   if (result != GWQ_OK) return GWQ_REFUSED;
+  const int type = answer.data().empty() ? -1 : answer.data()[0];
   if (type == call.algorithm) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetEnType] ERROR");
   return GWQ_BAD_ARGUMENT;
 }
 
-// A pad that does not tell its length is taken at the caller's word.
+// Contract: the caller's length holds for a pad that does not tell its own.
 int CompareLength(const PinBlockCall& call) {
-  int length = 0;
-  const int result = PN_GetPinLen(0, call.reserved, call.line.baud, &length);
+  PadAnswer answer;
+  int result = AskPad(call.endpoint, PadBody(pad::kGetLength), answer);
+  if (result == GWQ_OK && answer.data().empty()) result = GWQ_REFUSED;
   ICC_DPrintLogToFile("[PN_GetPinLen] iRet=%d", result);
-  if (result != GWQ_OK || length == *call.length) return GWQ_OK;
+  if (result != GWQ_OK || answer.data()[0] == *call.length) return GWQ_OK;
   return SettingFailed(call, "PN_GetPinLen", GWQ_BAD_ARGUMENT, GWQ_BAD_ARGUMENT);
 }
 
 int SetMode(const PinBlockCall& call) {
-  const int result = PN_SetPinMoe(0, call.reserved, call.line.baud, call.pin_type);
+  const int result = SetPad(call.endpoint, pad::kSetMode, call.pin_type);
   ICC_DPrintLogToFile("[PN_SetPinMoe] iRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   return SettingFailed(call, "PN_SetPinMoe", result, call.Shows() ? GWQ_BAD_ARGUMENT : GWQ_REFUSED);
 }
 
 int SetSound(const PinBlockCall& call) {
-  const int result = PN_SetSoundType(0, call.reserved, call.line.baud, call.sound_mode + 1);
+  const int result = SetPad(call.endpoint, pad::kSetSound, call.sound_mode + 1);
   ICC_DPrintLogToFile("[PN_SetSoundType] iRet=%d", result);
   return result == GWQ_OK ? GWQ_OK : SettingFailed(call, "PN_SetSoundType", result, GWQ_REFUSED);
 }
@@ -188,34 +188,36 @@ int CheckAccount(const PinBlockCall& call) {
 
 int SetAccount(const PinBlockCall& call) {
   if (call.pin_type != kBoundToAccount) return GWQ_OK;
-  AccountField field(call.account);
-  const int result = PN_SetAccount(0, call.reserved, call.line.baud, field.data(), AccountField::kSize);
+  PadBody body(pad::kSetAccount);
+  body.Byte(AccountField::kSize).Text(AccountField(call.account).text());
+  PadAnswer answer;
+  const int result = AskPad(call.endpoint, body, answer);
   ICC_DPrintLogToFile("[PN_SetAccount] iRet=%d", result);
   return result == GWQ_OK ? GWQ_OK : SettingFailed(call, "PN_SetAccount", result, GWQ_REFUSED);
 }
 
 int ReadFactor(const PinBlockCall& call) {
-  constexpr std::size_t kLongestEmptyFactor = 2;
-  const int result = PN_GetPinPadFactor(0, call.reserved, call.line.baud, call.factor);
-  if (result == GWQ_OK && std::strlen(call.factor) > kLongestEmptyFactor) return GWQ_OK;
+  constexpr std::size_t kMaxEmptyFactor = 2;
+  PadAnswer answer;
+  const int result = AskPad(call.endpoint, PadBody(pad::kReadFactor), answer);
+  if (result == GWQ_OK) CopyOut(answer.data(), call.factor);
+  if (result == GWQ_OK && std::strlen(call.factor) > kMaxEmptyFactor) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetPinPadFactor] ERROR");
   return GWQ_REFUSED;
 }
 
 int ReadBlock(const PinBlockCall& call) {
-  const int result = PN_GetPin(0, call.reserved, call.line.baud, call.timeout_s, call.length, call.block);
+  const int result = GetPin(call.endpoint, call.timeout_s, call.length, call.block);
   ICC_DPrintLogToFile("PN_GetPinBlock iRet=%d", result);
   return result;
 }
 
 int ReadBlockShowing(const PinBlockCall& call) {
-  return LoggedReturn(GetPinblockShowString(0, call.reserved, call.line.baud,
-                                            reinterpret_cast<unsigned char*>(call.block), call.length,
-                                            call.timeout_s, call.shown));
+  return LoggedReturn(GetPinShowing(call.endpoint.baud, call.timeout_s, call.shown, call.length, call.block));
 }
 
 constexpr auto kPlainSteps =
-    std::to_array<Step>({CheckTypeAndLength, CheckSoundMode, DrainFirst, CompareType, CompareLength, SetMode,
+    std::to_array<Step>({CheckTypeAndLength, CheckSoundMode, DrainLogged, CompareType, CompareLength, SetMode,
                          SetSound, CheckAccount, SetAccount, ReadFactor, ReadBlock});
 constexpr auto kShowingSteps =
     std::to_array<Step>({CheckTypeAndLength, CompareType, CompareLength, SetMode, CheckSoundMode, SetSound,
@@ -233,7 +235,7 @@ bool HasOutputs(const PinBlockCall& call) {
 }
 
 void LogArguments(const PinBlockCall& call) {
-  ICC_DPrintLogToFile("iBaud:%d", call.line.baud);
+  ICC_DPrintLogToFile("iBaud:%d", call.endpoint.baud);
   ICC_DPrintLogToFile("nTimeout:%d", call.timeout_s);
   ICC_DPrintLogToFile("iAlgoType:%d", call.algorithm);
   ICC_DPrintLogToFile("nModex:%d", call.sound_mode);
@@ -245,66 +247,59 @@ void LogArguments(const PinBlockCall& call) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
               char* szPinBlock) {
-  const gwq::Operation operation;
-  ICC_DPrintLogToFile("PN_GetPin");
-  gwq::PadBody body(gwq::kEnterPin);
-  return gwq::EnterPin({iPortNo, iBaudRate}, body << iTimeout, iTimeout, gwq::kEntryLogs, szPinBlock,
-                       piPinLen);
+  const Operation operation;
+  return GetPin({iPortNo, iBaudRate}, iTimeout, piPinLen, szPinBlock);
 }
 
 int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
                           unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
-  const gwq::Operation operation;
-  ICC_DPrintLogToFile("GetPinblockShowString");
-  gwq::PadBody body(gwq::kEnterPinShowing, gwq::kShownTextRoom);
-  body << nTimeout << gwq::OrEmpty(szShowString);
-  return gwq::EnterPin({0, iBaudRate}, body, nTimeout, gwq::kShowingLogs, reinterpret_cast<char*>(pPinBlock),
-                       pnPinLen);
+  const Operation operation;
+  return GetPinShowing(iBaudRate, nTimeout, szShowString, pnPinLen, reinterpret_cast<char*>(pPinBlock));
 }
 
-int PN_GetPinBlock(int /*iPortNo*/, const char* szReserved, int iBaudRate, int iTimeout, int iAlgoType,
+int PN_GetPinBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iAlgoType,
                    int nModex, int iPinType, const char* szAccountNo, char* szPinPadFactor, void* pPinBlock,
                    int* pnPinLen) {
-  const gwq::Operation operation;
-  const gwq::PinBlockCall call{.style = gwq::Style::kPlain,
-                               .line = {0, iBaudRate},
-                               .reserved = szReserved,
-                               .timeout_s = iTimeout,
-                               .algorithm = iAlgoType,
-                               .sound_mode = nModex,
-                               .pin_type = iPinType,
-                               .account = szAccountNo,
-                               .factor = szPinPadFactor,
-                               .block = static_cast<char*>(pPinBlock),
-                               .length = pnPinLen,
-                               .shown = nullptr};
+  const Operation operation;
+  const PinBlockCall call{.style = Style::kPlain,
+                          .endpoint = {0, iBaudRate},
+                          .timeout_s = iTimeout,
+                          .algorithm = iAlgoType,
+                          .sound_mode = nModex,
+                          .pin_type = iPinType,
+                          .account = szAccountNo,
+                          .factor = szPinPadFactor,
+                          .block = static_cast<char*>(pPinBlock),
+                          .length = pnPinLen,
+                          .shown = nullptr};
   ICC_DPrintLogToFile("PN_GetPinBlock");
-  if (!gwq::HasOutputs(call)) return GWQ_BAD_ARGUMENT;
+  if (!HasOutputs(call)) return GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("iAlgoType=%d,nModex=%d,iPinType=%d,szAccountNo=%s,pnPinLen=%d", iAlgoType, nModex,
                       iPinType, szAccountNo, *pnPinLen);
-  return gwq::Run(gwq::kPlainSteps, call);
+  return Run(kPlainSteps, call);
 }
 
-int PN_GetPinBlockShowString(int /*iPortNo*/, const char* szReserved, int iBaudRate, int nTimeout,
+int PN_GetPinBlockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout,
                              int iAlgoType, int nModex, int iPinType, const char* szAccountNo,
                              char* szPinPadFactor, void* pPinBlock, int* pnPinLen, const char* szShowString) {
-  const gwq::Operation operation;
-  const gwq::PinBlockCall call{.style = gwq::Style::kShowing,
-                               .line = {0, iBaudRate},
-                               .reserved = szReserved,
-                               .timeout_s = nTimeout,
-                               .algorithm = iAlgoType,
-                               .sound_mode = nModex,
-                               .pin_type = iPinType,
-                               .account = szAccountNo,
-                               .factor = szPinPadFactor,
-                               .block = static_cast<char*>(pPinBlock),
-                               .length = pnPinLen,
-                               .shown = szShowString};
+  const Operation operation;
+  const PinBlockCall call{.style = Style::kShowing,
+                          .endpoint = {0, iBaudRate},
+                          .timeout_s = nTimeout,
+                          .algorithm = iAlgoType,
+                          .sound_mode = nModex,
+                          .pin_type = iPinType,
+                          .account = szAccountNo,
+                          .factor = szPinPadFactor,
+                          .block = static_cast<char*>(pPinBlock),
+                          .length = pnPinLen,
+                          .shown = szShowString};
   ICC_DPrintLogToFile("[PN_GetPinBlockShowString]");
-  gwq::LogArguments(call);
-  if (!gwq::HasOutputs(call)) return gwq::LoggedReturn(GWQ_BAD_ARGUMENT);
-  return gwq::Run(gwq::kShowingSteps, call);
+  LogArguments(call);
+  if (!HasOutputs(call)) return LoggedReturn(GWQ_BAD_ARGUMENT);
+  return Run(kShowingSteps, call);
 }

@@ -8,50 +8,31 @@
 #include <gwq/codec/text_forms.h>
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "codec/internal/split_form.h"
 #include "frame/internal/arguments.h"
-#include "pinpad/internal/framed.h"
+#include "pinpad/internal/pad_command.h"
 
 namespace gwq {
 namespace {
 
-constexpr int kReadFactor = 0x3019;
-constexpr int kCreateFactor1 = 0x3003;
-constexpr int kCreateFactor2 = 0x303A;
-constexpr int kReadPublicKey = 0x3002;
-constexpr int kDigest = 0x3015;
-constexpr int kLoadKey1 = 0x3004;
-constexpr int kLoadKey2 = 0x3039;
+constexpr std::size_t kMaxBodySize = 65535;  // as far as a frame's length counts
 
-constexpr int kFactorTimeoutMs = 2000;
-constexpr int kPublicKeyTimeoutMs = 6000;
-constexpr int kDigestTimeoutMs = 3000;
-constexpr int kLoadKeyTimeoutMs = 4000;
-
-constexpr std::size_t kLongestBody = 65535;  // as far as a frame's length counts
-
-int AskFactor(Line line, int command, PadAnswer& answer) {
-  const int result = AskPad(line, PadBody(command), kFactorTimeoutMs, answer);
-  return result == GWQ_OK ? RefusedUnlessDone(answer.status()) : result;
-}
-
-int TakeFactor(Line line, int command, char* factor) {
+int TakeFactor(Endpoint endpoint, const PadCommand& command, char* factor) {
   PadAnswer answer;
-  const int result = AskFactor(line, command, answer);
+  const int result = AskPad(endpoint, PadBody(command), answer);
   if (result == GWQ_OK) CopyOut(answer.data(), factor);
   return result;
 }
 
-int WorkingKeyType(const char* text) {
-  return text != nullptr && *text == '2' ? 2 : 1;
+int CreateFactor(Endpoint endpoint, int type, char* factor) {
+  if (type != 1) return TakeFactor(endpoint, pad::kCreateFactor2, factor);
+  PadAnswer created;
+  const int result = AskPad(endpoint, PadBody(pad::kCreateFactor1), created);
+  return result == GWQ_OK ? TakeFactor(endpoint, pad::kReadFactor, factor) : result;
 }
 
-// Exchanges, logs both results and gives back the first that is not success.
-int AskPadLogged(Line line, PadFrame& frame, int timeout_ms, PadAnswer& answer) {
-  const int result = AskPad(line, frame, timeout_ms, answer);
-  ICC_DPrintLogToFile("TransProc iRet=%d", result);
-  if (result != GWQ_OK) return result;
-  ICC_DPrintLogToFile("UnPackData iRet=%d", answer.status());
-  return answer.status();
+int WorkingKeyType(const char* text) {
+  return text != nullptr && *text == '2' ? 2 : 1;
 }
 
 // Of an RSA key the exponent, the last three bytes, is left out.
@@ -59,10 +40,6 @@ std::span<const unsigned char> KeyBytes(int algorithm, std::span<const unsigned 
   constexpr std::size_t kExponentSize = 3;
   if (algorithm != 1) return data;
   return data.first(data.size() - std::min(data.size(), kExponentSize));
-}
-
-std::string_view AsText(std::span<const unsigned char> bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 // An SM2 ciphertext as the host prepares it; C2 has a fixed field, of which the first bytes count.
@@ -77,7 +54,7 @@ class Sm2Record {
     Log("c1:", C1());
     Log("c2:", C2());
     Log("c3:", C3());
-    body << AsText(C1()) << AsText(C2().first(MeaningfulBytes())) << AsText(C3());
+    body.Text(AsText(C1())).Text(AsText(C2().first(MeaningfulBytes()))).Text(AsText(C3()));
   }
 
  private:
@@ -98,10 +75,10 @@ class Sm2Record {
 void AppendKey(std::span<const unsigned char> key, PadBody& body) {
   constexpr std::size_t kSizeToldAsOne = 256;
   if (key.size() == Sm2Record::kSize) {
-    body << Sm2Record::kLengthByte;
+    body.Byte(Sm2Record::kLengthByte);
     return Sm2Record(key).AppendTo(body);
   }
-  body << (key.size() == kSizeToldAsOne ? 1 : static_cast<int>(key.size())) << AsText(key);
+  body.Byte(key.size() == kSizeToldAsOne ? 1 : static_cast<int>(key.size())).Text(AsText(key));
 }
 
 struct WorkingKey {
@@ -121,7 +98,7 @@ bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   if (!key || !body) return false;
   AsciiToHex(wk.enciphered.data(), static_cast<int>(2 * key.size()), key.data());
   AppendKey({key.data(), key.size()}, body);
-  body << wk.factor << wk.verify_key;
+  body.Text(wk.factor).Text(wk.verify_key);
   return true;
 }
 
@@ -143,29 +120,26 @@ int JudgeLoad(int command, const PadAnswer& answer) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int PN_GetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
-  return gwq::TakeFactor({iPortNo, iBaudRate}, gwq::kReadFactor, szPinPadFactor);
+  return TakeFactor({iPortNo, iBaudRate}, pad::kReadFactor, szPinPadFactor);
 }
 
 int PN_CreateAndGetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iFactorType,
                                 char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  if (iFactorType != 1) return gwq::TakeFactor(line, gwq::kCreateFactor2, szPinPadFactor);
-  gwq::PadAnswer created;
-  if (const int result = gwq::AskFactor(line, gwq::kCreateFactor1, created); result != GWQ_OK) return result;
-  return gwq::TakeFactor(line, gwq::kReadFactor, szPinPadFactor);
+  return CreateFactor({iPortNo, iBaudRate}, iFactorType, szPinPadFactor);
 }
 
-int PN_ObtainFactor(int /*iPortNo*/, const char* szReserved, int iBaudRate, const char* szWKType,
+int PN_ObtainFactor(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szWKType,
                     char* szPinPadFactor) {
   ICC_DPrintLogToFile("PN_ObtainFactor");
   ICC_DPrintLogToFile("szWKType=%s", szWKType);
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  const int type = gwq::WorkingKeyType(szWKType);
-  const int result = PN_CreateAndGetPinPadFactor(0, szReserved, iBaudRate, type, szPinPadFactor);
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  const int result = CreateFactor({0, iBaudRate}, WorkingKeyType(szWKType), szPinPadFactor);
   ICC_DPrintLogToFile("PN_ObtainFactor iRet=%d", result);
   return result;
 }
@@ -175,15 +149,13 @@ int PN_ObtainPublicKey(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRat
   constexpr int kBitsToldAsOne = 2048;
   ICC_DPrintLogToFile("PN_ObtainPublicKey  iAlgoType=%d,iKeyLen=%d", iAlgoType, iKeyLen);
   if ((iAlgoType != 1 && iAlgoType != 2) || szPublicKey == nullptr) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::PadBody body(gwq::kReadPublicKey);
-  body << iAlgoType << (iKeyLen == kBitsToldAsOne ? 1 : iKeyLen / 8);
-  gwq::PadFrame frame(body);
-  if (!frame) return GWQ_BAD_ARGUMENT;
-  gwq::PadAnswer answer;
-  const int result = gwq::AskPadLogged({0, iBaudRate}, frame, gwq::kPublicKeyTimeoutMs, answer);
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  PadBody body(pad::kReadPublicKey);
+  body.Byte(iAlgoType).Byte(iKeyLen == kBitsToldAsOne ? 1 : iKeyLen / 8);
+  PadAnswer answer;
+  const int result = AskPad({0, iBaudRate}, body, answer);
   if (result != GWQ_OK) return result;
-  const auto key = gwq::KeyBytes(iAlgoType, answer.data());
+  const auto key = KeyBytes(iAlgoType, answer.data());
   HexToAscii(key.data(), static_cast<int>(key.size()), szPublicKey);
   ICC_DPrintLogToFile("PN_ObtainPublicKey iRet=%d", GWQ_OK);
   return GWQ_OK;
@@ -195,17 +167,14 @@ int PN_ObtainDigest(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, 
   if (szData == nullptr || pDigest == nullptr) return GWQ_BAD_ARGUMENT;
   const std::string_view data(szData);
   const std::size_t room = data.size() + 5;
-  if (room > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
-  gwq::PadBody body(gwq::kDigest, room);
-  body << iHashAlgo << static_cast<int>(data.size()) << data;
-  gwq::PadFrame frame(body);
-  if (!frame) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::PadAnswer answer;
-  const int result = gwq::AskPadLogged({0, iBaudRate}, frame, gwq::kDigestTimeoutMs, answer);
+  if (room > kMaxBodySize) return GWQ_BAD_ARGUMENT;
+  PadBody body(pad::kDigest, room);
+  body.Byte(iHashAlgo).Byte(static_cast<int>(data.size())).Text(data);
+  PadAnswer answer;
+  const int result = AskPad({0, iBaudRate}, body, answer);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("PN_ObtainDigest iRet=%d", GWQ_OK);
-  gwq::CopyOut(answer.data(), pDigest);
+  CopyOut(answer.data(), pDigest);
   return GWQ_OK;
 }
 
@@ -216,19 +185,13 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRa
   ICC_DPrintLogToFile("szPinPadFactor=%s,encWKData=%s,szVerifyKey=%s", szPinPadFactor, encWKData,
                       szVerifyKey);
   if (szVerifyKey == nullptr || encWKData == nullptr) return GWQ_BAD_ARGUMENT;
-  const int command = gwq::WorkingKeyType(szWKType) == 2 ? gwq::kLoadKey2 : gwq::kLoadKey1;
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  const gwq::WorkingKey wk{encWKData, gwq::OrEmpty(szPinPadFactor), szVerifyKey};
-  if (wk.Room() > gwq::kLongestBody) return GWQ_BAD_ARGUMENT;
-  gwq::PadBody body(command, wk.Room());
-  if (!gwq::AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;
-  gwq::PadFrame frame(body);
-  if (!frame) return GWQ_BAD_ARGUMENT;
-  gwq::DrainLogged(iBaudRate);
-  gwq::PadAnswer answer;
-  const int result = gwq::AskPad({0, iBaudRate}, frame, gwq::kLoadKeyTimeoutMs, answer);
-  ICC_DPrintLogToFile("TransProc  iRet=%d,", result);
-  if (result != GWQ_OK) return result;
-  ICC_DPrintLogToFile("UnPackData  iRet=%d,", answer.status());
-  return gwq::JudgeLoad(command, answer);
+  const PadCommand& command = WorkingKeyType(szWKType) == 2 ? pad::kLoadKey2 : pad::kLoadKey1;
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  const WorkingKey wk{encWKData, OrEmpty(szPinPadFactor), szVerifyKey};
+  if (wk.Room() > kMaxBodySize) return GWQ_BAD_ARGUMENT;
+  PadBody body(command, wk.Room());
+  if (!AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;
+  PadAnswer answer;
+  const int result = AskPad({0, iBaudRate}, body, answer);
+  return result == GWQ_OK ? JudgeLoad(command.code, answer) : result;
 }

@@ -38,23 +38,24 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
                int iInParam2, const char* szPrompt, char* szResult) {
-  const gwq::Operation operation;
+  const Operation operation;
   constexpr int kMarginMs = 2000;
   ICC_DPrintLogToFile("PN_GetInNo ");
-  if (!gwq::NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  gwq::SecretArray<char, gwq::kSplitRoom + 1> prompt;
-  if (const int result = gwq::SplitPrompt(szPrompt, prompt); result != GWQ_OK) return result;
-  gwq::CommandText<2048> command;
-  command << "\x1B[5GETINNO\x02" << iTimeout << "|" << iInParam1 << "|" << iInParam2 << "|" << prompt.data()
-          << "\x03";
-  gwq::AnswerText<1024> answer;
-  const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, gwq::WaitMs(iTimeout, kMarginMs));
+  if (!NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  SecretArray<char, kSplitRoom + 1> prompt;
+  if (const int result = SplitPrompt(szPrompt, prompt); result != GWQ_OK) return result;
+  Command<2048> command(Channel::kKeyboard, "GETINNO");
+  command.Fields('|', iTimeout, iInParam1, iInParam2, prompt.data());
+  AnswerText<1024> answer;
+  const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, WaitMs(iTimeout, kMarginMs));
   ICC_DPrintLogToFile("iRet = %d", result);  // before the copy, whose registers it would save on the stack
   if (result != GWQ_OK) return result;
-  const std::string_view number = gwq::WithoutMarks(answer.text()).substr(0, gwq::kLongestNumber);
+  const std::string_view number = WithoutMarks(answer.text()).substr(0, kLongestNumber);
   number.copy(szResult, number.size());
   szResult[number.size()] = '\0';
   return result;

@@ -5,53 +5,19 @@
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "codec/internal/split_form.h"
 #include "frame/internal/arguments.h"
-#include "pinpad/internal/framed.h"
+#include "pinpad/internal/pad_command.h"
 
 namespace gwq {
 namespace {
 
-constexpr int kSettingTimeoutMs = 2000;
 constexpr int kDeviceIdTimeoutMs = 3000;
-constexpr std::size_t kLongestDeviceId = 20;
-
-// What distinguishes one setting from another.
-struct Setting {
-  int command;
-  bool drains_usb;
-  bool passes_status;  // the pad's own status word goes to the caller, in place of -14
-};
-
-constexpr Setting kGetType{.command = 0x3033, .drains_usb = false, .passes_status = true};
-constexpr Setting kSetType{.command = 0x3010, .drains_usb = false, .passes_status = true};
-constexpr Setting kGetLength{.command = 0x3035, .drains_usb = true, .passes_status = false};
-constexpr Setting kSetLength{.command = 0x3012, .drains_usb = true, .passes_status = false};
-constexpr Setting kSetEndRule{.command = 0x3013, .drains_usb = true, .passes_status = false};
-constexpr Setting kSetFill{.command = 0x3011, .drains_usb = true, .passes_status = false};
-constexpr Setting kSetMode{.command = 0x3032, .drains_usb = false, .passes_status = false};
-constexpr Setting kSetSound{.command = 0x3014, .drains_usb = false, .passes_status = false};
-constexpr Setting kSetAccount{.command = 0x3016, .drains_usb = false, .passes_status = false};
-constexpr int kReadDeviceId = 0x3018;
-
-int AskSetting(Line line, const Setting& setting, const PadBody& body, PadAnswer& answer) {
-  if (setting.drains_usb && line.port == 0) Drain(line);
-  if (const int result = AskPad(line, body, kSettingTimeoutMs, answer); result != GWQ_OK) return result;
-  return setting.passes_status ? answer.status() : RefusedUnlessDone(answer.status());
-}
-
-int Put(Line line, const Setting& setting, int value) {
-  PadBody body(setting.command);
-  PadAnswer answer;
-  return AskSetting(line, setting, body << value, answer);
-}
-
-int Get(Line line, const Setting& setting, PadAnswer& answer) {
-  return AskSetting(line, setting, PadBody(setting.command), answer);
-}
+constexpr std::size_t kMaxDeviceIdSize = 20;
 
 int ReadDeviceId(int baud, char* device_id) {
   PadAnswer answer;
-  const int result = AskPad({0, baud}, PadBody(kReadDeviceId), kDeviceIdTimeoutMs, answer);
+  const int result = AskPad({0, baud}, PadBody(pad::kReadDeviceId), answer);
   ICC_DPrintLogToFile("PN_ReadDeviceId  iRet=%d", result);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("szRecv =%.*s", static_cast<int>(answer.raw().size()), answer.raw().data());
@@ -65,19 +31,22 @@ int ReadDeviceId(int baud, char* device_id) {
 }
 
 bool IsDeviceId(const char* text) {
-  return Given(text) && std::strlen(text) <= kLongestDeviceId;
+  return Given(text) && std::strlen(text) <= kMaxDeviceIdSize;
 }
 
 int SendDeviceId(int baud, const char* device_id) {
-  CommandText<256> command;
+  Command<256> command(Channel::kDevice, "BJPOSTSETSN");
   AnswerText<1024> answer;
-  command << "\x1B[0BJPOSTSETSN\x02" << device_id << "\x03";
-  const int result = Ask({0, baud}, command, answer, &EndOfRead2, kDeviceIdTimeoutMs);
+  const int result = Ask({0, baud}, command.Fields('|', device_id), answer, &EndOfRead2, kDeviceIdTimeoutMs);
   ICC_DPrintLogToFile("PN_WriteDeviceId  iRet=%d", result);
   if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
   if (answer.text().starts_with(kDoneAnswer)) return GWQ_OK;
   ICC_DPrintLogToFile("PN_WriteDeviceId  iRet=%d", GWQ_REFUSED);
   return GWQ_REFUSED;
+}
+
+int FillByte(const char* fill) {
+  return fill != nullptr && *fill == 'F' ? 0xFF : 0x00;
 }
 
 // Logs what one of several settings in a row came to.
@@ -89,22 +58,24 @@ bool LoggedSuccess(const char* log, int result) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int PN_GetEnType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* piEnType) {
   if (piEnType == nullptr) return GWQ_BAD_ARGUMENT;
-  gwq::PadAnswer answer;
-  const int result = gwq::Get({iPortNo, iBaudRate}, gwq::kGetType, answer);
+  PadAnswer answer;
+  const int result = AskPad({iPortNo, iBaudRate}, PadBody(pad::kGetType), answer);
   if (result == GWQ_OK && !answer.data().empty()) *piEnType = answer.data()[0];
   return result;
 }
 
 int PN_SetEnType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iEnType) {
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetType, iEnType);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetType, iEnType);
 }
 
 int PN_GetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* piPinLen) {
   if (piPinLen == nullptr) return GWQ_BAD_ARGUMENT;
-  gwq::PadAnswer answer;
-  if (const int result = gwq::Get({iPortNo, iBaudRate}, gwq::kGetLength, answer); result != GWQ_OK) {
+  PadAnswer answer;
+  if (const int result = AskPad({iPortNo, iBaudRate}, PadBody(pad::kGetLength), answer); result != GWQ_OK) {
     return result;
   }
   if (answer.data().empty()) return GWQ_REFUSED;
@@ -113,67 +84,63 @@ int PN_GetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* pi
 }
 
 int PN_SetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iPinLen) {
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetLength, iPinLen & 0x0F);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetLength, iPinLen & 0x0F);
 }
 
 int PN_SetEndRule(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iEndRule) {
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetEndRule, iEndRule);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetEndRule, iEndRule);
 }
 
 int PN_SetFillType(int iPortNo, const char* /*szReserved*/, int iBaudRate, const char* szFill) {
-  const bool fills_with_f = szFill != nullptr && *szFill == 'F';
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetFill, fills_with_f ? 0xFF : 0x00);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetFill, FillByte(szFill));
 }
 
 int PN_SetPinMoe(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iPinMode) {
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetMode, iPinMode);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetMode, iPinMode);
 }
 
 int PN_SetSoundType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iSoundType) {
-  return gwq::Put({iPortNo, iBaudRate}, gwq::kSetSound, iSoundType);
+  return SetPad({iPortNo, iBaudRate}, pad::kSetSound, iSoundType);
 }
 
 int PN_SetAccount(int iPortNo, const char* /*szReserved*/, int iBaudRate, const unsigned char* pAccount,
                   int iAccountLen) {
   if (pAccount == nullptr && iAccountLen > 0) return GWQ_BAD_ARGUMENT;
-  gwq::PadBody body(gwq::kSetAccount.command);
-  body << iAccountLen;
-  if (iAccountLen > 0) {
-    body << std::string_view(reinterpret_cast<const char*>(pAccount), static_cast<std::size_t>(iAccountLen));
-  }
-  gwq::PadAnswer answer;
-  return gwq::AskSetting({iPortNo, iBaudRate}, gwq::kSetAccount, body, answer);
+  PadBody body(pad::kSetAccount);
+  body.Byte(iAccountLen).Text(AsText(BytesOf(pAccount, iAccountLen)));
+  PadAnswer answer;
+  return AskPad({iPortNo, iBaudRate}, body, answer);
 }
 
 int PN_ReadDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
   ICC_DPrintLogToFile("PN_ReadDeviceId ");
   if (szDeviceId == nullptr) return GWQ_BAD_ARGUMENT;
-  if (gwq::Drain({0, iBaudRate}) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::ReadDeviceId(iBaudRate, szDeviceId);
+  if (const int status = DrainFirst({0, iBaudRate}); status != GWQ_OK) return status;
+  return ReadDeviceId(iBaudRate, szDeviceId);
 }
 
 int PN_WriteDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szDeviceId) {
   ICC_DPrintLogToFile("PN_WriteDeviceId  DeviceId=%s", szDeviceId);
-  if (!gwq::IsDeviceId(szDeviceId)) {
+  if (!IsDeviceId(szDeviceId)) {
     ICC_DPrintLogToFile("PN_WriteDeviceId  ERR_PARAMS");
     return GWQ_BAD_ARGUMENT;
   }
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::SendDeviceId(iBaudRate, szDeviceId);
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  return SendDeviceId(iBaudRate, szDeviceId);
 }
 
-int PN_SetPinPadParameter(int /*iPortNo*/, const char* szReserved, int iBaudRate, int iAlgoType, int iPinLen,
-                          int iPinRule, const char* szFill) {
+int PN_SetPinPadParameter(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iAlgoType,
+                          int iPinLen, int iPinRule, const char* szFill) {
   ICC_DPrintLogToFile("PN_SetPinPadParameter iAlgoType=%d,iPinLen=%d,iPinRule=%d", iAlgoType, iPinLen,
                       iPinRule);
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  int result = PN_SetEnType(0, szReserved, iBaudRate, iAlgoType);
-  if (!gwq::LoggedSuccess("PN_SetEnType iRet=%d", result)) return result;
-  result = PN_SetPinLen(0, szReserved, iBaudRate, iPinLen);
-  if (!gwq::LoggedSuccess("PN_SetPinLen iRet=%d", result)) return result;
-  result = PN_SetEndRule(0, szReserved, iBaudRate, iPinRule);
-  if (!gwq::LoggedSuccess("PN_SetEndRule iRet=%d", result)) return result;
-  result = PN_SetFillType(0, szReserved, iBaudRate, szFill);
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  int result = SetPad({0, iBaudRate}, pad::kSetType, iAlgoType);
+  if (!LoggedSuccess("PN_SetEnType iRet=%d", result)) return result;
+  result = SetPad({0, iBaudRate}, pad::kSetLength, iPinLen & 0x0F);
+  if (!LoggedSuccess("PN_SetPinLen iRet=%d", result)) return result;
+  result = SetPad({0, iBaudRate}, pad::kSetEndRule, iPinRule);
+  if (!LoggedSuccess("PN_SetEndRule iRet=%d", result)) return result;
+  result = SetPad({0, iBaudRate}, pad::kSetFill, FillByte(szFill));
   ICC_DPrintLogToFile("PN_SetFillType iRet=%d", result);
   ICC_DPrintLogToFile("PN_SetPinPadParameter iRet=%d", result);
   return result;

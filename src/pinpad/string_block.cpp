@@ -7,13 +7,13 @@
 #include <gwq/codec/text_forms.h>
 #include <gwq/diag/log.h>
 #include <gwq/files/host_files.h>
-#include <gwq/files/pull.h>
 #include <gwq/frame/port.h>
 #include <gwq/pinpad/entry.h>
 #include "diag/internal/pause.h"
 #include "files/internal/file.h"
 #include "files/internal/output_room.h"
 #include "files/internal/private_file.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
 
@@ -34,9 +34,9 @@ using Answer = AnswerText<4096>;
 // Only whether the link opens counts here; what the terminal answers does not.
 bool TerminalIsThere(int baud) {
   constexpr int kTimeoutMs = 1000;
-  CommandText<64> command;
+  Command<64> command(Channel::kPinPad, "GETFIRMVERSION");
   AnswerText<1024> answer;
-  const int result = Ask({0, baud}, command << "\x1B[1GETFIRMVERSION", answer, &EndOfRead2, kTimeoutMs);
+  const int result = Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
   if (result == GWQ_NO_ANSWER) ICC_DPrintLogToFile("Timeout -405");
   if (result != GWQ_NOT_OPENED) return true;
   ICC_DPrintLogToFile("ERR_OPEN -3");
@@ -56,11 +56,10 @@ int Failed(int code) {
 
 int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& answer) {
   SecretHeap<char> hex(kHexRoom);
-  HeapCommand command(kCommandRoom);
+  HeapCommand command(Channel::kPinPad, "GETENCDATA", kCommandRoom);
   if (!hex || !command) return Failed(GWQ_TOO_SMALL);
   const int digits = HexOf(info, hex);
-  command << "\x1B[1GETENCDATA\x02" << algorithm << "|" << digits << "|"
-          << std::string_view(hex.data(), static_cast<std::size_t>(digits)) << "\x03";
+  command.Fields('|', algorithm, digits, std::string_view(hex.data(), static_cast<std::size_t>(digits)));
   const int result = Ask({0, kEncipherBaud}, command, answer, &EndOfRead2, WaitMs(timeout_s, 3000));
   ICC_DPrintLogToFile("TransProc nRet=%d", result);
   if (result == GWQ_NOT_OPENED) return result;
@@ -72,11 +71,9 @@ int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& a
 
 int PullResult(PrivatePlace& place) {
   constexpr int kTimeoutMs = 3000;
-  CommandText<256> command;
-  command << "\x1B[0PULLFILE\x02" << kRemoteFile << "\x03";
   PauseMs(kPauseBeforePullMs);
-  const int result = place ? PullFile(0, '\0', 0, kTimeoutMs, command.size(), command.data(), place.path())
-                           : GWQ_READ_FAILED;
+  const int result =
+      place ? PullTo(kRemoteFile, place.path(), kTimeoutMs) : static_cast<int>(GWQ_READ_FAILED);
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
@@ -112,24 +109,25 @@ void TakeAnswer(const Answer& answer, char* out) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
                       const char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
-  const gwq::Operation operation;
+  const Operation operation;
   if (szInfo == nullptr || pFileData == nullptr || pnLen == nullptr || szEncData == nullptr) {
     return GWQ_BAD_ARGUMENT;
   }
   const std::string_view info(szInfo, static_cast<std::size_t>(std::max(*pnLen, 0)));
   ICC_DPrintLogToFile("PN_GetStringBlock  iAlgoType=%d,szInfo=%.*s", iAlgoType, static_cast<int>(info.size()),
                       szInfo);
-  if (gwq::DrainLogged(iBaudRate) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (!gwq::TerminalIsThere(iBaudRate)) return GWQ_NOT_OPENED;
-  gwq::Answer answer;
-  if (const int result = gwq::AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK)
-    return result;
-  gwq::PrivatePlace place(gwq::kLocalFile);
-  if (const int result = gwq::PullResult(place); result != GWQ_OK) return result;
-  if (const int result = gwq::ReadResult(place.path(), pFileData, pnLen); result != GWQ_OK) return result;
-  gwq::TakeAnswer(answer, szEncData);
+  if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
+  if (!TerminalIsThere(iBaudRate)) return GWQ_NOT_OPENED;
+  Answer answer;
+  if (const int result = AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK) return result;
+  PrivatePlace place(kLocalFile);
+  if (const int result = PullResult(place); result != GWQ_OK) return result;
+  if (const int result = ReadResult(place.path(), pFileData, pnLen); result != GWQ_OK) return result;
+  TakeAnswer(answer, szEncData);
   ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", GWQ_OK);
   return GWQ_OK;
 }

@@ -27,39 +27,41 @@ int TakeResult(std::string_view answer, char* out) {
   return GWQ_OK;
 }
 
-int AskForResult(Line line, int timeout_s, HeapCommand& command, char* out) {
+int AskForResult(Endpoint endpoint, int timeout_s, HeapCommand& command, char* out) {
   AnswerText<1024> answer;
-  int result = Ask(line, command, answer, &EndOfRead2, WaitMs(timeout_s, kAnswerMarginMs));
+  int result = Ask(endpoint, command, answer, &EndOfRead2, WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("iRet:%d\r\n", result);
   if (result == GWQ_OK) result = TakeResult(answer.text(), out);
   ICC_DPrintLogToFile("MP_CheckOut_All  iRet:%d", result);
   return result;
 }
 
-int CheckOut(Line line, int timeout_s, std::string_view first, std::string_view second, char* out) {
+int CheckOut(Endpoint endpoint, int timeout_s, std::string_view first, std::string_view second, char* out) {
   constexpr std::size_t kRoomAround = 64;
   const SplitCopy split_second(second);
   const SplitCopy split_first(first);
-  HeapCommand command(2 * (first.size() + second.size()) + kRoomAround);
+  HeapCommand command(Channel::kInformation, "YCCHECKOUTALLUTF8",
+                      2 * (first.size() + second.size()) + kRoomAround);
   if (!split_second || !split_first || !command) return GWQ_TOO_SMALL;
-  command << "\x1B[2YCCHECKOUTALLUTF8\x02" << timeout_s << "#" << split_second.text() << "#"
-          << split_first.text() << "\x03";
-  return AskForResult(line, timeout_s, command, out);
+  return AskForResult(endpoint, timeout_s,
+                      command.Fields('#', timeout_s, split_second.text(), split_first.text()), out);
 }
 
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                     const char* szFirstText, const char* szSecondText, char* szResult) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("MP_CheckOut_All");
-  const bool texts_hold = gwq::Given(szFirstText) && szSecondText != nullptr;
-  if (!texts_hold || szResult == nullptr || !gwq::IsCustomerTimeout(iTimeout)) {
-    gwq::LogGbk(gwq::Gbk("参数错误"));
+  const bool texts_hold = Given(szFirstText) && szSecondText != nullptr;
+  if (!texts_hold || szResult == nullptr || !IsCustomerTimeout(iTimeout)) {
+    LogGbk(Gbk("参数错误"));
     return GWQ_BAD_ARGUMENT;
   }
-  const gwq::Line line{0, iBaudRate};
-  if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::CheckOut(line, iTimeout, szFirstText, szSecondText, szResult);
+  const Endpoint endpoint{0, iBaudRate};
+  if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
+  return CheckOut(endpoint, iTimeout, szFirstText, szSecondText, szResult);
 }

@@ -83,10 +83,10 @@ class Messages {
   };
 
   Message last_;
-  CommandText<512> collected_;
+  SecretText<512> collected_;
 };
 
-using ItemText = CommandText<4096>;
+using ItemText = SecretText<4096>;
 using SerialNumber = std::array<char, 4096>;
 
 struct Description {
@@ -137,10 +137,9 @@ std::string_view TakeVersion(std::string_view answer) {
 
 int Run(int baud, const Query& query, TakePart* take, ItemText& text, Messages& messages) {
   constexpr int kTimeoutMs = 2000;
-  CommandText<64> command;
+  Command<64> command(Channel::kDevice, query.word);
   Answer answer;
-  command << "\x1B[0" << query.word << "\x02" << query.number << "\x03";
-  const int result = Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
+  const int result = Ask({0, baud}, command.Fields('|', query.number), answer, &EndOfRead2, kTimeoutMs);
   if (result != GWQ_OK) {
     messages.SetFailure(query.item, result);
   } else if (answer.text() == kRefusalAnswer) {
@@ -207,12 +206,14 @@ bool CopyOut(const JsonText& text, char* out, int* length) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("inJson = %s ", inJson);
-  const gwq::Request request = gwq::ReadRequest(inJson);
-  const gwq::DescriptionMemory terminal = gwq::MakeDescription();
+  const Request request = ReadRequest(inJson);
+  const DescriptionMemory terminal = MakeDescription();
   if (!terminal) return GWQ_TOO_SMALL;
-  const int result = gwq::Describe(request.baud, *terminal);
-  return gwq::CopyOut(gwq::Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
+  const int result = Describe(request.baud, *terminal);
+  return CopyOut(Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
 }

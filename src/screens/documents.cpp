@@ -14,7 +14,7 @@ namespace {
 
 // Room for the list and what stands around it.
 constexpr std::size_t kListRoom = 1024;
-using Text = CommandText<kListRoom + 128>;
+using Request = Command<kListRoom + 128>;
 using List = DocumentList<kListRoom>;
 
 // pnDisplayResult: what the customer decided.
@@ -37,10 +37,6 @@ bool ArgumentsHold(const char* paths, int timeout_s) {
   return Given(paths) && IsCustomerTimeout(timeout_s) && DocumentsFit(paths, kListRoom);
 }
 
-Text& Fill(Text& command, std::string_view word, int timeout_s, const List& list) {
-  return command << "\x1B[2" << word << "\x02" << 0 << "|" << timeout_s << "|" << list.data() << "\x03";
-}
-
 int Undecided(int status, int& decision) {
   decision = kUndecided;
   return status;
@@ -56,9 +52,9 @@ int TakeDecision(std::string_view answer, int& decision) {
 }
 
 int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
-  Text command;
+  Request command(Channel::kInformation, "YCNEWSTARTFILE");
   AnswerText<1024> answer;
-  const int result = Ask({0, baud}, Fill(command, "YCNEWSTARTFILE", timeout_s, list), answer, &EndOfRead2,
+  const int result = Ask({0, baud}, command.Fields('|', 0, timeout_s, list.data()), answer, &EndOfRead2,
                          WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
   return result == GWQ_OK ? TakeDecision(answer.text(), decision) : Undecided(result, decision);
@@ -67,28 +63,30 @@ int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
-  const gwq::Operation operation;
-  const gwq::Line line{0, iBaudRate};
-  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
-  if (const int result = gwq::Begin(line, hold, nullptr); result != GWQ_OK) return result;
-  gwq::List list;
-  if (const int result = gwq::PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
-  gwq::Text command;
-  return Tell(line, gwq::Fill(command, "YCNEWSHOWFILE", iTimeout, list), gwq::kSendTimeoutMs);
+  const Operation operation;
+  const Endpoint endpoint{0, iBaudRate};
+  const bool hold = ArgumentsHold(szFilePath, iTimeout);
+  if (const int result = Begin(endpoint, hold, nullptr); result != GWQ_OK) return result;
+  List list;
+  if (const int result = PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
+  Request command(Channel::kInformation, "YCNEWSHOWFILE");
+  return Tell(endpoint, command.Fields('|', 0, iTimeout, list.data()), kSendTimeoutMs);
 }
 
 int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   int* pnDisplayResult) {
-  const gwq::Operation operation;
+  const Operation operation;
   int nowhere = 0;
   int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  const bool hold = gwq::ArgumentsHold(szFilePath, iTimeout);
-  const int begun = gwq::Begin({0, iBaudRate}, hold, gwq::kParamError);
-  if (begun == GWQ_BAD_ARGUMENT) return gwq::Undecided(begun, decision);
+  const bool hold = ArgumentsHold(szFilePath, iTimeout);
+  const int begun = Begin({0, iBaudRate}, hold, kParamError);
+  if (begun == GWQ_BAD_ARGUMENT) return Undecided(begun, decision);
   if (begun != GWQ_OK) return begun;
-  gwq::List list;
-  const int pushed = gwq::PushDocuments(szFilePath, list.span());
-  if (pushed != GWQ_OK) return gwq::Undecided(pushed, decision);
-  return gwq::AskToConfirm(iBaudRate, iTimeout, list, decision);
+  List list;
+  const int pushed = PushDocuments(szFilePath, list.span());
+  if (pushed != GWQ_OK) return Undecided(pushed, decision);
+  return AskToConfirm(iBaudRate, iTimeout, list, decision);
 }

@@ -13,7 +13,7 @@
 namespace gwq {
 namespace {
 
-using Text = CommandText<1024>;
+using Request = Command<1024>;
 constexpr Channel kScreen = Channel::kEvaluation;
 
 // The device's 0 is the caller's 4.
@@ -32,13 +32,13 @@ bool StarsHold(int level) {
 
 // False when there is no room for it.
 template <std::size_t N>
-bool PhotoByNumber(const Teller& teller, CommandText<N>& photo) {
+bool PhotoByNumber(const Teller& teller, SecretText<N>& photo) {
   photo << OrEmpty(teller.number) << ".jpg";
   return !photo.IsCut();
 }
 
 // The photo's name as the MP_ functions send it: in GBK, though their command words say UTF-8. A long one is cut.
-using ConvertedPhoto = CommandText<256 + 1>;
+using ConvertedPhoto = SecretText<256 + 1>;
 bool ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
   constexpr std::size_t kSize = 256;
   if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
@@ -51,7 +51,7 @@ bool ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
 }
 
 // As GWQ_StartEvaluator sends it.
-using PlainPhoto = CommandText<1024 + 1>;
+using PlainPhoto = SecretText<1024 + 1>;
 bool TakePhoto(const Teller& teller, PlainPhoto& photo) {
   if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
   photo << teller.photo;
@@ -59,10 +59,8 @@ bool TakePhoto(const Teller& teller, PlainPhoto& photo) {
 }
 
 // False when the card does not fit into a command: cut, it would show something else.
-bool FillCard(Text& command, std::string_view word, const Teller& teller, std::string_view photo) {
-  command << word << "\x02" << OrEmpty(teller.name) << "|" << OrEmpty(teller.number) << "|" << teller.stars
-          << "|" << photo << "\x03";
-  return !command.IsCut();
+bool FillCard(Request& command, const Teller& teller, std::string_view photo) {
+  return !command.Fields('|', OrEmpty(teller.name), OrEmpty(teller.number), teller.stars, photo).IsCut();
 }
 
 // What a failed send becomes in the MP_ functions; the GWQ_ functions return it as it is.
@@ -74,14 +72,14 @@ bool CardHolds(const Teller& teller) {
   return StarsHold(teller.stars) && teller.name != nullptr;
 }
 
-bool FillConvertedCard(Text& command, std::string_view word, const Teller& teller) {
+bool FillConvertedCard(Request& command, const Teller& teller) {
   ConvertedPhoto photo;
-  return CardHolds(teller) && ConvertPhoto(teller, photo) && FillCard(command, word, teller, photo.text());
+  return CardHolds(teller) && ConvertPhoto(teller, photo) && FillCard(command, teller, photo.text());
 }
 
-bool FillPlainCard(Text& command, std::string_view word, const Teller& teller) {
+bool FillPlainCard(Request& command, const Teller& teller) {
   PlainPhoto photo;
-  return TakePhoto(teller, photo) && FillCard(command, word, teller, photo.text());
+  return TakePhoto(teller, photo) && FillCard(command, teller, photo.text());
 }
 
 void TakeRating(std::string_view answer, char* value) {
@@ -92,11 +90,11 @@ void TakeRating(std::string_view answer, char* value) {
 
 // Waits for the customer's key on a screen that is set up; `word` starts the rating.
 template <typename Take>
-int AwaitRating(Line line, std::string_view word, int timeout_s, Take take) {
-  const WaitingScreen screen(line, kScreen);
-  Text command;
+int AwaitRating(Endpoint endpoint, std::string_view word, int timeout_s, Take take) {
+  const WaitingScreen screen(endpoint, kScreen);
+  Request command(kScreen, word);
   AnswerText<1024> answer;
-  const int result = Ask(line, command << word, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
+  const int result = Ask(endpoint, command, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
   if (result == GWQ_OK) take(answer.text());
   return result;
 }
@@ -104,63 +102,65 @@ int AwaitRating(Line line, std::string_view word, int timeout_s, Take take) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int MP_StartElectronicCard(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                            const char* szTellerName, const char* szTellerNo, int iStarLevel,
                            const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_StartElectronicCard");
-  const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  gwq::Text card;
-  if (!gwq::FillConvertedCard(card, "\x1B[4OPINFODPUTF8", teller)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{0, iBaudRate};
-  if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (const int result = SetScreenTimeout(line, gwq::kScreen, iTimeout); result != GWQ_OK) return result;
-  return gwq::SendStatus(Tell(line, card, gwq::kSendTimeoutMs));
+  const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
+  Request card(kScreen, "OPINFODPUTF8");
+  if (!FillConvertedCard(card, teller)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{0, iBaudRate};
+  if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
+  if (const int result = SetScreenTimeout(endpoint, kScreen, iTimeout); result != GWQ_OK) return result;
+  return SendStatus(Tell(endpoint, card, kSendTimeoutMs));
 }
 
 int MP_SetEvaluateInfo(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, const char* szTellerName,
                        const char* szTellerNo, int iStarLevel, const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_SetEvaluateInfo");
-  const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  gwq::Text card;
-  if (!gwq::FillConvertedCard(card, "\x1B[4SETEVALINFOUTF8", teller)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{0, iBaudRate};
-  if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  return gwq::SendStatus(Tell(line, card, gwq::kSendTimeoutMs));
+  const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
+  Request card(kScreen, "SETEVALINFOUTF8");
+  if (!FillConvertedCard(card, teller)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{0, iBaudRate};
+  if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
+  return SendStatus(Tell(endpoint, card, kSendTimeoutMs));
 }
 
 int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, char* szEvalValue) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("MP_StartEvaluate");
-  const gwq::Line line{0, iBaudRate};
-  if (gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  const int result = gwq::SendStatus(SetScreenTimeout(line, gwq::kScreen, iTimeout));
+  const Endpoint endpoint{0, iBaudRate};
+  if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
+  const int result = SendStatus(SetScreenTimeout(endpoint, kScreen, iTimeout));
   if (result != GWQ_OK) return result;
-  return gwq::AwaitRating(line, "\x1B[4STARTEVALUTF8", iTimeout,
-                          [=](std::string_view answer) { gwq::TakeRating(answer, szEvalValue); });
+  return AwaitRating(endpoint, "STARTEVALUTF8", iTimeout,
+                     [=](std::string_view answer) { TakeRating(answer, szEvalValue); });
 }
 
 int MP_CancleEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate) {
   ICC_DPrintLogToFile("MP_CancleEvaluate");
-  gwq::CancelOperations();
+  CancelOperations();
   CancelRead();
-  const gwq::CancelsWhileWaiting cancels;
-  ICC_DPrintLogToFile("nRet=%d", gwq::Drain({0, iBaudRate}));
+  const CancelsWhileWaiting cancels;
+  ICC_DPrintLogToFile("nRet=%d", Drain({0, iBaudRate}));
   return GWQ_OK;
 }
 
 int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, const char* szTellerNo,
                        int iStarLevel, const char* szPhotoName, int iTimeout, unsigned int* pnRating) {
-  const gwq::Operation operation;
-  if (!gwq::StarsHold(iStarLevel) || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
-  const gwq::Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  gwq::Text card;
-  if (!gwq::FillPlainCard(card, "\x1B[4H", teller)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{iPortNo, iBaudRate};
-  if (iPortNo == 0) gwq::Drain(line);
-  Tell(line, card, gwq::kSendTimeoutMs);
-  if (const int result = SetScreenTimeout(line, gwq::kScreen, iTimeout); result != GWQ_OK) return result;
-  return gwq::AwaitRating(line, "\x1B[4R", iTimeout, [=](std::string_view answer) {
-    const auto rating = gwq::MeaningOf(gwq::kRatings, answer);
+  const Operation operation;
+  if (!StarsHold(iStarLevel) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
+  Request card(kScreen, "H");
+  if (!FillPlainCard(card, teller)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{iPortNo, iBaudRate};
+  DrainUsb(endpoint);
+  Tell(endpoint, card, kSendTimeoutMs);
+  if (const int result = SetScreenTimeout(endpoint, kScreen, iTimeout); result != GWQ_OK) return result;
+  return AwaitRating(endpoint, "R", iTimeout, [=](std::string_view answer) {
+    const auto rating = MeaningOf(kRatings, answer);
     if (rating && pnRating != nullptr) *pnRating = static_cast<unsigned>(*rating);
   });
 }

@@ -4,21 +4,14 @@
 
 namespace gwq {
 
-int SendText(Line line, std::string_view text) {
-  CommandText<1024> command;
-  return Tell(line, command << text, kSendTimeoutMs);
+int SetScreenTimeout(Endpoint endpoint, Channel channel, int seconds) {
+  Command<64> command(channel, ";");
+  return Tell(endpoint, command.Text(seconds, "T"), kSendTimeoutMs);
 }
 
-int SetScreenTimeout(Line line, Channel channel, int seconds) {
-  const char letter = static_cast<char>(channel);
-  CommandText<64> command;
-  command << "\x1B[" << std::string_view(&letter, 1) << ";" << seconds << "T";
-  return Tell(line, command, kSendTimeoutMs);
-}
-
-int CloseScreen(Line line, Channel channel) {
-  const char command[] = {'\x1B', '[', static_cast<char>(channel), 'C'};
-  return SendText(line, {command, sizeof command});
+int CloseScreen(Endpoint endpoint, Channel channel) {
+  Command<16> command(channel, "C");
+  return Tell(endpoint, command, kSendTimeoutMs);
 }
 
 std::optional<int> MeaningOf(std::span<const Meaning> table, std::string_view answer) {

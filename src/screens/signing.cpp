@@ -8,8 +8,6 @@
 
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>
-#include <gwq/files/pull.h>
-#include <gwq/files/push.h>
 #include <gwq/frame/port.h>
 #include "codec/internal/secret.h"
 #include "diag/internal/log_gbk.h"
@@ -17,6 +15,7 @@
 #include "files/internal/file.h"
 #include "files/internal/output_room.h"
 #include "files/internal/private_file.h"
+#include "files/internal/transfer.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
 #include "screens/internal/document_steps.h"
@@ -35,19 +34,12 @@ constexpr std::size_t kListRoom = 4096;
 using List = DocumentList<kListRoom>;
 using Answer = AnswerText<4096>;
 // A path that is cut here is longer than any the system opens.
-using Path = CommandText<PATH_MAX + 16>;
+using Path = SecretText<PATH_MAX + 16>;
 
 // ------------------------------------------------------------------ fetching the signature
 
-int Pull(Line line, char channel, std::string_view place, const char* path) {
-  CommandText<64> command;
-  command << "\x1B[0PULLFILE\x02" << place << "\x03";
-  return PullFile(line.port, channel, line.baud, kPullTimeoutMs, command.size(), command.data(),
-                  const_cast<char*>(path));
-}
-
-int PullPicture(Line line, char channel, const char* path) {
-  const int result = Pull(line, channel, "/tmp/hw.png", path);
+int PullPicture(const char* path) {
+  const int result = PullTo("/tmp/hw.png", path, kPullTimeoutMs);
   if (result < 0) LogGbk(Gbk("[GWQ_CallShowPDF]获取签名图片失败 nRet=%d"), result);
   return result;
 }
@@ -56,8 +48,8 @@ void LogStrokesFailure(int result) {
   LogGbk(Gbk("[GWQ_CallShowPDF]获取矢量数据失败 nRet=%d"), result);
 }
 
-int PullStrokes(Line line, char channel, const char* path) {
-  const int result = Pull(line, channel, "/tmp/hw.txt", path);
+int PullStrokes(const char* path) {
+  const int result = PullTo("/tmp/hw.txt", path, kPullTimeoutMs);
   if (result < 0) LogStrokesFailure(result);
   return result;
 }
@@ -134,8 +126,7 @@ constexpr Manner kTzg{.bad_argument = nullptr,
 
 // What the caller asks for.
 struct Signing {
-  Line line;
-  char channel;
+  Endpoint endpoint;
   int timeout_s;
   const char* documents;
   std::string_view location;
@@ -145,7 +136,7 @@ struct Signing {
 
 int GiveUp(const Signing& signing, const char* log, int status) {
   LogIfAny(log);
-  CloseScreen(signing.line, Channel::kInformation);
+  CloseScreen(signing.endpoint, Channel::kInformation);
   return status;
 }
 
@@ -165,7 +156,7 @@ int Judge(const Signing& signing, const Manner& manner, int result, std::string_
 int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& command) {
   Answer answer;
   const int result =
-      Ask(signing.line, command, answer, &EndOfRead2, WaitMs(signing.timeout_s, kAnswerMarginMs));
+      Ask(signing.endpoint, command, answer, &EndOfRead2, WaitMs(signing.timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
   return Judge(signing, manner, result, answer.data());
 }
@@ -173,11 +164,11 @@ int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& co
 int FetchPicture(const Signing& signing) {
   PauseMs(kPauseBeforePullMs);
   if (!Given(signing.picture)) return GWQ_OK;
-  return PullPicture(signing.line, signing.channel, signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
+  return PullPicture(signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
 }
 
 int FetchStrokes(const Signing& signing, const Manner& manner, const char* path) {
-  if (PullStrokes(signing.line, signing.channel, path) < 0) return GWQ_REFUSED;
+  if (PullStrokes(path) < 0) return GWQ_REFUSED;
   return ReadStrokes(path, manner.clears_data, signing.data);
 }
 
@@ -201,10 +192,10 @@ int FetchSignature(const Signing& signing, const Manner& manner) {
 int SignDocuments(const Signing& signing, const Manner& manner) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
-  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
+  HeapCommand command(Channel::kInformation, "YCNEWSTARTSIGN",
+                      signing.location.size() + list.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
-  command << "\x1B[2YCNEWSTARTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << signing.location << "|"
-          << list.data() << "\x03";
+  command.Fields('|', 0, signing.timeout_s, signing.location, list.data());
   const int result = AwaitSignature(signing, manner, command);
   return result == GWQ_OK ? FetchSignature(signing, manner) : result;
 }
@@ -214,31 +205,24 @@ bool ArgumentsHold(const Signing& signing) {
          DocumentsFit(signing.documents, kListRoom);
 }
 
-char ChannelOf(const char* link) {
-  return link == nullptr ? '\0' : *link;
-}
-
 // ------------------------------------------------------------------ the spoken prompt
 
-void FillVoice(HeapCommand& command, std::string_view text) {
-  command << "\x1B[2YCSETVOICECONTENT\x02" << text << "\x03";
-}
+constexpr std::string_view kVoiceWord = "YCSETVOICECONTENT";
 
-int SendVoice(Line line, std::string_view text) {
+int SendVoice(Endpoint endpoint, std::string_view text) {
   SecretHeap<char> gbk(2 * text.size() + 255);
   if (!gbk) return GWQ_TOO_SMALL;
   if (u2g(text.data(), static_cast<int>(text.size()), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
     return GWQ_BAD_ARGUMENT;
   }
-  HeapCommand command(gbk.size() + kAroundParts);
+  HeapCommand command(Channel::kInformation, kVoiceWord, gbk.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
-  FillVoice(command, gbk.data());
   AnswerText<1024> answer;
-  return Ask(line, command, answer, &EndOfRead2, kSendTimeoutMs);
+  return Ask(endpoint, command.Fields('|', gbk.data()), answer, &EndOfRead2, kSendTimeoutMs);
 }
 
-int SetVoice(Line line, std::string_view text) {
-  const int result = SendVoice(line, text);
+int SetVoice(Endpoint endpoint, std::string_view text) {
+  const int result = SendVoice(endpoint, text);
   if (result != GWQ_OK) ICC_DPrintLogToFile("setSignVoice\tFail   nRet= %d", result);
   return result;
 }
@@ -256,20 +240,19 @@ struct TzgMode {
   [[nodiscard]] int Value() const { return length + (flag == 1 ? 1 : 0); }
 };
 
-bool SupportsTzg(Line line) {
+bool SupportsTzg(Endpoint endpoint) {
   constexpr int kQueryTimeoutMs = 1000;
-  CommandText<64> command;
+  Command<64> command(Channel::kInformation, "YCISSUPPORTTZG");
   AnswerText<1024> answer;
-  const int result = Ask(line, command << "\x1B[2YCISSUPPORTTZG", answer, &EndOfRead2, kQueryTimeoutMs);
+  const int result = Ask(endpoint, command, answer, &EndOfRead2, kQueryTimeoutMs);
   return result == GWQ_OK && answer.text() == kDoneAnswer;
 }
 
 // In this mode the text goes as it is, and whether it arrived does not matter.
-int TellVoice(Line line, std::string_view text) {
-  HeapCommand command(text.size() + kAroundParts);
+int TellVoice(Endpoint endpoint, std::string_view text) {
+  HeapCommand command(Channel::kInformation, kVoiceWord, text.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
-  FillVoice(command, text);
-  Tell(line, command, kSendTimeoutMs);
+  Tell(endpoint, command.Fields('|', text), kSendTimeoutMs);
   return GWQ_OK;
 }
 
@@ -286,11 +269,11 @@ int FetchTzgSignature(const Signing& signing) {
 int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view voice) {
   List list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
-  if (const int result = TellVoice(signing.line, voice); result != GWQ_OK) return result;
-  HeapCommand command(signing.location.size() + list.size() + kAroundParts);
+  if (const int result = TellVoice(signing.endpoint, voice); result != GWQ_OK) return result;
+  HeapCommand command(Channel::kInformation, "YCNEWSTARTZGTSIGN",
+                      signing.location.size() + list.size() + kAroundParts);
   if (!command) return GWQ_TOO_SMALL;
-  command << "\x1B[2YCNEWSTARTZGTSIGN\x02" << 0 << "|" << signing.timeout_s << "|" << mode.flag << "|"
-          << mode.Value() << "|" << signing.location << "|" << list.data() << "\x03";
+  command.Fields('|', 0, signing.timeout_s, mode.flag, mode.Value(), signing.location, list.data());
   const int result = AwaitSignature(signing, kTzg, command);
   return result == GWQ_OK ? FetchTzgSignature(signing) : result;
 }
@@ -319,54 +302,51 @@ const Page* PageOf(const char* path) {
 }
 
 // 0 when the signature is to be fetched; a failed exchange does not stop that.
-int AwaitHandSignature(Line line, int type, int timeout_s) {
+int AwaitHandSignature(Endpoint endpoint, int type, int timeout_s) {
   constexpr int kMarginMs = 2000;  // less than for documents, on purpose
-  CommandText<64> command;
+  Command<64> command(Channel::kInformation, "HANDSIGN");
   AnswerText<1024> answer;
-  command << "\x1B[2HANDSIGN\x02" << type << "|" << timeout_s << "\x03";
-  const int result = Ask(line, command, answer, &EndOfRead2, WaitMs(timeout_s, kMarginMs));
+  const int result =
+      Ask(endpoint, command.Fields('|', type, timeout_s), answer, &EndOfRead2, WaitMs(timeout_s, kMarginMs));
   LogGbk(Gbk("启动签名返回：%d\r\n"), result);
   return result == GWQ_OK && !answer.text().starts_with(kDoneAnswer) ? GWQ_REFUSED : GWQ_OK;
 }
 
-int FetchHandSignature(Line line, const char* picture, const char* strokes) {
-  constexpr char kChannel = '9';
+int FetchHandSignature(const char* picture, const char* strokes) {
   PauseMs(kPauseBeforePullMs);
-  const int result = PullPicture(line, kChannel, picture);
-  return result < 0 ? result : PullStrokes(line, kChannel, strokes);
+  const int result = PullPicture(picture);
+  return result < 0 ? result : PullStrokes(strokes);
 }
 
 }  // namespace
 }  // namespace gwq
 
-int MP_SignPDF(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
-               const char* szLocation, const char* szSignPath, char* szSignData) {
-  const gwq::Operation operation;
-  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
-                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
-                             szSignData};
-  const int begun = gwq::Begin(signing.line, gwq::ArgumentsHold(signing), gwq::kPlain.bad_argument);
-  return begun == GWQ_OK ? gwq::SignDocuments(signing, gwq::kPlain) : begun;
+using namespace gwq;
+
+int MP_SignPDF(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate, int iTimeout,
+               const char* szFilePath, const char* szLocation, const char* szSignPath, char* szSignData) {
+  const Operation operation;
+  const Signing signing{{0, iBaudRate}, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData};
+  const int begun = Begin(signing.endpoint, ArgumentsHold(signing), kPlain.bad_argument);
+  return begun == GWQ_OK ? SignDocuments(signing, kPlain) : begun;
 }
 
-int MP_SignPDF_Voice(void* /*ignored*/, const char* szLink, int iBaudRate, int iTimeout,
+int MP_SignPDF_Voice(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate, int iTimeout,
                      const char* szFilePath, const char* szLocation, const char* szVoiceContent,
                      const char* szSignPath, char* szSignData) {
-  const gwq::Operation operation;
-  const gwq::Signing signing{{0, iBaudRate}, gwq::ChannelOf(szLink),   iTimeout,
-                             szFilePath,     gwq::OrEmpty(szLocation), szSignPath,
-                             szSignData};
-  const bool hold = gwq::ArgumentsHold(signing) && szVoiceContent != nullptr;
-  const int begun = gwq::Begin(signing.line, hold, gwq::kVoice.bad_argument);
+  const Operation operation;
+  const Signing signing{{0, iBaudRate}, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData};
+  const bool hold = ArgumentsHold(signing) && szVoiceContent != nullptr;
+  const int begun = Begin(signing.endpoint, hold, kVoice.bad_argument);
   if (begun != GWQ_OK) return begun;
-  if (const int result = gwq::SetVoice(signing.line, szVoiceContent); result != GWQ_OK) return result;
-  return gwq::SignDocuments(signing, gwq::kVoice);
+  if (const int result = SetVoice(signing.endpoint, szVoiceContent); result != GWQ_OK) return result;
+  return SignDocuments(signing, kVoice);
 }
 
 int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
                      const char* szLocation, const char* szVoiceContent, const char* szSignPath,
                      int nOperFlag, int nSignLen, char* szSignData) {
-  const gwq::Operation operation;
+  const Operation operation;
   ICC_DPrintLogToFile("[MP_Sign_With_TZG]");
   ICC_DPrintLogToFile("nTimeout = %d", iTimeout);
   ICC_DPrintLogToFile("szFilePath = %s", szFilePath);
@@ -375,34 +355,33 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
   ICC_DPrintLogToFile("szSignPath = %s", szSignPath);
   ICC_DPrintLogToFile("nOperFlag = %d", nOperFlag);
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
-  const gwq::Line line{0, iBaudRate};
-  const gwq::TzgMode mode{nOperFlag, nSignLen};
+  const Endpoint endpoint{0, iBaudRate};
+  const TzgMode mode{nOperFlag, nSignLen};
   // Range errors take precedence over GWQ_NOT_OPENED; the other call returns them.
-  const bool hold = gwq::IsCustomerTimeout(iTimeout) &&
-                    (szFilePath == nullptr || gwq::DocumentsFit(szFilePath, gwq::kListRoom));
-  if (hold && gwq::Drain(line) == GWQ_NOT_OPENED) return GWQ_NOT_OPENED;
-  if (!hold || !mode.Exists() || !gwq::SupportsTzg(line)) {
+  const bool hold =
+      IsCustomerTimeout(iTimeout) && (szFilePath == nullptr || DocumentsFit(szFilePath, kListRoom));
+  if (hold && DrainFirst(endpoint) != GWQ_OK) return GWQ_NOT_OPENED;
+  if (!hold || !mode.Exists() || !SupportsTzg(endpoint)) {
     return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
                             szSignPath, szSignData);
   }
-  return gwq::SignInTzgMode(
-      {line, gwq::ChannelOf(szLink), iTimeout, szFilePath, gwq::OrEmpty(szLocation), szSignPath, szSignData},
-      mode, gwq::OrEmpty(szVoiceContent));
+  return SignInTzgMode({endpoint, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData}, mode,
+                       OrEmpty(szVoiceContent));
 }
 
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   const char* szSignPath, const char* szSignDataPath) {
-  const gwq::Operation operation;
-  if (!gwq::Given(szFilePath) || !gwq::Given(szSignPath) || !gwq::Given(szSignDataPath)) {
+  const Operation operation;
+  if (!Given(szFilePath) || !Given(szSignPath) || !Given(szSignDataPath)) {
     return GWQ_BAD_ARGUMENT;
   }
-  const gwq::Page* page = gwq::PageOf(szFilePath);
-  if (page == nullptr || !gwq::IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
-  const gwq::Line line{0, iBaudRate};
-  gwq::Drain(line);
-  const int pushed = Z11DownLoadFile(line.port, '9', line.baud, 255, szFilePath, page->place);
+  const Page* page = PageOf(szFilePath);
+  if (page == nullptr || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  const Endpoint endpoint{0, iBaudRate};
+  Drain(endpoint);
+  const int pushed = PushFile(endpoint, kNamedFile, szFilePath, page->place);
   if (pushed < 0) return pushed;
-  CloseScreen(line, gwq::Channel::kInformation);
-  if (const int result = gwq::AwaitHandSignature(line, page->type, iTimeout); result != GWQ_OK) return result;
-  return gwq::FetchHandSignature(line, szSignPath, szSignDataPath);
+  CloseScreen(endpoint, Channel::kInformation);
+  if (const int result = AwaitHandSignature(endpoint, page->type, iTimeout); result != GWQ_OK) return result;
+  return FetchHandSignature(szSignPath, szSignDataPath);
 }

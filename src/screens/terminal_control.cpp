@@ -78,36 +78,37 @@ int TakeVersion(std::string_view version, char* common, char* private_part) {
 }
 
 int CloseCurrentProgram(int baud) {
-  CommandText<1024> command;
+  Command<1024> command(Channel::kDevice, "CLOSECURPROGRAM");
   AnswerText<4096> answer;
-  return Ask({0, baud}, command << "\x1B[0CLOSECURPROGRAM", answer, &EndOfRead2, kCloseTimeoutMs);
+  return Ask({0, baud}, command, answer, &EndOfRead2, kCloseTimeoutMs);
 }
 
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3*/, int /*ignored4*/,
                           char* szCommonVersion, char* szPrivateVersion) {
   ICC_DPrintLogToFile("[MP_GetFirmwareVersion]2025.01.16 v02");
-  gwq::CommandText<1024> command;
-  gwq::AnswerText<1024> answer;
-  const int exchange = Ask({0, gwq::kVersionBaud}, command << "\x1B[1GETFIRMVERSION", answer, &EndOfRead2,
-                           gwq::kVersionTimeoutMs);
+  Command<1024> command(Channel::kPinPad, "GETFIRMVERSION");
+  AnswerText<1024> answer;
+  const int exchange = Ask({0, kVersionBaud}, command, answer, &EndOfRead2, kVersionTimeoutMs);
   ICC_DPrintLogToFile("TransProc nRet:%d", exchange);
-  if (const int status = gwq::StatusOf(exchange); status != GWQ_OK) return status;
-  const std::string_view version = gwq::WithoutMarks(answer.text());
-  gwq::LogVersion(answer, version);
-  return gwq::TakeVersion(version, szCommonVersion, szPrivateVersion);
+  if (const int status = StatusOf(exchange); status != GWQ_OK) return status;
+  const std::string_view version = WithoutMarks(answer.text());
+  LogVersion(answer, version);
+  return TakeVersion(version, szCommonVersion, szPrivateVersion);
 }
 
 int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int /*ignored3*/) {
-  gwq::PauseMs(gwq::kPauseBeforeCancelMs);
-  gwq::CancelOperations();
+  PauseMs(kPauseBeforeCancelMs);
+  CancelOperations();
   CancelRead();
   ICC_DPrintLogToFile("after CancelRead ");
-  gwq::PauseMs(gwq::kPauseBeforeCloseMs);
-  const gwq::CancelsWhileWaiting cancels;
-  const int result = gwq::CloseCurrentProgram(iBaudRate);
-  gwq::PauseMs(gwq::kPauseAfterCloseMs);
+  PauseMs(kPauseBeforeCloseMs);
+  const CancelsWhileWaiting cancels;
+  const int result = CloseCurrentProgram(iBaudRate);
+  PauseMs(kPauseAfterCloseMs);
   return result;
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace gwq {
 
@@ -16,6 +17,10 @@ std::span<T> BytesOf(T* data, int length) {
 
 inline std::span<const std::uint8_t> AsBytes(std::span<const char> text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+inline std::string_view AsText(std::span<const std::uint8_t> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 // Writes two characters for each byte; `out` has room for all.

@@ -1,4 +1,4 @@
-// The parameters of the link in use, for exchanges that go on over a link that is open.
+// The link in use and its parameters.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,10 @@ struct SavedParameters {
   std::int32_t parameter;
 };
 
+// As ICC_WriteDataToTransPort.
+int WriteOnLink(unsigned char* data, int length);
+
+// For exchanges that go on over a link that is open.
 SavedParameters ParametersInUse();
 void UseParameters(const SavedParameters& parameters);
 

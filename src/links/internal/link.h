@@ -1,6 +1,8 @@
 // What a link is: the way to one kind of device, of which a process has one open at a time.
 #pragma once
 
+#include <cstdint>
+
 #include <gwq/links/end_of_read.h>
 #include "links/internal/terminal_line.h"
 
@@ -37,7 +39,7 @@ struct Link {
   int (*cancel)();
 };
 
-extern const Link kUsbHidLink;
-extern const Link kSerialLink;
+// By GwqLinkType; NULL for a type that has no link.
+const Link* LinkOfType(std::int32_t type);
 
 }  // namespace gwq

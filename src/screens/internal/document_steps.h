@@ -23,7 +23,7 @@ using DocumentList = SecretArray<char, N + 1>;
 
 // What every call begins with. Returns 0; -1 for arguments that do not hold, with a complaint in the log where there is
 // one; -3 when the link could not be opened to drain it.
-int Begin(Line line, bool arguments_hold, const char* complaint);
+int Begin(Endpoint endpoint, bool arguments_hold, const char* complaint);
 
 void LogIfAny(const char* text);
 

@@ -18,24 +18,19 @@ inline constexpr int kSendTimeoutMs = 3000;
 // What an answer gets beyond the customer's own time, unless a screen says otherwise.
 inline constexpr int kAnswerMarginMs = 3000;
 
-int SendText(Line line, std::string_view text);
-
-// The part of the terminal that a screen belongs to, as it stands in its commands.
-enum class Channel : char { kInformation = '2', kEvaluation = '4', kKeyboard = '5' };
-
-int SetScreenTimeout(Line line, Channel channel, int seconds);
-int CloseScreen(Line line, Channel channel);
+int SetScreenTimeout(Endpoint endpoint, Channel channel, int seconds);
+int CloseScreen(Endpoint endpoint, Channel channel);
 
 // A screen that waits for the customer; leaving the scope closes it, whatever the outcome.
 class WaitingScreen {
  public:
-  WaitingScreen(Line line, Channel channel) : line_(line), channel_(channel) {}
-  ~WaitingScreen() { CloseScreen(line_, channel_); }
+  WaitingScreen(Endpoint endpoint, Channel channel) : endpoint_(endpoint), channel_(channel) {}
+  ~WaitingScreen() { CloseScreen(endpoint_, channel_); }
   WaitingScreen(const WaitingScreen&) = delete;
   WaitingScreen& operator=(const WaitingScreen&) = delete;
 
  private:
-  Line line_;
+  Endpoint endpoint_;
   Channel channel_;
 };
 

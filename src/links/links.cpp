@@ -1,0 +1,47 @@
+#include <array>
+
+#include <gwq/diag/log.h>
+#include <gwq/links/serial.h>
+#include <gwq/links/usb_hid.h>
+#include "links/internal/link.h"
+#include "links/internal/link_writes.h"
+
+namespace gwq {
+namespace {
+
+int OpenUsbHid(const LinkAddress& address) {
+  return ICC_OpenLinuxHid(address.vid, address.pid);
+}
+
+int OpenSerial(const LinkAddress& address) {
+  return ICC_OpenLinuxCom(address.path, address.baud);
+}
+
+int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
+  const int result = ICC_ReadLinuxCom(buffer, maximum, timeout_s, end);
+  ICC_DPrintDataHexToFile("COM PACKGET READ", buffer, result);
+  return result;
+}
+
+// By GwqLinkType.
+constexpr std::array kLinks{
+    Link{.open = &OpenUsbHid,
+         .write = &WriteUsbHid,
+         .read = &ICC_ReadLinuxHid,
+         .close = &ICC_CloseLinuxHid,
+         .cancel = &ICC_CancelLinuxHidRead},
+    Link{.open = &OpenSerial,
+         .write = &WriteSerial,
+         .read = &ReadSerial,
+         .close = &ICC_CloseLinuxCom,
+         .cancel = &ICC_CancelLinuxComRead},
+};
+
+}  // namespace
+
+const Link* LinkOfType(std::int32_t type) {
+  const auto index = static_cast<std::size_t>(type);
+  return type >= 0 && index < kLinks.size() ? &kLinks[index] : nullptr;
+}
+
+}  // namespace gwq
