@@ -1,6 +1,6 @@
-# Compiler settings that hold for every target of the tree.
+# Compiler settings of every target of the tree. A parent project has its own, and none of these reaches it.
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
@@ -15,9 +15,8 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
-# Assertions of our own tests and tools stay on in every build type; optimise as -O3 does.
-set(CMAKE_CXX_FLAGS_RELEASE "-O3")
-set(CMAKE_C_FLAGS_RELEASE "-O3")
+# Assertions of our own tests and tools stay on in every build type.
+add_compile_options(-UNDEBUG)
 
 add_compile_options(-Wall -Wextra -Wconversion -Wshadow)
 # GCC 12 sees an overlap in every "text" + string at -O3 where there is none (GCC bug 105329, mended in 13).
@@ -51,4 +50,4 @@ else()
   endif()
 endif()
 # Bound at once: a late binding would also put the registers, and what of a secret is in them, on the stack.
-add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)
+add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)

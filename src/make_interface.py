@@ -1,7 +1,11 @@
 #!/usr/bin/env python3
-"""Writes the list of everything that libgwq.so exports, as its public headers declare it, and the texts of the statuses.
+"""Writes what follows from the public headers' declarations into OUTPUT_DIR:
 
-make_interface.py VERSION SOURCE_DIR OUTPUT HEADER...
+    interface.json  everything that libgwq.so exports, and the texts of the statuses, for programs to read
+    exports.txt     the symbols alone
+    gwq.map         the linker's version script
+
+make_interface.py VERSION SOURCE_DIR OUTPUT_DIR HEADER...
 """
 import json
 import pathlib
@@ -69,14 +73,24 @@ def listed(entries):
     return ',\n'.join('  ' + json.dumps(e, ensure_ascii=False) for e in entries)
 
 
-def main(version, source_dir, output, *headers):
+def version_script(exports):
+    """cJSON's functions are exported as well, whichever the libcjson at hand has."""
+    plain = ''.join(f'    {e["symbol"]};\n' for e in exports if e['linkage'] == 'C')
+    cxx = ''.join(f'      "{e["symbol"]}";\n' for e in exports if e['linkage'] != 'C')
+    return f'{{\n  global:\n{plain}    cJSON_*;\n    extern "C++" {{\n{cxx}    }};\n  local:\n    *;\n}};\n'
+
+
+def main(version, source_dir, output_dir, *headers):
     source = pathlib.Path(source_dir)
     lists = {'exports': sorted((e for h in headers for e in entries(source, h)), key=lambda e: e['symbol'])}
     for name, row in texts(source):
         lists.setdefault(name, []).append(row)
     soname = 'libgwq.so.' + version.split('.')[0]
     body = ', '.join(f'"{name}": [\n{listed(rows)}\n]' for name, rows in lists.items())
-    pathlib.Path(output).write_text(f'{{"soname": "{soname}", "version": "{version}", {body}}}\n', encoding='utf-8')
+    output = pathlib.Path(output_dir)
+    (output / 'interface.json').write_text(f'{{"soname": "{soname}", "version": "{version}", {body}}}\n', encoding='utf-8')
+    (output / 'exports.txt').write_text(''.join(e['symbol'] + '\n' for e in lists['exports']), encoding='utf-8')
+    (output / 'gwq.map').write_text(version_script(lists['exports']), encoding='utf-8')
 
 
 main(*sys.argv[1:])

@@ -24,7 +24,6 @@ def main(interface, cjson_names, output_dir):
     def write(name, lines):
         (pathlib.Path(output_dir) / name).write_text(''.join(line + '\n' for line in lines), encoding='utf-8')
 
-    write('symbols.txt', [e['symbol'] for e in exports])
     write('c_functions.txt', [e['name'] for e in functions])
     write('c_data.txt', [e['name'] for e in data])
     # Each signature declares its name once more: the compiler refuses one that the header does not give.

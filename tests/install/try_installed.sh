@@ -11,7 +11,6 @@ rm -rf "$work"
 mkdir -p "$work/cmake"
 awk '/^```c$/ {inside = 1; next} /^```/ {if (inside) exit} inside' "$readme" >"$work/program.c"
 grep -q 'int main' "$work/program.c" || fail "README.md has no program in C"
-sed 's/<gwq.h>/<gwq\/gwq.h>/' "$work/program.c" >"$work/program_by_full_path.c"
 
 library_dir=$(dirname "$(find "$prefix/lib" -name libgwq.so)")
 export PKG_CONFIG_SYSROOT_DIR="$root" PKG_CONFIG_LIBDIR="$library_dir/pkgconfig"
@@ -24,11 +23,17 @@ while read -r header; do
   [ -f "$prefix/include/$header" ] || fail "$header is missing"
 done <"$work/headers.txt"
 
-for program in program program_by_full_path; do
-  # shellcheck disable=SC2046  # flags are meant to be split
-  ${CC:-cc} -std=c11 -Wall -Wextra -Werror $(pkg-config --cflags gwq) "$work/$program.c" $(pkg-config --libs gwq) \
-    -o "$work/$program"
-done
+# shellcheck disable=SC2046  # flags are meant to be split
+${CC:-cc} -std=c11 -Wall -Wextra -Werror $(pkg-config --cflags gwq) "$work/program.c" $(pkg-config --libs gwq) \
+  -o "$work/program"
+
+# A program's own headers of the names of ours, in a folder that is searched after ours.
+mkdir -p "$work/own"
+echo '#define OWN_STATUS 1' >"$work/own/status.h"
+echo '#define OWN_EXPORT 1' >"$work/own/export.h"
+printf '#include <gwq/gwq.h>\n#include "export.h"\n#include "status.h"\nint own = OWN_STATUS + OWN_EXPORT;\n' >"$work/shadow.c"
+# shellcheck disable=SC2046
+${CC:-cc} -std=c11 -fsyntax-only $(pkg-config --cflags gwq) -I"$work/own" "$work/shadow.c" || fail "our headers hide a program's own"
 
 cat >"$work/program_by_object.cpp" <<'END'
 #include <gwq/gwq.hpp>
@@ -43,8 +48,7 @@ cat >"$work/cmake/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(integrator LANGUAGES C)
 find_package(gwq 1.0 REQUIRED)
-add_executable(program_by_cmake ../program.c ../program_by_full_path.c)
-set_source_files_properties(../program_by_full_path.c PROPERTIES COMPILE_DEFINITIONS main=second)
+add_executable(program_by_cmake ../program.c)
 target_link_libraries(program_by_cmake PRIVATE gwq::gwq)
 END
 build_by_cmake() {
@@ -67,7 +71,7 @@ if [ -d "$examples" ]; then
     "$examples/files/agreement.pdf" "$work/signature.png" | grep -q '^signed: ' || fail "the installed example signed nothing"
 fi
 
-for program in program program_by_full_path cmake/build/program_by_cmake; do
+for program in program cmake/build/program_by_cmake; do
   LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$work/$program" >"$work/output.txt" 2>&1 ||
     { cat "$work/output.txt"; fail "$program"; }
   grep -q 'terminal software of [0-9]' "$work/output.txt" || { cat "$work/output.txt"; fail "$program said nothing"; }

@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+"""Holds every include of src/ and terminal/ against the allowed arrows: check_includes.py ROOT
+
+A room includes rooms before it in ROOMS, and a header outside the rooms includes none of them. Public headers are included as
+<gwq/...>, internal ones by their path, and a public header includes no internal one. The terminal shares nothing with the
+library.
+"""
+import pathlib
+import re
+import sys
+
+ROOMS = ['codec', 'diag', 'links', 'frame', 'files', 'pinpad', 'screens']
+SHARED = {'export.h', 'status_codes.h'}
+UMBRELLAS = {'gwq.h', 'gwq.hpp'}
+INCLUDE = re.compile(r'^#include ([<"])([^">]+)[">]', re.MULTILINE)
+
+
+def wrong(source, path, mark, included):
+    """What is wrong with one include of the library's, or None."""
+    name = included.removeprefix('gwq/')
+    ours = included.startswith('gwq/') or (mark == '"' and (source / name).exists())
+    if not ours:
+        return None
+    internal = '/internal/' in name
+    if internal == (mark == '<'):
+        return 'an internal header is included by its path, a public one as <gwq/...>'
+    if internal and path.suffix != '.cpp' and 'internal' not in path.parts:
+        return 'a public header includes an internal one'
+    room, other = path.parts[0] if len(path.parts) > 1 else None, name.split('/')[0] if '/' in name else None
+    if room is None:
+        return None if other is None or path.name in UMBRELLAS or path.name == 'extra.h' else 'a shared header includes a room'
+    if other is None:
+        return None if name in SHARED or name == 'extra.h' else 'not a shared header'
+    return None if ROOMS.index(other) <= ROOMS.index(room) else f'{room} may not include {other}'
+
+
+def main(root):
+    source = pathlib.Path(root) / 'src'
+    found, checked = [], 0
+    for path in sorted(p for p in source.rglob('*') if p.suffix in ('.h', '.hpp', '.cpp') and p.name != 'make_gbk_tables.cpp'):
+        for mark, included in INCLUDE.findall(path.read_text(encoding='utf-8')):
+            checked += 1
+            problem = wrong(source, path.relative_to(source), mark, included)
+            if problem:
+                found.append(f'{path.relative_to(root)}: {included}: {problem}')
+    for path in sorted(p for p in (pathlib.Path(root) / 'terminal').rglob('*') if p.suffix in ('.h', '.cpp')):
+        for _, included in INCLUDE.findall(path.read_text(encoding='utf-8')):
+            checked += 1
+            if included.startswith('gwq/'):
+                found.append(f'{path.relative_to(root)}: {included}: the terminal shares nothing with the library')
+    print('\n'.join(found) or f'{checked} includes follow the arrows')
+    return 1 if found or checked < 100 else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main(sys.argv[1]))
