@@ -14,8 +14,8 @@
 #include <gwq/files/push.h>
 #include <gwq/frame/transaction.h>
 #include "bare_exchange.h"
-#include "frame/internal/usb_ids.h"
 #include "side.h"
+#include "usb_ids.h"
 
 namespace gwq::bench {
 namespace {

@@ -12,5 +12,5 @@ foreach(gwq_usb_id IN LISTS GWQ_USB_IDS)
   set(GWQ_PID_${gwq_usb_index} "0x${CMAKE_MATCH_2}")
   math(EXPR gwq_usb_index "${gwq_usb_index} + 1")
 endforeach()
-configure_file(${PROJECT_SOURCE_DIR}/src/frame/internal/usb_ids.h.in
-               ${PROJECT_BINARY_DIR}/generated/frame/internal/usb_ids.h @ONLY)
+configure_file(${PROJECT_SOURCE_DIR}/cmake/usb_ids.h.in
+               ${PROJECT_BINARY_DIR}/generated/usb_ids.h @ONLY)

@@ -31,8 +31,8 @@
 #include <gwq/links/serial.h>
 #include <gwq/links/usb_hid.h>
 #include <gwq/links/usb_interrupt.h>
-#include "frame/internal/usb_ids.h"
 #include "support/temp_dir.h"
+#include "usb_ids.h"
 
 struct libusb_device {
   int vid;

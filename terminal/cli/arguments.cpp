@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "cli/recording_arguments.h"
-#include "frame/usb_ids.h"
+#include "usb_ids.h"
 #include "web/customer_page.h"
 
 namespace gwq::terminal {

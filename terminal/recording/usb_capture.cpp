@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "frame/usb_ids.h"
 #include "recording/usbmon.h"
+#include "usb_ids.h"
 
 namespace gwq::terminal {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gwq/extra.h>
 #include <gwq/gwq.h>
-#include "frame/internal/usb_ids.h"
+#include "usb_ids.h"
 
 namespace gwq::test {
 namespace {

@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "frame/internal/usb_ids.h"
 #include "support/test_clock.h"
+#include "usb_ids.h"
 
 struct libusb_device {};
 

@@ -39,6 +39,12 @@ class CheckIncludes(unittest.TestCase):
     def test_finds_a_shared_header_that_includes_a_room(self):
         self.assertIn('shared header', self.problem('export.h', '<', 'gwq/links/serial.h'))
 
+    def test_finds_a_terminal_that_shares_with_the_library(self):
+        for included in ('gwq/export.h', 'export.h', 'links/internal/link.h'):
+            self.assertIn('shares nothing', check_includes.wrong_in_terminal(self.source, included))
+        for included in ('usb_ids.h', 'scenarios/stage.h', 'vector'):
+            self.assertIsNone(check_includes.wrong_in_terminal(self.source, included))
+
 
 if __name__ == '__main__':
     unittest.main()

@@ -11,8 +11,8 @@
 #include <mutex>
 #include <optional>
 
-#include "frame/internal/usb_ids.h"
 #include "support/test_clock.h"
+#include "usb_ids.h"
 
 struct libusb_device {
   gwq::test::UsbDevice traits;

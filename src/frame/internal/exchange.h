@@ -8,7 +8,7 @@
 #include <gwq/frame/port.h>
 #include "frame/internal/dispatcher.h"
 #include "frame/internal/turn.h"
-#include "frame/internal/usb_ids.h"
+#include "usb_ids.h"
 
 namespace gwq {
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "e2e/library/library.h"
-#include "frame/internal/usb_ids.h"
 #include "support/bytes.h"
+#include "usb_ids.h"
 
 namespace gwq::test {
 namespace {

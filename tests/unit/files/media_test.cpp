@@ -10,10 +10,10 @@
 #include <gwq/codec/text_forms.h>
 #include <gwq/frame/port.h>
 #include <gwq/frame/transaction.h>
-#include "frame/internal/usb_ids.h"
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "unit/files/files_rig.h"
+#include "usb_ids.h"
 
 namespace gwq::test {
 namespace {

@@ -8,12 +8,12 @@
 #include <gwq/frame/port.h>
 #include <gwq/frame/transaction.h>
 #include <gwq/links/usb_hid.h>
-#include "frame/internal/usb_ids.h"
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
+#include "usb_ids.h"
 
 namespace gwq::test {
 namespace {
