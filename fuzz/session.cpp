@@ -7,6 +7,7 @@
 #include <gwq/extra.h>
 #include <gwq/frame/port.h>
 #include <gwq/links/aux_port.h>
+#include <gwq/links/serial.h>
 #include <gwq/links/usb_hid.h>
 #include <gwq/links/usb_interrupt.h>
 #include "answers.h"

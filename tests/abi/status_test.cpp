@@ -41,7 +41,7 @@ Statuses Enumeration(const std::string& header, const std::string& name) {
 }
 
 Statuses AllStatuses() {
-  return Enumeration("frame/port.h", "GwqStatus");
+  return Enumeration("status_codes.h", "GwqStatus");
 }
 
 // A whole sentence, and no byte of the source's lines in it.
