@@ -1,0 +1,29 @@
+#!/usr/bin/env python3
+"""The check finds what it is for."""
+import pathlib
+import unittest
+
+import check_sources
+
+LICENCE = '// ' + check_sources.LICENCE + '\n'
+
+
+class CheckSources(unittest.TestCase):
+    def problems(self, name, text):
+        return list(check_sources.problems(pathlib.Path(name), text))
+
+    def test_a_file_in_order_has_no_problem(self):
+        self.assertEqual(self.problems('a.cpp', LICENCE + 'x' * 110), [])
+        self.assertEqual(self.problems('a.py', '#!/usr/bin/env python3\n' + LICENCE + 'x' * 200), [])
+
+    def test_finds_a_missing_licence(self):
+        self.assertEqual(len(self.problems('a.cpp', '#include <vector>\n')), 1)
+        self.assertEqual(len(self.problems('a.py', '\n\n\n' + LICENCE)), 1, 'too far down')
+
+    def test_finds_a_wide_line_and_counts_characters(self):
+        self.assertEqual(self.problems('a.h', LICENCE + '字' * 111), ['a.h:2: 111 columns'])
+        self.assertEqual(self.problems('a.h', LICENCE + '字' * 110), [])
+
+
+if __name__ == '__main__':
+    unittest.main()
