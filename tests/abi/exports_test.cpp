@@ -83,12 +83,14 @@ TEST(Exports, OfTheLibraryAreWhatTheHeadersDeclare) {
   ExpectSame(InHeaders(), "the headers", WithoutCjson(DefinedIn(GWQ_LIBRARY)), "the library");
 }
 
-// Also where types are not compared with it (abi.is_that_of_the_baseline).
-TEST(Exports, AreThoseOfTheBaseline) {
+// Also where types are not compared with it (abi.keeps_what_the_baseline_promises).
+TEST(Exports, HoldAllThatTheBaselinePromises) {
   const Outcome nm = RunProgram({GWQ_NM, "-D", "--defined-only", GWQ_LIBRARY});
   Names names;
   for (const std::string& line : Lines(nm.standard_output)) names.insert(line.substr(line.rfind(' ') + 1));
-  ExpectSame(WithoutCjson(InBaseline()), "tests/abi/baseline.abi", WithoutCjson(names), "the library");
+  const Names promised = InBaseline();
+  EXPECT_GT(promised.size(), 200U);
+  for (const auto& name : Without(promised, names)) ADD_FAILURE() << name << " is promised, but not exported";
 }
 
 TEST(Exports, HoldEveryFunctionOfLibcjsonAndNoOther) {
