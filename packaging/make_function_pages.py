@@ -8,18 +8,21 @@ import xml.etree.ElementTree as ElementTree
 from manual_page import bold, paragraph, quoted, section, text_of, write_page
 
 SECTIONS = ('parameterlist', 'simplesect')
-BLOCKS = SECTIONS + ('table', 'variablelist', 'preformatted')
+BLOCKS = SECTIONS + ('table', 'itemizedlist', 'programlisting')
 SECTION = '3gwq'  # apart from other packages' functions with such names as Merge
 
 
 def table(element):
-    rows = [[text_of(entry) for entry in row.findall('entry')] for row in element.findall('row')]
-    if len(rows[0]) == 2:
-        return ''.join(f'.TP\n{bold(name)}\n{meaning}\n' for name, meaning in rows)
-    lines = ['\t'.join(cell or ' ' for cell in row) for row in rows]
+    rows = [[text_of(entry) or ' ' for entry in row.findall('entry')] for row in element.findall('row')]
     columns = ' '.join(['l'] + ['lx'] * (len(rows[0]) - 1))
     return '.TS\ntab(\t);\n' + columns + '.\n' + '\n'.join(
-        '\t'.join(f'T{{\n{cell}\nT}}' for cell in line.split('\t')) for line in lines) + '\n.TE\n'
+        '\t'.join(f'T{{\n{cell}\nT}}' for cell in row) for row in rows) + '\n.TE\n'
+
+
+def listing(element):
+    for space in element.iter('sp'):
+        space.text = ' '
+    return '.PP\n.nf\n' + '\n'.join(text_of(line, lines=True) for line in element.findall('codeline')) + '\n.fi\n'
 
 
 def pieces(element):
@@ -38,10 +41,9 @@ def pieces(element):
 def block(element):
     if element.tag == 'table':
         return table(element)
-    if element.tag == 'preformatted':
-        return '.PP\n.nf\n' + text_of(element, lines=True) + '\n.fi\n'
-    return ''.join(f'.TP\n{bold(text_of(entry))}\n{text_of(item)}\n'
-                   for entry, item in zip(element.findall('varlistentry'), element.findall('listitem')))
+    if element.tag == 'programlisting':
+        return listing(element)
+    return ''.join(f'.IP \\(bu 2\n{text_of(item)}\n' for item in element.findall('listitem'))
 
 
 def blocks(element):
@@ -59,18 +61,35 @@ def blocks(element):
     return result
 
 
-def arguments(description):
+def items(description, kind):
+    """The arguments ("param") or the statuses ("retval"), each with its text."""
     result = ''
-    for item in description.iter('parameteritem'):
+    for item in description.findall(f'.//parameterlist[@kind="{kind}"]/parameteritem'):
         name = item.find('parameternamelist/parametername')
         direction = f' ({name.get("direction")})' if name.get('direction') else ''
         result += f'.TP\n{bold(text_of(name))}{direction}\n{text_of(item.find("parameterdescription"))}\n'
     return result
 
 
+def sections(description, kind):
+    """The text of the sections of a kind, each under its own title if it has one."""
+    result = ''
+    for part in description.findall(f'.//simplesect[@kind="{kind}"]'):
+        title = part.find('title')
+        body = ElementTree.Element('body')
+        body.extend(child for child in part if child.tag != 'title')
+        result += ('' if title is None else section(text_of(title).upper())) + blocks(body)
+    return result
+
+
+def titled(title, body):
+    return section(title) + body if body else ''
+
+
 def synopsis(function):
     declared = f'{text_of(function.find("type"))} {function.findtext("name")}'
-    return f'.B #include <gwq/gwq.h>\n.HP 4\n{bold(declared)}{quoted(function.findtext("argsstring"))};\n'
+    header = 'extra.h' if pathlib.Path(function.find('location').get('file')).name == 'extra.h' else 'gwq.h'
+    return f'.B #include <gwq/{header}>\n.HP 4\n{bold(declared)}{quoted(function.findtext("argsstring"))};\n'
 
 
 def page(function, group):
@@ -79,15 +98,12 @@ def page(function, group):
     result = section('NAME') + f'{name} \\- {brief.rstrip(".")}\n'
     result += section('SYNOPSIS') + synopsis(function)
     result += section('DESCRIPTION') + paragraph(brief) + blocks(description)
-    if description.find('.//parameteritem') is not None:
-        result += section('ARGUMENTS') + arguments(description)
-    for kind, title in (('return', 'RETURN VALUE'), ('remark', 'NOTES'), ('par', None)):
-        for number, part in enumerate(description.findall(f'.//simplesect[@kind="{kind}"]')):
-            if title is None or number == 0:
-                result += section(title or text_of(part.find('title')).upper())
-            body = ElementTree.Element('body')
-            body.extend(child for child in part if child.tag != 'title')
-            result += blocks(body)
+    result += titled('ARGUMENTS', items(description, 'param'))
+    result += titled('RETURN VALUE', items(description, 'retval') + sections(description, 'return'))
+    result += titled('NOTES', sections(description, 'remark'))
+    result += titled('CAVEATS', sections(description, 'warning'))
+    result += sections(description, 'par')
+    result += titled('VERSIONS', paragraph('Since') + sections(description, 'since').replace('.PP\n', ''))
     return result + section('SEE ALSO') + paragraph(f'The group "{group}" of the reference manual, in the package libgwq-doc.')
 
 

@@ -1,4 +1,7 @@
-/* Linkage of everything that libgwq.so exports: plain C names. */
+/**
+ * @file
+ * Linkage of everything that libgwq.so exports: plain C names.
+ */
 #ifndef GWQ_EXPORT_H
 #define GWQ_EXPORT_H
 

@@ -1,15 +1,17 @@
-/* gwq: drives the customer terminal at a bank counter. Includes the whole interface.
+/**
+ * @file
+ * gwq: drives the customer terminal at a bank counter. Includes the whole interface.
  *
- * Conventions that hold throughout, unless a declaration says otherwise:
+ * Conventions for all functions, unless a declaration says otherwise:
  *
- * - Results are statuses (status_codes.h): 0 is success, negatives are failures; where a function
- *   returns a count, the count is 0 or more.
+ * - Results are statuses (status_codes.h): GWQ_OK is success, negatives are failures; where a
+ *   function returns a count, the count is 0 or more.
  * - Port number: 0 is the USB link; n of 1 or more is the serial device /dev/ttyS(n-1).
  * - Text is NUL-terminated. Pointers must not be NULL where no NULL rule is given.
- * - One thread at a time calls the interface. Exceptions, callable from any thread at any time: CancelRead,
- *   CancelWrite, MP_CancleEvaluate, MP_CancelCurrentOperation, the links' own cancel functions, the log functions and
- *   the codecs. Exchanges of two threads do not harm each other, though: the second waits until the first has closed
- *   its link.
+ * - One thread at a time calls the interface. Exceptions, callable from any thread at any time:
+ *   CancelRead, CancelWrite, MP_CancleEvaluate, MP_CancelCurrentOperation, the links' own cancel
+ *   functions, the log functions and the codecs. Exchanges of two threads do not harm each other,
+ *   though: the second waits until the first has closed its link.
  * - On failure, outputs are untouched.
  */
 #ifndef GWQ_H

@@ -1,12 +1,13 @@
-/* What a status means and what to do about it, in English and Chinese (UTF-8).
+/**
+ * @file
+ * What a status means and what to do about it, in English and Chinese (UTF-8).
  *
- * The functions are part of the program that includes them, not of the library. Their texts are constant and never
- * NULL, whatever the status; any thread may call them. A status has a cause in general (GwqStatusCause) and, where that
- * tells more, one for the function that returned it (GwqStatusCauseOf); all of them stand at the function's declaration.
+ * The functions are part of the program that includes them, not of the library. Their texts are
+ * constant and never NULL, for any status. A status has a cause in general (GwqStatusCause()) and,
+ * where that tells more, one for the function that returned it (GwqStatusCauseOf()); all of them
+ * are given at the function's declaration.
  *
- * Common arguments
- *   status    what a function of the library returned
- *   language  enum GwqLanguage; anything but GWQ_CHINESE is English
+ * @remark Any thread.
  */
 #ifndef GWQ_STATUS_H
 #define GWQ_STATUS_H
@@ -16,31 +17,39 @@
 
 #include <gwq/status_codes.h>
 
-/* The languages of the texts. */
+/** The languages of the texts. */
 enum GwqLanguage {
-  GWQ_ENGLISH = 0, /* English */
-  GWQ_CHINESE = 1  /* Chinese, in UTF-8 */
+  GWQ_ENGLISH = 0, /**< English */
+  GWQ_CHINESE = 1  /**< Chinese, in UTF-8 */
 };
 
-/* What is known of a status. */
+/** What is known of a status. */
 struct GwqStatusText {
-  int status;            /* the value */
-  const char* name;      /* the constant's name */
-  const char* cause[2];  /* by enum GwqLanguage */
-  const char* remedy[2]; /* by enum GwqLanguage */
+  int status;            /**< the value */
+  const char* name;      /**< the constant's name */
+  const char* cause[2];  /**< by enum GwqLanguage */
+  const char* remedy[2]; /**< by enum GwqLanguage */
 };
 
-/* What a status means for some functions in particular. */
+/** What a status means for some functions in particular. */
 struct GwqFunctionText {
-  int status;            /* the value */
-  const char* functions; /* their names, separated by single spaces */
-  const char* cause[2];  /* by enum GwqLanguage */
-  const char* remedy[2]; /* by enum GwqLanguage; empty where the general remedy fits */
+  int status;            /**< the value */
+  const char* functions; /**< their names, separated by single spaces */
+  const char* cause[2];  /**< by enum GwqLanguage */
+  const char* remedy[2]; /**< by enum GwqLanguage; empty where the general remedy fits */
 };
 
-/* Finds all that is known of a status. A positive value, which is a count, a choice or the PIN pad's own status word, has the
- * name "GWQ_VALUE", and a negative one that no function returns "GWQ_UNKNOWN"; `status` is 0 in these two.
- * Returns the row; never NULL. */
+/**
+ * Returns all that is known of a status.
+ *
+ * A positive value, which is a count, a choice or the PIN pad's own status word, has the name
+ * `GWQ_VALUE`, and a negative one that no function returns `GWQ_UNKNOWN`; GwqStatusText::status is
+ * 0 in these two.
+ *
+ * @param status  what a function of the library returned
+ * @return the row; never NULL
+ * @since 1.0.0
+ */
 static inline const struct GwqStatusText* GwqFindStatus(int status) {
   static const struct GwqStatusText texts[] = {
       {GWQ_OK, "GWQ_OK", {"Done.", "成功。"}, {"Nothing to do.", "无需处理。"}},
@@ -178,10 +187,14 @@ static inline const struct GwqStatusText* GwqFindStatus(int status) {
   return status > 0 ? &value : &unknown;
 }
 
-/* Tells whether a list of names holds a name.
- *   names  in; separated by single spaces
- *   name   in; a word; NULL is none
- * Returns 1 if so, else 0. */
+/**
+ * Tells whether a list of names contains a name.
+ *
+ * @param[in] names  separated by single spaces; must not be NULL
+ * @param[in] name   a word; may be NULL
+ * @return 1 if so; 0 if not, or for NULL
+ * @since 1.0.0
+ */
 static inline int GwqListHolds(const char* names, const char* name) {
   const size_t length = name ? strlen(name) : 0;
   if (length == 0) return 0;
@@ -191,9 +204,14 @@ static inline int GwqListHolds(const char* names, const char* name) {
   return 0;
 }
 
-/* Finds what a status means for one function in particular.
- *   function  in; its name, such as "MP_SignPDF"; NULL is none
- * Returns the row; where only the general texts are known, one whose texts are empty. */
+/**
+ * Returns what a status means for one function in particular.
+ *
+ * @param[in] function  its name, such as `MP_SignPDF`; may be NULL
+ * @param status        what a function of the library returned
+ * @return the row; where only the general texts are known, one whose texts are empty; never NULL
+ * @since 1.0.0
+ */
 static inline const struct GwqFunctionText* GwqFindFunctionText(const char* function, int status) {
   static const struct GwqFunctionText texts[] = {
       {GWQ_BAD_ARGUMENT,
@@ -438,30 +456,64 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
   return &none;
 }
 
-/* Returns the constant's name, such as "GWQ_NO_ANSWER". */
+/**
+ * Returns the constant's name, such as `GWQ_NO_ANSWER`.
+ *
+ * @param status  what a function of the library returned
+ * @return the name
+ * @since 1.0.0
+ */
 static inline const char* GwqStatusName(int status) {
   return GwqFindStatus(status)->name;
 }
 
-/* Returns why it came to this status, in a sentence. */
+/**
+ * Returns the cause of a status in general, in a sentence.
+ *
+ * @param status    what a function of the library returned
+ * @param language  enum GwqLanguage; anything but GWQ_CHINESE is English
+ * @return the cause
+ * @since 1.0.0
+ */
 static inline const char* GwqStatusCause(int status, int language) {
   return GwqFindStatus(status)->cause[language == GWQ_CHINESE];
 }
 
-/* Returns what to do about it, in a sentence. */
+/**
+ * Returns what to do about a status in general, in a sentence.
+ *
+ * @param status    what a function of the library returned
+ * @param language  enum GwqLanguage; anything but GWQ_CHINESE is English
+ * @return the remedy
+ * @since 1.0.0
+ */
 static inline const char* GwqStatusRemedy(int status, int language) {
   return GwqFindStatus(status)->remedy[language == GWQ_CHINESE];
 }
 
-/* Returns why a function returned a status, in a sentence: as GwqStatusCause, but for this function.
- *   function  in; its name, such as "MP_SignPDF"; NULL or an unknown one: the general cause */
+/**
+ * Returns why a function returned a status, in a sentence.
+ *
+ * @param[in] function  its name, such as `MP_SignPDF`; NULL or an unknown one: the general cause
+ * @param status        what a function of the library returned
+ * @param language      enum GwqLanguage; anything but GWQ_CHINESE is English
+ * @return the cause for this function, or the general one
+ * @since 1.0.0
+ */
 static inline const char* GwqStatusCauseOf(const char* function, int status, int language) {
   const char* own = GwqFindFunctionText(function, status)->cause[language == GWQ_CHINESE];
   return *own == '\0' ? GwqStatusCause(status, language) : own;
 }
 
-/* Returns what to do about it, in a sentence: as GwqStatusRemedy, but for this function.
- *   function  in; as GwqStatusCauseOf */
+/**
+ * Returns what to do about a status that a function returned, in a sentence.
+ *
+ * @param[in] function  its name, such as `MP_SignPDF`; NULL or an unknown one: the general remedy
+ * @param status        what a function of the library returned
+ * @param language      enum GwqLanguage; anything but GWQ_CHINESE is English
+ * @return the remedy for this function, or the general one
+ * @since 1.0.0
+ */
 static inline const char* GwqStatusRemedyOf(const char* function, int status, int language) {
   const char* own = GwqFindFunctionText(function, status)->remedy[language == GWQ_CHINESE];
   return *own == '\0' ? GwqStatusRemedy(status, language) : own;

@@ -1,19 +1,16 @@
 #!/usr/bin/env python3
 import unittest
 
-from header_filter import Comment, transformed
+from header_filter import transformed
 
-HEAD = '''/* PINs.
+HEAD = '''/**
+ * @file
+ * PINs.
  *
- * Common arguments
- *   iPortNo    0 USB
- *   iBaudRate  bits per second
+ * @remark One thread at a time.
+ *   CancelRead() ends GWQ_REFUSED.
  *
- * Common results
- *   0    success
- *   -14  refused
- *
- * One thread at a time.
+ * @warning Careful.
  */
 '''
 
@@ -22,54 +19,46 @@ def manual(declarations):
     return transformed('pinpad/entry.h', HEAD + '\n' + declarations)
 
 
-class CommentTest(unittest.TestCase):
-    def test_an_items_text_goes_on_in_deeper_lines(self):
-        parts = Comment(' Does.\n *   name  in; a text\n *         that goes on\n * Also this.').parts
-        self.assertEqual(parts, [('text', 'Does.'), ('item', 'name', 'in; a text that goes on'), ('text', 'Also this.')])
-
-    def test_indented_lines_are_verbatim(self):
-        parts = Comment(' Frame:\n *\n *     offset  0\n *             STX').parts
-        self.assertEqual(parts[1], ('pre', ['     offset  0', '             STX']))
+def own(declarations):
+    """What a declaration's comment becomes."""
+    return manual(declarations)[len(HEAD):].split('/**', 1)[1].split('*/')[0]
 
 
 class FilterTest(unittest.TestCase):
-    def test_a_function_gets_its_own_and_the_common_arguments(self):
-        text = manual('/* Sets.\n *   out  out; bytes\n *   both  in: room; out: length */\n'
-                      'GWQ_API int PN_SetX(int iPortNo, char* out, int* both);\n\n')
-        self.assertIn('@param[in] iPortNo 0 USB', text)
-        self.assertIn('@param[out] out bytes', text)
-        self.assertIn('@param[in,out] both in: room; out: length', text)
-        self.assertNotIn('@param[in] iBaudRate', text)
+    def test_a_function_and_a_datum_get_their_place(self):
+        self.assertIn('@ingroup pin\n * Sets.', own('/** Sets. */\nGWQ_API int PN_SetX(int a);\n'))
+        self.assertIn('@ingroup pin\n', own('/** Bytes. */\nGWQ_API extern unsigned char m_szX[200];\n'))
 
-    def test_an_argument_that_nobody_describes_is_left_to_doxygens_complaint(self):
-        self.assertNotIn('@param', manual('/* Sets. */\nGWQ_API int PN_SetX(int strange);\n\n'))
+    def test_a_function_gets_the_remarks_and_warnings_of_the_head_and_a_datum_does_not(self):
+        text = own('/**\n * Sets.\n */\nGWQ_API int PN_SetX(int a);\n')
+        self.assertIn('@remark One thread at a time.\n *   CancelRead() ends', text)
+        self.assertIn('@warning Careful.', text)
+        self.assertNotIn('@remark', own('/** Bytes. */\nGWQ_API extern int g_x;\n'))
 
-    def test_an_argument_is_described_where_the_comment_refers_to(self):
-        text = manual('/* Sets.\n *   size  in; bytes */\nGWQ_API int PN_SetX(int size);\n\n'
-                      '/* As PN_SetX. */\nGWQ_API int PN_SetY(int size);\n\n')
-        self.assertEqual(text.count('@param[in] size bytes'), 2)
+    def test_a_status_leads_to_what_to_do_about_it(self):
+        text = own('/**\n * Not GWQ_NO_FILE.\n *\n * @retval GWQ_REFUSED  (-14) else GWQ_OTHER\n */\nGWQ_API int PN_SetX(int a);\n')
+        self.assertIn('Not @ref status15 "GWQ_NO_FILE".', text)
+        self.assertIn('@retval GWQ_REFUSED  (@ref status14 "-14") else GWQ_OTHER', text)
+        self.assertIn('ends @ref status14 "GWQ_REFUSED".', text)
 
-    def test_common_results_stand_beside_what_a_function_adds_and_not_beside_what_it_returns(self):
-        text = manual('/* Sets. Also -24: too small. */\nGWQ_API int PN_SetX(void);\n\n')
-        self.assertIn('@ref status14 "-14"', text)
-        self.assertIn('Also @ref status24 "-24": too small.', text)
-        text = manual('/* Sets. Returns 0 always. */\nGWQ_API int PN_SetX(void);\n\n')
-        self.assertIn('@return Returns 0 always.', text.split('@file')[1].split('/**')[1])
-        self.assertNotIn('@ref status14', text.split('*/')[1])
+    def test_code_stays_as_it_is(self):
+        text = own('/**\n * `GWQ_REFUSED`\n * @code\n * GWQ_REFUSED\n * @endcode\n */\nGWQ_API void PN_SetX(void);\n')
+        self.assertNotIn('@ref', text.split('@endcode')[0])
 
-    def test_two_names_of_one_comment_are_both_documented(self):
-        text = manual('/* Sets. */\nGWQ_API int PN_SetX(int iPortNo);\nGWQ_API int PN_SetY(int iPortNo);\n\n')
-        self.assertEqual(text.count('@brief Sets.'), 2)
+    def test_a_status_itself_leads_to_its_row(self):
+        self.assertIn('No. @ref status14 "What to do"', own('enum X {\n  /** No. */\n  GWQ_REFUSED = -14,\n};\n'))
 
-    def test_what_doxygen_would_take_for_markup_is_escaped(self):
-        self.assertIn('\\\\e[0X &lt;STX&gt; \\@', manual('/* Sends \\e[0X <STX> @. */\nGWQ_API void PN_SetX(void);\n\n'))
+    def test_other_declarations_are_left_alone(self):
+        declaration = '/** Both. */\nstruct X {\n  int a; /**< first */\n};\n'
+        self.assertTrue(manual(declaration).endswith(declaration))
 
-    def test_bytes_on_the_wire_stand_with_their_function(self):
-        text = manual('/* Reads. */\nGWQ_API int PN_GetPinPadFactor(int iPortNo);\n\n')
+    def test_bytes_on_the_wire_are_with_their_function(self):
+        text = own('/** Reads. */\nGWQ_API int PN_GetPinPadFactor(int iPortNo);\n')
         self.assertIn('<td>frame, body 30 19</td>', text)
+        self.assertNotIn('On the wire', own('/** Reads. */\nGWQ_API int PN_GetX(int iPortNo);\n'))
 
-    def test_the_comments_of_members_follow_them(self):
-        self.assertIn('int a; /**< first */', manual('/* Both. */\nstruct X {\n  int a; /* first */\n};\n\n'))
+    def test_what_doxygen_would_take_for_markup_is_escaped_on_the_wire(self):
+        self.assertIn('ESC \\[2', own('/** Signs. */\nGWQ_API int MP_SignPDF(int iTimeout);\n'))
 
 
 if __name__ == '__main__':

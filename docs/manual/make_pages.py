@@ -35,10 +35,11 @@ def linked(text, names):
 
 
 def conventions():
-    """gwq.h's head comment behind its first sentence."""
-    head = re.search(r'/\*(.*?)\*/', (SOURCE / 'gwq.h').read_text(encoding='utf-8'), re.DOTALL)[1]
-    rules = ' '.join(line.removeprefix(' *').strip() for line in head.split('\n')[4:]).split(' - ')
-    return '<ul>' + ''.join(f'<li>{html.escape(rule.removeprefix("- "), quote=False)}</li>' for rule in rules if rule) + '</ul>'
+    """The list in gwq.h's head comment."""
+    head = re.search(r'/\*\*(.*?)\*/', (SOURCE / 'gwq.h').read_text(encoding='utf-8'), re.DOTALL)[1]
+    lines = ' '.join(line.removeprefix(' *').strip() for line in head.split('\n'))
+    _, *rules = lines.split(' - ')
+    return '<ul>' + ''.join(f'<li>{html.escape(rule.strip(), quote=False)}</li>' for rule in rules) + '</ul>'
 
 
 def group(g, names):

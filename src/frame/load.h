@@ -1,4 +1,7 @@
-/* What happens when the library is loaded and unloaded, without any call from the host. */
+/**
+ * @file
+ * What happens when the library is loaded and unloaded, without any call from the host.
+ */
 #ifndef GWQ_FRAME_LOAD_H
 #define GWQ_FRAME_LOAD_H
 
@@ -6,19 +9,47 @@
 
 GWQ_C_BEGIN
 
-/* The library's version. */
+/**
+ * The library's version.
+ *
+ * @since 1.0.0
+ */
 GWQ_API extern const char dllversion[];
 
-/* Run on load: switches the log on if GWQ_LOG.ini beside the library says so (section [Gwq], key Log,
- * a value that begins with "1"), after DelOutTimeLogFile; prints what it found to standard
- * output; initialises libusb's default context. Returns 0. */
+/**
+ * Runs on load: reads the settings of the log and initialises libusb's default context.
+ *
+ * Calls DelOutTimeLogFile() first, then switches the log on if `GWQ_LOG.ini` beside the library
+ * says so (section `Gwq`, key `Log`, a value that begins with `1`), and prints what it found to
+ * standard output.
+ *
+ * @return 0 always
+ * @since 1.0.0
+ */
 GWQ_API int test_init(void);
 
-/* Run on unload: releases libusb's default context. Returns 0. */
+/**
+ * Runs on unload: releases libusb's default context.
+ *
+ * @return 0 always
+ * @since 1.0.0
+ */
 GWQ_API int test_deinit(void);
 
-/* libusb_init and libusb_exit on the default context. Return 0 always. */
+/**
+ * Initialises libusb's default context with `libusb_init`.
+ *
+ * @return 0 always
+ * @since 1.0.0
+ */
 GWQ_API int ICC_INIT_LIBUSB(void);
+
+/**
+ * Releases libusb's default context with `libusb_exit`.
+ *
+ * @return 0 always
+ * @since 1.0.0
+ */
 GWQ_API int ICC_UINIT_LIBUSB(void);
 
 GWQ_C_END

@@ -1,4 +1,9 @@
-/* A description of the terminal as one JSON object. One thread at a time. */
+/**
+ * @file
+ * A description of the terminal as one JSON object.
+ *
+ * @remark One thread at a time.
+ */
 #ifndef GWQ_SCREENS_COMM_CALL_H
 #define GWQ_SCREENS_COMM_CALL_H
 
@@ -6,21 +11,39 @@
 
 GWQ_C_BEGIN
 
-/* Asks the terminal on USB what it is.
- *   inJson     in; an object of which two members count, each a number or a decimal text, 0 when missing:
- *                "RequestBaudRate"  of the exchanges
- *                "RequestTimeOut"   not used: every answer is awaited for 2 seconds
- *              What is not JSON, and NULL, is a request with neither.
- *   nReserved  ignored
- *   outJson    out; an object of texts, with a terminator:
- *                "ErrorCode"       "0" always; the status is what this function returns
- *                "ErrorMessage"    what could not be read, or "success"
- *                "DeviceBrand", "DllVersion", "DeviceVersion", "ProductionDate", "DeviceSN", "DeviceModel"
- *              What could not be read is empty. Bytes of the terminal's texts are passed on as they came.
- *   pnOutLen   in: size of `outJson`, which must be greater than the text's length; out: length of the text
- * Returns the status of the last exchange, which reads the firmware's version (0, -2, -3, -10, -11 or -23 of
- * frame/transaction.h); -24, with outputs untouched, if `outJson` is too small or an output is NULL, or out of memory.
- * Failures of the other exchanges show in "ErrorMessage" alone. */
+/**
+ * Reads a description of the terminal on USB.
+ *
+ * The result is the status of the last exchange, which reads the version of the firmware. Failures
+ * of the exchanges before it show in `ErrorMessage` only.
+ *
+ * Members of the request, each a number or a decimal text, 0 when missing:
+ *
+ * - `RequestBaudRate`: of the exchanges
+ * - `RequestTimeOut`: not used; the host waits 2 seconds for every answer
+ *
+ * Members of the answer, all texts; what could not be read is empty, and bytes of the terminal's
+ * texts are copied unchanged:
+ *
+ * - `ErrorCode`: always `0`; the status is what this function returns
+ * - `ErrorMessage`: what could not be read, or `success`
+ * - `DeviceBrand`, `DllVersion`, `DeviceVersion`, `ProductionDate`, `DeviceSN`, `DeviceModel`
+ *
+ * @param[in] inJson        an object; NULL, or what is not JSON, is a request with no members
+ * @param nReserved         ignored
+ * @param[out] outJson      an object and a terminator; must not be NULL
+ * @param[in,out] pnOutLen  in: size of `outJson`, which must be greater than the length of the
+ *                          text; out: length of the text; must not be NULL
+ * @retval GWQ_OK           success
+ * @retval GWQ_NO_ANSWER    (-2) nothing was read
+ * @retval GWQ_NOT_OPENED   (-3) the link could not be opened
+ * @retval GWQ_SEND_FAILED  (-10) a command was not sent whole, or was cancelled while it was sent
+ * @retval GWQ_READ_FAILED  (-11) reading failed: time-out, error or a cancelled serial read
+ * @retval GWQ_CANCELLED    (-23) cancelled by another thread
+ * @retval GWQ_TOO_SMALL    (-24) `outJson` is too small, an output is NULL, or out of memory;
+ *                          outputs are untouched
+ * @since 1.0.0
+ */
 GWQ_API int DEV_CommCall(const char* inJson, int nReserved, char* outJson, int* pnOutLen);
 
 GWQ_C_END
