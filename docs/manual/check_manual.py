@@ -13,17 +13,40 @@ COMMAND_WORD = re.compile(r'\[\d([A-Z]\w+)')
 FRAME = re.compile(r'\b([34]0) ([0-9A-F]{2})\b')
 
 
+def members(xml_directory):
+    """The functions and data of the groups' pages."""
+    for page in sorted(pathlib.Path(xml_directory).glob('group__*.xml')):
+        yield from (m for m in ElementTree.parse(page).iter('memberdef') if m.get('kind') in ('function', 'variable'))
+
+
 def documented(xml_directory):
     """{(kind, name, arguments)} of what the groups' pages describe, without the inline functions of status.h."""
     found = set()
-    for page in pathlib.Path(xml_directory).glob('group__*.xml'):
-        for member in ElementTree.parse(page).iter('memberdef'):
-            if member.find('location').get('file').endswith('status.h') or member.get('kind') not in ('function', 'variable'):
-                continue
+    for member in members(xml_directory):
+        if not member.find('location').get('file').endswith('status.h'):
             text = ''.join(member.find('briefdescription').itertext()) + ''.join(member.find('detaileddescription').itertext())
             if text.strip():
                 found.add((member.get('kind'), member.findtext('name'), arguments(member.findtext('argsstring'))))
     return found
+
+
+def missing(member):
+    """What a function's or a datum's own comment lacks."""
+    sections = {s.get('kind') for s in member.iter('simplesect')} | {p.get('kind') for p in member.iter('parameterlist')}
+    described = {''.join(name.itertext()) for name in member.iter('parametername')}
+    if 'since' not in sections:
+        yield '@since'
+    if member.get('kind') != 'function':
+        return
+    names = [name for param in member.findall('param') for name in (param.findtext('declname'),) if name]
+    yield from (f'@param {name}' for name in names if name not in described)
+    if ''.join(member.find('type').itertext()).split()[-1:] != ['void'] and not sections & {'retval', 'return'}:
+        yield '@retval or @return'
+
+
+def incomplete(xml_directory):
+    for member in members(xml_directory):
+        yield from (f'{member.findtext("name")} has no {lack}' for lack in missing(member))
 
 
 def arguments(text):
@@ -40,13 +63,15 @@ def exported(interface):
 
 
 def sources():
-    return '\n'.join(p.read_text(encoding='utf-8') for p in SOURCE.rglob('*.cpp'))
+    paths = [*SOURCE.rglob('*.cpp'), *SOURCE.rglob('internal/*.h')]
+    return '\n'.join(p.read_text(encoding='utf-8') for p in paths)
 
 
 def complaints(interface, xml_directory):
     manual, library = documented(xml_directory), exported(interface)
     yield from (f'exported, but not in the manual: {e[1]}' for e in sorted(library - manual))
     yield from (f'in the manual, but not exported: {e[1]}' for e in sorted(manual - library))
+    yield from incomplete(xml_directory)
 
     functions = {e['name'] for e in interface if e['kind'] == 'function'}
     device = {e['name'] for e in interface if e['kind'] == 'function' and DEVICE_HEADERS.match(e['header'])}
@@ -81,4 +106,5 @@ def main(interface_file, xml_directory):
     print(f'{len(interface)} exported names documented')
 
 
-main(*sys.argv[1:])
+if __name__ == '__main__':
+    main(*sys.argv[1:])
