@@ -1,17 +1,20 @@
-// The terminal as an object, for programs in C++17 and later: strings, paths and exceptions over the functions of gwq.h.
-// What an argument or a status means stands there, in the header that declares the function named with each call.
+// The terminal as an object, for programs in C++17 and later: strings, paths and exceptions over
+// the functions of gwq.h. Each call names its function; the header that declares it documents
+// arguments and statuses.
 //
-// Times are whole seconds that the customer has, 1 to 999. Nothing stays open between calls: a Terminal is a value that
-// can be copied. One thread at a time calls, but for Cancel.
+// Times are whole seconds that the customer has, 1 to 999. Nothing stays open between calls: a
+// Terminal is a value that can be copied. One thread at a time calls, except Cancel.
 //
-// Who cancels what they should sign or pay, or a PIN, makes the call throw an Error that is cancelled(); whose time runs
-// out there, one that is timed_out(). Questions return the key, and say with each call what it stands for.
+// When the customer cancels a signature, a payment or a PIN, the call throws an Error that is
+// cancelled(); when the time runs out there, one that is timed_out(). Questions return the key;
+// each call says what it means.
 //
-// Everything here is compiled into the program that includes it. Text is UTF-8. A text with a zero character and a path
-// with "|" in it give std::invalid_argument, paths of more than 1023 bytes together std::length_error.
+// Everything here is compiled into the program that includes it. Text is UTF-8. A text with a zero
+// character and a path with "|" in it throw std::invalid_argument, paths of more than 1023 bytes
+// together std::length_error.
 //
-// The terminal's own encoding is GBK. Names of files go to it as they are handed in, those of pushed files as the host
-// has them; a name out of one of its lists is GBK.
+// The terminal's own encoding is GBK. File names are sent to it as they are, those of pushed files
+// as on the host; a name out of one of its lists is GBK.
 #ifndef GWQ_HPP
 #define GWQ_HPP
 
@@ -49,7 +52,8 @@ class Error : public std::runtime_error {
   [[nodiscard]] int status() const noexcept { return status_; }
   // The library's function.
   [[nodiscard]] const std::string& call() const noexcept { return call_; }
-  // The customer pressed Cancel, or Terminal::Cancel ended the call. The PIN pad's refusal 1 is taken for the former.
+  // The customer pressed Cancel (the PIN pad's refusal 1 counts as that), or Terminal::Cancel ended
+  // the call.
   [[nodiscard]] bool cancelled() const noexcept {
     return status_ == GWQ_CANCELLED || (IsPinEntry() && status_ == GWQ_PIN_REFUSAL_1);
   }
@@ -82,7 +86,7 @@ class Error : public std::runtime_error {
   int status_;
 };
 
-// Nobody signed: the terminal kept silent and gave back the signature that it had given before.
+// Nobody signed: the terminal did not answer and returned the same signature as before.
 class OldSignature : public Error {
  public:
   explicit OldSignature(const char* call)
@@ -90,8 +94,8 @@ class OldSignature : public Error {
               "The terminal kept silent and gave back the signature that it had given before.") {}
 };
 
-// What a teller's card shows. Without a photo, which is one on the terminal, it is the number with ".jpg". The photo's
-// name is UTF-8 here and goes to the terminal in GBK; name and number go as they are.
+// What a teller's card shows. The photo is one on the terminal; without it, the number with ".jpg".
+// Its name is UTF-8 here and sent in GBK; name and number are sent as they are.
 struct Teller {
   std::string name;
   std::string number;
@@ -105,7 +109,7 @@ struct Signature {
   std::string strokes;
 };
 
-// What is asked for with a PIN. Encryption type and digits are those that SetPinEntry set.
+// A request for a PIN block. Encryption type and digits are those that SetPinEntry set.
 struct PinRequest {
   std::optional<std::string> account = std::nullopt;  // binds the block to it
   int algorithm = 0;
@@ -122,7 +126,7 @@ enum class Media { kPictures = 0, kHeadPhotos = 2 };
 
 namespace detail {
 
-// The cancels of this process: the library has one link, so that a cancel ends whatever call is running.
+// The cancels of this process: the library has one link, so a cancel ends any call that is running.
 class Cancels {
  public:
   static Cancels& All() {
@@ -136,13 +140,13 @@ class Cancels {
     return cancel();
   }
 
-  // To be asked about later. A cancel that is under way counts as one that comes later.
+  // A point in time for CameSince. A cancel in progress counts as one that comes later.
   [[nodiscard]] unsigned Mark() {
     const std::lock_guard lock(mutex_);
     return ended_;
   }
 
-  // As Mark, once no cancel is under way.
+  // The same as Mark, but waits until no cancel is in progress.
   [[nodiscard]] unsigned MarkWhenIdle() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return begun_ == ended_; });
@@ -178,7 +182,8 @@ class Cancels {
   unsigned ended_ = 0;
 };
 
-// Empties the files that a call will write, to learn early that one cannot be written; removes them if it fails.
+// Empties the files that a call will write, so that an unwritable one fails early; removes them if
+// the call fails.
 class EmptiedFiles {
  public:
   explicit EmptiedFiles(const Paths& files) {
@@ -201,7 +206,7 @@ class EmptiedFiles {
   void Keep() { files_.clear(); }
 
  private:
-  // Only what is a file: nobody wants to lose a device or a link.
+  // Only regular files: a device or a link must stay.
   void Remove() const {
     for (const Path& file : files_) {
       std::error_code ignored;
@@ -214,7 +219,7 @@ class EmptiedFiles {
   Paths files_;
 };
 
-// Whether these are the strokes that this process got the last time.
+// Whether these are the strokes that this process got last time.
 inline bool AreLastStrokes(const std::string& strokes) {
   static std::optional<std::size_t> last;
   const std::size_t hash = std::hash<std::string>{}(strokes);
@@ -225,13 +230,13 @@ inline bool AreLastStrokes(const std::string& strokes) {
 
 class Terminal {
  public:
-  // Port 0 is USB, n the serial device /dev/ttyS(n-1). Only Inform and List use the serial port; all others are USB
-  // whatever the port.
+  // Port 0 is USB, n the serial device /dev/ttyS(n-1). Only Inform and List use the serial port;
+  // all others use USB with any port.
   explicit Terminal(int port = 0, int baud = 115200) : port_(port), baud_(baud) {}
 
   // ---- The terminal itself
 
-  // One JSON object (DEV_CommCall).
+  // Returns a description as one JSON object (DEV_CommCall).
   [[nodiscard]] std::string Describe() const {
     std::string json(kDescriptionRoom, '\0');
     int length = static_cast<int>(json.size());
@@ -241,9 +246,10 @@ class Terminal {
     return json;
   }
 
-  // Ends what another thread does, which throws an Error that is cancelled() there, and closes the terminal's screen
-  // (MP_CancelCurrentOperation). Any thread; takes 0.6 seconds and more, and a few seconds after a file that was being
-  // sent: the terminal still waits for the rest of it, and does not answer. Throws only if the terminal cannot be opened.
+  // Ends the call of another thread, which throws an Error that is cancelled(), and closes the
+  // terminal's screen (MP_CancelCurrentOperation). Any thread. Takes 0.6 seconds or more, and a few
+  // seconds when a file was being sent: the terminal still waits for the rest of it and does not
+  // answer. Throws only if the terminal cannot be opened.
   void Cancel() const {
     const int status = detail::Cancels::All().During(
         [this] { return MP_CancelCurrentOperation(nullptr, nullptr, baud_, 0); });
@@ -252,41 +258,42 @@ class Terminal {
 
   // ---- Screens
 
-  // Returns at once (MP_StartElectronicCard).
+  // Shows a teller's card and returns at once (MP_StartElectronicCard).
   void ShowTeller(const Teller& teller, int seconds = 60) const {
     Check("MP_StartElectronicCard",
           MP_StartElectronicCard(nullptr, nullptr, baud_, seconds, In(teller.name), In(teller.number),
                                  teller.stars, In(teller.photo)));
   }
 
-  // The card that Rate shows from now on (MP_SetEvaluateInfo).
+  // Sets the card that Rate shows from now on (MP_SetEvaluateInfo).
   void SetTeller(const Teller& teller) const {
     Check("MP_SetEvaluateInfo", MP_SetEvaluateInfo(nullptr, nullptr, baud_, In(teller.name),
                                                    In(teller.number), teller.stars, In(teller.photo)));
   }
 
-  // 1, 2 or 3 as keyed; 4 for no rating: the terminal does not tell a customer who presses Cancel from one whose time
-  // runs out; nothing for an answer that is none of these (MP_StartEvaluate).
+  // Asks for a rating (MP_StartEvaluate). Returns 1, 2 or 3 as the customer chose; 4 for no rating:
+  // the terminal does not distinguish Cancel from a time-out; no value for any other answer.
   [[nodiscard]] std::optional<int> Rate(int seconds = 30) const {
     char value = '\0';
     Call("MP_StartEvaluate", [&] { return MP_StartEvaluate(nullptr, nullptr, baud_, seconds, &value); });
     return value == '\0' ? std::nullopt : std::optional<int>(value - '0');
   }
 
-  // Shows a message and waits for a key: 0 confirmed, 1 refused, 3 the customer's time ran out, 4 every other answer
-  // (GWQ_StartInfo).
+  // Shows a message and waits for a key: 0 confirmed, 1 refused, 3 the customer's time ran out, 4
+  // every other answer (GWQ_StartInfo).
   [[nodiscard]] unsigned Inform(const std::string& message, int seconds = 30) const {
     unsigned key = 0;
     Call("GWQ_StartInfo", [&] { return GWQ_StartInfo(port_, baud_, seconds, In(message), &key); });
     return key;
   }
 
-  // Returns at once (MP_StartInfoHtml).
+  // Shows a page and returns at once (MP_StartInfoHtml).
   void ShowHtml(const std::string& page, int seconds = 60) const {
     Check("MP_StartInfoHtml", MP_StartInfoHtml(nullptr, nullptr, baud_, seconds, 0, In(page), nullptr, 0));
   }
 
-  // Waits for a key: 0 confirmed, 1 refused, 2 the customer's time ran out (MP_StartInfoHtml).
+  // Shows a page and waits for a key: 0 confirmed, 1 refused, 2 the customer's time ran out
+  // (MP_StartInfoHtml).
   [[nodiscard]] int AskHtml(const std::string& page, int seconds = 60, int countdown = 0) const {
     int key = 0;
     Call("MP_StartInfoHtml",
@@ -294,8 +301,9 @@ class Terminal {
     return key;
   }
 
-  // Of at most 20 digits, 0 leaves it to the terminal. Empty when the customer cancels, keys nothing, or lets the time
-  // run out, which the terminal's answer does not tell apart (PN_GetInNo).
+  // Prompts for a number of at most 20 digits; with `most_digits` 0 the terminal decides
+  // (PN_GetInNo). Returns an empty text when the customer cancels, enters nothing, or lets the time
+  // run out: the terminal's answer is the same.
   [[nodiscard]] std::string AskNumber(const std::string& prompt, int seconds = 30, int most_digits = 0,
                                       int display = 0) const {
     return TextOf("PN_GetInNo", [&](char* out) {
@@ -303,7 +311,7 @@ class Terminal {
     });
   }
 
-  // The terminal's answer to the two texts, once the customer confirms (MP_CheckOut_All).
+  // Shows two texts and returns the terminal's answer once the customer confirms (MP_CheckOut_All).
   [[nodiscard]] std::string CheckOut(const std::string& first, const std::string& second,
                                      int seconds = 60) const {
     return TextOf("MP_CheckOut_All", [&](char* out) {
@@ -313,13 +321,14 @@ class Terminal {
 
   // ---- Documents
 
-  // Returns once they are on the terminal, under the names that the host has; on the screen they are GBK (MP_ShowPDF).
+  // Shows documents and returns once they are on the terminal, under their names on the host; on
+  // the screen the names are GBK (MP_ShowPDF).
   void ShowDocuments(const Paths& documents, int seconds = 60) const {
     Call("MP_ShowPDF",
          [&] { return MP_ShowPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str()); });
   }
 
-  // Whether the customer agrees (MP_ConfirmPDF).
+  // Shows documents and returns whether the customer agrees (MP_ConfirmPDF).
   [[nodiscard]] bool ConfirmDocuments(const Paths& documents, int seconds = 60) const {
     int refused = 2;
     Call("MP_ConfirmPDF", [&] {
@@ -328,18 +337,20 @@ class Terminal {
     return refused == 0;
   }
 
-  // Has documents signed (MP_SignPDF, MP_SignPDF_Voice). `place` is where to sign, as the terminal takes it; `voice` is
-  // spoken.
+  // Asks the customer to sign documents (MP_SignPDF, MP_SignPDF_Voice). `place` is where to sign,
+  // in the terminal's own form; `voice` is spoken.
   //
-  // The picture goes to `picture`, the strokes to "hw.data" beside it. Both files are emptied first, so that a directory
-  // that cannot be written gives std::filesystem::filesystem_error before the customer is asked; both are removed when
-  // the call fails, so that no signature of an earlier customer is left there.
+  // The picture is written to `picture`, the strokes to "hw.data" in the same directory. Both files
+  // are emptied first, so that a directory that cannot be written throws
+  // std::filesystem::filesystem_error before the customer is asked; both are removed when the call
+  // fails, so that no signature of an earlier customer is left there.
   //
-  // The terminal, too, keeps its last signature, and the library fetches it even when the wait for the customer failed.
-  // What is returned is therefore not always new. Rejected are: any signature when a Cancel of this process fell into
-  // the call (an Error that is cancelled()); and, after a terminal that kept silent for the whole time, the signature
-  // that this process got the last time (OldSignature). What cannot be told: after such a silence, or after a cancel
-  // that was not made by Cancel, a signature that the terminal had before this process began, or that another program
+  // The terminal, too, keeps its last signature, and the library fetches it even when the wait for
+  // the customer failed, so the result is not always new. Rejected are: any signature when a Cancel
+  // of this process came during the call (an Error that is cancelled()); and, after a terminal that
+  // did not answer for the whole time, the signature that this process got last time
+  // (OldSignature). Not detected: after such a silence, or after a cancel that was not made by
+  // Cancel, a signature that the terminal had before this process began, or that another program
   // fetched.
   [[nodiscard]] Signature SignDocuments(const Paths& documents, const Path& picture, const std::string& place,
                                         const std::optional<std::string>& voice = std::nullopt,
@@ -350,7 +361,7 @@ class Terminal {
     const char* where = In(place);
     const char* spoken = In(voice);
     detail::EmptiedFiles files({target, strokes});
-    // The strokes are read from their file, for their size is not known before.
+    // The strokes are read from their file because their size is not known before.
     std::string signed_strokes =
         spoken == nullptr ? Signed("MP_SignPDF", strokes, seconds,
                                    [&] {
@@ -367,12 +378,13 @@ class Terminal {
 
   // ---- Files
 
-  // The file's path on the terminal, "/tmp/" and the name that the host has (pushFileToZ11).
+  // Sends a file and returns its path on the terminal, "/tmp/" and its name on the host
+  // (pushFileToZ11).
   std::string Push(const Path& file) const {  // NOLINT(readability-convert-member-functions-to-static)
     return TextOf("pushFileToZ11", [&](char* out) { return pushFileToZ11(Listed({file}).c_str(), out); });
   }
 
-  // Fetches a file of the terminal; `file` is overwritten. The place goes as it is (PullFile).
+  // Fetches a file from the terminal; `file` is overwritten. The place is sent as it is (PullFile).
   void Pull(const std::string& place, const Path& file) const {
     std::string command = std::string("\x1B[0PULLFILE\x02").append(In(place)) + "\x03";
     std::string target = std::filesystem::absolute(file).string();
@@ -382,7 +394,8 @@ class Terminal {
     });
   }
 
-  // The names of the terminal's files as it has them, GBK, separated by "|" (GetVideoList).
+  // Returns the names of the terminal's files as they are there, GBK, separated by "|"
+  // (GetVideoList).
   [[nodiscard]] std::string List(Media media) const {
     return TextOf("GetVideoList", [&](char* out) {
       return GetVideoList(port_, *kChannel, baud_, static_cast<int>(media), out, kRoom);
@@ -391,26 +404,29 @@ class Terminal {
 
   // ---- PIN pad
 
-  // Encryption type, PIN length, end rule and fill type, whose values are the pad's (PN_SetPinPadParameter).
+  // Sets encryption type, PIN length, end rule and fill type, whose values the pad defines
+  // (PN_SetPinPadParameter).
   void SetPinEntry(int algorithm, int digits, int end_rule = 0, const std::string& fill = "F") const {
     Check("PN_SetPinPadParameter",
           PN_SetPinPadParameter(port_, nullptr, baud_, algorithm, digits, end_rule, In(fill)));
   }
 
-  // In hexadecimal: the modulus for algorithm 1 (RSA), X and Y for 2 (SM2) (PN_ObtainPublicKey).
+  // Returns the key in hexadecimal: the modulus for algorithm 1 (RSA), X and Y for 2 (SM2)
+  // (PN_ObtainPublicKey).
   [[nodiscard]] std::string PublicKey(int algorithm, int bits) const {
     return TextOf("PN_ObtainPublicKey",
                   [&](char* out) { return PN_ObtainPublicKey(port_, nullptr, baud_, algorithm, bits, out); });
   }
 
-  // Has the pad make a factor, for which the bank prepares a working key (PN_ObtainFactor).
+  // Makes the pad create a factor, for which the bank prepares a working key (PN_ObtainFactor).
   [[nodiscard]] std::string NewFactor(int key_type = 1) const {
     return TextOf("PN_ObtainFactor", [&](char* out) {
       return PN_ObtainFactor(port_, nullptr, baud_, std::to_string(key_type).c_str(), out);
     });
   }
 
-  // The enciphered key is hexadecimal; no byte of it is zero (PN_DownloadPinPadWK).
+  // Loads a working key (PN_DownloadPinPadWK). The encrypted key is hexadecimal; no byte of it is
+  // zero.
   void LoadWorkingKey(const std::string& enciphered, const std::string& factor, const std::string& verify_key,
                       int key_type = 1) const {
     Check("PN_DownloadPinPadWK",
@@ -418,7 +434,7 @@ class Terminal {
                               In(enciphered), In(verify_key)));
   }
 
-  // The block of the PIN that the customer keys (PN_GetPinBlockShowString).
+  // Prompts the customer for a PIN and returns its PIN block (PN_GetPinBlockShowString).
   [[nodiscard]] std::vector<unsigned char> PinBlock(const PinRequest& request) const {
     std::string factor(kRoom + 1, '\0');
     std::vector<unsigned char> block(kRoom + 1);
@@ -444,7 +460,7 @@ class Terminal {
     if (status != GWQ_OK) throw Error(call, status);
   }
 
-  // What an exchange may come to by a cancel, and the close command after a cut transfer.
+  // The statuses of an exchange that is cancelled, and of the close command after a cut transfer.
   static bool MayComeOfCancel(int status) {
     return status == GWQ_CANCELLED || status == GWQ_SEND_FAILED || status == GWQ_READ_FAILED ||
            status == GWQ_NO_ANSWER;
@@ -490,7 +506,7 @@ class Terminal {
   }
   static const char* In(const std::optional<std::string>& text) { return text ? In(*text) : nullptr; }
 
-  // Absolute, for the library looks for the "/" before a file's name.
+  // Absolute, because the library needs a "/" before a file's name.
   static std::string Listed(const Paths& documents) {
     std::string list;
     for (const Path& document : documents) {
