@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "codec/internal/lanes.h"
@@ -17,7 +20,7 @@ constexpr std::uint8_t kFirstPairByte = 0x81;
 constexpr std::size_t kGbkEntries = std::size(unicodeTables);
 constexpr std::size_t kUnicodeEntries = std::size(gbkTables);
 
-// An open conversion; closed on every path.
+// An open conversion.
 class Conversion {
  public:
   Conversion(const char* from, const char* to) : handle_(iconv_open(to, from)) {}
@@ -27,14 +30,14 @@ class Conversion {
   Conversion(const Conversion&) = delete;
   Conversion& operator=(const Conversion&) = delete;
 
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's own mark of failure
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's error value
   explicit operator bool() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
-  // Converts all of `in`; the zeros that are left of `out` end the text.
+  // Converts all of `in`. `out` is zeroed before the call, so that its rest terminates the text.
   [[nodiscard]] bool Run(std::span<const char> in, std::span<char> out) const {
-    char* from = const_cast<char*>(in.data());  // iconv's signature; it does not write there
+    char* from = const_cast<char*>(in.data());  // iconv's signature lacks a const
     std::size_t from_left = in.size();
-    char none = '\0';  // iconv insists on a place, even without room
+    char none = '\0';  // iconv needs a valid pointer, even for no room
     char* to = out.empty() ? &none : out.data();
     std::size_t to_left = out.size();
     return iconv(handle_, &from, &from_left, &to, &to_left) != static_cast<std::size_t>(-1);
@@ -49,18 +52,13 @@ struct Converted {
   std::size_t written;
 };
 
-// The text up to its zero byte, or as much as there is room for, a byte a character.
-std::span<const unsigned char> CertainText(const unsigned char* in, std::size_t room) {
-  return {in, strnlen(reinterpret_cast<const char*>(in), room)};
-}
-
-// The bytes at the start of `text` that are characters by themselves.
+// Widens the single-byte characters at the start of `text`.
 Converted WidenSingles(std::span<const unsigned char> text, std::span<unsigned short> room) {
   const std::size_t most = std::min(text.size(), room.size());
   std::size_t i = 0;
   for (; most - i >= kBlockSize; i += kBlockSize) {
     const Block bytes = LoadBlock(&text[i]);
-    if (!AllHold(bytes < kFirstPairByte)) break;
+    if (!AllTrue(bytes < kFirstPairByte)) break;
     StoreBlock(InterleaveFirst(bytes, Block{}), &room[i]);
     StoreBlock(InterleaveLast(bytes, Block{}), &room[i + kHalfBlock]);
   }
@@ -68,12 +66,13 @@ Converted WidenSingles(std::span<const unsigned char> text, std::span<unsigned s
   return {i, i};
 }
 
-// The place of a pair in the table; too large for all that has none.
+// The index of a pair in the table; not below kGbkEntries for a pair that the table lacks.
 std::size_t TableIndex(unsigned first, unsigned second) {
   return first * 256 + second - gbk_first_code;
 }
 
-// The pairs at the start of `text` that are in the table. Out of line, for the loop needs its registers.
+// Converts the pairs at the start of `text` that are in the table. Not inlined, so that the loop
+// has the registers to itself.
 [[gnu::noinline]] Converted ConvertPairs(std::span<const unsigned char> text,
                                          std::span<unsigned short> room) {
   const std::size_t most = std::min(text.size() / 2, room.size());
@@ -87,7 +86,7 @@ std::size_t TableIndex(unsigned first, unsigned second) {
   return {2 * i, i};
 }
 
-// A pair that may be dropped, or lack its second byte.
+// Contract: a pair that the table lacks is dropped, and so is a first byte without a second one.
 Converted ConvertAnyPair(const unsigned char* in, std::span<unsigned short> room) {
   if (in[1] == 0) return {1, 0};
   const std::size_t index = TableIndex(in[0], in[1]);
@@ -105,7 +104,7 @@ Converted ConvertRun(const unsigned char* in, std::span<const unsigned char> kno
 
 constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Both characters of twelve bits, so that three bytes take two look-ups.
+// The two characters of each 12-bit value: three bytes take two look-ups.
 constexpr auto kDigitPairs = [] {
   std::array<std::array<char, 2>, 1U << 12U> pairs{};
   for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
@@ -123,7 +122,7 @@ void EncodeGroup(std::uint32_t bits, char* out) {
   EncodeTwelveBits(bits, out + 2);
 }
 
-// Encodes groups two by two, from words of eight bytes, as far as there are such. Returns how many bytes.
+// Encodes two groups per 8-byte load while 8 bytes are left. Returns the bytes encoded.
 std::size_t EncodePairsOfGroups(std::span<const std::uint8_t> bytes, char* out) {
   std::size_t done = 0;
 #pragma GCC unroll 2
@@ -137,7 +136,7 @@ std::size_t EncodePairsOfGroups(std::span<const std::uint8_t> bytes, char* out) 
   return done;
 }
 
-// The last group of one or two bytes, padded.
+// Encodes the last group, of one or two bytes, with its padding.
 void EncodeRest(std::span<const std::uint8_t> rest, char* out) {
   const std::uint32_t second = rest.size() > 1 ? rest[1] : 0U;
   EncodeGroup(static_cast<std::uint32_t>(rest[0]) << 16U | second << 8U, out);
@@ -145,8 +144,9 @@ void EncodeRest(std::span<const std::uint8_t> rest, char* out) {
   if (rest.size() == 1) out[2] = '=';
 }
 
-// What a character contributes to the three bytes of its group, by its place; the first byte is the lowest. "=" and
-// characters outside the alphabet have kNoDigit, which no digit has.
+// What a character contributes to the three bytes of its group, by its place in the group; the
+// first byte is the lowest one. "=" and characters outside the alphabet contribute kNoDigit, a bit
+// that no digit sets.
 constexpr std::uint32_t kNoDigit = 1U << 24U;
 constexpr auto kContributions = [] {
   std::array<std::array<std::uint32_t, 256>, 4> places{};
@@ -172,7 +172,8 @@ void StoreGroup(std::uint32_t bytes, unsigned char* out) {
   out[2] = static_cast<unsigned char>(bytes >> 16U);
 }
 
-// Decodes groups from the start of `text` on, as long as they are all digits and have room. Returns how many.
+// Decodes the groups at the start of `text` that consist of digits only and fit in `room`. Returns
+// their number.
 [[gnu::noinline]] std::size_t DecodePlainGroups(std::span<const char> text, std::span<unsigned char> room) {
   const auto* group = reinterpret_cast<const unsigned char*>(text.data());
   unsigned char* out = room.data();
@@ -186,7 +187,8 @@ void StoreGroup(std::uint32_t bytes, unsigned char* out) {
   return most;
 }
 
-// The byte at place k of a group, from the character at that place and the next one.
+// Byte k of a group, from the character at that place and the next one.
+// Contract: a character outside the alphabet is not rejected; it contributes the bits of -1.
 unsigned char DecodedByte(std::size_t k, char current, char next) {
   const int high = GetIndexFromBase64Table(current) * (4 << (2 * k));
   const int low = GetIndexFromBase64Table(next) >> (4 - 2 * k);
@@ -196,14 +198,16 @@ unsigned char DecodedByte(std::size_t k, char current, char next) {
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int GbkToUnicode(const unsigned char* in, unsigned short* out, int cap) {
   if (in == nullptr || out == nullptr) return -1;
-  std::span<unsigned short> room = gwq::BytesOf(out, cap);
-  std::span<const unsigned char> known;  // what is read in any case: the text does not end in it
+  std::span<unsigned short> room = BytesOf(out, cap);
+  std::span<const unsigned char> known;  // contains no terminator, so that it can be read in blocks
   std::size_t count = 0;
   while (!room.empty() && *in != 0) {
-    if (known.size() < gwq::kBlockSize) known = gwq::CertainText(in, room.size());
-    const gwq::Converted run = gwq::ConvertRun(in, known, room);
+    if (known.size() < kBlockSize) known = {in, strnlen(reinterpret_cast<const char*>(in), room.size())};
+    const Converted run = ConvertRun(in, known, room);
     known = known.subspan(std::min(run.read, known.size()));
     room = room.subspan(run.written);
     in += run.read;
@@ -218,11 +222,13 @@ int UnicodeToGbk(const unsigned short* in, unsigned char* out, int cap) {
   for (; *in != 0 && count < cap; ++in) {
     const unsigned c = *in;
     if (c <= 0x7F) {
-      *out++ = static_cast<unsigned char>(c);  // not counted, as designed
+      // Contract: ASCII is written but not counted, neither in the result nor against `cap`.
+      *out++ = static_cast<unsigned char>(c);
       continue;
     }
-    const std::size_t index = c - unicode_first_code;  // huge for what lies before the table
-    if (c < unicode_first_code || index >= gwq::kUnicodeEntries) continue;
+    // Contract: a character outside the ideograph block, such as punctuation, is dropped.
+    const std::size_t index = c - unicode_first_code;
+    if (c < unicode_first_code || index >= kUnicodeEntries) continue;
     *out++ = static_cast<unsigned char>(gbkTables[index] >> 8U);
     *out++ = static_cast<unsigned char>(gbkTables[index] & 0xFFU);
     count += 2;
@@ -232,11 +238,11 @@ int UnicodeToGbk(const unsigned short* in, unsigned char* out, int cap) {
 
 int code_convert(const char* from, const char* to, const char* in, int inLen, char* out, int outSize) {
   if (from == nullptr || to == nullptr) return -1;
-  const gwq::Conversion conversion(from, to);
+  const Conversion conversion(from, to);
   if (!conversion) return -1;
-  const std::span<char> room = gwq::BytesOf(out, outSize);
+  const std::span<char> room = BytesOf(out, outSize);
   std::fill(room.begin(), room.end(), '\0');
-  return conversion.Run(gwq::BytesOf(in, inLen), room) ? 0 : -1;
+  return conversion.Run(BytesOf(in, inLen), room) ? 0 : -1;
 }
 
 int u2g(const char* in, int inLen, char* out, int outSize) {
@@ -247,41 +253,43 @@ int g2u(const char* in, int inLen, char* out, int outSize) {
   return code_convert("GB18030", "utf-8", in, inLen, out, outSize);
 }
 
+// Contract: a placeholder that does nothing and returns 0.
 int ANSIToUTF8(const char* /*in*/, int /*inLen*/, char* /*out*/) {
   return 0;
 }
 
 int EncryptBase64(const unsigned char* in, int len, char* out, int cap) {
-  std::span<const std::uint8_t> bytes = gwq::BytesOf(in, len);
+  std::span<const std::uint8_t> bytes = BytesOf(in, len);
   const std::size_t need = 4 * ((bytes.size() + 2) / 3);
   if (cap < 0 || static_cast<std::size_t>(cap) < need) return -1;
   if (len < 1) return 0;
   if (in == nullptr || out == nullptr) return -1;
-  const std::size_t done = gwq::EncodePairsOfGroups(bytes, out);
+  const std::size_t done = EncodePairsOfGroups(bytes, out);
   bytes = bytes.subspan(done);
   out += done / 3 * 4;
   for (; bytes.size() >= 3; bytes = bytes.subspan(3), out += 4) {
-    gwq::EncodeGroup(static_cast<std::uint32_t>(bytes[0]) << 16U | bytes[1] * 256U | bytes[2], out);
+    EncodeGroup(static_cast<std::uint32_t>(bytes[0]) << 16U | bytes[1] * 256U | bytes[2], out);
   }
-  if (!bytes.empty()) gwq::EncodeRest(bytes, out);
+  if (!bytes.empty()) EncodeRest(bytes, out);
   return static_cast<int>(need);
 }
 
 int DecryptBase64(const char* in, int len, unsigned char* out, int cap) {
-  std::span<const char> text = gwq::BytesOf(in, len);
-  const std::span<unsigned char> room = gwq::BytesOf(out, cap);
+  std::span<const char> text = BytesOf(in, len);
+  const std::span<unsigned char> room = BytesOf(out, cap);
   std::size_t count = 0;
   while (true) {
-    const std::size_t plain = gwq::DecodePlainGroups(text, room.subspan(std::min(count, room.size())));
+    const std::size_t plain = DecodePlainGroups(text, room.subspan(std::min(count, room.size())));
     count += 3 * plain;
     text = text.subspan(4 * plain);
+    // Contract: a trailing group of fewer than four characters is ignored.
     if (text.size() < 4) return static_cast<int>(count);
-    // A group with padding or other characters, or beyond the room.
+    // A group with padding or other characters, or one that does not fit.
     for (std::size_t k = 0; k < 3; ++k) {
       if (text[k] == '=' || text[k + 1] == '=') return static_cast<int>(count);
-      // The count may pass the capacity by one before it is refused; that byte is not stored.
+      // Contract: the result may exceed `cap` by one; that byte is counted but not stored.
       if (cap < 0 || count > room.size()) return -1;
-      if (count < room.size()) room[count] = gwq::DecodedByte(k, text[k], text[k + 1]);
+      if (count < room.size()) room[count] = DecodedByte(k, text[k], text[k + 1]);
       ++count;
     }
     text = text.subspan(4);

@@ -1,11 +1,12 @@
-// Writes the two character tables as C++ initialisers, from the platform's own mapping (iconv). Run by the
-// build, on the machine that builds, so it works when cross-compiling too.
+// Writes the two character tables as C++ initialisers, from the mapping of iconv. Runs on the build
+// machine, also when cross-compiling.
 //
 //   make_gbk_tables DIRECTORY     writes unicode_tables.inc and gbk_tables.inc there
 #include <iconv.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
+#include <exception>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -20,7 +21,7 @@ constexpr unsigned kLastIdeograph = 0x9FA5;
 class Mapping {
  public:
   explicit Mapping(const char* name) : handle_(iconv_open("UCS-2LE", name)) {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's own mark of failure
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): iconv's error value
     if (handle_ == reinterpret_cast<iconv_t>(-1))
       throw std::runtime_error(std::string("iconv knows no ") + name);
   }
@@ -28,7 +29,7 @@ class Mapping {
   Mapping(const Mapping&) = delete;
   Mapping& operator=(const Mapping&) = delete;
 
-  // The code point of a pair; 0 when it is no one character.
+  // The code point of a pair; 0 if the pair is not exactly one character.
   [[nodiscard]] unsigned CodePointOf(unsigned gbk) const {
     char pair[] = {static_cast<char>(gbk >> 8U), static_cast<char>(gbk & 0xFFU)};
     unsigned char code[8] = {};
@@ -59,7 +60,7 @@ void Write(const std::string& path, unsigned first, unsigned last,
 }
 
 void WriteTables(const std::string& directory) {
-  // GBK proper decides; GB 18030 knows its later two-byte characters.
+  // GBK takes precedence; GB 18030 adds the two-byte characters that were assigned later.
   const Mapping gbk("GBK");
   const Mapping gb18030("GB18030");
   std::map<unsigned, unsigned> to_unicode;

@@ -1,9 +1,9 @@
 #include <gwq/codec/packet.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <optional>
+#include <span>
 #include <string_view>
 
 #include <gwq/status_codes.h>
@@ -25,8 +25,8 @@ unsigned char* AppendSplit(unsigned char* out, Bytes bytes) {
   return out + 2 * bytes.size();
 }
 
-// What stands between the first `start` and the next `end`. A start byte in the last place leaves no room
-// for a body.
+// The bytes between the first `start` and the next `end`. There are none if fewer than two bytes
+// follow `start`.
 Bytes FindBody(Bytes received, std::uint8_t start, std::uint8_t end) {
   const auto mark = std::find(received.begin(), received.end(), start);
   if (mark == received.end() || received.end() - mark <= 2) return {};
@@ -36,19 +36,19 @@ Bytes FindBody(Bytes received, std::uint8_t start, std::uint8_t end) {
   return {body, body_end};
 }
 
-// A merged answer: length, status, data, XOR. Reads as zeros behind its `size` bytes.
+// A merged answer: length, status, data, XOR. Zero after its `size` bytes.
 struct MergedAnswer {
   SecretArray<std::uint8_t, kBodySize> bytes;
   std::size_t size = 0;
 
   [[nodiscard]] unsigned Word(std::size_t at) const { return bytes[at] * 256U + bytes[at + 1]; }
 
-  [[nodiscard]] bool XorHolds() {
+  [[nodiscard]] bool IsXorValid() {
     const std::size_t covered = size > 3 ? size - 3 : 0;
     return XorFold(bytes.span().subspan(2, covered)) == bytes[size - 1];
   }
 
-  // The declared length is the terminal's word; what it may reach is what arrived.
+  // Bounded by what has arrived: the declared length comes from the terminal.
   [[nodiscard]] Bytes Data() {
     const std::size_t declared = Word(0) > 2 ? Word(0) - 2 : 0;
     const std::size_t arrived = size > 4 ? size - 4 : 0;
@@ -56,6 +56,8 @@ struct MergedAnswer {
   }
 };
 
+// Contract: an answer of up to 9 bytes must begin with 0x10, a longer one with 0x20; others are
+// refused.
 bool MarkMatchesLength(Bytes merged) {
   if (merged.empty()) return false;
   return (merged[0] == 0x10 && merged.size() <= 9) || (merged[0] == 0x20 && merged.size() > 9);
@@ -64,30 +66,31 @@ bool MarkMatchesLength(Bytes merged) {
 }  // namespace
 }  // namespace gwq
 
-using gwq::BytesOf;
+using namespace gwq;
 
 int PackData(const unsigned char* body, int n, unsigned char* out) {
   if (out == nullptr) return 0;
-  const gwq::Bytes bytes = BytesOf(body, n);
+  const Bytes bytes = BytesOf(body, n);
   const auto size = static_cast<unsigned>(bytes.size());
   const std::uint8_t length[] = {static_cast<std::uint8_t>(size >> 8U), static_cast<std::uint8_t>(size)};
-  const std::uint8_t check[] = {gwq::XorFold(bytes)};
+  const std::uint8_t check[] = {XorFold(bytes)};
   unsigned char* end = out;
-  *end++ = gwq::kStx;
-  end = gwq::AppendSplit(end, length);
-  end = gwq::AppendSplit(end, bytes);
-  end = gwq::AppendSplit(end, check);
-  *end++ = gwq::kEtx;
+  *end++ = kStx;
+  end = AppendSplit(end, length);
+  end = AppendSplit(end, bytes);
+  end = AppendSplit(end, check);
+  *end++ = kEtx;
   return static_cast<int>(end - out);
 }
 
+// Contract: a status word other than 0 is returned as it is, and the data is copied all the same.
 int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* dataLen) {
-  const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), gwq::kStx, gwq::kEtx);
-  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > gwq::kBodySize) return GWQ_BAD_FRAME;
-  gwq::MergedAnswer answer;
-  answer.size = gwq::MergePairs(body, answer.bytes.span());
-  if (!answer.XorHolds()) return GWQ_BAD_FRAME;
-  const gwq::Bytes found = answer.Data();
+  const Bytes body = FindBody(BytesOf(buf, count), kStx, kEtx);
+  if (body.size() < 2 || body.size() % 2 != 0 || body.size() > kBodySize) return GWQ_BAD_FRAME;
+  MergedAnswer answer;
+  answer.size = MergePairs(body, answer.bytes.span());
+  if (!answer.IsXorValid()) return GWQ_BAD_FRAME;
+  const Bytes found = answer.Data();
   if (data != nullptr) std::copy(found.begin(), found.end(), data);
   if (dataLen != nullptr) *dataLen = static_cast<int>(found.size());
   return static_cast<int>(answer.Word(2));
@@ -95,18 +98,18 @@ int UnPackData(const unsigned char* buf, int count, unsigned char* data, int* da
 
 int GetPacketBody(unsigned char start, unsigned char end, const unsigned char* buf, int count,
                   unsigned char* out) {
-  const gwq::Bytes body = gwq::FindBody(BytesOf(buf, count), start, end);
+  const Bytes body = FindBody(BytesOf(buf, count), start, end);
   if (body.empty() || out == nullptr) return -1;
   std::copy(body.begin(), body.end(), out);
   return static_cast<int>(body.size());
 }
 
 int GetDataLRC(const unsigned char* data, int count) {
-  return gwq::XorFold(BytesOf(data, count));
+  return XorFold(BytesOf(data, count));
 }
 
 unsigned char getLRC(const unsigned char* data, int count) {
-  return gwq::XorFold(BytesOf(data, count));
+  return XorFold(BytesOf(data, count));
 }
 
 unsigned char* Endian_intToChar(int value, unsigned char* out) {
@@ -119,34 +122,35 @@ unsigned char* Endian_intToChar(int value, unsigned char* out) {
 
 void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out) {
   if (out == nullptr) return;
-  gwq::AppendSplit(out, BytesOf(in, len));
+  AppendSplit(out, BytesOf(in, len));
 }
 
 void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
   if (out == nullptr || len % 2 != 0) return;
-  gwq::MergePairs(BytesOf(in, len), BytesOf(out, len / 2));
+  MergePairs(BytesOf(in, len), BytesOf(out, len / 2));
 }
 
 int CheckAndGetResponse(const unsigned char* buf, int count) {
   if (buf == nullptr || count == 0) return GWQ_NO_ANSWER;
-  const gwq::Bytes answer = BytesOf(buf, count);
-  if (answer.size() < 2 || answer.front() != gwq::kStx || answer.back() != gwq::kEtx) return GWQ_REFUSED;
+  const Bytes answer = BytesOf(buf, count);
+  if (answer.size() < 2 || answer.front() != kStx || answer.back() != kEtx) return GWQ_REFUSED;
   if (answer[1] == 'U') return GWQ_REFUSED;
+  // Contract: this is an answer of the terminal, but counts as none.
   if (answer.size() > 2 && answer[1] == 0xAA && answer[2] == '1') return GWQ_NO_ANSWER;
   return 0;
 }
 
 int CheckAndGetResponseForTY(unsigned char stx, unsigned char etx, const unsigned char* buf, int count,
                              unsigned char* out, int* outLen) {
-  const gwq::Bytes answer = BytesOf(buf, count);
+  const Bytes answer = BytesOf(buf, count);
   if (out == nullptr || outLen == nullptr) return GWQ_REFUSED;
   if (answer.size() < 2 || answer.front() != stx || answer.back() != etx) return GWQ_REFUSED;
-  const gwq::Bytes body = answer.subspan(1, answer.size() - 2);
-  gwq::SecretArray<unsigned char, 1024> merged;
+  const Bytes body = answer.subspan(1, answer.size() - 2);
+  SecretArray<unsigned char, 1024> merged;
   if (body.size() > 2 * merged.size()) return GWQ_REFUSED;
-  // The last character of an odd body is paired with the end mark behind it.
-  const gwq::Bytes joined = merged.span().first(gwq::JoinPairs(body, etx, merged.span()));
-  if (!gwq::MarkMatchesLength(joined)) return GWQ_REFUSED;
+  // Contract: the last character of an odd body is paired with the end mark that follows it.
+  const Bytes joined = merged.span().first(JoinPairs(body, etx, merged.span()));
+  if (!MarkMatchesLength(joined)) return GWQ_REFUSED;
   std::copy(joined.begin() + 1, joined.end(), out);
   *outLen = static_cast<int>(joined.size()) - 1;
   return 0;

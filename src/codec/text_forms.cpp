@@ -1,10 +1,13 @@
 #include <gwq/codec/text_forms.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <span>
 
+#include "codec/internal/lanes.h"
 #include "codec/internal/pairs.h"
 #include "codec/internal/secret.h"
 #include "codec/internal/split_form.h"
@@ -17,18 +20,11 @@ using Bytes = std::span<const std::uint8_t>;
 using UpperHexDigit = HexDigit<'A'>;
 using LowerHexDigit = HexDigit<'a'>;
 
-// The input that finds room when the room is looked at before each pair only.
+// Contract: the capacity is checked before each pair only, so that an odd one is exceeded by one
+// byte.
 Bytes FittingPairs(Bytes in, int out_capacity) {
   if (out_capacity < 1) return {};
   return in.first(std::min(in.size(), (static_cast<std::size_t>(out_capacity) + 1) / 2));
-}
-
-int WrittenPairs(Bytes in) {
-  return static_cast<int>(2 * in.size());
-}
-
-bool SplitFits(const void* in, int in_length, const void* out, int out_capacity) {
-  return in != nullptr && out != nullptr && out_capacity >= 2LL * in_length;
 }
 
 bool JoinFits(const void* in, int in_length, const void* out, int out_capacity) {
@@ -37,15 +33,15 @@ bool JoinFits(const void* in, int in_length, const void* out, int out_capacity) 
 
 template <typename T>
 auto IsHexDigit(T c) {
-  return Either(Within(c, '0', '9'), Within(static_cast<T>(c | 0x20), 'a', 'f'));
+  return Or(InRange(c, '0', '9'), InRange(static_cast<T>(c | 0x20), 'a', 'f'));
 }
 
-// As many pairs of hexadecimal digits as stand at the start of `text`; returns the bytes written.
+// Joins the pairs of hexadecimal digits at the start of `text`. Returns the bytes written.
 int JoinCheckedPairs(Bytes text, unsigned char* out) {
   std::size_t i = 0;
   for (; text.size() - i >= kBlockSize; i += kBlockSize) {
     const Block characters = LoadBlock(&text[i]);
-    if (!AllHold(IsHexDigit(characters))) break;
+    if (!AllTrue(IsHexDigit(characters))) break;
     const Block joined = JoinedWords<HexValue>(characters);
     StoreHalf(OddBytes(joined, joined), out + i / 2);
   }
@@ -58,21 +54,18 @@ int JoinCheckedPairs(Bytes text, unsigned char* out) {
 int BytesToHex(Bytes in, char* out, int out_capacity) {
   const Bytes converted = out == nullptr ? Bytes{} : FittingPairs(in, out_capacity);
   SplitInPairs<UpperHexDigit>(converted, out);
-  return WrittenPairs(converted);
+  return static_cast<int>(2 * converted.size());
 }
 
+// Contract: the last digit of an odd count is paired with a zero byte, not with the digit 0.
 int HexToBytes(Bytes text, std::span<std::uint8_t> out) {
   return static_cast<int>(JoinPairsOf<HexValue>(text, 0, out));
 }
 
-// Whether writing to `out` overtakes the reading of `text`: in place it does not.
+// Whether writes to `out` overtake reads of `text`. With the same start they do not.
 bool BeginsWithin(std::span<const std::uint8_t> out, Bytes text) {
   const std::less<> before;
   return before(text.data(), out.data()) && before(out.data(), text.data() + text.size());
-}
-
-std::size_t HalfRoundedUp(std::span<const char> text) {
-  return (text.size() + 1) / 2;
 }
 
 }  // namespace
@@ -91,34 +84,34 @@ std::size_t MergePairs(std::span<const std::uint8_t> in, std::span<std::uint8_t>
 
 }  // namespace gwq
 
-using gwq::AsBytes;
-using gwq::BytesOf;
+using namespace gwq;
 
 int GetHexString(const unsigned char* in, int inLen, char* out, int outCap) {
-  return gwq::BytesToHex(BytesOf(in, inLen), out, outCap);
+  return BytesToHex(BytesOf(in, inLen), out, outCap);
 }
 
 int AsciiToHexStr(char* in, int inLen, char* out, int outCap) {
-  return gwq::BytesToHex(AsBytes(BytesOf<const char>(in, inLen)), out, outCap);
+  return BytesToHex(AsBytes(BytesOf<const char>(in, inLen)), out, outCap);
 }
 
+// Contract: unlike the overload above, writes lower case and a terminator after the last pair.
 int AsciiToHexStr(const char* in, int inLen, char* out, int outCap) {
   if (out == nullptr) return 0;
-  const gwq::Bytes converted = gwq::FittingPairs(AsBytes(BytesOf(in, inLen)), outCap);
-  char* const end = gwq::SplitInPairs<gwq::LowerHexDigit>(converted, out);
+  const Bytes converted = FittingPairs(AsBytes(BytesOf(in, inLen)), outCap);
+  char* const end = SplitInPairs<LowerHexDigit>(converted, out);
   if (end != out) *end = '\0';
-  return gwq::WrittenPairs(converted);
+  return static_cast<int>(2 * converted.size());
 }
 
 int GetHexStr(const unsigned char* in, int inLen, char* out, int outCap) {
   if (out == nullptr) return 0;
-  const gwq::Bytes converted = gwq::FittingPairs(BytesOf(in, inLen), outCap);
-  gwq::SplitInPairs<gwq::SplitDigit>(converted, out);
-  return gwq::WrittenPairs(converted);
+  const Bytes converted = FittingPairs(BytesOf(in, inLen), outCap);
+  SplitInPairs<SplitDigit>(converted, out);
+  return static_cast<int>(2 * converted.size());
 }
 
 int HexAsc1Split(const unsigned char* in, int inLen, char* out, int outCap) {
-  if (!gwq::SplitFits(in, inLen, out, outCap)) return 0;
+  if (in == nullptr || out == nullptr || outCap < 2LL * inLen) return 0;
   return GetHexStr(in, inLen, out, outCap);
 }
 
@@ -127,43 +120,45 @@ int SplitChar(const unsigned char* in, int inLen, char* out, int outCap) {
 }
 
 int GetAsciStr(const char* in, int inLen, unsigned char* out, int outCap) {
-  const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
-  return static_cast<int>(gwq::JoinPairsOf<gwq::SplitValue>(text, 0, BytesOf(out, outCap)));
+  const Bytes text = AsBytes(BytesOf(in, inLen));
+  return static_cast<int>(JoinPairsOf<SplitValue>(text, 0, BytesOf(out, outCap)));
 }
 
 int HexAsc1Merge(const char* in, int inLen, unsigned char* out, int outCap) {
-  if (!gwq::JoinFits(in, inLen, out, outCap)) return 0;
+  if (!JoinFits(in, inLen, out, outCap)) return 0;
   return GetAsciStr(in, inLen, out, outCap);
 }
 
 int Merge(const char* in, int inLen, unsigned char* out, int outCap) {
-  if (!gwq::JoinFits(in, inLen, out, outCap)) return 0;
-  return static_cast<int>(gwq::MergePairs(AsBytes(BytesOf(in, inLen)), BytesOf(out, outCap)));
+  if (!JoinFits(in, inLen, out, outCap)) return 0;
+  return static_cast<int>(MergePairs(AsBytes(BytesOf(in, inLen)), BytesOf(out, outCap)));
 }
 
 int HexStrToAscii(const char* in, int inLen, unsigned char* out, int outCap) {
-  const gwq::Bytes text = AsBytes(BytesOf(in, inLen));
+  const Bytes text = AsBytes(BytesOf(in, inLen));
   const std::span<std::uint8_t> room = BytesOf(out, outCap);
-  if (!gwq::BeginsWithin(room, text)) return gwq::HexToBytes(text, room);
-  gwq::SecretHeap<std::uint8_t> copy(text.size());
+  if (!BeginsWithin(room, text)) return HexToBytes(text, room);
+  SecretHeap<std::uint8_t> copy(text.size());
   if (!copy) return 0;
   std::copy(text.begin(), text.end(), copy.data());
-  return gwq::HexToBytes({copy.data(), copy.size()}, room);
+  return HexToBytes({copy.data(), copy.size()}, room);
 }
 
 int GetAsciString(const char* in, int inLen, unsigned char* out, int outCap) {
   return HexStrToAscii(in, inLen, out, outCap);
 }
 
+// Contract: despite its name, converts the split form to hexadecimal text.
 int HexToBCD(const char* in, int inLen, char* out, int outCap) {
-  gwq::SecretHeap<unsigned char> bytes(gwq::HalfRoundedUp(BytesOf(in, inLen)));
+  SecretHeap<unsigned char> bytes((BytesOf(in, inLen).size() + 1) / 2);
   if (!bytes) return 0;
   const int count = GetAsciStr(in, inLen, bytes.data(), static_cast<int>(bytes.size()));
   return GetHexString(bytes.data(), count, out, outCap);
 }
 
+// Contract: despite its name, converts hexadecimal text to the split form.
 int BCDToHex(const char* in, int inLen, char* out, int outCap) {
-  gwq::SecretHeap<unsigned char> bytes(gwq::HalfRoundedUp(BytesOf(in, inLen)));
+  SecretHeap<unsigned char> bytes((BytesOf(in, inLen).size() + 1) / 2);
   if (!bytes) return 0;
   const int count = GetAsciString(in, inLen, bytes.data(), static_cast<int>(bytes.size()));
   return GetHexStr(bytes.data(), count, out, outCap);
@@ -171,20 +166,23 @@ int BCDToHex(const char* in, int inLen, char* out, int outCap) {
 
 int HexToAscii(const unsigned char* in, int len, char* out) {
   if (out == nullptr) return 0;
-  const gwq::Bytes bytes = BytesOf(in, len);
-  *gwq::SplitInPairs<gwq::UpperHexDigit>(bytes, out) = '\0';
-  return gwq::WrittenPairs(bytes);
+  const Bytes bytes = BytesOf(in, len);
+  *SplitInPairs<UpperHexDigit>(bytes, out) = '\0';
+  return static_cast<int>(2 * bytes.size());
 }
 
+// Contract: stops at the first character that is no hexadecimal digit, without an error.
 int AsciiToHex(const char* in, int len, unsigned char* out) {
   if (out == nullptr) return 0;
-  return gwq::JoinCheckedPairs(AsBytes(BytesOf(in, len)), out);
+  return JoinCheckedPairs(AsBytes(BytesOf(in, len)), out);
 }
 
 unsigned char GetXorValue(unsigned char seed, const unsigned char* data, int len) {
-  return gwq::XorFold(BytesOf(data, len), seed);
+  return XorFold(BytesOf(data, len), seed);
 }
 
+// Contract: returns the delimiter's own position and terminates `dst` only if there is no
+// delimiter.
 char* SplitData(const char* src, char* dst, const char* delim) {
   if (src == nullptr) return nullptr;
   const char* found = delim == nullptr ? nullptr : std::strstr(src, delim);

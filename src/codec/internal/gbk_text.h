@@ -1,5 +1,5 @@
-// Chinese texts of the log. Sources are UTF-8, the log is GBK: Gbk("...") converts a literal at compile time,
-// and a character that GBK lacks does not compile.
+// Chinese texts of the log. Sources are UTF-8, the log is GBK: Gbk("...") converts a literal at
+// compile time, and a character that GBK lacks does not compile.
 #pragma once
 
 #include <array>
@@ -18,11 +18,11 @@ inline constexpr unsigned kFirstGbk = 0x8140;
 inline constexpr unsigned kFirstIdeograph = 0x4E00;
 inline constexpr unsigned kLastIdeograph = 0x9FA5;
 
-// The rows of punctuation and full-width forms.
+// GBK's rows of punctuation and full-width forms.
 inline constexpr unsigned kFirstSymbol = 0xA1A1;
 inline constexpr unsigned kLastSymbol = 0xA3FE;
 
-// Not for calling: reached at compile time, it ends the build and its name tells why.
+// Not constexpr: a call at compile time fails the build, and the name says why.
 unsigned CharacterIsNotInGbk();
 
 constexpr unsigned CodeOf(unsigned point) {
@@ -39,7 +39,7 @@ constexpr unsigned Low6(char c) {
 
 }  // namespace gbk_text
 
-// Never longer than the UTF-8 text: two bytes for three.
+// Never longer than the UTF-8 text: three bytes become two.
 template <std::size_t N>
 class GbkText {
  public:

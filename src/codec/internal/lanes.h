@@ -1,5 +1,5 @@
-// Sixteen bytes at a time, in the compilers' own vector types: what both make of them is SSE2 on x86-64 and NEON on
-// 64-bit Arm. Rules for one character are written once, as templates, and hold for a byte and for a block.
+// Sixteen bytes at a time, in the vector types of GCC and Clang: SSE2 on x86-64, NEON on 64-bit
+// Arm. A rule for one character is written once, as a template for a byte and for a block.
 #pragma once
 
 #include <bit>
@@ -9,8 +9,7 @@
 
 namespace gwq {
 
-static_assert(std::endian::native == std::endian::little,
-              "two characters of a pair are taken for one 16-bit word");
+static_assert(std::endian::native == std::endian::little, "a pair of characters is read as one 16-bit word");
 
 inline constexpr std::size_t kBlockSize = 16;
 inline constexpr std::size_t kHalfBlock = kBlockSize / 2;
@@ -31,7 +30,7 @@ inline std::uint64_t LoadWord(const void* from) {
   return word;
 }
 
-// Eight bytes, and zeros behind them.
+// Eight bytes, followed by eight zeros.
 inline Block LoadHalf(const void* from) {
   return reinterpret_cast<Block>(Halves{LoadWord(from), 0});
 }
@@ -58,33 +57,33 @@ inline Block OddBytes(Block a, Block b) {
   return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
 }
 
-// `value` where the comparison held, else 0.
-inline std::uint8_t Where(bool held, std::uint8_t value) {
-  return held ? value : std::uint8_t{0};
+// `value` where the comparison is true, else 0.
+inline std::uint8_t ValueIf(bool comparison, std::uint8_t value) {
+  return comparison ? value : std::uint8_t{0};
 }
 template <typename Comparison>
-Block Where(Comparison held, std::uint8_t value) {
-  return reinterpret_cast<Block>(held) & value;
+Block ValueIf(Comparison comparison, std::uint8_t value) {
+  return reinterpret_cast<Block>(comparison) & value;
 }
 
-// Whether first <= c <= last, as a comparison.
+// Whether first <= c <= last.
 template <typename T>
-auto Within(T c, std::uint8_t first, std::uint8_t last) {
+auto InRange(T c, std::uint8_t first, std::uint8_t last) {
   const auto width = static_cast<std::uint8_t>(last - first);
   return static_cast<T>(c - first) <= width;
 }
 
-inline bool Either(bool a, bool b) {
+inline bool Or(bool a, bool b) {
   return a || b;
 }
 template <typename Comparison>
-Comparison Either(Comparison a, Comparison b) {
+Comparison Or(Comparison a, Comparison b) {
   return a | b;
 }
 
 template <typename Comparison>
-bool AllHold(Comparison held) {
-  const auto halves = reinterpret_cast<Halves>(held);
+bool AllTrue(Comparison comparison) {
+  const auto halves = reinterpret_cast<Halves>(comparison);
   return (halves[0] & halves[1]) == ~std::uint64_t{0};
 }
 

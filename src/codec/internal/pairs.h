@@ -1,8 +1,10 @@
-// Bytes to pairs of characters and back, for every text form that gives a nibble a character: the form's digit or
-// value is a rule of codec/lanes.h. Reading and writing stay within the spans; joining in place is allowed.
+// Bytes to pairs of characters and back, for the text forms with one character per nibble: a form's
+// digit or value is a rule as in lanes.h. Reads and writes stay within the spans; joining in place
+// is allowed.
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -17,17 +19,17 @@ struct SplitDigit {
   }
 };
 
-// Hexadecimal, with `kLetter` for ten.
+// Hexadecimal; `kLetter` is the digit ten.
 template <std::uint8_t kLetter>
 struct HexDigit {
   template <typename T>
   static T Of(T nibble) {
     constexpr auto kBeyondDigits = static_cast<std::uint8_t>(kLetter - 10 - '0');
-    return static_cast<T>(nibble + '0' + Where(nibble > 9, kBeyondDigits));
+    return static_cast<T>(nibble + '0' + ValueIf(nibble > 9, kBeyondDigits));
   }
 };
 
-// Arithmetic on any character, digit or not; wraps around at 8 bits.
+// Applied to every character, digit or not; wraps around at 8 bits.
 struct SplitValue {
   template <typename T>
   static T Of(T c) {
@@ -43,16 +45,16 @@ struct NibbleValue {
   }
 };
 
-// Hexadecimal of either case; arithmetic on other characters, as SplitValue.
+// Hexadecimal in either case. Applied to every character, as SplitValue.
 struct HexValue {
   template <typename T>
   static T Of(T c) {
-    const T upper = static_cast<T>(c - Where(Within(c, 'a', 'z'), 0x20));
-    return static_cast<T>(upper - '0' - Where(upper >= 'A', 'A' - 10 - '0'));
+    const T upper = static_cast<T>(c - ValueIf(InRange(c, 'a', 'z'), 0x20));
+    return static_cast<T>(upper - '0' - ValueIf(upper >= 'A', 'A' - 10 - '0'));
   }
 };
 
-// Writes two characters for each byte and returns the end of what it wrote.
+// Writes two characters for each byte. Returns the end of the characters.
 template <typename Digit>
 [[gnu::always_inline]] inline char* SplitInPairs(std::span<const std::uint8_t> in, char* out) {
   for (; in.size() >= kBlockSize; in = in.subspan(kBlockSize), out += 2 * kBlockSize) {
@@ -76,8 +78,8 @@ template <typename Digit>
   return out;
 }
 
-// The bytes that the pairs of a block make, each in the upper half of a word; what the lower half holds is of no
-// account.
+// Joins the pairs of a block, each in a word of its own. The byte is the upper half; the lower half
+// is garbage.
 template <typename Value>
 Block JoinedWords(Block characters) {
   const auto values = reinterpret_cast<Words>(Value::Of(characters));
@@ -89,7 +91,8 @@ std::uint8_t JoinPair(std::uint8_t c0, std::uint8_t c1) {
   return static_cast<std::uint8_t>(Value::Of(c0) * 16 + Value::Of(c1));
 }
 
-// Joins as many pairs as `out` holds, the last character of an odd count with `following`. Returns the bytes written.
+// Joins as many pairs as fit in `out`, the last character of an odd count with `following`. Returns
+// the bytes written.
 template <typename Value>
 [[gnu::always_inline]] inline std::size_t JoinPairsOf(std::span<const std::uint8_t> in,
                                                       std::uint8_t following, std::span<std::uint8_t> out) {

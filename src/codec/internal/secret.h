@@ -1,4 +1,5 @@
-// Storage for PINs, keys and everything they pass through: zeroed when made, wiped when released.
+// Storage for PINs, keys and the buffers they pass through: zeroed on construction, wiped on
+// destruction.
 #pragma once
 
 #include <array>
@@ -31,8 +32,8 @@ class SecretArray {
   std::array<T, N> bytes_{};
 };
 
-// A buffer on the heap, for sizes that come from the caller. Never throws: data() is null when there was
-// no memory.
+// A buffer on the heap, for sizes that come from the caller. Never throws: data() is null if the
+// allocation failed.
 template <typename T>
 class SecretHeap {
  public:

@@ -1,12 +1,12 @@
-// Texts that may be secret.
+// The length of a text that may be secret.
 #pragma once
 
 #include <cstddef>
 
 namespace gwq {
 
-// strlen, without what it leaves in the vector registers: the log's functions have variable arguments, and on Arm such
-// functions save these registers on the stack.
+// strlen that clears the vector registers it used: on Arm the log's variadic functions save these
+// registers on the stack.
 std::size_t SecretLength(const char* text);
 
 }  // namespace gwq

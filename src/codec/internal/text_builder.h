@@ -1,4 +1,4 @@
-// Text under construction in a buffer of a given size, which is wiped when it is released.
+// Builds text in a buffer of fixed size, which is wiped on destruction.
 #pragma once
 
 #include <algorithm>
@@ -10,15 +10,15 @@
 
 namespace gwq {
 
-// Always terminated. What does not fit is cut, and reported by IsCut.
+// Always terminated. Text that does not fit is cut off, and IsCut says so.
 template <typename Storage>
-class TextIn {
+class TextBuilder {
  public:
-  TextIn() = default;
-  explicit TextIn(std::size_t room) : bytes_(room) {}
+  TextBuilder() = default;
+  explicit TextBuilder(std::size_t room) : bytes_(room) {}
 
-  // Without memory nothing is written.
-  TextIn& operator<<(std::string_view text) {
+  // Writes nothing if the allocation failed.
+  TextBuilder& operator<<(std::string_view text) {
     if (!*this) return *this;
     const std::size_t length = std::min(text.size(), bytes_.size() - 1 - size_);
     cut_ = cut_ || length < text.size();
@@ -26,13 +26,13 @@ class TextIn {
     size_ += length;
     return *this;
   }
-  TextIn& operator<<(int number) {
+  TextBuilder& operator<<(int number) {
     char digits[12];
     const auto [end, error] = std::to_chars(digits, digits + sizeof digits, number);
     return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
   }
 
-  // False when there was no memory.
+  // False if the allocation failed.
   explicit operator bool() const { return bytes_.data() != nullptr; }
 
   char* data() { return bytes_.data(); }
@@ -46,8 +46,8 @@ class TextIn {
   bool cut_ = false;
 };
 
-// N bytes, the terminator among them.
+// N bytes, including the terminator.
 template <std::size_t N>
-using SecretText = TextIn<SecretArray<char, N>>;
+using SecretText = TextBuilder<SecretArray<char, N>>;
 
 }  // namespace gwq

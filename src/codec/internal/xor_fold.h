@@ -1,14 +1,16 @@
-// XOR of all bytes: the check of every frame and packet.
+// XOR of all bytes, the checksum of every frame and packet.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 
 #include "codec/internal/lanes.h"
 
 namespace gwq {
 
-// Four chains, for one would wait for itself.
+// Four independent accumulators: a single one would serialise on its own latency.
 using XorGroup = Halves[4];
 
 inline std::uint8_t XorOfBytes(Halves halves) {
@@ -26,8 +28,9 @@ inline Halves XorOfGroups(std::span<const std::uint8_t> bytes) {
     }
   }
   const Halves all = folded[0] ^ folded[1] ^ folded[2] ^ folded[3];
-  // Of one group they are its very bytes. An optimised build has them in registers; others keep them on the stack.
-  for (Halves& chain : folded) chain = Halves{};
+  // For a single group the accumulators equal the input: clear them, so that unoptimised builds
+  // leave no secret on the stack.
+  for (Halves& accumulator : folded) accumulator = Halves{};
   return all;
 }
 

@@ -53,7 +53,7 @@ class CommandIn {
     text_ << "\x1B[" << std::string_view(&letter, 1) << word;
   }
 
-  TextIn<Storage> text_;
+  TextBuilder<Storage> text_;
 };
 
 template <std::size_t N>
