@@ -1,4 +1,4 @@
-// Preconditions hold in every build: glibc declares __assert_fail only where this is not set.
+// Preconditions are checked in every build: glibc declares __assert_fail only without NDEBUG.
 #undef NDEBUG
 
 #include <gwq/diag/Rwini.h>
@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,17 +15,18 @@
 namespace {
 
 constexpr std::size_t kLineSize = 100;
-constexpr std::size_t kLongestSection = 29;
-constexpr std::size_t kLongestKey = 31;
+constexpr std::size_t kMaxSectionLength = 29;
+constexpr std::size_t kMaxKeyLength = 31;
 constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
+// Contract: "|" and "^" end a key, too.
 constexpr std::string_view kKeyEnds = "=|^ \t";
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+using IniFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-// assert() itself would name this line and this function.
-void Require(bool held, const char* text, int line = __builtin_LINE(),
+// assert() would report this function and its line, not the caller's.
+void Require(bool condition, const char* text, int line = __builtin_LINE(),
              const char* function = __builtin_FUNCTION()) {
-  if (!held) __assert_fail(text, "Rwini.cpp", static_cast<unsigned>(line), function);
+  if (!condition) __assert_fail(text, "Rwini.cpp", static_cast<unsigned>(line), function);
 }
 
 std::string_view WithoutLeadingBlanks(std::string_view text) {
@@ -42,7 +44,7 @@ void CopyText(char* out, std::string_view text) {
   out[text.size()] = '\0';
 }
 
-// A header followed by a remark counts as well.
+// Contract: text after the header is ignored.
 bool IsSectionHeader(std::string_view line, std::string_view section) {
   if (!line.starts_with('[')) return false;
   line.remove_prefix(1);
@@ -51,11 +53,13 @@ bool IsSectionHeader(std::string_view line, std::string_view section) {
   return line.starts_with(']');
 }
 
+// Contract: only "#" begins a comment, and only inside the section.
 bool IsKeyLine(std::string_view line, std::string_view key) {
   if (line.starts_with('#') || line.find('=') == std::string_view::npos) return false;
   return line.substr(0, line.find_first_of(kKeyEnds)) == key;
 }
 
+// Contract: an empty value leaves `out` as it is, and one that is all blanks is copied untrimmed.
 void CopyValue(std::string_view line, char* out) {
   std::string_view value = line;
   value.remove_prefix(line.find('=') + 1);
@@ -67,7 +71,9 @@ void CopyValue(std::string_view line, char* out) {
   CopyText(out, *a_trim(trimmed, raw) != '\0' ? trimmed : raw);
 }
 
-// The next line without its leading blanks; a physical line of more than 99 bytes comes in pieces.
+// The next line without its leading blanks.
+// Contract: a physical line of more than 99 bytes is read in pieces, each of which counts as a
+// line.
 bool NextLine(std::FILE* file, char (&buffer)[kLineSize], std::string_view& line) {
   if (std::fgets(buffer, kLineSize, file) == nullptr) return false;
   line = WithoutLeadingBlanks(buffer);
@@ -124,11 +130,11 @@ char* a_trim(char* szOutput, const char* szInput) {
 
 int GetProfileString(const char* file, const char* section, const char* key, char* value) {
   if (file == nullptr || section == nullptr || key == nullptr || value == nullptr) return -1;
-  const File ini(std::fopen(file, "r"), &std::fclose);
+  const IniFile ini(std::fopen(file, "r"), &std::fclose);
   if (!ini) {
     std::printf("openfile [%s] error [%s]\n", file, std::strerror(errno));  // NOLINT(concurrency-mt-unsafe)
     return -1;
   }
-  if (std::strlen(section) > kLongestSection || std::strlen(key) > kLongestKey) return -1;
+  if (std::strlen(section) > kMaxSectionLength || std::strlen(key) > kMaxKeyLength) return -1;
   return FindSection(ini.get(), section) && FindKey(ini.get(), key, value) ? 0 : -1;
 }

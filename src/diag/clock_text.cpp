@@ -1,12 +1,13 @@
 #include "diag/internal/clock_text.h"
 
+#include <cstddef>
 #include <cstdio>
 
 namespace gwq {
 namespace {
 
-// The zone is the one at the process's first look at local time: to read it anew each time would read the
-// environment under the host's hands.
+// localtime_r, not localtime, which would read TZ at every call and race with a host that changes
+// its environment.
 std::tm Local(std::time_t time) {
   std::tm local{};
   localtime_r(&time, &local);
@@ -30,7 +31,9 @@ WallClock Now() {
 }  // namespace
 
 void WriteDigits(int number, std::span<char> place) {
-  for (std::size_t i = place.size(); i-- > 0; number /= 10) place[i] = static_cast<char>('0' + number % 10);
+  for (std::size_t i = place.size(); i-- > 0; number /= 10) {
+    place[i] = static_cast<char>('0' + number % 10);
+  }
 }
 
 std::tm LocalDate() {

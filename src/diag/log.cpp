@@ -8,11 +8,10 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <memory>
 #include <span>
 
 #include <gwq/codec/text_forms.h>
@@ -32,20 +31,21 @@ bool LogIsOn() {
   return LoadShared(s_uDebugFlag) != 0;
 }
 
-int g_missed = 0;
+int g_first_failure = 0;
 
-// The log drops what it cannot write and tells nobody there and then; the first reason is kept to be told once.
-void Missed(int error) {
+// A line that cannot be written is dropped without a word to the caller; the first error is kept
+// for ReadLogFailure.
+void RecordFailure(int error) {
   int none = 0;
-  std::atomic_ref<int>(g_missed).compare_exchange_strong(none, error);
+  std::atomic_ref<int>(g_first_failure).compare_exchange_strong(none, error);
 }
 
-// Today's log file, open for one line. Opened and closed for every line, so that each line is on disk
-// when the call returns; written by one write, so that lines of several threads do not mix.
+// Today's log file, open for one line. It is opened and closed for every line, so that the line is
+// on disk when the call returns. A line is one write, so that lines of several threads do not mix.
 class TodaysLog {
  public:
   TodaysLog() : fd_(OpenTodaysLog()) {
-    if (fd_ < 0) Missed(errno);
+    if (fd_ < 0) RecordFailure(errno);
   }
   ~TodaysLog() {
     if (fd_ >= 0) close(fd_);
@@ -59,7 +59,7 @@ class TodaysLog {
     while (!line.empty()) {
       const ssize_t written = write(fd_, line.data(), line.size());
       if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) return Missed(written < 0 ? errno : ENOSPC);
+      if (written <= 0) return RecordFailure(written < 0 ? errno : ENOSPC);
       line = line.subspan(static_cast<std::size_t>(written));
     }
   }
@@ -68,7 +68,8 @@ class TodaysLog {
   int fd_;
 };
 
-// A line under construction; holds secrets as the caller's arguments may.
+// A line under construction, wiped on destruction: it may contain secrets from the caller's
+// arguments.
 class LineBuffer {
  public:
   explicit LineBuffer(std::size_t capacity)
@@ -81,14 +82,14 @@ class LineBuffer {
   LineBuffer& operator=(const LineBuffer&) = delete;
 
   explicit operator bool() const { return bytes_ != nullptr; }
-  char* Free() { return bytes_ + used_; }
+  char* End() { return bytes_ + used_; }
   [[nodiscard]] std::size_t Room() const { return size_ - used_; }
-  void Used(std::size_t count) { used_ += count; }
+  void Grow(std::size_t count) { used_ += count; }
   [[nodiscard]] std::span<const char> Text() const { return {bytes_, used_}; }
 
   void Append(const char* text) {
     const std::size_t length = std::min(std::strlen(text), Room());
-    std::memcpy(Free(), text, length);
+    std::memcpy(End(), text, length);
     used_ += length;
   }
 
@@ -104,23 +105,23 @@ void AppendStamp(LineBuffer& line) {
   line.Append("  ");
 }
 
-// Needs room for a terminator behind the text.
+// Needs room for a terminator after the digits.
 void AppendHex(LineBuffer& line, std::span<const unsigned char> data) {
-  HexToAscii(data.data(), static_cast<int>(data.size()), line.Free());
-  line.Used(2 * data.size());
+  HexToAscii(data.data(), static_cast<int>(data.size()), line.End());
+  line.Grow(2 * data.size());
 }
 
-// Out of line: a call while the log is off shall cost no more than the look at the switch.
+// Not inlined: with the log off a call costs one load and one branch.
 [[gnu::noinline]] void WriteMessage(const char* format, va_list arguments) {
   constexpr std::size_t kStampAndEnd = 64;
   const TodaysLog log;
   LineBuffer line(kMessageSize + kStampAndEnd);
   if (!log || !line) return;
   AppendStamp(line);
-  std::memset(line.Free(), 0, kMessageSize);
-  static_cast<void>(
-      std::vsnprintf(line.Free(), kMessageSize, format, arguments));  // even of a failure the start stays
-  line.Used(strnlen(line.Free(), kMessageSize - 1));
+  std::memset(line.End(), 0, kMessageSize);
+  // After an error the text that precedes it is logged.
+  static_cast<void>(std::vsnprintf(line.End(), kMessageSize, format, arguments));
+  line.Grow(strnlen(line.End(), kMessageSize - 1));
   line.Append("\r\n");
   log.Write(line.Text());
 }
@@ -145,31 +146,31 @@ void WriteHexDump(const char* label, std::span<const unsigned char> data, int pr
 }
 
 }  // namespace
-}  // namespace gwq
 
-namespace gwq {
-
-int TakeLogFailure() {
-  return std::atomic_ref<int>(g_missed).exchange(0);
+int ReadLogFailure() {
+  return std::atomic_ref<int>(g_first_failure).exchange(0);
 }
 
 }  // namespace gwq
 
+using namespace gwq;
+
 void SetDebugFlag(unsigned int flag) {
-  gwq::StoreShared(gwq::s_uDebugFlag, flag);
+  StoreShared(s_uDebugFlag, flag);
 }
 
 int ICC_DPrintLogToFile(const char* format, ...) {
-  if (!gwq::LogIsOn() || format == nullptr) return 0;
+  if (!LogIsOn() || format == nullptr) return 0;
   va_list arguments;
   va_start(arguments, format);
-  gwq::WriteMessage(format, arguments);
+  WriteMessage(format, arguments);
   va_end(arguments);
   return 0;
 }
 
+// Contract: a negative length is logged as it is, without bytes.
 void ICC_DPrintDataHexToFile(const char* label, const unsigned char* data, int len) {
-  if (!gwq::LogIsOn()) return;
+  if (!LogIsOn()) return;
   const std::size_t count = data == nullptr || len < 0 ? 0 : static_cast<std::size_t>(len);
-  gwq::WriteHexDump(label, {data, count}, len);
+  WriteHexDump(label, {data, count}, len);
 }

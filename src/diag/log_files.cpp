@@ -8,9 +8,12 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
+#include <span>
 #include <string_view>
 
 #include <gwq/diag/log.h>
@@ -23,42 +26,43 @@ constexpr std::size_t kPathSize = 256;
 constexpr std::size_t kPurgedPathSize = 260;
 constexpr int kDaysKept = 15;
 constexpr mode_t kDirectoryMode = 0777;
-constexpr mode_t kFileMode = 0600;  // keys and PINs stand in it
+constexpr mode_t kFileMode = 0600;  // the log contains keys and PINs
 
 template <std::size_t N>
-using PathOf = std::array<char, N>;
-using Path = PathOf<kPathSize>;
+using LogPathOf = std::array<char, N>;
+using LogPath = LogPathOf<kPathSize>;
 
-std::string_view FileToldByLoader() {
+std::string_view LoaderReportedFile() {
   Dl_info info{};
   if (dladdr(reinterpret_cast<const void*>(&GetModuleCurPath), &info) == 0) return {};
   return info.dli_fname == nullptr ? std::string_view{} : info.dli_fname;
 }
 
-// The library's file as the loader tells it, relative, and where that was when the library was loaded.
+// The library's file: the relative path that the loader reports, and its absolute form at load
+// time.
 struct RelativeFile {
-  std::array<char, kPathSize> told;
+  std::array<char, kPathSize> reported;
   std::array<char, 2 * kPathSize> absolute;
 };
 RelativeFile g_relative{};
 
 std::string_view OwnFile() {
-  const std::string_view told = FileToldByLoader();
-  return !told.empty() && told == g_relative.told.data() ? g_relative.absolute.data() : told;
+  const std::string_view reported = LoaderReportedFile();
+  return !reported.empty() && reported == g_relative.reported.data() ? g_relative.absolute.data() : reported;
 }
 
-// The current directory stands in when the loader reports no directory.
+// The current directory if the loader reports none.
 std::string_view OwnDirectory() {
   const std::string_view file = OwnFile();
   const std::size_t slash = file.rfind('/');
   return slash == std::string_view::npos ? "./" : file.substr(0, slash + 1);
 }
 
-// Empty when it does not fit: a path that is cut would name something else.
+// Empty if it does not fit: a truncated path would name another file.
 template <std::size_t N = kPathSize>
-PathOf<N> InOwnDirectory(std::string_view name) {
+LogPathOf<N> InOwnDirectory(std::string_view name) {
   const std::string_view directory = OwnDirectory();
-  PathOf<N> path{};
+  LogPathOf<N> path{};
   if (directory.size() + name.size() < path.size()) {
     directory.copy(path.data(), directory.size());
     name.copy(path.data() + directory.size(), name.size());
@@ -66,11 +70,7 @@ PathOf<N> InOwnDirectory(std::string_view name) {
   return path;
 }
 
-void CopyText(const Path& path, char* out) {
-  std::strcpy(out, path.data());
-}
-
-Path TodaysPath() {
+LogPath TodaysPath() {
   const std::tm today = LocalDate();
   std::array name = std::to_array("Log/Gwq_Volkarn/VK_YYYYMMDD.log");
   const std::span<char> date = std::span(name).subspan(std::strlen("Log/Gwq_Volkarn/VK_"));
@@ -85,8 +85,8 @@ void MakeDirectories() {
   mkdir(InOwnDirectory("Log/Gwq_Volkarn").data(), kDirectoryMode);
 }
 
-// The file is this user's alone: one that others made is not written to, one that others may read is closed to them.
-bool IsOwn(int fd) {
+// Refuses a file of another user, and takes other users' access to this user's file away.
+bool MakePrivate(int fd) {
   struct stat file {};
   if (fstat(fd, &file) != 0) return false;
   if (!S_ISREG(file.st_mode) || file.st_uid != geteuid()) {
@@ -96,17 +96,17 @@ bool IsOwn(int fd) {
   return (file.st_mode & 0777U & ~kFileMode) == 0 || fchmod(fd, kFileMode) == 0;
 }
 
-int OpenToAppend(const Path& path) {
+int OpenToAppend(const LogPath& path) {
   const int fd =
       open(path.data(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kFileMode);
-  if (fd < 0 || IsOwn(fd)) return fd;
+  if (fd < 0 || MakePrivate(fd)) return fd;
   const int error = errno;
   close(fd);
   errno = error;
   return -1;
 }
 
-struct Date {
+struct NameDate {
   int year = 0;
   int month = 0;
   int day = 0;
@@ -115,9 +115,9 @@ struct Date {
   [[nodiscard]] int Days() const { return GetAbsDays(year, month, day); }
 };
 
-// Fields that the name does not give keep their values: a file whose name is no log's is judged by the
-// date of the one read before it.
-void ReadDateFromName(const char* name, Date& date) {
+// Contract: fields that the name lacks keep their values, so that a file with any other name is
+// dated by the entry before it, and removed if it is the first one.
+void ReadDateFromName(const char* name, NameDate& date) {
   static_cast<void>(std::sscanf(name, "VK_%04d%02d%02d.log", &date.year, &date.month, &date.day));
 }
 
@@ -134,7 +134,7 @@ bool IsLeapYear(int year) {
 using Directory = std::unique_ptr<DIR, int (*)(DIR*)>;
 
 void PurgeDirectory(DIR* directory, const char* path, int today) {
-  Date date;
+  NameDate date;
   while (const dirent* entry = readdir(directory)) {
     if (entry->d_type != DT_REG) continue;
     ReadDateFromName(entry->d_name, date);
@@ -145,17 +145,17 @@ void PurgeDirectory(DIR* directory, const char* path, int today) {
 }  // namespace
 
 void RememberOwnPath() {
-  const std::string_view told = FileToldByLoader();
+  const std::string_view reported = LoaderReportedFile();
   std::array<char, kPathSize> current{};
-  if (told.empty() || told.front() == '/' || told.size() >= g_relative.told.size()) return;
+  if (reported.empty() || reported.front() == '/' || reported.size() >= g_relative.reported.size()) return;
   if (getcwd(current.data(), current.size()) == nullptr) return;
-  told.copy(g_relative.told.data(), told.size());
+  reported.copy(g_relative.reported.data(), reported.size());
   std::snprintf(g_relative.absolute.data(), g_relative.absolute.size(), "%s/%s", current.data(),
-                g_relative.told.data());
+                g_relative.reported.data());
 }
 
 int OpenTodaysLog() {
-  const Path path = TodaysPath();
+  const LogPath path = TodaysPath();
   const int fd = OpenToAppend(path);
   if (fd >= 0 || errno != ENOENT) return fd;
   MakeDirectories();
@@ -164,47 +164,52 @@ int OpenTodaysLog() {
 
 }  // namespace gwq
 
+using namespace gwq;
+
 void GetModuleCurPath(char* path) {
-  if (path != nullptr) gwq::CopyText(gwq::InOwnDirectory(""), path);
+  if (path != nullptr) std::strcpy(path, InOwnDirectory("").data());
 }
 
+// Contract: the size is ignored; `path` needs room for the directory and the name.
 int GetFullPath(const char* name, char* path, int /*size*/) {
   if (name == nullptr || path == nullptr) return 0;
-  const gwq::Path directory = gwq::InOwnDirectory("");
+  const LogPath directory = InOwnDirectory("");
   std::strcpy(path, directory.data());
   if (directory[0] != '\0') std::strcat(path, name);
   return static_cast<int>(std::strlen(path));
 }
 
 char* pGetLogPath() {
-  static gwq::Path s_szLogPath{};
-  gwq::MakeDirectories();
-  s_szLogPath = gwq::TodaysPath();
+  static LogPath s_szLogPath{};
+  MakeDirectories();
+  s_szLogPath = TodaysPath();
   return s_szLogPath.data();
 }
 
+// Contract: month and day are not checked: a month below 2 adds no days, a day of 0 subtracts one.
 int GetAbsDays(int year, int month, int day) {
   static constexpr std::array kMonthDays{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   const long long n = static_cast<long long>(year) - 1;
   long long days = 365 * n + n / 4 - n / 100 + n / 400;
   for (int m = 1; m < month && m <= static_cast<int>(kMonthDays.size()); ++m) {
     days += kMonthDays[static_cast<std::size_t>(m - 1)];
-    if (m == 2 && gwq::IsLeapYear(year)) ++days;
+    if (m == 2 && IsLeapYear(year)) ++days;
   }
   return static_cast<int>(days + day - 1);
 }
 
 void DelOutTimeLogFile() {
   std::puts("DelOutTimeLogFile");
-  const std::tm today = gwq::LocalDate();
-  const auto path = gwq::InOwnDirectory<gwq::kPurgedPathSize>("Log/Gwq_Volkarn");
-  const gwq::Directory directory(opendir(path.data()), &closedir);
+  const std::tm today = LocalDate();
+  const auto path = InOwnDirectory<kPurgedPathSize>("Log/Gwq_Volkarn");
+  const Directory directory(opendir(path.data()), &closedir);
   if (!directory) {
+    // Contract: writes nothing at load, because the log is switched on after the purge.
     ICC_DPrintLogToFile("open dir error...");
     return;
   }
-  gwq::PurgeDirectory(directory.get(), path.data(),
-                      GetAbsDays(today.tm_year + 1900, today.tm_mon + 1, today.tm_mday));
+  PurgeDirectory(directory.get(), path.data(),
+                 GetAbsDays(today.tm_year + 1900, today.tm_mon + 1, today.tm_mday));
 }
 
 void GetTempPath(int /*size*/, char* path) {

@@ -1,4 +1,4 @@
-// Local wall-clock time as the log writes it.
+// Local time in the log's formats.
 #pragma once
 
 #include <array>
@@ -9,20 +9,21 @@ namespace gwq {
 
 using ClockText = std::array<char, 128>;
 
-// Fills `place` with the last decimal digits of a number that is not negative. Every line of the log needs a date and a
-// time, and snprintf takes its time over them.
+// Fills `place` with the last decimal digits of a number of 0 or more. Used for every line of the
+// log, where snprintf would be slow.
 void WriteDigits(int number, std::span<char> place);
 
-// Today's local date.
 std::tm LocalDate();
 
-// "09:41:07(052)"
+// The time now, such as "09:41:07(052)".
 ClockText TimeStamp();
 
-// "2024-03-05 09:41:07(052)", in a buffer that each call writes anew. Kept, though nothing calls it today.
+// "2024-03-05 09:41:07(052)", in a buffer that each call overwrites.
+// Contract: kept although nothing calls it.
 const char* FullTimeStamp();
 
-// 512 zeroed bytes, the same ones at each call. Kept, though nothing calls it today.
+// 512 zeroed bytes, the same ones at each call.
+// Contract: kept although nothing calls it.
 char* ScratchText();
 
 }  // namespace gwq

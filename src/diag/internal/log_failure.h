@@ -1,9 +1,10 @@
-// Why the log lacks lines.
+// The error that cost the log its first line.
 #pragma once
 
 namespace gwq {
 
-// The errno of the first line that could not be written since the last call; 0 when there was none. Any thread.
-int TakeLogFailure();
+// Returns the errno of the first line that could not be written since the last call, 0 if there is
+// none, and clears it. May be called from any thread.
+int ReadLogFailure();
 
 }  // namespace gwq

@@ -1,6 +1,8 @@
 // Log lines with Chinese text: LogGbk(Gbk("..."), arguments).
 #pragma once
 
+#include <cstddef>
+
 #include <gwq/diag/log.h>
 #include "codec/internal/gbk_text.h"
 

@@ -1,4 +1,4 @@
-// Pauses that last as long as stated, also in a process that takes signals.
+// Sleeps that signals do not shorten.
 #pragma once
 
 #include <unistd.h>
@@ -14,10 +14,11 @@ inline void PauseMs(int milliseconds) {
   while (nanosleep(&left, &left) != 0 && errno == EINTR) continue;
 }
 
-// As sleep(), for pauses whose unit is the second.
+// Calls sleep(), for pauses whose unit is the second.
 inline void PauseS(unsigned seconds) {
-  while (seconds > 0)
+  while (seconds > 0) {
     seconds = sleep(seconds);  // NOLINT(concurrency-mt-unsafe): built on nanosleep, not on alarms
+  }
 }
 
 }  // namespace gwq

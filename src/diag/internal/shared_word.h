@@ -1,6 +1,5 @@
-// Plain words that two threads share: flags and pointers whose layout is given, so that they cannot be
-// std::atomic themselves. Stores release and loads acquire, so that a canceller that sees a read announced
-// also sees the cancel flag that was cleared before, and cannot have its own setting overwritten by it.
+// Atomic access to words that two threads share and whose type is fixed by the interface or by a
+// record's layout, so that they cannot be std::atomic. Stores release, loads acquire.
 #pragma once
 
 #include <atomic>

@@ -316,10 +316,10 @@ TEST(LogFile, IsNotWrittenThroughALink) {
   const fs::path today = TodaysFile();
   fs::remove(today);
   fs::create_symlink(elsewhere / "target", today);
-  TakeLogFailure();
+  ReadLogFailure();
   ICC_DPrintLogToFile("dropped");
   EXPECT_EQ(ReadFile(elsewhere / "target"), "precious");
-  EXPECT_EQ(TakeLogFailure(), ELOOP);
+  EXPECT_EQ(ReadLogFailure(), ELOOP);
   fs::remove(today);
 }
 
@@ -339,23 +339,23 @@ TEST(LogFile, OfAnotherUserIsNotWrittenTo) {
   ICC_DPrintLogToFile("x");
   const fs::path today = TodaysFile();
   ASSERT_EQ(chown(today.c_str(), 65534, 65534), 0);
-  TakeLogFailure();
+  ReadLogFailure();
   ICC_DPrintLogToFile("a PIN");
   EXPECT_EQ(ReadFile(today).find("a PIN"), std::string::npos);
-  EXPECT_EQ(TakeLogFailure(), EACCES);
+  EXPECT_EQ(ReadLogFailure(), EACCES);
 }
 
 TEST(LogFailure, IsToldOnce) {
   const LogCapture log;
-  TakeLogFailure();
+  ReadLogFailure();
   WriteFile(ModuleDirectory() / "Log", "in the directory's place");
   ICC_DPrintLogToFile("dropped");
   ICC_DPrintLogToFile("dropped");
   fs::remove(ModuleDirectory() / "Log");
-  EXPECT_EQ(TakeLogFailure(), ENOTDIR);
-  EXPECT_EQ(TakeLogFailure(), 0);
+  EXPECT_EQ(ReadLogFailure(), ENOTDIR);
+  EXPECT_EQ(ReadLogFailure(), 0);
   ICC_DPrintLogToFile("written");
-  EXPECT_EQ(TakeLogFailure(), 0);
+  EXPECT_EQ(ReadLogFailure(), 0);
 }
 
 }  // namespace
