@@ -142,7 +142,7 @@ void AfterForkInChild() {
   UseMonotonicClock();
   const bool others = g_turn.taken && !g_turn.IsMine();
   if (others) g_turn.taken = false;
-  ForgetLinksAfterFork(others);
+  ResetLinksAfterFork(others);
 }
 
 void Prepare() {

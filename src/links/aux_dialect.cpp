@@ -20,23 +20,24 @@ struct SpeedCodes {
   int third;
 };
 
-// The first entry of each is the default.
-constexpr std::array kPorts{PortCodes{1, 'Y', 45}, PortCodes{2, 'Z', 54}, PortCodes{3, 'X', 60},
-                            PortCodes{4, 'V', 45}};
-constexpr std::array kSpeeds{SpeedCodes{9600, 0, 8},   SpeedCodes{4800, 1, 7},   SpeedCodes{2400, 2, 6},
-                             SpeedCodes{1200, 3, 5},   SpeedCodes{600, 5, 4},    SpeedCodes{300, 6, 3},
-                             SpeedCodes{19200, 10, 9}, SpeedCodes{38400, 11, 8}, SpeedCodes{115200, 12, 8}};
+// Contract: the first entry of each table stands for every port or baud rate that the table lacks.
+constexpr std::array kPortCodes{PortCodes{1, 'Y', 45}, PortCodes{2, 'Z', 54}, PortCodes{3, 'X', 60},
+                                PortCodes{4, 'V', 45}};
+constexpr std::array kSpeedCodes{
+    SpeedCodes{9600, 0, 8},   SpeedCodes{4800, 1, 7},   SpeedCodes{2400, 2, 6},
+    SpeedCodes{1200, 3, 5},   SpeedCodes{600, 5, 4},    SpeedCodes{300, 6, 3},
+    SpeedCodes{19200, 10, 9}, SpeedCodes{38400, 11, 8}, SpeedCodes{115200, 12, 8}};
 
 const PortCodes& CodesOfPort(int port) {
-  const auto* const found = std::find_if(kPorts.begin(), kPorts.end(),
+  const auto* const found = std::find_if(kPortCodes.begin(), kPortCodes.end(),
                                          [port](const PortCodes& codes) { return codes.port == port; });
-  return found == kPorts.end() ? kPorts.front() : *found;
+  return found == kPortCodes.end() ? kPortCodes.front() : *found;
 }
 
 const SpeedCodes& CodesOfBaud(int baud) {
-  const auto* const found = std::find_if(kSpeeds.begin(), kSpeeds.end(),
+  const auto* const found = std::find_if(kSpeedCodes.begin(), kSpeedCodes.end(),
                                          [baud](const SpeedCodes& codes) { return codes.baud == baud; });
-  return found == kSpeeds.end() ? kSpeeds.front() : *found;
+  return found == kSpeedCodes.end() ? kSpeedCodes.front() : *found;
 }
 
 template <typename... Numbers>
@@ -44,11 +45,6 @@ AuxSequence Sequence(const char* format, Numbers... numbers) {
   AuxSequence text{};
   std::snprintf(text.data(), text.size(), format, numbers...);
   return text;
-}
-
-AuxSequence FirstSwitchOn(const PortCodes& port, const SpeedCodes& speed) {
-  ICC_DPrintLogToFile("Star_GetOpenAuxCmd  SUCCESS!\n");
-  return Sequence("\x1B!%d;%d;%d;%d%c\x1B[/54l\x1B[/53h\x1B[/50h", speed.first, 0, 0, 0, port.letter);
 }
 
 }  // namespace
@@ -64,7 +60,8 @@ AuxSequence AuxSwitchOn(int type, int port, int baud) {
     case kAuxFifth:
       return Sequence("\x1B!%d;1m\x1B!b", codes.fifth);
     default:
-      return FirstSwitchOn(codes, speed);
+      ICC_DPrintLogToFile("Star_GetOpenAuxCmd  SUCCESS!\n");
+      return Sequence("\x1B!%d;%d;%d;%d%c\x1B[/54l\x1B[/53h\x1B[/50h", speed.first, 0, 0, 0, codes.letter);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 
@@ -17,32 +18,35 @@
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
+#include "links/internal/unique_fd.h"
 
 GwqAuxOp g_AuxOp;
 
 namespace gwq {
 namespace {
+
 constexpr const char* kLockKeyboard = "\x1B[2h";
 constexpr const char* kUnlockKeyboard = "\x1B[2l";
 
 constinit TerminalLine g_line;
 constinit ReadGate g_gate;
 
-void Send(const char* bytes, std::size_t count) {
+void SendBytes(const char* bytes, std::size_t count) {
   g_line.Write(reinterpret_cast<const unsigned char*>(bytes), static_cast<int>(count));
 }
 
-void Send(const char* text) {
-  Send(text, std::strlen(text));
+void SendText(const char* text) {
+  SendBytes(text, std::strlen(text));
 }
 
-// The lengths stand in exported data, where the host may have left anything.
+// The lengths are exported data, which the host may have set to any value.
+// Contract: the result is ignored.
 template <std::size_t N>
 void SendAround(const char (&bytes)[N], int32_t length) {
-  if (length > 0) Send(bytes, std::min(static_cast<std::size_t>(length), N));
+  if (length > 0) SendBytes(bytes, std::min(static_cast<std::size_t>(length), N));
 }
 
-void Put(std::string_view text, char* bytes, int32_t& length) {
+void CopyCounted(std::string_view text, char* bytes, int32_t& length) {
   std::memcpy(bytes, text.data(), text.size());
   length = static_cast<int32_t>(text.size());
 }
@@ -51,11 +55,11 @@ void ChooseDialect(int type) {
   const AuxWrapping wrapping = AuxWrappingOf(type);
   g_AuxOp = {};
   g_AuxOp.nType = type;
-  Put(wrapping.prefix, g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
-  Put(wrapping.suffix, g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
+  CopyCounted(wrapping.prefix, g_AuxOp.szPrefix, g_AuxOp.nPrefixLen);
+  CopyCounted(wrapping.suffix, g_AuxOp.szSuffix, g_AuxOp.nSuffixLen);
 }
 
-bool IsKnown(int type) {
+bool IsKnownDialect(int type) {
   return type == kAuxFirst || type == kAuxSecond || type == kAuxThird || type == kAuxFifth;
 }
 
@@ -85,6 +89,7 @@ int ResetAux(int fd) {
   return g_line.Restore(fd);
 }
 
+// Contract: a line that is already open is closed without restoring its settings.
 int ICC_OpenLinux(const char* path, int baud) {
   g_line.Close();
   UniqueFd fd = OpenTerminal(path);
@@ -118,6 +123,7 @@ int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRea
   const ReadGate::Reading reading(g_gate);
   const auto read_some = [&](int count) {
     const int got = g_line.Read(buffer + count, maximum - count);
+    // Contract: dumps the start of the buffer with this read's count.
     ICC_DPrintDataHexToFile("ICC_ReadLinux =", buffer, got);
     return got;
   };
@@ -129,22 +135,26 @@ int ICC_ReadLinux(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRea
 int VK_OpenAuxPort(int type, int port, int baud, int lock) {
   if (port < 1) return GWQ_LINK_BAD_ARGUMENT;
   ChooseDialect(type);
-  Send(AuxSwitchOn(type, port, baud).data());
+  SendText(AuxSwitchOn(type, port, baud).data());
+  // Contract: dialect 2 never locks the keyboard, though VK_CloseAuxPort unlocks it.
   if (type == kAuxSecond || lock == 0) return 0;
   LogGbk(Gbk("VK_OpenAuxPort : 打开辅口，锁住键盘\n"));
-  Send(kLockKeyboard);
+  SendText(kLockKeyboard);
   return 0;
 }
 
+// Contract: an unknown dialect becomes the first one, in g_AuxOp too.
 int VK_CloseAuxPort(int lock) {
-  if (!IsKnown(g_AuxOp.nType)) g_AuxOp.nType = kAuxFirst;
-  Send(AuxSwitchOff(g_AuxOp.nType));
+  if (!IsKnownDialect(g_AuxOp.nType)) g_AuxOp.nType = kAuxFirst;
+  SendText(AuxSwitchOff(g_AuxOp.nType));
   if (lock == 0) return 0;
   LogGbk(Gbk(" VK_CloseAuxPort ：关闭辅口 ，解锁键盘\n"));
-  Send(kUnlockKeyboard);
+  SendText(kUnlockKeyboard);
   return 0;
 }
 
+// Contract: a port below 1 is GWQ_LINK_UNUSABLE, not a bad argument, after the terminal has been
+// opened.
 int ICC_OpenLinuxAux(int type, int port, int baud, int lock) {
   std::array<char, PATH_MAX> name{};
   if (ttyname_r(STDOUT_FILENO, name.data(), name.size()) != 0) name[0] = '\0';
@@ -182,6 +192,7 @@ int ICC_CancelLinuxAuxRead() {
   return 0;
 }
 
+// Contract: replaces the descriptor without closing the one before it.
 void SetAuxFd(int fd) {
   g_line.Use(fd);
   ICC_DPrintLogToFile("SetAuxFd  setg_AuxFd\n");

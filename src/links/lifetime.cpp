@@ -10,13 +10,13 @@ libusb_context* g_own_context = nullptr;
 
 }  // namespace
 
-void ForgetLinksAfterFork(bool links_too) {
+void ResetLinksAfterFork(bool with_open_links) {
   g_forked = true;
   g_own_context = nullptr;
-  if (!links_too) return;
-  ForgetSerialLink();
-  ForgetUsbHidLink();
-  ForgetUsbInterruptLink();
+  if (!with_open_links) return;
+  ResetSerialLink();
+  ResetUsbHidLink();
+  ResetUsbInterruptLink();
 }
 
 bool HasForked() {

@@ -1,6 +1,9 @@
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
 #include <gwq/diag/log.h>
+#include <gwq/links/end_of_read.h>
 #include <gwq/links/serial.h>
 #include <gwq/links/usb_hid.h>
 #include "links/internal/link.h"
@@ -17,6 +20,7 @@ int OpenSerial(const LinkAddress& address) {
   return ICC_OpenLinuxCom(address.path, address.baud);
 }
 
+// Contract: every result is logged, a negative status too, as the count of the dump.
 int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
   const int result = ICC_ReadLinuxCom(buffer, maximum, timeout_s, end);
   ICC_DPrintDataHexToFile("COM PACKGET READ", buffer, result);

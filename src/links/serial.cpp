@@ -7,6 +7,7 @@
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
+#include "links/internal/unique_fd.h"
 
 namespace gwq {
 namespace {
@@ -16,14 +17,15 @@ constinit ReadGate g_gate;
 
 }  // namespace
 
+// Contract: a closed port is GWQ_LINK_WRITE here, but GWQ_LINK_BAD_ARGUMENT in SendDataToTransPort.
 int WriteSerial(unsigned char* data, int length, const WriteEnd& end) {
   if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   const int sent = g_line.Write(data, length, end);
   return sent >= 0 ? sent : GWQ_LINK_WRITE;
 }
 
-// The settings stay as they are: the parent still uses the device.
-void ForgetSerialLink() {
+// Does not restore the settings: the parent still uses the device.
+void ResetSerialLink() {
   g_line.Close();
   g_gate.Reset();
 }
@@ -40,6 +42,7 @@ int RestoreComAttr(int fd) {
   return g_line.Restore(fd);
 }
 
+// Contract: a port that is already open is closed without restoring its settings.
 int ICC_OpenLinuxCom(const char* path, int baud) {
   g_line.Close();
   ICC_DPrintLogToFile("ICC_OpenLinuxCom szTtyName=%s", path);
@@ -80,6 +83,7 @@ int ICC_CancelLinuxComRead() {
   return 0;
 }
 
+// Contract: replaces the descriptor without closing the one before it.
 void SetComFd(int fd) {
   g_line.Use(fd);
 }

@@ -34,7 +34,8 @@ unsigned short SpeedCode(int baud) {
   return found == kSpeeds.end() ? static_cast<unsigned short>(B9600) : found->code;
 }
 
-// Raw 8N1 at the given speed; a read returns after 0.1 s at most, possibly with nothing.
+// Raw 8N1 at the given speed; a read returns after at most 0.1 s, possibly with no bytes.
+// Contract: the control modes are replaced as a whole, and NOFLSH is cleared as well.
 struct termio RawSettings(const struct termio& saved, int baud) {
   struct termio raw = saved;
   raw.c_iflag &= static_cast<unsigned short>(~(ISTRIP | INLCR | IGNCR | ICRNL | IXON));
@@ -47,17 +48,17 @@ struct termio RawSettings(const struct termio& saved, int baud) {
   return raw;
 }
 
-// Only the write does not block: reads wait as the line is set up.
-class WithoutBlocking {
+// Makes one write non-blocking; reads go on waiting as VTIME says.
+class NonBlocking {
  public:
-  explicit WithoutBlocking(int fd) : fd_(fd), flags_(fcntl(fd, F_GETFL)) {
+  explicit NonBlocking(int fd) : fd_(fd), flags_(fcntl(fd, F_GETFL)) {
     if (Changes()) fcntl(fd_, F_SETFL, flags_ | O_NONBLOCK);
   }
-  ~WithoutBlocking() {
+  ~NonBlocking() {
     if (Changes()) fcntl(fd_, F_SETFL, flags_);
   }
-  WithoutBlocking(const WithoutBlocking&) = delete;
-  WithoutBlocking& operator=(const WithoutBlocking&) = delete;
+  NonBlocking(const NonBlocking&) = delete;
+  NonBlocking& operator=(const NonBlocking&) = delete;
 
  private:
   [[nodiscard]] bool Changes() const { return flags_ >= 0 && (flags_ & O_NONBLOCK) == 0; }
@@ -66,49 +67,50 @@ class WithoutBlocking {
   int flags_;
 };
 
-// Keeps a SIGPIPE of this thread's own write from the host.
-class WithoutSigpipe {
+// Consumes the SIGPIPE of this thread's own write, so that the host does not receive it.
+class SigpipeBlocked {
  public:
-  WithoutSigpipe() {
+  SigpipeBlocked() {
     sigemptyset(&sigpipe_);
     sigaddset(&sigpipe_, SIGPIPE);
     sigset_t pending{};
     sigpending(&pending);
     was_pending_ = sigismember(&pending, SIGPIPE) == 1;
-    pthread_sigmask(SIG_BLOCK, &sigpipe_, &hosts_);
+    pthread_sigmask(SIG_BLOCK, &sigpipe_, &host_mask_);
   }
-  ~WithoutSigpipe() {
-    constexpr std::timespec kAtOnce{};
-    if (!was_pending_) sigtimedwait(&sigpipe_, nullptr, &kAtOnce);
-    pthread_sigmask(SIG_SETMASK, &hosts_, nullptr);
+  ~SigpipeBlocked() {
+    constexpr std::timespec kNoWait{};
+    if (!was_pending_) sigtimedwait(&sigpipe_, nullptr, &kNoWait);
+    pthread_sigmask(SIG_SETMASK, &host_mask_, nullptr);
   }
-  WithoutSigpipe(const WithoutSigpipe&) = delete;
-  WithoutSigpipe& operator=(const WithoutSigpipe&) = delete;
+  SigpipeBlocked(const SigpipeBlocked&) = delete;
+  SigpipeBlocked& operator=(const SigpipeBlocked&) = delete;
 
  private:
   sigset_t sigpipe_{};
-  sigset_t hosts_{};
+  sigset_t host_mask_{};
   bool was_pending_ = false;
 };
 
-// Waits a little until the line takes bytes again.
-void AwaitRoom(int fd) {
+// Waits up to 0.1 s until the line takes bytes again.
+void WaitForRoom(int fd) {
   constexpr int kWaitMs = 100;
   pollfd line{.fd = fd, .events = POLLOUT, .revents = 0};
   poll(&line, 1, kWaitMs);
 }
 
-// How long the peer has taken nothing. A slow line takes bytes long before it has room for more.
-class Standstill {
+// Measures how long the peer has taken no byte. A queue that shrinks counts as progress: a slow
+// line takes bytes long before it has room for more.
+class StallTimer {
  public:
-  explicit Standstill(int fd) : fd_(fd), since_(time(nullptr)), queued_(Queued()) {}
+  explicit StallTimer(int fd) : fd_(fd), since_(time(nullptr)), queued_(Queued()) {}
 
-  void End() {
+  void Restart() {
     since_ = time(nullptr);
     queued_ = Queued();
   }
   std::time_t Seconds() {
-    if (Queued() != queued_) End();
+    if (Queued() != queued_) Restart();
     return time(nullptr) - since_;
   }
 
@@ -122,10 +124,6 @@ class Standstill {
   std::time_t since_;
   int queued_;
 };
-
-bool Cancelled(const WriteEnd& end) {
-  return end.cancelled != nullptr && end.cancelled();
-}
 
 }  // namespace
 
@@ -154,25 +152,26 @@ int TerminalLine::Restore(int fd) const {
 int TerminalLine::Write(const unsigned char* data, int length, const WriteEnd& end) const {
   if (!IsOpen() || data == nullptr || length <= 0) return GWQ_LINK_BAD_ARGUMENT;
   const int fd = this->fd();
-  const WithoutBlocking without_blocking(fd);
-  const WithoutSigpipe without_sigpipe;
-  Standstill standstill(fd);
+  const NonBlocking non_blocking(fd);
+  const SigpipeBlocked sigpipe_blocked;
+  StallTimer stall(fd);
   int sent = 0;
   while (sent < length) {
     const ssize_t written = write(fd, data + sent, static_cast<std::size_t>(length - sent));
     if (written < 0 && errno != EAGAIN && errno != EINTR) break;
     if (written > 0) {
       sent += static_cast<int>(written);
-      standstill.End();
+      stall.Restart();
       continue;
     }
-    AwaitRoom(fd);
-    if (standstill.Seconds() > end.timeout_s || Cancelled(end)) break;
+    WaitForRoom(fd);
+    if (stall.Seconds() > end.timeout_s) break;
+    if (end.cancelled != nullptr && end.cancelled()) break;
   }
   return sent;
 }
 
-// A negative room, from a maximum below 0, would count as a huge one.
+// A maximum below 0 gives a negative room, which read() would take for a huge one.
 int TerminalLine::Read(unsigned char* buffer, int room) const {
   const ssize_t got = read(fd(), buffer, static_cast<std::size_t>(std::max(room, 0)));
   return got < 0 && errno == EINTR ? 0 : static_cast<int>(got);

@@ -35,6 +35,7 @@ libusb_device* UsbDevice::Find(libusb_device** list, int vid, int pid) const {
   return nullptr;
 }
 
+// Contract: a failed detach is logged and otherwise ignored.
 void UsbDevice::DetachKernelDriver(libusb_device_handle* handle) const {
   const int active = libusb_kernel_driver_active(handle, kInterface);
   Log(texts_.driver_active, active);
@@ -74,7 +75,7 @@ void UsbDevice::Close() {
   list_ = nullptr;
 }
 
-void UsbDevice::Forget() {
+void UsbDevice::Abandon() {
   list_ = nullptr;
   handle_.store(nullptr, std::memory_order_release);
 }

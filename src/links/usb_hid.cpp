@@ -8,6 +8,7 @@
 #include "links/internal/link_writes.h"
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
+#include "links/internal/terminal_line.h"
 #include "links/internal/usb_device.h"
 
 namespace gwq {
@@ -36,8 +37,8 @@ int WriteUsbHid(unsigned char* data, int length, const WriteEnd& /*end*/) {
   return sent ? length : GWQ_LINK_WRITE;
 }
 
-void ForgetUsbHidLink() {
-  g_device.Forget();
+void ResetUsbHidLink() {
+  g_device.Abandon();
   g_gate.Reset();
 }
 
@@ -49,6 +50,7 @@ bool UsbHidIsReading() {
 
 using namespace gwq;
 
+// Contract: a device that is already open is kept, also if other ids are asked for.
 int ICC_OpenLinuxHid(int vid, int pid) {
   ICC_DPrintLogToFile("\nOpen Device:%x,%x, begin\n", static_cast<unsigned>(vid), static_cast<unsigned>(pid));
   if (g_device.IsOpen()) {
@@ -76,6 +78,7 @@ int ICC_WriteLinuxHid(unsigned char* data, int length) {
   return WriteUsbHid(data, length, {});
 }
 
+// Contract: a closed device is not an error; the read ends with the time-out.
 int ICC_ReadLinuxHid(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
   if (buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   const ReadGate::Reading reading(g_gate);

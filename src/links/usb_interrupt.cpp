@@ -29,14 +29,10 @@ constexpr UsbTexts kTexts{.listed = "libusb_get_device_list:%d\n",
 constinit UsbDevice g_device{&libusb_interrupt_transfer, m_devsSdt, kTexts};
 constinit ReadGate g_gate;
 
-void LogAttempt(int attempt, int transferred, int result) {
-  ICC_DPrintLogToFile("nTimes:%d sendlen%d ret:%d\n", attempt, transferred, result);
-}
-
 }  // namespace
 
-void ForgetUsbInterruptLink() {
-  g_device.Forget();
+void ResetUsbInterruptLink() {
+  g_device.Abandon();
   g_gate.Reset();
 }
 
@@ -48,7 +44,8 @@ bool UsbInterruptIsReading() {
 
 using namespace gwq;
 
-// Every open takes a reference to libusb's default context; it goes with the device.
+// Each open takes a reference to libusb's default context, and the close returns it.
+// Contract: a device that is already open is kept, also if other ids are asked for.
 int ICC_OpenLinuxSdt(int vid, int pid) {
   ICC_DPrintLogToFile("openHid:%d,%d\n", vid, pid);
   if (g_device.IsOpen()) return 0;
@@ -79,11 +76,15 @@ int ICC_CloseLinuxSdt() {
 int ICC_WriteLinuxSdt(unsigned char* data, int length) {
   ICC_DPrintDataHexToFile("hid write", data, length);
   if (!g_device.IsOpen()) return GWQ_LINK_NO_DEVICE;
-  if (!g_device.Write(data, length, &LogAttempt)) return GWQ_LINK_WRITE;
+  const auto log_attempt = [](int attempt, int transferred, int result) {
+    ICC_DPrintLogToFile("nTimes:%d sendlen%d ret:%d\n", attempt, transferred, result);
+  };
+  if (!g_device.Write(data, length, log_attempt)) return GWQ_LINK_WRITE;
   ICC_DPrintLogToFile("write ok:%d\n", length);
   return length;
 }
 
+// Contract: a closed device is not an error; the read ends with the time-out.
 int ICC_ReadLinuxSdt(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {
   if (buffer == nullptr) return GWQ_LINK_BAD_ARGUMENT;
   const ReadGate::Reading reading(g_gate);
@@ -93,6 +94,7 @@ int ICC_ReadLinuxSdt(unsigned char* buffer, int maximum, int timeout_s, GwqEndOf
   const auto read_some = [&](int count) {
     const int transferred = g_device.Read(report, buffer + count);
     ICC_DPrintDataHexToFile("hid read:", report.data(), transferred);
+    // Contract: the transfer that completes the maximum is not logged a second time.
     if (count + transferred < maximum) ICC_DPrintDataHexToFile("read real data", buffer, count + transferred);
     return transferred;
   };

@@ -6,17 +6,20 @@
 
 namespace gwq {
 
-// Terminal dialects; every other number speaks as the first.
+// Terminal dialects.
+// Contract: every other number means the first one.
 enum AuxDialect { kAuxFirst = 1, kAuxSecond = 2, kAuxThird = 3, kAuxFifth = 5 };
 
-using AuxSequence = std::array<char, 48>;  // text
+using AuxSequence = std::array<char, 48>;  // terminated text
 
-// Ports and bauds that a dialect has no code for take its default.
+// The sequence that switches the port on. A port or baud rate without a code gets the dialect's
+// default.
 AuxSequence AuxSwitchOn(int type, int port, int baud);
 
 const char* AuxSwitchOff(int type);
 
-// What stands around each write; empty for dialects that switch for good.
+// Sent before and after each write. Empty for the dialects that stay switched until the port is
+// closed.
 struct AuxWrapping {
   std::string_view prefix;
   std::string_view suffix;

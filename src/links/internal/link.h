@@ -1,4 +1,4 @@
-// What a link is: the way to one kind of device, of which a process has one open at a time.
+// A link: the way to one kind of device. A process has at most one device of a kind open.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace gwq {
 
-// Where a device is; each link takes what it needs of it.
+// Where a device is; each link uses the fields that it needs.
 struct LinkAddress {
   int vid;
   int pid;
@@ -16,26 +16,30 @@ struct LinkAddress {
   int baud;
 };
 
-// The dispatcher calls all entries but `cancel` from the one thread that exchanges; these may block. `cancel` comes from
-// any thread and never blocks.
+// The dispatcher calls all entries except `cancel` from the one thread that exchanges; they may
+// block. `cancel` may be called from any thread and never blocks.
 struct Link {
-  // Opens the device, or keeps it where it is open already. Returns 0; GWQ_LINK_NO_DEVICE if it is not there,
-  // GWQ_NOT_OPENED if it cannot be had, GWQ_LINK_UNUSABLE if its settings cannot be applied. A failure leaves nothing open.
+  // Opens the device. Returns 0, also if a USB device is already open; GWQ_LINK_NO_DEVICE if there
+  // is none, GWQ_NOT_OPENED if it cannot be opened or claimed, GWQ_LINK_UNUSABLE if its settings
+  // cannot be applied. Nothing is open after a failure.
   int (*open)(const LinkAddress& address);
 
-  // Writes `length` bytes. Returns how many were written, fewer after an error or at the end that `end` sets;
-  // GWQ_LINK_WRITE if not all were and their count is unknown, GWQ_LINK_NO_DEVICE or GWQ_LINK_BAD_ARGUMENT if none can be.
+  // Writes `length` bytes. Returns the bytes written, fewer after an error or when `end` is
+  // reached; GWQ_LINK_WRITE if only some were written and their count is unknown,
+  // GWQ_LINK_NO_DEVICE or GWQ_LINK_BAD_ARGUMENT if none can be written.
   int (*write)(unsigned char* data, int length, const WriteEnd& end);
 
-  // Reads until `maximum` bytes have arrived, `end` accepts them, or `timeout_s` is over; a USB read may bring 1023 bytes
-  // more than `maximum`. Returns the bytes received, GWQ_LINK_TIMEOUT, GWQ_LINK_READ, GWQ_LINK_BAD_ARGUMENT, or, after
-  // `cancel`, GWQ_CANCELLED or GWQ_LINK_CANCELLED. Bytes received before a failure stay in `buffer`.
+  // Reads until `maximum` bytes have arrived, `end` accepts them, or `timeout_s` is over; a USB
+  // read may append up to 1023 bytes beyond `maximum`. Returns the bytes received,
+  // GWQ_LINK_TIMEOUT, GWQ_LINK_READ, GWQ_LINK_BAD_ARGUMENT, or, after `cancel`, GWQ_CANCELLED or
+  // GWQ_LINK_CANCELLED. Bytes received before a failure stay in `buffer`.
   int (*read)(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
 
-  // Closes what is open. Returns 0.
+  // Closes the device if it is open. Returns 0.
   int (*close)();
 
-  // Makes the read that runs return; without one it has no effect. Returns 0, or GWQ_LINK_NO_DEVICE if nothing is open.
+  // Makes a running read return; has no effect without one. Returns 0, or GWQ_LINK_NO_DEVICE if
+  // nothing is open.
   int (*cancel)();
 };
 

@@ -1,4 +1,4 @@
-// The links' writes as an exchange makes them.
+// The links' writes with an end, as an exchange calls them.
 #pragma once
 
 #include "links/internal/terminal_line.h"
@@ -8,7 +8,8 @@ namespace gwq {
 // As ICC_WriteLinuxCom.
 int WriteSerial(unsigned char* data, int length, const WriteEnd& end);
 
-// As ICC_WriteLinuxHid. A USB write ends by itself, after five transfers of a second each.
+// As ICC_WriteLinuxHid; `end` is not used, because a USB write ends after five transfers of at most
+// one second.
 int WriteUsbHid(unsigned char* data, int length, const WriteEnd& end);
 
 }  // namespace gwq

@@ -1,4 +1,4 @@
-// How the links that hosts drive themselves end a cancelled read.
+// The end of a cancelled read on the links that hosts drive themselves.
 #pragma once
 
 #include <gwq/status_codes.h>
@@ -6,7 +6,7 @@
 
 namespace gwq {
 
-// Contract: the pause, and exactly this one.
+// Contract: a cancelled read sleeps for 100000 s before it returns.
 inline int AfterLongPause() {
   constexpr unsigned kPauseS = 100'000;
   PauseS(kPauseS);

@@ -4,9 +4,10 @@
 //   closed ------------------> open ----------------> closed
 //                               | Cancel, from any thread
 //                               v
-//                            cancelled: the read returns at its next look
+//                            cancelled: the read returns at its next check
 //
-// Contract: a cancel that arrives while the gate is closed is dropped, also one between sending and reading.
+// Contract: a cancel that arrives while no read runs is dropped, also one between sending and
+// reading.
 #pragma once
 
 #include <atomic>
@@ -15,11 +16,13 @@ namespace gwq {
 
 class ReadGate {
  public:
-  // A running read. One that a predicate makes within another leaves the gate open for the outer one.
+  // A running read. The end of a read that a predicate has nested in another one leaves the gate
+  // open for the outer one.
   class Reading {
    public:
-    // The cancel flag is cleared before the read is announced, and the announcement releases: a canceller that sees the
-    // read also sees the cleared flag, and its own setting is not overwritten.
+    // The cancel flag is cleared before the read is announced, and the announcement is a release: a
+    // canceller that sees the read also sees the cleared flag, so that its own store is not
+    // overwritten.
     explicit Reading(ReadGate& gate) : gate_(gate), outer_(gate.reading()) {
       gate_.cancelled_.store(0, std::memory_order_release);
       gate_.reading_.store(1, std::memory_order_release);
@@ -37,7 +40,7 @@ class ReadGate {
     if (reading() == 1) cancelled_.store(1, std::memory_order_release);
   }
 
-  // Ends what never returned: a read out of which a predicate has jumped, or another process's.
+  // Ends a read that never returned: a predicate has jumped out of it, or it is the parent's.
   void Reset() { reading_.store(0, std::memory_order_release); }
 
   [[nodiscard]] int reading() const { return reading_.load(std::memory_order_acquire); }

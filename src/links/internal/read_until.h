@@ -10,14 +10,19 @@
 
 namespace gwq {
 
-// When a read is over.
+// The conditions that end a read.
 class ReadEnd {
  public:
   ReadEnd(int maximum, int timeout_s, GwqEndOfRead predicate)
       : maximum_(maximum), timeout_s_(timeout_s), predicate_(predicate), start_(time(nullptr)) {}
 
-  // The result of a read that is over after `count` bytes: enough bytes, a complete answer, or the time, checked in this
-  // order, so that an answer in the last moment counts.
+  // The result of a read that is over after `count` bytes. The time-out is checked last, so that an
+  // answer at the last moment counts.
+  // Contract: the predicate is called after every read, also one that brought nothing, unless
+  // `maximum` is reached.
+  // Contract: more bytes than `maximum` are reported as `maximum`.
+  // Contract: the time is in whole seconds of the clock, so that a read takes up to a second longer
+  // than its time-out.
   [[nodiscard]] std::optional<int> Reached(unsigned char* buffer, int count) const {
     if (count >= maximum_) return maximum_;
     if (predicate_ != nullptr && predicate_(buffer, count) == 0) return count;
@@ -32,8 +37,9 @@ class ReadEnd {
   std::time_t start_;
 };
 
-// Reads until `end`, or until the gate is cancelled, whose result `cancelled` gives. `read_some` brings what is there to
-// buffer + count, waits at most a fraction of a second for it, and returns the bytes it brought or a negative for an error.
+// Reads until `end`, or until the gate is cancelled, which returns cancelled(). `read_some` appends
+// the available bytes at buffer + count, waits at most a fraction of a second for them, and returns
+// their number, negative after an error.
 template <typename ReadSome, typename Cancelled>
 int ReadUntil(const ReadEnd& end, const ReadGate& gate, unsigned char* buffer, ReadSome read_some,
               Cancelled cancelled) {

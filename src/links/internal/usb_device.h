@@ -1,11 +1,12 @@
-// A USB terminal: interface 0, transfers of at most 1024 bytes, endpoint 0x02 out and 0x81 in. Each of the two USB links
-// has one, with the libusb function that transfers and with its texts in the log.
+// A USB terminal: interface 0, endpoints 0x02 (out) and 0x81 (in), reports of 1024 bytes. Each of
+// the two USB links has one, with its own libusb transfer function and log texts.
 #pragma once
 
 #include <libusb-1.0/libusb.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstring>
 
 #include "codec/internal/secret.h"
@@ -13,16 +14,16 @@
 
 namespace gwq {
 
-// What opening tells the log. NULL is silent.
+// The log lines of an open; NULL logs nothing.
 struct UsbTexts {
-  const char* listed;           // %d: how many devices, or libusb's error
+  const char* listed;           // %d: the number of devices, or libusb's error
   const char* nothing_listed;   //
   const char* candidate;        // %04X %04X: vendor and product of each device
   const char* not_found;        //
   const char* found;            //
   const char* open_failed;      // %d: libusb's error
   const char* opened;           // %d: 0
-  const char* driver_active;    // %d: whether the kernel's driver has the interface, or libusb's error
+  const char* driver_active;    // %d: 1 if the kernel's driver has it, or libusb's result
   const char* driver_detached;  // %d: libusb's result
   const char* claimed;          // %d: libusb's result
 };
@@ -33,7 +34,8 @@ class UsbDevice {
   using Report = SecretArray<unsigned char, kReportSize>;
   using Transfer = decltype(&libusb_bulk_transfer);
 
-  // `list` keeps libusb's device list while the device is open: it holds the reference to the device.
+  // `list` keeps libusb's device list while the device is open: it holds the reference to the
+  // device.
   constexpr UsbDevice(Transfer transfer, libusb_device**& list, const UsbTexts& texts)
       : transfer_(transfer), list_(list), texts_(texts) {}
 
@@ -41,17 +43,19 @@ class UsbDevice {
 
   // Returns 0, GWQ_LINK_NO_DEVICE or GWQ_NOT_OPENED; nothing is open after a failure.
   int Open(int vid, int pid);
-  // The interface goes with the handle. Contract: the kernel's driver stays detached.
+  // Closing the handle releases the interface.
+  // Contract: the kernel's driver stays detached.
   void Close();
-  // What is open is another process's, whose libusb has it.
-  void Forget();
+  // Gives the device up without closing it: the libusb of the parent process owns it.
+  void Abandon();
 
-  // One transfer in, whose bytes are also copied to `out`. Returns how many it brought; only they count, not the
-  // transfer's own result.
+  // One transfer in, copied to `out`. Returns the bytes received.
+  // Contract: the transfer's own result is ignored, so that an error looks like silence.
   int Read(Report& report, unsigned char* out) const;
 
-  // Up to 5 transfers of what is not yet out; `attempted` gets each one's number from 1, the bytes it moved and its
-  // result. Returns whether all bytes went out.
+  // Up to 5 transfers of the remaining bytes. Calls attempted(number from 1, bytes transferred,
+  // result) after each one. Returns whether all bytes were sent.
+  // Contract: only the bytes transferred count, not the transfers' results.
   template <typename Attempted>
   bool Write(unsigned char* data, int length, Attempted attempted) const;
 
@@ -71,10 +75,11 @@ class UsbDevice {
   Transfer transfer_;
   libusb_device**& list_;
   const UsbTexts& texts_;
-  std::atomic<libusb_device_handle*> handle_{nullptr};  // a cancelling thread looks at it
+  std::atomic<libusb_device_handle*> handle_{nullptr};  // also read by cancelling threads
 };
 
-// Sleeps after an immediate failure, such as of a device that is gone: the wait for the time-out must not spin.
+// Sleeps after an immediate failure, as from an unplugged device, so that the time-out loop does
+// not busy-wait.
 inline int UsbDevice::Read(Report& report, unsigned char* out) const {
   report.Wipe();
   libusb_device_handle* const device = handle();
