@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <gwq/diag/log.h>
+#include <gwq/status_codes.h>
 
 namespace gwq {
 

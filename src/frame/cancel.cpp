@@ -13,7 +13,7 @@ int g_bCancelRead = 0;
 
 }  // namespace
 
-void ForgetReadCancel() {
+void ClearReadCancel() {
   StoreShared(g_bCancelRead, 0);
 }
 
@@ -28,15 +28,17 @@ void RepeatReadCancel() {
 
 }  // namespace gwq
 
+using namespace gwq;
+
 int g_CancelWrite = 0;
 
+// Contract: while an earlier request is set, nothing is done; the next exchange clears it.
 int CancelRead() {
-  // A request that is still standing is not made twice; the next exchange drops it.
-  if (std::atomic_ref<int>(gwq::g_bCancelRead).exchange(1) != 0) return 0;
+  if (std::atomic_ref<int>(g_bCancelRead).exchange(1) != 0) return 0;
   ICC_CancelReadTransPort();
   return 0;
 }
 
 void CancelWrite() {
-  gwq::StoreShared(g_CancelWrite, 1);
+  StoreShared(g_CancelWrite, 1);
 }

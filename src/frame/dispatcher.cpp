@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include <gwq/diag/log.h>
 #include <gwq/frame/port.h>
+#include <gwq/status_codes.h>
 #include "diag/internal/shared_word.h"
 #include "frame/internal/turn.h"
 #include "links/internal/link.h"
@@ -22,7 +22,7 @@ const Link* LinkInUse() {
 }
 
 int EndOfSaved(unsigned char* data, int count) {
-  return AskPredicate(g_BackUpParam.predicate, data, count);
+  return CallPredicate(g_BackUpParam.predicate, data, count);
 }
 
 SavedParameters FromDescriptor(const TransMssionLinux_t& port) {
@@ -41,7 +41,7 @@ SavedParameters ParametersInUse() {
   return g_BackUpParam;
 }
 
-// The link type alone is read by a cancelling thread.
+// Only the link type is atomic: it is all that a cancelling thread reads.
 void UseParameters(const SavedParameters& parameters) {
   g_BackUpParam.timeout_s = parameters.timeout_s;
   g_BackUpParam.predicate = parameters.predicate;
@@ -51,44 +51,49 @@ void UseParameters(const SavedParameters& parameters) {
 
 }  // namespace gwq
 
+using namespace gwq;
+
+// Contract: a failed open keeps the parameters, so that later calls reach the link used before.
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
-  const gwq::Link* link = port == nullptr ? nullptr : gwq::LinkOfType(port->nLinkType);
+  const Link* link = port == nullptr ? nullptr : LinkOfType(port->nLinkType);
   if (link == nullptr) return GWQ_LINK_UNUSABLE;
   const int result = link->open({port->nVid, port->nPid, port->szTtyName, port->nBaud});
-  if (result == 0) gwq::UseParameters(gwq::FromDescriptor(*port));
+  if (result == 0) UseParameters(FromDescriptor(*port));
   return result;
 }
 
 int ICC_WriteDataToLinuxTransPort(unsigned char* data, int length) {
-  return gwq::WriteOnLink(data, length);
+  return WriteOnLink(data, length);
 }
 
 int ICC_ReadDataFromLinuxTransPort(unsigned char* buffer, int maximum) {
-  const gwq::Link* link = gwq::LinkInUse();
+  const Link* link = LinkInUse();
   if (link == nullptr) return GWQ_LINK_UNUSABLE;
-  return link->read(buffer, maximum, gwq::g_BackUpParam.timeout_s, &gwq::EndOfSaved);
+  return link->read(buffer, maximum, g_BackUpParam.timeout_s, &EndOfSaved);
 }
 
 int ICC_CloseLinuxTransPort() {
-  const gwq::Link* link = gwq::LinkInUse();
+  const Link* link = LinkInUse();
   return link == nullptr ? GWQ_LINK_UNUSABLE : link->close();
 }
 
 int ICC_CancelReadLinuxTransPort() {
-  const gwq::Link* link = gwq::LinkInUse();
+  const Link* link = LinkInUse();
   return link == nullptr ? GWQ_LINK_UNUSABLE : link->cancel();
 }
 
 int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port) {
-  if (port != nullptr) gwq::UseParameters(gwq::FromDescriptor(*port));
+  if (port != nullptr) UseParameters(FromDescriptor(*port));
   return 0;
 }
 
+// Contract: copies the first bytes of the descriptor as raw memory; its fields do not match the
+// parameters.
 void SetBackUpParam(TransMssionLinux_t* port) {
   if (port == nullptr) return;
-  gwq::SavedParameters raw;
+  SavedParameters raw;
   std::memcpy(&raw, port, sizeof raw);
-  gwq::UseParameters(raw);
+  UseParameters(raw);
 }
 
 int ICC_OpenTransPort(TransMssionLinux_t* port) {

@@ -1,20 +1,27 @@
+#include <cstddef>
+
 #include <gwq/diag/log.h>
 #include <gwq/frame/transaction.h>
 #include "codec/internal/secret_text.h"
 
+namespace gwq {
 namespace {
 
 constexpr int kComplete = 0;
 constexpr int kReadOn = 1;
 constexpr int kFrameOverhead = 7;
 
-// The last byte of what was read, as text; zero when there is none.
+// The last byte before the first zero byte; 0 if there is none.
+// Contract: a zero byte ends the answer, and bytes after it do not count.
 unsigned char LastOfText(const unsigned char* data) {
-  const std::size_t length = data == nullptr ? 0 : gwq::SecretLength(reinterpret_cast<const char*>(data));
+  const std::size_t length = data == nullptr ? 0 : SecretLength(reinterpret_cast<const char*>(data));
   return length == 0 ? static_cast<unsigned char>(0) : data[length - 1];
 }
 
 }  // namespace
+}  // namespace gwq
+
+using namespace gwq;
 
 int EndOfRead(unsigned char* data, int count) {
   if (data == nullptr || count < kFrameOverhead) return kReadOn;

@@ -1,14 +1,21 @@
 #include "frame/internal/exchange.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include <gwq/diag/log.h>
+#include <gwq/frame/port.h>
+#include <gwq/status_codes.h>
 #include "codec/internal/secret.h"
 #include "codec/internal/secret_text.h"
 #include "frame/internal/cancel.h"
+#include "frame/internal/dispatcher.h"
 #include "frame/internal/operation.h"
+#include "frame/internal/turn.h"
+#include "usb_ids.h"
 
 namespace gwq {
 namespace {
@@ -19,6 +26,7 @@ constexpr int kChunkSize = 1024;
 TransMssionLinux_t DescriptorFor(const AnswerEnd& end) {
   TransMssionLinux_t descriptor{};
   descriptor.nHead = kHeadMark;
+  // Contract: truncated, so that 999 ms become 0 s.
   descriptor.nTimeOut = end.timeout_ms / 1000;
   descriptor.pfnEndOfRead = end.predicate;
   return descriptor;
@@ -44,6 +52,7 @@ bool OpenIdentity(TransMssionLinux_t descriptor, const UsbIdentity& identity, bo
   return result == 0;
 }
 
+// Contract: closes between the two identities although nothing is open; the log shows the close.
 bool OpenUsbDevice(const TransMssionLinux_t& descriptor, bool logs) {
   for (const UsbIdentity& identity : kUsbIdentities) {
     if (OpenIdentity(descriptor, identity, logs)) return true;
@@ -52,15 +61,10 @@ bool OpenUsbDevice(const TransMssionLinux_t& descriptor, bool logs) {
   return false;
 }
 
-// Contract: a chunk counts as sent unless the link says that 0 to 1023 bytes of it went out. A negative result passes; the
-// missing answer then tells.
-bool SendChunk(unsigned char* chunk) {
-  const int written = WriteOnLink(chunk, kChunkSize);
-  const bool sent_short = written >= 0 && written < kChunkSize;
-  return !sent_short && !ReadCancelRequested();
-}
-
-// USB takes whole reports, the last one filled up with zeros; a serial line takes the command as it is.
+// The terminal reads USB in whole reports, so that the last chunk is padded with zeros; a serial
+// line gets the command alone.
+// Contract: length 0 means the text's length on port 0, but is an error on a serial port.
+// Contract: a negative port opens USB, but sends without chunks.
 bool Send(int port, const CommandBytes& command) {
   auto* const bytes = reinterpret_cast<unsigned char*>(command.bytes);
   if (port != 0) return WriteOnLink(bytes, command.length) >= command.length;
@@ -71,12 +75,18 @@ bool Send(int port, const CommandBytes& command) {
     chunk.Wipe();
     std::memcpy(chunk.data(), bytes + offset,
                 static_cast<std::size_t>(std::min(kChunkSize, length - offset)));
-    if (!SendChunk(chunk.data())) return false;
+    // Contract: a negative result counts as sent; the missing answer is then the failure.
+    const int written = WriteOnLink(chunk.data(), kChunkSize);
+    if (written >= 0 && written < kChunkSize) return false;
+    if (ReadCancelRequested()) return false;
   }
   return true;
 }
 
-// An answer read as text.
+// An answer that is read as text.
+// Contract: its length is the string length, so that a zero byte ends it.
+// Contract: only GWQ_LINK_CANCELLED becomes GWQ_CANCELLED; a cancelled serial read is a read
+// failure.
 class TextAnswer final : public Receiver {
  public:
   TextAnswer(AnswerRoom room, int read_failure) : room_(room), read_failure_(read_failure) {}
@@ -97,6 +107,7 @@ class TextAnswer final : public Receiver {
 
 }  // namespace
 
+// Contract: each kind has its own log lines, and only kAsk has a second one.
 constexpr ExchangeKind kAsk{.opening_log = " TransProc  nPort=%d",
                             .logs_identities = true,
                             .logs_before_send = true,
@@ -106,7 +117,7 @@ constexpr ExchangeKind kTell{.opening_log = "TransProc nPort=%d \n",
                              .logs_identities = true,
                              .logs_before_send = false,
                              .sends = true,
-                             .ends_with_call = false};  // a screen is closed also after a cancel
+                             .ends_with_call = false};  // a screen is closed even after a cancel
 constexpr ExchangeKind kListen{.opening_log = " TransProcOnlyRead  nPort=%d",
                                .logs_identities = true,
                                .logs_before_send = false,

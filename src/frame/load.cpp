@@ -3,6 +3,7 @@
 #include <libusb-1.0/libusb.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 
 #include <gwq/diag/Rwini.h>
@@ -12,11 +13,13 @@
 #include "frame/internal/turn.h"
 #include "links/internal/lifetime.h"
 
+using namespace gwq;
+
 const char dllversion[] = GWQ_VERSION;
 
 namespace {
 
-void TellUnloaded() {
+void PrintUnloaded() {
   std::puts("------dlclose OK------");
 }
 
@@ -32,6 +35,8 @@ int ICC_UINIT_LIBUSB() {
   return 0;
 }
 
+// Contract: prints to standard output, at every load.
+// Contract: only the first character of the flag counts, so that 10 switches the log on.
 int test_init() {
   constexpr std::size_t kDirectoryAndName = 256 + sizeof "GWQ_LOG.ini";
   std::array<char, kDirectoryAndName> ini_path{};
@@ -44,7 +49,7 @@ int test_init() {
   }
   std::printf("szIniPath=%s\n", ini_path.data());
   std::printf("szLogFlag=%s\n", log_flag.data());
-  gwq::RememberOwnPath();
+  RememberOwnPath();
   ICC_INIT_LIBUSB();
   std::puts("------dlopen OK------");
   return 0;
@@ -52,37 +57,37 @@ int test_init() {
 
 int test_deinit() {
   ICC_UINIT_LIBUSB();
-  TellUnloaded();
+  PrintUnloaded();
   return 0;
 }
 
-// Gives back the memory that the C++ runtime keeps for exceptions, where it is part of the library at all:
-// each loading would take it anew. Hidden, so that it can never be the host's.
+// Frees the memory that the C++ runtime reserves for exceptions, if the runtime is linked in:
+// otherwise every load would leak it. Hidden, so that it never resolves to the host's runtime.
 namespace __gnu_cxx {
 [[gnu::weak, gnu::visibility("hidden")]] void __freeres();
 }
 
 namespace {
 
-// The loader runs these; nothing in the library needs another initialiser before them.
+// Called by the loader, after the library's other initialisers.
 [[gnu::constructor]] void OnLoad() {
   test_init();
 }
 
-// A thread may still be inside libusb when the process exits, with a customer before the terminal: libusb aborts when it
-// is released then.
-bool LibusbIsUnused() {
-  constexpr int kLongestWaitMs = 2000;
-  if (gwq::HasForked()) return false;
-  gwq::CancelOperations();
-  return gwq::TakeTurnForGood(kLongestWaitMs) && !gwq::UsbIsReading();
+// At exit a thread may still wait for the customer inside libusb, which aborts if it is released
+// then. Returns whether libusb can be released.
+bool StopExchanges() {
+  constexpr int kMaxWaitMs = 2000;
+  if (HasForked()) return false;
+  CancelOperations();
+  return AcquireTurnForUnload(kMaxWaitMs) && !UsbIsReading();
 }
 
 [[gnu::destructor]] void OnUnload() {
-  if (LibusbIsUnused()) {
+  if (StopExchanges()) {
     test_deinit();
   } else {
-    TellUnloaded();
+    PrintUnloaded();
   }
   if (&__gnu_cxx::__freeres != nullptr) __gnu_cxx::__freeres();
 }

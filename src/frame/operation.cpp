@@ -1,6 +1,7 @@
 #include "frame/internal/operation.h"
 
 #include <atomic>
+#include <cstdint>
 
 namespace gwq {
 namespace {
@@ -18,7 +19,8 @@ thread_local Running t_running;
 
 }  // namespace
 
-// A call that a predicate of the host has jumped out of is still noted; its frame is not above this one any more.
+// A call that a predicate of the host has jumped out of stays recorded, but this one's frame is
+// then not below its frame.
 Operation::Operation() {
   const void* const frame = __builtin_frame_address(0);
   outermost_ = t_running.number == kNone || frame >= t_running.frame;

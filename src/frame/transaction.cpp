@@ -19,6 +19,7 @@ int TransProcByEnd(int port, int baud, char* command, int commandLen, char* answ
   return Exchange(kAsk, {port, baud}, {command, commandLen}, {end, timeout_ms}, {answer, answerLen});
 }
 
+// Contract: differs from TransProcForInfo in its read failure alone.
 int TransProcForEva(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                     int timeout_ms) {
   return Exchange(kAsk, {port, baud}, {command, commandLen}, {&EndOfRead3, timeout_ms}, {answer, answerLen},
@@ -30,6 +31,7 @@ int TransProcForInfo(int port, int baud, char* command, int commandLen, char* an
   return TransProcByEnd(port, baud, command, commandLen, answer, answerLen, &EndOfRead3, timeout_ms);
 }
 
+// Contract: the answer's arguments are ignored.
 int TransProcOnlyWrite(int port, int baud, char* command, int commandLen, char* /*answer*/,
                        int* /*answerLen*/, int timeout_ms) {
   return TransProcOnlySend(port, baud, command, commandLen, timeout_ms);

@@ -12,8 +12,8 @@
 
 namespace gwq {
 
-// Stands on the stack while a predicate runs. Where the host's code has left it by a throw or a jump, what the thread
-// calls afterwards overwrites it, unless that stays above it on the stack.
+// Lies on the stack while a predicate runs. If the host's code leaves the predicate by a throw or a
+// jump, the thread's next calls overwrite the mark, unless they stay above it on the stack.
 struct PredicateMark {
   explicit PredicateMark(unsigned generation) : value(ValueFor(generation)) {}
   ~PredicateMark() { value = 0; }
@@ -22,8 +22,9 @@ struct PredicateMark {
 
   static std::uint64_t ValueFor(unsigned generation) { return 0x9E37'79B9'7F4A'7C15U * (generation + 1ULL); }
 
-  // Looks at memory that may be another function's by now.
-  __attribute__((no_sanitize("address"))) bool StandsAbove(const void* caller, unsigned generation) const {
+  // Whether the caller's frame lies within the predicate. Reads memory that may belong to another
+  // function by now.
+  __attribute__((no_sanitize("address"))) bool Encloses(const void* caller, unsigned generation) const {
     return caller < this && value == ValueFor(generation);
   }
 
@@ -33,12 +34,12 @@ struct PredicateMark {
 namespace {
 
 constexpr int kCancelIntervalMs = 50;
-constexpr int kLongestPredicateMs = 1000;
+constexpr int kMaxPredicateMs = 1000;
 constexpr std::int64_t kForever = std::numeric_limits<std::int64_t>::max();
 constexpr unsigned kNone = 0;
 
 thread_local bool t_cancels_while_waiting = false;
-thread_local int t_hosts_cancel_state = PTHREAD_CANCEL_ENABLE;  // while this thread exchanges
+thread_local int t_host_cancel_state = PTHREAD_CANCEL_ENABLE;  // while this thread exchanges
 
 std::int64_t MonotonicMs() {
   std::timespec now{};
@@ -51,9 +52,9 @@ int LinkOf(int port) {
   return port > 0 ? port : kUsb;
 }
 
-// Not a std::mutex, which would bring the C++ runtime's exceptions into the library.
+// pthread_mutex_t, because std::mutex would link the C++ runtime's exceptions into the library.
 constinit pthread_mutex_t g_mutex = PTHREAD_MUTEX_INITIALIZER;
-constinit pthread_cond_t g_given_back = PTHREAD_COND_INITIALIZER;
+constinit pthread_cond_t g_released = PTHREAD_COND_INITIALIZER;
 constinit pthread_once_t g_prepared = PTHREAD_ONCE_INIT;
 pthread_key_t g_thread_exit;
 
@@ -65,29 +66,29 @@ class Locked {
   Locked& operator=(const Locked&) = delete;
 };
 
-// Who has the turn, under g_mutex.
+// Who has the turn; guarded by g_mutex.
 struct Turn {
   bool taken = false;
   pthread_t owner{};
-  unsigned generation = kNone;  // tells one taking from the next
-  const void* frame = nullptr;  // of the exchange
+  unsigned generation = kNone;  // a new number for each acquisition
+  const void* frame = nullptr;  // the exchange's
   int link = 0;
   bool link_open = false;
-  const PredicateMark* predicate = nullptr;  // while the host's code runs
+  const PredicateMark* predicate = nullptr;  // set while the host's code runs
   std::int64_t predicate_since_ms = 0;
 
   [[nodiscard]] bool IsMine() const { return taken && pthread_equal(owner, pthread_self()) != 0; }
-  [[nodiscard]] bool IsMine(unsigned taking) const { return taking == generation && IsMine(); }
+  [[nodiscard]] bool IsMine(unsigned acquisition) const { return acquisition == generation && IsMine(); }
 
-  // Whether the exchange that `caller` begins lies within the one that has the turn.
-  [[nodiscard]] bool Surrounds(int port, const void* caller) const {
+  // Whether the exchange that `caller` begins is nested in the one that has the turn.
+  [[nodiscard]] bool Encloses(int port, const void* caller) const {
     if (!IsMine() || !link_open || link != LinkOf(port)) return false;
-    return predicate == nullptr ? caller < frame : predicate->StandsAbove(caller, generation);
+    return predicate == nullptr ? caller < frame : predicate->Encloses(caller, generation);
   }
 
   [[nodiscard]] bool IsFree() const {
     if (!taken || IsMine()) return true;
-    return predicate != nullptr && MonotonicMs() - predicate_since_ms > kLongestPredicateMs;
+    return predicate != nullptr && MonotonicMs() - predicate_since_ms > kMaxPredicateMs;
   }
 
   void SetPredicate(const PredicateMark* mark) {
@@ -95,8 +96,8 @@ struct Turn {
     predicate_since_ms = MonotonicMs();
   }
 
-  // Returns whether an abandoned exchange has left its link open.
-  bool Take(int port, const void* caller) {
+  // Returns whether the link of an abandoned exchange is still open.
+  bool Acquire(int port, const void* caller) {
     const bool left_open = taken && link_open;
     *this = {.taken = true,
              .owner = pthread_self(),
@@ -107,15 +108,15 @@ struct Turn {
     return left_open;
   }
 
-  void GiveBack() {
+  void Release() {
     taken = false;
     pthread_setspecific(g_thread_exit, nullptr);
-    pthread_cond_broadcast(&g_given_back);
+    pthread_cond_broadcast(&g_released);
   }
 };
 constinit Turn g_turn;
 
-// The turn stays taken until the link is closed.
+// Keeps the turn until the link is closed.
 void OnThreadExit(void* /*turn*/) {
   bool open = false;
   {
@@ -125,18 +126,18 @@ void OnThreadExit(void* /*turn*/) {
   }
   if (open) ICC_CloseTransPort();
   const Locked lock;
-  g_turn.GiveBack();
+  g_turn.Release();
 }
 
 void UseMonotonicClock() {
   pthread_condattr_t attributes;
   pthread_condattr_init(&attributes);
   pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-  pthread_cond_init(&g_given_back, &attributes);
+  pthread_cond_init(&g_released, &attributes);
   pthread_condattr_destroy(&attributes);
 }
 
-// The thread that forks is the only one in the child: what another one was doing is the parent's.
+// Only the forking thread exists in the child: an exchange of another thread remains the parent's.
 void AfterForkInChild() {
   g_mutex = PTHREAD_MUTEX_INITIALIZER;
   UseMonotonicClock();
@@ -152,15 +153,15 @@ void Prepare() {
 }
 
 void WaitForChange(std::int64_t deadline_ms) {
-  const std::int64_t next_look = MonotonicMs() + kCancelIntervalMs;
-  const std::int64_t until = deadline_ms < next_look ? deadline_ms : next_look;
+  const std::int64_t next_check = MonotonicMs() + kCancelIntervalMs;
+  const std::int64_t until = deadline_ms < next_check ? deadline_ms : next_check;
   const std::timespec at{.tv_sec = static_cast<std::time_t>(until / 1000),
                          .tv_nsec = static_cast<long>(until % 1000 * 1'000'000)};
   const Locked lock;
-  if (!g_turn.IsFree()) pthread_cond_timedwait(&g_given_back, &g_mutex, &at);
+  if (!g_turn.IsFree()) pthread_cond_timedwait(&g_released, &g_mutex, &at);
 }
 
-enum class Outcome { kTaken, kLinkLeftOpen, kNested, kBusy };
+enum class Outcome { kAcquired, kLinkLeftOpen, kNested, kBusy };
 
 struct Attempt {
   Outcome outcome;
@@ -168,22 +169,22 @@ struct Attempt {
   const PredicateMark* predicate;  // around a nested exchange
 };
 
-Attempt TryToTake(int port, const void* caller) {
+Attempt TryAcquire(int port, const void* caller) {
   const Locked lock;
-  if (g_turn.Surrounds(port, caller)) {
+  if (g_turn.Encloses(port, caller)) {
     const PredicateMark* const predicate = g_turn.predicate;
     g_turn.SetPredicate(nullptr);
     return {Outcome::kNested, g_turn.generation, predicate};
   }
   if (!g_turn.IsFree()) return {Outcome::kBusy, kNone, nullptr};
-  const bool left_open = g_turn.Take(port, caller);
-  return {left_open ? Outcome::kLinkLeftOpen : Outcome::kTaken, g_turn.generation, nullptr};
+  const bool left_open = g_turn.Acquire(port, caller);
+  return {left_open ? Outcome::kLinkLeftOpen : Outcome::kAcquired, g_turn.generation, nullptr};
 }
 
-Attempt Take(int port, const void* caller, std::int64_t deadline_ms) {
+Attempt Acquire(int port, const void* caller, std::int64_t deadline_ms) {
   pthread_once(&g_prepared, &Prepare);
   while (true) {
-    const Attempt attempt = TryToTake(port, caller);
+    const Attempt attempt = TryAcquire(port, caller);
     if (attempt.outcome == Outcome::kLinkLeftOpen) ICC_CloseTransPort();
     if (attempt.outcome != Outcome::kBusy || MonotonicMs() >= deadline_ms) return attempt;
     if (t_cancels_while_waiting) RepeatReadCancel();
@@ -196,7 +197,7 @@ unsigned GenerationOfThisThread() {
   return g_turn.IsMine() ? g_turn.generation : kNone;
 }
 
-// False when the turn is lost.
+// Returns false if the turn is lost.
 bool SetPredicate(unsigned generation, const PredicateMark* mark) {
   const Locked lock;
   if (!g_turn.IsMine(generation)) return false;
@@ -204,21 +205,16 @@ bool SetPredicate(unsigned generation, const PredicateMark* mark) {
   return true;
 }
 
-int Ask(GwqEndOfRead predicate, unsigned char* data, int count) {
-  constexpr int kReadOn = 1;
-  return predicate == nullptr ? kReadOn : predicate(data, count);
-}
-
 }  // namespace
 
 ExchangeTurn::ExchangeTurn(int port) {
-  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &hosts_cancel_state_);
-  const Attempt attempt = Take(port, __builtin_frame_address(0), kForever);
-  t_hosts_cancel_state = hosts_cancel_state_;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &host_cancel_state_);
+  const Attempt attempt = Acquire(port, __builtin_frame_address(0), kForever);
+  t_host_cancel_state = host_cancel_state_;
   generation_ = attempt.generation;
   nested_ = attempt.outcome == Outcome::kNested;
   outer_predicate_ = attempt.predicate;
-  ForgetReadCancel();
+  ClearReadCancel();
 }
 
 ExchangeTurn::~ExchangeTurn() {
@@ -228,11 +224,11 @@ ExchangeTurn::~ExchangeTurn() {
       if (nested_) {
         g_turn.SetPredicate(outer_predicate_);
       } else {
-        g_turn.GiveBack();
+        g_turn.Release();
       }
     }
   }
-  pthread_setcancelstate(hosts_cancel_state_, nullptr);
+  pthread_setcancelstate(host_cancel_state_, nullptr);
 }
 
 bool ExchangeTurn::Lost() const {
@@ -246,7 +242,7 @@ void ExchangeTurn::SetLinkOpen(bool open) const {
 }
 
 void AllowThreadCancel() {
-  pthread_setcancelstate(t_hosts_cancel_state, nullptr);
+  pthread_setcancelstate(t_host_cancel_state, nullptr);
   pthread_testcancel();
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
 }
@@ -255,19 +251,21 @@ bool ExchangeCancelled() {
   return GenerationOfThisThread() != kNone && ReadCancelRequested();
 }
 
-int AskPredicate(GwqEndOfRead predicate, unsigned char* data, int count) {
+int CallPredicate(GwqEndOfRead predicate, unsigned char* data, int count) {
   constexpr int kComplete = 0;
+  constexpr int kReadOn = 1;
+  if (predicate == nullptr) predicate = [](unsigned char*, int) { return kReadOn; };
   const unsigned generation = GenerationOfThisThread();
-  if (generation == kNone) return Ask(predicate, data, count);
+  if (generation == kNone) return predicate(data, count);
   const PredicateMark mark(generation);
-  const int hosts_cancel_state = t_hosts_cancel_state;
+  const int host_cancel_state = t_host_cancel_state;
   SetPredicate(generation, &mark);
-  pthread_setcancelstate(hosts_cancel_state, nullptr);
+  pthread_setcancelstate(host_cancel_state, nullptr);
   pthread_testcancel();
-  const int answer = Ask(predicate, data, count);
+  const int result = predicate(data, count);
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-  t_hosts_cancel_state = hosts_cancel_state;
-  return SetPredicate(generation, nullptr) ? answer : kComplete;
+  t_host_cancel_state = host_cancel_state;
+  return SetPredicate(generation, nullptr) ? result : kComplete;
 }
 
 CancelsWhileWaiting::CancelsWhileWaiting() {
@@ -278,12 +276,12 @@ CancelsWhileWaiting::~CancelsWhileWaiting() {
   t_cancels_while_waiting = false;
 }
 
-bool TakeTurnForGood(int longest_wait_ms) {
+bool AcquireTurnForUnload(int max_wait_ms) {
   if (GenerationOfThisThread() != kNone) return false;
   const CancelsWhileWaiting cancels;
-  const Attempt attempt = Take(0, __builtin_frame_address(0), MonotonicMs() + std::int64_t{longest_wait_ms});
+  const Attempt attempt = Acquire(0, __builtin_frame_address(0), MonotonicMs() + std::int64_t{max_wait_ms});
   if (attempt.outcome == Outcome::kBusy) return false;
-  pthread_key_delete(g_thread_exit);  // its destructor goes with the library
+  pthread_key_delete(g_thread_exit);  // its destructor is about to be unmapped
   return true;
 }
 

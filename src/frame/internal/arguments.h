@@ -1,4 +1,4 @@
-// What is asked of callers' arguments again and again.
+// Argument checks shared by the exported functions.
 #pragma once
 
 #include <string_view>
@@ -17,7 +17,7 @@ inline bool Within(int value, int low, int high) {
   return value >= low && value <= high;
 }
 
-// The seconds that a customer may be given.
+// Whether `seconds` is a valid time-out for the customer.
 inline bool IsCustomerTimeout(int seconds) {
   return Within(seconds, 1, 999);
 }

@@ -1,13 +1,14 @@
-// The engine's cancel flag: set by CancelRead in any thread, dropped when an exchange starts, looked at
-// between the reports of a command.
+// The engine's cancel flag: set by CancelRead in any thread, cleared when an exchange starts,
+// checked between the reports of a command.
 #pragma once
 
 namespace gwq {
 
-void ForgetReadCancel();
+void ClearReadCancel();
 bool ReadCancelRequested();
 
-// As CancelRead, also where a request is still standing: one between sending and reading has not reached the link.
+// As CancelRead, but also while a request is set: one made between sending and reading has not
+// reached the link.
 void RepeatReadCancel();
 
 }  // namespace gwq

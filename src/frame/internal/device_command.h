@@ -1,11 +1,14 @@
-// The commands that begin with ESC. Most have this form, their fields in decimal or as text:
+// The commands that begin with ESC. Most have one of these forms, with fields in decimal or as
+// text:
 //
 //     ESC [ channel WORD
 //     ESC [ channel WORD STX field separator field ... ETX
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
+#include "codec/internal/secret.h"
 #include "codec/internal/text_builder.h"
 
 namespace gwq {
@@ -35,7 +38,7 @@ class CommandIn {
     text_ << "\x03";
     return *this;
   }
-  // Ends a command without an envelope: the parts as they are.
+  // Appends the parts as they are, without an envelope.
   template <typename... Parts>
   CommandIn& Text(const Parts&... parts) {
     (void(text_ << parts), ...);
@@ -59,7 +62,7 @@ class CommandIn {
 template <std::size_t N>
 using Command = CommandIn<SecretArray<char, N>>;
 
-// For commands whose size comes from the caller. False when there was no memory.
+// For commands whose size depends on the caller. False if the allocation failed.
 using HeapCommand = CommandIn<SecretHeap<char>>;
 
 inline constexpr std::string_view kLineEnd = "\r\n";

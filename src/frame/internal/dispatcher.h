@@ -7,8 +7,8 @@
 
 namespace gwq {
 
-// What is remembered of the descriptor. The field order is given: SetBackUpParam copies a descriptor's leading bytes
-// over it.
+// The parameters that are kept from the descriptor. The layout is fixed: SetBackUpParam copies a
+// descriptor's first bytes over it.
 struct SavedParameters {
   std::int32_t timeout_s;
   GwqEndOfRead predicate;
@@ -19,7 +19,7 @@ struct SavedParameters {
 // As ICC_WriteDataToTransPort.
 int WriteOnLink(unsigned char* data, int length);
 
-// For exchanges that go on over a link that is open.
+// For exchanges over a link that is already open.
 SavedParameters ParametersInUse();
 void UseParameters(const SavedParameters& parameters);
 

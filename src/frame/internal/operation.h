@@ -1,14 +1,13 @@
-// Calls that exchange more than once while the customer or another thread may cancel them.
+// Calls of several exchanges, which another thread may cancel as a whole.
 //
-// A cancel reaches the exchange that runs; one that falls between two exchanges would be lost. So the functions that
-// cancel whole calls note which are running, and from then on these begin no exchange any more that awaits an answer.
+// CancelRead reaches the exchange that runs; between two exchanges it would be lost. A cancel of a
+// whole call therefore marks all calls that are running, and these start no further exchange that
+// waits for an answer.
 #pragma once
-
-#include <cstdint>
 
 namespace gwq {
 
-// The outermost one of a thread counts.
+// A call, from construction to destruction. Only a thread's outermost one counts.
 class Operation {
  public:
   Operation();

@@ -1,15 +1,15 @@
-// The right to exchange with the terminal, which one thread at a time has: the links' state is process-wide, and a
-// second exchange would close the device under a running transfer.
+// The turn: the right to exchange with the terminal, for one thread at a time. The links' state is
+// process-wide, and a second exchange would close the device while a transfer runs.
 //
-// The turn comes back whatever happens to the thread that has it:
+// The turn is released even if its owner does not return:
 //
-//   it ends, cancelled or not          its thread-specific data's destructor gives the turn back
-//   the host's predicate throws or     the thread's next exchange sees that its frames are gone; other threads take
-//   jumps out of the exchange          the turn once the predicate has been away for a second
-//   the process forks                  the child starts with the turn free and the links closed
+//   the thread ends or is cancelled    the destructor of its thread-specific data releases the turn
+//   the host's predicate throws or     the thread's next exchange finds the frames gone; other
+//   jumps out of the exchange          threads acquire the turn after 1 s in the predicate
+//   the process forks                  the child starts with a free turn and closed links
 //
-// A predicate may begin an exchange of its own. On the port that is open it goes on over the open link; one on another
-// port ends the exchange around it, as if the predicate had jumped.
+// A predicate may start an exchange. On the open port it uses the open link; on another port it
+// ends the exchange that called the predicate, as a jump does.
 #pragma once
 
 #include <gwq/links/end_of_read.h>
@@ -20,38 +20,40 @@ struct PredicateMark;
 
 class ExchangeTurn {
  public:
-  // Waits until no other thread has the turn, and drops a cancel that was meant for an earlier exchange.
+  // Waits until no other thread has the turn and clears a cancel that was meant for an earlier
+  // exchange.
   explicit ExchangeTurn(int port);
   ~ExchangeTurn();
   ExchangeTurn(const ExchangeTurn&) = delete;
   ExchangeTurn& operator=(const ExchangeTurn&) = delete;
 
-  // Whether it belongs to a predicate's exchange, within another one whose link is open.
+  // Whether a predicate has started the exchange, within another one whose link is open.
   [[nodiscard]] bool nested() const { return nested_; }
-  // Whether another thread has taken the turn in the meantime; the link is that thread's then.
+  // Whether another thread has acquired the turn since; the link is then in its hands.
   [[nodiscard]] bool Lost() const;
 
-  // Whoever takes an abandoned turn closes the link that is left open.
+  // The next owner of an abandoned turn closes a link that is open.
   void SetLinkOpen(bool open) const;
 
  private:
   unsigned generation_;
   bool nested_;
   const PredicateMark* outer_predicate_;
-  int hosts_cancel_state_;
+  int host_cancel_state_;
 };
 
-// Within an exchange, where no link is in the middle of anything: a thread that has been cancelled ends here.
+// A cancellation point within an exchange, for places where no transfer runs.
 void AllowThreadCancel();
 
-// Asks a predicate, from which the host's code may not return; a null one reads on. Allows the thread's cancel. Once the
-// turn is lost the answer is 0, which ends the read.
-int AskPredicate(GwqEndOfRead predicate, unsigned char* data, int count);
+// Calls a predicate, from which the host's code may not return; NULL reads on. A cancellation
+// point. Returns 0, which ends the read, once the turn is lost.
+int CallPredicate(GwqEndOfRead predicate, unsigned char* data, int count);
 
-// Whether the calling thread exchanges, and its exchange has been cancelled.
+// Whether the calling thread's exchange has been cancelled; false outside an exchange.
 bool ExchangeCancelled();
 
-// While this thread waits for the turn it cancels again what has it: a cancel is lost between sending and reading.
+// While one exists, the thread repeats its cancel as long as it waits for the turn: a cancel
+// between sending and reading is lost.
 class CancelsWhileWaiting {
  public:
   CancelsWhileWaiting();
@@ -60,8 +62,8 @@ class CancelsWhileWaiting {
   CancelsWhileWaiting& operator=(const CancelsWhileWaiting&) = delete;
 };
 
-// Cancels what runs and takes the turn, never to give it back. False when that takes too long, or the calling thread
-// itself is in an exchange.
-bool TakeTurnForGood(int longest_wait_ms);
+// Cancels the running exchange and acquires the turn, which is never released again. Returns false
+// after `max_wait_ms`, or if the calling thread itself is in an exchange.
+bool AcquireTurnForUnload(int max_wait_ms);
 
 }  // namespace gwq
