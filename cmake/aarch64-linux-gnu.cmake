@@ -1,4 +1,4 @@
-# Builds for 64-bit Arm with Debian's cross compiler and the arm64 packages of the libraries (scripts/setup arm64).
+# Builds for 64-bit Arm with Debian's cross compiler and arm64 libraries (scripts/setup arm64).
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)

@@ -1,4 +1,4 @@
-# Compiler settings of every target of the tree. A parent project has its own, and none of these reaches it.
+# Compiler settings for all targets of this tree. None of them reaches a parent project.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -15,31 +15,30 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
-# Assertions of our own tests and tools stay on in every build type.
+# Keeps the assertions of tests and tools in every build type.
 add_compile_options(-UNDEBUG)
 
 add_compile_options(-Wall -Wextra -Wconversion -Wshadow)
-# GCC 12 sees an overlap in every "text" + string at -O3 where there is none (GCC bug 105329, mended in 13).
+# GCC 12 warns falsely of an overlap in "text" + string at -O3 (GCC bug 105329, fixed in 13).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 if(GWQ_WERROR)
-  # The analyzer is for C; what GCC 12's says of C++ is about what it cannot follow.
+  # C only: GCC 12's analyzer does not support C++ and reports false positives.
   add_compile_options(-Werror $<$<COMPILE_LANG_AND_ID:C,GNU>:-fanalyzer>)
 endif()
 
-# Programs find the library in the build tree by an rpath, which must never
-# become part of what is installed.
+# Programs find the library in the build tree by an rpath, which must not be installed.
 set(CMAKE_SKIP_INSTALL_RPATH ON)
 
-# No path of the building machine in the binaries.
+# Keeps the build machine's paths out of the binaries.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(GWQ_SANITIZE)
   add_compile_options(-fsanitize=${GWQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
   add_link_options(-fsanitize=${GWQ_SANITIZE})
 else()
-  # A distribution's compiler may define the first itself.
+  # -U first: a distribution's compiler may predefine _FORTIFY_SOURCE.
   add_compile_options($<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=3>
     -fstack-protector-strong)
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64)$")
@@ -49,5 +48,5 @@ else()
     add_compile_options(-mbranch-protection=standard $<$<C_COMPILER_ID:GNU>:-fstack-clash-protection>)
   endif()
 endif()
-# Bound at once: a late binding would also put the registers, and what of a secret is in them, on the stack.
+# now: lazy binding would save the registers on the stack, with parts of a secret in them.
 add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)

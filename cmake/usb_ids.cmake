@@ -1,4 +1,4 @@
-# Checks GWQ_USB_IDS and splits it for the generated table.
+# Validates GWQ_USB_IDS and splits it for the generated table.
 list(LENGTH GWQ_USB_IDS gwq_usb_id_count)
 if(NOT gwq_usb_id_count EQUAL 2)
   message(FATAL_ERROR "GWQ_USB_IDS must name two identities, such as 1209:0001;1209:0002")

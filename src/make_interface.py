@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Writes what follows from the public headers' declarations into OUTPUT_DIR:
+"""Generates these files in OUTPUT_DIR from the declarations in the public headers:
 
-    interface.json  everything that libgwq.so exports, and the texts of the statuses, for programs to read
-    exports.txt     the symbols alone
+    interface.json  all exports of libgwq.so and the texts of the statuses
+    exports.txt     the symbols only
     gwq.map         the linker's version script
 
 make_interface.py VERSION SOURCE_DIR OUTPUT_DIR HEADER...
@@ -12,7 +12,7 @@ import pathlib
 import re
 import sys
 
-sys.dont_write_bytecode = True  # this runs in the source tree
+sys.dont_write_bytecode = True  # the script runs in the source tree
 import status_texts  # noqa: E402
 
 COMMENT = re.compile(r'/\*.*?\*/|//[^\n]*', re.DOTALL)
@@ -61,7 +61,7 @@ def in_languages(texts):
 
 
 def texts(source_dir):
-    """Two lists: what each status means in general, and what some mean for the functions named."""
+    """Yields (list, row): the texts of each status, and those that replace them for some functions."""
     for status, name, cause, remedy in status_texts.general(source_dir):
         yield 'statuses', {'status': status, 'name': name, 'cause': in_languages(cause), 'remedy': in_languages(remedy)}
     for status, functions, cause, remedy in status_texts.of_functions(source_dir):
@@ -74,7 +74,7 @@ def listed(entries):
 
 
 def version_script(exports):
-    """cJSON's functions are exported as well, whichever the libcjson at hand has."""
+    """Exports cJSON's functions by pattern, because libcjson's version decides which there are."""
     plain = ''.join(f'    {e["symbol"]};\n' for e in exports if e['linkage'] == 'C')
     cxx = ''.join(f'      "{e["symbol"]}";\n' for e in exports if e['linkage'] != 'C')
     return f'{{\n  global:\n{plain}    cJSON_*;\n    extern "C++" {{\n{cxx}    }};\n  local:\n    *;\n}};\n'

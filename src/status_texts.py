@@ -1,4 +1,4 @@
-"""Reads the texts of the statuses out of status.h, for what is generated from them."""
+"""Reads the texts of the statuses from status.h, for the generators."""
 import ast
 import re
 
@@ -35,7 +35,7 @@ def general(source_dir):
 
 
 def of_functions(source_dir):
-    """As general(), for functions in particular: a tuple of names in the name's place, and whole remedies."""
+    """As general(), but with a tuple of functions instead of the name, and with complete remedies."""
     remedies = {status: remedy for status, _, _, remedy in general(source_dir)}
     for status, functions, cause, remedy in initializer(source_dir, 'struct GwqFunctionText texts[]'):
         whole = tuple(own or known for own, known in zip(remedy, remedies[status]))
