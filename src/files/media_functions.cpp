@@ -54,7 +54,7 @@ bool IsFirmwarePackage(const char* path) {
 }
 
 int UpdateFirmware(int baud, const char* path) {
-  if (!Given(path) || !Exists(path)) {
+  if (!IsSet(path) || !Exists(path)) {
     LogGbk(Gbk("文件不存在"));
     return GWQ_NO_FILE;
   }
@@ -243,16 +243,16 @@ int MP_DownHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud
                     const char* name) {
   const Operation operation;
   ICC_DPrintLogToFile("MP_DownHeadFile");
-  if (!Given(path) || OrEmpty(name).size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
+  if (!IsSet(path) || OrEmpty(name).size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
   if (!Exists(path)) {
     LogGbk(Gbk("[MP_DownHeadFile]文件不存在"));
     return GWQ_NO_FILE;
   }
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
   SecretText<256> stored;
-  stored << (Given(name) ? std::string_view(name) : BaseName(path));
-  if (!Given(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
-  const int result = PushFile({0, baud}, kHeadPhoto, path, Given(name) ? name : stored.text());
+  stored << (IsSet(name) ? std::string_view(name) : BaseName(path));
+  if (!IsSet(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
+  const int result = PushFile({0, baud}, kHeadPhoto, path, IsSet(name) ? name : stored.text());
   ICC_DPrintLogToFile("nRet=%d", result);
   return result;
 }
@@ -261,7 +261,7 @@ int MP_SetBarcodePic(const char* /*ignored1*/, const char* /*ignored2*/, int bau
   const Operation operation;
   ICC_DPrintLogToFile("[MP_SetBarcodePic]");
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
-  if (!Given(path)) {
+  if (!IsSet(path)) {
     Request command(Channel::kEvaluation, "QRCODEDELETE");
     return Tell({0, baud}, command, kTimeoutMs) == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
   }

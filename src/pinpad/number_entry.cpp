@@ -19,7 +19,7 @@ constexpr int kSplitRoom = 1024;
 constexpr std::size_t kLongestNumber = 1023;  // of an answer that overshoots its room the rest is cut
 
 bool NumberArgumentsHold(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
-  if (!Given(prompt) || result == nullptr) return false;
+  if (!IsSet(prompt) || result == nullptr) return false;
   return IsCustomerTimeout(timeout_s) && Within(param1, 0, 20) && Within(param2, 0, 2);
 }
 

@@ -31,7 +31,7 @@ int ReadDeviceId(int baud, char* device_id) {
 }
 
 bool IsDeviceId(const char* text) {
-  return Given(text) && std::strlen(text) <= kMaxDeviceIdSize;
+  return IsSet(text) && std::strlen(text) <= kMaxDeviceIdSize;
 }
 
 int SendDeviceId(int baud, const char* device_id) {

@@ -56,7 +56,7 @@ int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int i
                     const char* szFirstText, const char* szSecondText, char* szResult) {
   const Operation operation;
   ICC_DPrintLogToFile("MP_CheckOut_All");
-  const bool texts_hold = Given(szFirstText) && szSecondText != nullptr;
+  const bool texts_hold = IsSet(szFirstText) && szSecondText != nullptr;
   if (!texts_hold || szResult == nullptr || !IsCustomerTimeout(iTimeout)) {
     LogGbk(Gbk("参数错误"));
     return GWQ_BAD_ARGUMENT;

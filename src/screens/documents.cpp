@@ -34,7 +34,7 @@ constexpr Outcome kOutcomes[] = {
 };
 
 bool ArgumentsHold(const char* paths, int timeout_s) {
-  return Given(paths) && IsCustomerTimeout(timeout_s) && DocumentsFit(paths, kListRoom);
+  return IsSet(paths) && IsCustomerTimeout(timeout_s) && DocumentsFit(paths, kListRoom);
 }
 
 int Undecided(int status, int& decision) {

@@ -176,7 +176,7 @@ int MP_StartInfoHtml(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int 
   ICC_DPrintLogToFile("nCountdownSec=%d", nCountdownSec);
   int nowhere = 0;
   int& display = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  if (!Given(szHtml)) return MissingArgument(display);
+  if (!IsSet(szHtml)) return MissingArgument(display);
   // Only logged: the UTF-8 command words are always used.
   ICC_DPrintLogToFile("isUtf8=%d", CheckUtf8version());
   PageCommand page(nModex == 0 ? "SHOWHTMLUTF8" : "AUTF8", szHtml);
@@ -197,7 +197,7 @@ int MP_StartInfoHtmlScreenshot(void* /*ignored1*/, const char* /*ignored2*/, int
   ICC_DPrintLogToFile("nModex=%d", nModex);
   int nowhere = 0;
   int& display = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  if (!Given(szHtml) || !Given(szScreenshotPath)) {
+  if (!IsSet(szHtml) || !IsSet(szScreenshotPath)) {
     ICC_DPrintLogToFile("MP_StartInfoHtmlScreenshot  ERR_PARAMS");
     return MissingArgument(display);
   }
@@ -214,7 +214,7 @@ int MP_StartInfoHtmlScreenshot(void* /*ignored1*/, const char* /*ignored2*/, int
 int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                        const char* szExtraText, const char* szPage, char* szResult) {
   const Operation operation;
-  if (!Given(szPage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!IsSet(szPage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
   if (const int result = PushPage(szPage); result != GWQ_OK) return result;
   AnswerText<1024> answer;

@@ -56,7 +56,7 @@ int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessag
                   unsigned int* pnKeyPressed) {
   const Operation operation;
   ICC_DPrintLogToFile("[GWQ_StartInfo]");
-  if (!Given(szMessage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!IsSet(szMessage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   SecretHeap<char> split(kSplitMessageSize);
   HeapCommand command(Channel::kInformation, "A", kMessageCommandSize);
   if (!split || !command) return GWQ_TOO_SMALL;

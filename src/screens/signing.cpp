@@ -163,7 +163,7 @@ int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& co
 
 int FetchPicture(const Signing& signing) {
   PauseMs(kPauseBeforePullMs);
-  if (!Given(signing.picture)) return GWQ_OK;
+  if (!IsSet(signing.picture)) return GWQ_OK;
   return PullPicture(signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
 }
 
@@ -201,7 +201,7 @@ int SignDocuments(const Signing& signing, const Manner& manner) {
 }
 
 bool ArgumentsHold(const Signing& signing) {
-  return Given(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s) &&
+  return IsSet(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s) &&
          DocumentsFit(signing.documents, kListRoom);
 }
 
@@ -372,7 +372,7 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   const char* szSignPath, const char* szSignDataPath) {
   const Operation operation;
-  if (!Given(szFilePath) || !Given(szSignPath) || !Given(szSignDataPath)) {
+  if (!IsSet(szFilePath) || !IsSet(szSignPath) || !IsSet(szSignDataPath)) {
     return GWQ_BAD_ARGUMENT;
   }
   const Page* page = PageOf(szFilePath);

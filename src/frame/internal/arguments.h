@@ -5,7 +5,7 @@
 
 namespace gwq {
 
-inline bool Given(const char* text) {
+inline bool IsSet(const char* text) {
   return text != nullptr && *text != '\0';
 }
 
