@@ -20,7 +20,12 @@ using Handle = std::unique_ptr<libusb_device_handle, CloseHandle>;
 
 template <typename... Values>
 void Log(const char* text, Values... values) {
-  if (text != nullptr) ICC_DPrintLogToFile(text, values...);
+  if (text == nullptr) return;
+  if constexpr (sizeof...(values) == 0) {
+    ICC_DPrintLogToFile("%s", text);
+  } else {
+    ICC_DPrintLogToFile(text, values...);
+  }
 }
 
 }  // namespace
