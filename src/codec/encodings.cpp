@@ -53,6 +53,7 @@ struct Converted {
 };
 
 // Widens the single-byte characters at the start of `text`.
+// Contract: 0x80, which GBK does not assign, is one of them.
 Converted WidenSingles(std::span<const unsigned char> text, std::span<unsigned short> room) {
   const std::size_t most = std::min(text.size(), room.size());
   std::size_t i = 0;
@@ -236,6 +237,7 @@ int UnicodeToGbk(const unsigned short* in, unsigned char* out, int cap) {
   return count;
 }
 
+// Contract: the whole output is zeroed, also if the conversion then fails.
 int code_convert(const char* from, const char* to, const char* in, int inLen, char* out, int outSize) {
   if (from == nullptr || to == nullptr) return -1;
   const Conversion conversion(from, to);
@@ -296,6 +298,7 @@ int DecryptBase64(const char* in, int len, unsigned char* out, int cap) {
   }
 }
 
+// Contract: "=" returns 0, as "A" does.
 int GetIndexFromBase64Table(char c) {
   if (c >= 'A' && c <= 'Z') return c - 'A';
   if (c >= 'a' && c <= 'z') return c - 'a' + 26;

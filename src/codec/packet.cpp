@@ -125,6 +125,7 @@ void PSBC_SplitData(const unsigned char* in, int len, unsigned char* out) {
   AppendSplit(out, BytesOf(in, len));
 }
 
+// Contract: an odd length converts nothing.
 void PSBC_MergeData(const unsigned char* in, int len, unsigned char* out) {
   if (out == nullptr || len % 2 != 0) return;
   MergePairs(BytesOf(in, len), BytesOf(out, len / 2));

@@ -120,6 +120,7 @@ char* r_trim(char* szOutput, const char* szInput) {
   return szOutput;
 }
 
+// Contract: equal buffers are refused by l_trim, whose name the message then shows.
 char* a_trim(char* szOutput, const char* szInput) {
   Require(szInput != nullptr, "szInput != NULL");
   Require(szOutput != nullptr, "szOutput != NULL");
@@ -128,6 +129,7 @@ char* a_trim(char* szOutput, const char* szInput) {
   return szOutput;
 }
 
+// Contract: a file that cannot be opened is reported on standard output.
 int GetProfileString(const char* file, const char* section, const char* key, char* value) {
   if (file == nullptr || section == nullptr || key == nullptr || value == nullptr) return -1;
   const IniFile ini(std::fopen(file, "r"), &std::fclose);

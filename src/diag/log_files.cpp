@@ -198,6 +198,7 @@ int GetAbsDays(int year, int month, int day) {
   return static_cast<int>(days + day - 1);
 }
 
+// Contract: prints its name to standard output.
 void DelOutTimeLogFile() {
   std::puts("DelOutTimeLogFile");
   const std::tm today = LocalDate();
@@ -212,6 +213,7 @@ void DelOutTimeLogFile() {
                  GetAbsDays(today.tm_year + 1900, today.tm_mon + 1, today.tm_mday));
 }
 
+// Contract: the size is ignored; `path` needs room for five bytes.
 void GetTempPath(int /*size*/, char* path) {
   if (path != nullptr) std::strcpy(path, "/tmp");
 }

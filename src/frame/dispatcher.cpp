@@ -53,7 +53,8 @@ void UseParameters(const SavedParameters& parameters) {
 
 using namespace gwq;
 
-// Contract: a failed open keeps the parameters, so that later calls reach the link used before.
+// Contract: a failed open keeps the parameters, as a close does, so that later calls reach the link
+// used before.
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
   const Link* link = port == nullptr ? nullptr : LinkOfType(port->nLinkType);
   if (link == nullptr) return GWQ_LINK_UNUSABLE;

@@ -25,6 +25,7 @@ void PrintUnloaded() {
 
 }  // namespace
 
+// Contract: returns 0 even if libusb fails.
 int ICC_INIT_LIBUSB() {
   libusb_init(nullptr);
   return 0;

@@ -29,7 +29,7 @@ struct HexDigit {
   }
 };
 
-// Applied to every character, digit or not; wraps around at 8 bits.
+// Contract: no character is rejected; the difference wraps around at 8 bits.
 struct SplitValue {
   template <typename T>
   static T Of(T c) {
@@ -37,7 +37,7 @@ struct SplitValue {
   }
 };
 
-// Only the low nibble counts.
+// Contract: no character is rejected; only its low nibble counts.
 struct NibbleValue {
   template <typename T>
   static T Of(T c) {
@@ -45,7 +45,8 @@ struct NibbleValue {
   }
 };
 
-// Hexadecimal in either case. Applied to every character, as SplitValue.
+// Hexadecimal in either case.
+// Contract: no character is rejected; the difference wraps around at 8 bits.
 struct HexValue {
   template <typename T>
   static T Of(T c) {

@@ -24,6 +24,7 @@ UniqueFd OpenTerminal(const char* path);
 class TerminalLine {
  public:
   [[nodiscard]] int fd() const { return fd_.load(std::memory_order_acquire); }
+  // Contract: only -1 means closed; any other negative descriptor counts as open.
   [[nodiscard]] bool IsOpen() const { return fd() != UniqueFd::kNone; }
 
   // Takes ownership of `fd` without closing the descriptor before it.

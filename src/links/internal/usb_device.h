@@ -51,6 +51,7 @@ class UsbDevice {
 
   // One transfer in, copied to `out`. Returns the bytes received.
   // Contract: the transfer's own result is ignored, so that an error looks like silence.
+  // Contract: a report is copied whole, also beyond the maximum of the read.
   int Read(Report& report, unsigned char* out) const;
 
   // Up to 5 transfers of the remaining bytes. Calls attempted(number from 1, bytes transferred,
