@@ -40,7 +40,7 @@ void SendText(const char* text) {
 }
 
 // The lengths are exported data, which the host may have set to any value.
-// Contract: the result is ignored.
+// Contract: a prefix or suffix that cannot be written is not reported.
 template <std::size_t N>
 void SendAround(const char (&bytes)[N], int32_t length) {
   if (length > 0) SendBytes(bytes, std::min(static_cast<std::size_t>(length), N));
