@@ -41,9 +41,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::copy(bytes.begin(), bytes.end(), report.data());
     const std::size_t stored = port.Stored();
     const int acknowledged = port.Acknowledged();
-    const Result result = reception.Take(gwq::ReportView(report.data(), gwq::kReportSize));
+    const Result result = reception.HandleReport(gwq::ReportView(report.data(), gwq::kReportSize));
     Require(port.Stored() - stored <= gwq::kReportSize, "a report brought more than it holds");
-    Require(port.Acknowledged() - acknowledged == (result == Result::kReportTaken ? 0 : 1),
+    Require(port.Acknowledged() - acknowledged == (result == Result::kMoreExpected ? 0 : 1),
             "packets and acknowledgements differ");
     if (result == Result::kRejected || result == Result::kFileDone) break;
   }

@@ -1,4 +1,4 @@
-// The download of a file or firmware image as the terminal's boot program takes it.
+// The download of a file or firmware image to the terminal's boot program.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -25,22 +25,25 @@ namespace {
 constexpr int kTimeoutMs = 3000;
 constexpr std::size_t kPieceSize = 30300;
 
-// A zero byte behind the packet, so that it is always a text.
-using Packet = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
+// The zero byte after the packet makes it a string at any length.
+using DownloadPacket = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
 
-// 30 KB, which the stack of a small thread does not have. Null when there was no memory.
-using PacketMemory = std::unique_ptr<Packet, decltype(&std::free)>;
+// On the heap, because 30 KB do not fit on the stack of a small thread.
+using PacketMemory = std::unique_ptr<DownloadPacket, decltype(&std::free)>;
 
-PacketMemory MakePacket() {
-  return {static_cast<Packet*>(std::calloc(sizeof(Packet), 1)), &std::free};
-}
-
-std::span<std::uint8_t> Payload(Packet& packet, std::size_t count) {
+std::span<std::uint8_t> Payload(DownloadPacket& packet, std::size_t count) {
   return {reinterpret_cast<std::uint8_t*>(packet.data()) + kPacketHeaderSize, count};
 }
 
-// Sends what is text of the packet: it is cut at its first zero byte, as this download is built.
-bool Send(char* packet) {
+void FillHeader(DownloadPacket& packet, PacketType type, std::size_t count) {
+  WritePacketHeader(type, Payload(packet, count),
+                    std::span<std::uint8_t, kPacketHeaderSize>(reinterpret_cast<std::uint8_t*>(packet.data()),
+                                                               kPacketHeaderSize));
+}
+
+// Contract: a packet is sent as a string, so that it ends before its first zero byte; a file with zero
+// bytes does not arrive as it is, and the call succeeds.
+bool SendAsString(char* packet) {
   AnswerText<1024> answer;
   const int length = static_cast<int>(std::strlen(packet));
   const int result = Exchange(kAsk, kPushEndpoint, {packet, length}, {&EndOfRead2, kTimeoutMs},
@@ -48,90 +51,90 @@ bool Send(char* packet) {
   return result == GWQ_OK && answer.text().starts_with(kDoneAnswer);
 }
 
-void Complete(Packet& packet, PacketType type, std::size_t count) {
-  WritePacketHeader(type, Payload(packet, count),
-                    std::span<std::uint8_t, kPacketHeaderSize>(reinterpret_cast<std::uint8_t*>(packet.data()),
-                                                               kPacketHeaderSize));
-}
-
-bool ChangeMode() {
-  if (Send(ModeChange().data())) return true;
+bool SendModeChange() {
+  if (SendAsString(ModeChange().data())) return true;
   ICC_DPrintLogToFile(" changge mode");
   return false;
 }
 
-bool Start() {
+bool SendStartPacket() {
   char packet[] = "\x02\x01\x00\x00\x00";
-  return Send(packet);
+  return SendAsString(packet);
 }
 
-bool cmdDownLoad(std::FILE* file, Packet& packet) {
+bool SendDataPacket(std::FILE* file, DownloadPacket& packet) {
   packet.fill('\0');
   const std::size_t count = std::fread(Payload(packet, kPieceSize).data(), 1, kPieceSize, file);
-  Complete(packet, PacketType::kData, count);
-  return Send(packet.data());
+  FillHeader(packet, PacketType::kData, count);
+  return SendAsString(packet.data());
 }
 
-bool cmdEnd(int file_type, std::string_view name, Packet& packet) {
+bool SendEndPacket(int file_type, std::string_view name, DownloadPacket& packet) {
   packet.fill('\0');
   const auto payload = Payload(packet, std::min(name.size(), kMaxNameSize) + 1);
   payload[0] = static_cast<std::uint8_t>(file_type);
   name.copy(reinterpret_cast<char*>(payload.data()) + 1, payload.size() - 1);
-  Complete(packet, PacketType::kEnd, payload.size());
-  return Send(packet.data());
+  FillHeader(packet, PacketType::kEnd, payload.size());
+  return SendAsString(packet.data());
 }
 
-// False when the terminal did not take a piece.
-bool SendPieces(std::FILE* file, Packet& packet) {
+// Contract: the end of the file is checked before each read; an empty file is sent as one data packet.
+bool SendContent(std::FILE* file, DownloadPacket& packet) {
   while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
-    if (!cmdDownLoad(file, packet)) return false;
+    if (!SendDataPacket(file, packet)) return false;
   }
   return true;
 }
 
-// A directory opens as well.
+// False for a directory, which fopen opens as well.
 bool IsReadable(std::FILE* file) {
   const int first = std::fgetc(file);
   if (first != EOF) std::ungetc(first, file);
   const bool readable = std::ferror(file) == 0;
-  if (readable && first == EOF) std::rewind(file);  // the end of the file is looked for before each piece
+  if (readable && first == EOF) std::rewind(file);  // clears the end of file, which SendContent checks
   return readable;
 }
 
 std::string_view NameOnTerminal(const char* path, int file_type) {
   if (file_type == kFirmwareImage) return "update.dat";
-  const char* slash = std::strrchr(path, '/');
-  const char* mark = slash == nullptr ? std::strrchr(path, '\\') : slash;
-  const std::string_view name = mark == nullptr ? "" : mark + 1;
-  if (slash != nullptr) ICC_DPrintLogToFile(" szFileName = %s", slash + 1);
-  return name;
+  const char* name = AfterLast(path, '/');
+  if (name != nullptr) ICC_DPrintLogToFile(" szFileName = %s", name);
+  if (name == nullptr) name = AfterLast(path, '\\');
+  return name == nullptr ? "" : name;
+}
+
+int Download(const char* path, int file_type) {
+  const Operation operation;
+  StoreShared(g_CancelWrite, 0);
+  ICC_DPrintLogToFile("szFilePath%s", path);
+  const File file = OpenFile(path, "rb");
+  if (!file || !IsReadable(file.get())) {
+    ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
+    return GWQ_NO_LOCAL_FILE;
+  }
+  const std::string_view name = NameOnTerminal(path, file_type);
+  const PacketMemory packet(static_cast<DownloadPacket*>(std::calloc(sizeof(DownloadPacket), 1)), &std::free);
+  if (!packet) return GWQ_TOO_SMALL;
+  if (!SendModeChange() || !SendStartPacket() || !SendContent(file.get(), *packet)) return GWQ_REFUSED;
+  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // an end packet would complete half a file
+  const bool cancelled = LoadShared(g_CancelWrite) != 0;
+  if (cancelled) ICC_DPrintLogToFile(" cancel write");
+  // Contract: a cancelled download is ended like a complete one; the terminal keeps the first part.
+  if (!SendEndPacket(file_type, name, *packet)) return GWQ_REFUSED;
+  const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
+  ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);
+  return result;
 }
 
 }  // namespace
 }  // namespace gwq
 
+using namespace gwq;
+
 int HIDDownLoad(const char* path, int fileType) {
-  const gwq::Operation operation;
-  gwq::StoreShared(g_CancelWrite, 0);
-  ICC_DPrintLogToFile("szFilePath%s", path);
-  const gwq::File file = gwq::OpenFile(path, "rb");
-  if (!file || !gwq::IsReadable(file.get())) {
-    ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
-    return GWQ_NO_LOCAL_FILE;
-  }
-  const std::string_view name = gwq::NameOnTerminal(path, fileType);
-  const gwq::PacketMemory packet = gwq::MakePacket();
-  if (!packet) return GWQ_TOO_SMALL;
-  if (!gwq::ChangeMode() || !gwq::Start() || !gwq::SendPieces(file.get(), *packet)) return GWQ_REFUSED;
-  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // half a file must not pass for a whole one
-  const bool cancelled = gwq::LoadShared(g_CancelWrite) != 0;
-  if (cancelled) ICC_DPrintLogToFile(" cancel write");
-  const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
-  if (!gwq::cmdEnd(fileType, name, *packet)) return GWQ_REFUSED;
-  ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);
-  return result;
+  return Download(path, fileType);
 }
 
 int DownVideoFile(int port, char /*channel*/, int /*baud*/, int fileType, const char* path) {
-  return port == 0 ? HIDDownLoad(path, fileType) : static_cast<int>(GWQ_BAD_ARGUMENT);
+  return port == 0 ? Download(path, fileType) : static_cast<int>(GWQ_BAD_ARGUMENT);
 }

@@ -1,7 +1,9 @@
+// The media that the terminal stores, whatever it is used for: list, send as text in pieces, delete.
+// What the idle screen, the teller's card and the firmware make of it is in media_functions.cpp.
 #include <gwq/files/media.h>
 
 #include <algorithm>
-#include <cstring>
+#include <span>
 #include <string_view>
 
 #include <gwq/codec/text_forms.h>
@@ -22,7 +24,8 @@ constexpr int kPieceLinkTimeoutMs = 5000;
 constexpr int kPieceSize = 1024;
 constexpr std::size_t kRecordOverhead = 9;
 
-// The command is sent whole with its zero padding, N bytes. A name that is cut would delete another file.
+// Contract: the whole buffer of N bytes is sent, zero padding included. A name that is cut is refused,
+// because it would delete another file.
 template <std::size_t N>
 int AskWithWholeBuffer(Endpoint endpoint, Command<N>& command, int timeout_ms, AnswerText<4096>& answer) {
   if (command.IsCut()) return GWQ_BAD_ARGUMENT;
@@ -35,7 +38,8 @@ void WriteLittleEndian(int value, unsigned char* out) {
     out[i] = static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i));
 }
 
-// Contract: any byte count above 0 is GWQ_READ_FAILED.
+// Contract: a byte count above 0 is GWQ_READ_FAILED, so that a piece that the terminal has confirmed
+// is reported as failed.
 int ReadPieceAnswer() {
   AnswerText<1024> answer;
   auto* bytes = reinterpret_cast<unsigned char*>(answer.data());
@@ -45,18 +49,33 @@ int ReadPieceAnswer() {
   return GWQ_REFUSED;
 }
 
-// Sends the piece's record in split form. Total and index may be any numbers of the caller's: their difference wraps around.
-int SendPiece(int file_type, int total, int index, std::span<const unsigned char> piece, const char* name) {
-  const auto remaining = static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
+// The pieces after this one. A caller's numbers may be any: the difference wraps around.
+int RemainingPieces(int total, int index) {
+  return static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
+}
+
+// The record of a piece: total, remaining, its bytes, and the XOR of all of these. Returns its size.
+int WritePieceRecord(int total, int remaining, std::span<const unsigned char> piece, unsigned char* out) {
+  const int size = static_cast<int>(piece.size());
+  WriteLittleEndian(total, out);
+  WriteLittleEndian(remaining, out + 4);
+  std::copy(piece.begin(), piece.end(), out + 8);
+  out[8 + size] = GetXorValue(0, out, 8 + size);
+  return size + static_cast<int>(kRecordOverhead);
+}
+
+// Sends the piece's record in split form.
+int SendTextPiece(int file_type, int total, int index, std::span<const unsigned char> piece,
+                  const char* name) {
   SecretArray<unsigned char, kPieceSize + kRecordOverhead> record;
-  const int size =
-      GetDownParam3(total, remaining, piece.data(), static_cast<int>(piece.size()), record.data());
+  const int size = WritePieceRecord(total, RemainingPieces(total, index), piece, record.data());
   SecretArray<char, 2 * (kPieceSize + kRecordOverhead)> split;
   const int length = HexAsc1Split(record.data(), size, split.data(), static_cast<int>(split.size()));
   Command<4096> command(Channel::kDevice, "DOWNLOAD");
   command.Fields('|', file_type, OrEmpty(name),
                  std::string_view(split.data(), static_cast<std::size_t>(length)));
-  // Contract: only the first 1024 bytes are sent. The name is among them, whole.
+  // Contract: only the first 1024 bytes of the command are sent; a piece of more than about 490 bytes
+  // arrives without its end. The name must be among them.
   const int piece_at = command.size() - 1 - length;
   if (command.IsCut() || piece_at > kPieceSize) return GWQ_BAD_ARGUMENT;
   if (WriteOnLink(reinterpret_cast<unsigned char*>(command.data()), kPieceSize) < kPieceSize)
@@ -64,12 +83,12 @@ int SendPiece(int file_type, int total, int index, std::span<const unsigned char
   return ReadPieceAnswer();
 }
 
-// Returns the last piece's status; the ones before do not count.
-int SendPieces(int file_type, std::string_view text, const char* name) {
+// Contract: a piece that fails does not end the call; the caller gets the status of the last one.
+int SendTextPieces(int file_type, std::string_view text, const char* name) {
   const int total = static_cast<int>((text.size() + kPieceSize - 1) / kPieceSize);
   int result = GWQ_OK;
   for (int index = 1; index <= total; ++index) {
-    result = SendPiece(file_type, total, index, AsBytes(text.substr(0, kPieceSize)), name);
+    result = SendTextPiece(file_type, total, index, AsBytes(text.substr(0, kPieceSize)), name);
     text.remove_prefix(std::min<std::size_t>(kPieceSize, text.size()));
   }
   return result;
@@ -94,6 +113,7 @@ int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, 
   if (result != GWQ_OK) return result;
   const std::string_view list = WithoutMarks(answer.text());
   if (out == nullptr || capacity < static_cast<int>(list.size())) return GWQ_TOO_SMALL;
+  // Contract: no terminator is written; the caller passes a zeroed buffer.
   list.copy(out, list.size());
   return GWQ_OK;
 }
@@ -103,24 +123,19 @@ int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const 
   const ExchangeTurn turn(0);
   const OpenLink link(turn, {0, baud}, {&EndOfRead2, kPieceLinkTimeoutMs}, true);
   if (!link) return GWQ_NOT_OPENED;
-  return SendPieces(fileType, OrEmpty(text), name);
+  return SendTextPieces(fileType, OrEmpty(text), name);
 }
 
 int DownFile(int fileType, int total, int index, const unsigned char* data, int count, const char* name) {
-  return SendPiece(fileType, total, index, BytesOf(data, std::min(count, kPieceSize)), name);
+  return SendTextPiece(fileType, total, index, BytesOf(data, std::min(count, kPieceSize)), name);
 }
 
 int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out) {
   if (out == nullptr) return 0;
-  const auto bytes = BytesOf(data, count);
-  const int size = static_cast<int>(bytes.size());
-  WriteLittleEndian(total, out);
-  WriteLittleEndian(remaining, out + 4);
-  std::copy(bytes.begin(), bytes.end(), out + 8);
-  out[8 + size] = GetXorValue(0, out, 8 + size);
-  return size + static_cast<int>(kRecordOverhead);
+  return WritePieceRecord(total, remaining, BytesOf(data, count), out);
 }
 
+// Contract: a refusal by the terminal is success, unlike in MP_DelHeadFile: the answer is not checked.
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   Command<4096> command(Channel::kDevice, "DELETE");
   AnswerText<4096> answer;

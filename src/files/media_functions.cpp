@@ -1,10 +1,9 @@
+// What the terminal shows of its files: the teller's head photo, the QR code, the pictures of the idle
+// screen, and the firmware. The commands for stored media as such are in media.cpp.
 #include <gwq/files/media_functions.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <string_view>
 
 #include <gwq/codec/encodings.h>
@@ -12,6 +11,7 @@
 #include <gwq/frame/port.h>
 #include "diag/internal/log_gbk.h"
 #include "diag/internal/pause.h"
+#include "files/internal/file.h"
 #include "files/internal/path_list.h"
 #include "files/internal/transfer.h"
 #include "frame/internal/arguments.h"
@@ -24,17 +24,13 @@ namespace {
 constexpr int kTimeoutMs = 3000;
 constexpr int kPauseAfterUpdateMs = 200;
 
-// nSaveType, for pictures.
+// nSaveType of MP_DownloadFile, for pictures.
 enum SaveType { kDeleteAll = 0, kReplaceAll = 1, kAdd = 2, kAddMissing = 3, kDeleteListed = 4 };
 
-using Request = Command<1024 + 64>;
-
-bool Exists(const char* path) {
-  return access(path, F_OK) == 0;
-}
+using MediaCommand = Command<1024 + 64>;
 
 template <std::size_t N>
-int AskUsb(int baud, Request& command, AnswerText<N>& answer) {
+int AskMedia(int baud, MediaCommand& command, AnswerText<N>& answer) {
   return Ask({0, baud}, command, answer, &EndOfRead2, kTimeoutMs);
 }
 
@@ -44,17 +40,19 @@ int PushPicture(const char* path) {
   return result;
 }
 
+// Contract: the baud rate is 0, whatever the caller gives.
 int DeletePicture(const char* name) {
   return DeleteOnTerminal({.port = 0, .baud = 0}, kPicture, name);
 }
 
+// Contract: only the first three characters of the extension count; "a.data" is a package as well.
 bool IsFirmwarePackage(const char* path) {
-  const char* dot = std::strrchr(path, '.');
-  return dot != nullptr && std::string_view(dot + 1).starts_with("dat");
+  const char* extension = AfterLast(path, '.');
+  return extension != nullptr && std::string_view(extension).starts_with("dat");
 }
 
 int UpdateFirmware(int baud, const char* path) {
-  if (!IsSet(path) || !Exists(path)) {
+  if (!IsSet(path) || !FileExists(path)) {
     LogGbk(Gbk("文件不存在"));
     return GWQ_NO_FILE;
   }
@@ -68,33 +66,29 @@ int UpdateFirmware(int baud, const char* path) {
     return result;
   }
   LogGbk(Gbk("升级包下载成功"));
-  Request command(Channel::kDevice, "UPDATE");
+  // Contract: whether the command to install it arrives does not count; the call succeeds.
+  MediaCommand command(Channel::kDevice, "UPDATE");
   Tell({0, baud}, command.Fields('|', "/mnt/sdcard/media/data/update.dat"), kTimeoutMs);
   PauseMs(kPauseAfterUpdateMs);
   return GWQ_OK;
 }
 
-// What a list of pictures needs, and what was done of it.
-struct Tally {
-  int needed = 0;
-  int done = 0;
-
-  // Contract: compared and logged although every failure has returned earlier.
-  [[nodiscard]] int Close() const {
-    ICC_DPrintLogToFile("nNeedDown=%d", needed);
-    ICC_DPrintLogToFile("nHavedDown=%d", done);
-    ICC_DPrintLogToFile(needed == done ? "OK" : "Error");
-    return needed == done ? GWQ_OK : GWQ_REFUSED;
-  }
-};
+// Contract: compared and logged although every failure has returned earlier; a caller never sees the
+// GWQ_REFUSED from here.
+int CompareCounts(int needed, int done) {
+  ICC_DPrintLogToFile("nNeedDown=%d", needed);
+  ICC_DPrintLogToFile("nHavedDown=%d", done);
+  ICC_DPrintLogToFile(needed == done ? "OK" : "Error");
+  return needed == done ? GWQ_OK : GWQ_REFUSED;
+}
 
 int AddPicture(const char* list, const char* path) {
-  if (!Exists(path)) {
+  if (!FileExists(path)) {
     LogGbk(Gbk("文件不存在 szFilePath = %s"), list);
     LogGbk(Gbk("文件不存在 szFilePathUTF8 = %s"), path);
     return GWQ_NO_FILE;
   }
-  if (std::strchr(path, '/') == nullptr) {
+  if (AfterLast(path, '/') == nullptr) {
     LogGbk(Gbk("路径格式异常"));
     return GWQ_NO_FILE;
   }
@@ -103,27 +97,28 @@ int AddPicture(const char* list, const char* path) {
 
 int AddPictures(char* list) {
   PathList paths(list);
-  Tally tally;
+  int needed = 0;
+  int done = 0;
   while (const char* path = paths.Next()) {
-    ++tally.needed;
+    ++needed;
     if (const int result = AddPicture(list, path); result != GWQ_OK) return result;
-    ++tally.done;
+    ++done;
   }
-  return tally.Close();
+  return CompareCounts(needed, done);
 }
 
-// Asks whether the terminal has the picture.
 int QueryPicture(int baud, const char* path, bool& on_terminal) {
-  SecretText<1024 + 64> place;
-  place << "/mnt/internal_sd/media/picture/" << BaseName(path);
-  ICC_DPrintLogToFile("query File szDevicePath=%s", place.data());
-  Request command(Channel::kDevice, "SPECQUERYFILE");
+  SecretText<1024 + 64> remote;
+  remote << "/mnt/internal_sd/media/picture/" << BaseName(path);
+  ICC_DPrintLogToFile("query File szDevicePath=%s", remote.data());
+  MediaCommand command(Channel::kDevice, "SPECQUERYFILE");
   AnswerText<4096> answer;
-  const int result = AskUsb(baud, command.Fields('|', place.text()), answer);
+  const int result = AskMedia(baud, command.Fields('|', remote.text()), answer);
   if (result != GWQ_OK) {
     ICC_DPrintLogToFile("SPECQUERYFILE\tError  nRet=%d", result);
     return result;
   }
+  // Contract: an answer of at most 9 bytes means that the terminal does not have it.
   on_terminal = !answer.text().starts_with(kRefusalAnswer) && answer.text().size() > 9;
   ICC_DPrintLogToFile("query File  OK");
   ICC_DPrintLogToFile("query File nExist=%d", on_terminal ? 1 : 0);
@@ -131,11 +126,11 @@ int QueryPicture(int baud, const char* path, bool& on_terminal) {
 }
 
 int AddMissingPicture(int baud, const char* path) {
-  if (!Exists(path)) {
+  if (!FileExists(path)) {
     LogGbk(Gbk("文件不存在"));
     return GWQ_NO_FILE;
   }
-  if (std::strchr(path, '/') == nullptr) {
+  if (AfterLast(path, '/') == nullptr) {
     LogGbk(Gbk("路径格式异常"));
     return GWQ_NO_FILE;
   }
@@ -155,36 +150,39 @@ int AddMissingPictures(int baud, char* list) {
 
 int DeletePictures(char* list) {
   PathList names(list);
-  Tally tally;
+  int needed = 0;
+  int done = 0;
   while (const char* name = names.Next()) {
-    ++tally.needed;
+    ++needed;
     if (const int result = DeletePicture(name); result != GWQ_OK) {
       ICC_DPrintLogToFile("DeleteMediaFile Error nRet=%d", result);
       return result;
     }
-    ++tally.done;
+    ++done;
   }
-  return tally.Close();
+  return CompareCounts(needed, done);
 }
 
-int DeleteAllPictures(const char* log) {
+int DeleteAllPictures() {
   const int result = DeletePicture("*");
-  ICC_DPrintLogToFile(log, result);
+  ICC_DPrintLogToFile("nRet=%d", result);
   return result;
 }
 
 int ReplacePictures(char* list) {
-  const int result = DeleteAllPictures("DeleteMediaFile nRet=%d");
+  const int result = DeletePicture("*");
+  ICC_DPrintLogToFile("DeleteMediaFile nRet=%d", result);
   return result == GWQ_OK ? AddPictures(list) : result;
 }
 
-int UnknownType() {
+int RejectType() {
   ICC_DPrintLogToFile("Z11DownLoadFile Error nRet=%d", GWQ_BAD_ARGUMENT);
   return GWQ_BAD_ARGUMENT;
 }
 
-// A list that was forgotten must not replace all pictures by none; a name that is cut would delete another picture.
-bool ListHolds(const char* list, int save_type) {
+// A missing list must not replace all pictures by none; a name that is cut would delete another
+// picture.
+bool IsValidList(const char* list, int save_type) {
   if (list == nullptr) return save_type != kReplaceAll;
   return save_type != kDeleteListed || LongestElement(list) <= kMaxNameSize;
 }
@@ -194,7 +192,7 @@ int ChangePictures(int baud, char* list, int save_type) {
   if (list == nullptr) list = none;
   switch (save_type) {
     case kDeleteAll:
-      return DeleteAllPictures("nRet=%d");
+      return DeleteAllPictures();
     case kReplaceAll:
       return ReplacePictures(list);
     case kAdd:
@@ -204,7 +202,7 @@ int ChangePictures(int baud, char* list, int save_type) {
     case kDeleteListed:
       return DeletePictures(list);
     default:
-      return UnknownType();
+      return RejectType();
   }
 }
 
@@ -216,9 +214,9 @@ using namespace gwq;
 int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int baud, char* list, int* length) {
   ICC_DPrintLogToFile("MP_FindHeadPhoto");
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
-  Request command(Channel::kDevice, "GETFILELIST");
+  MediaCommand command(Channel::kDevice, "GETFILELIST");
   AnswerText<1024> answer;
-  const int result = AskUsb(baud, command.Fields('|', kHeadPhoto), answer);
+  const int result = AskMedia(baud, command.Fields('|', kHeadPhoto), answer);
   if (result != GWQ_OK) return result;
   const std::string_view names = WithoutMarks(answer.text());
   if (list == nullptr || length == nullptr || *length < static_cast<int>(names.size())) return GWQ_TOO_SMALL;
@@ -229,12 +227,12 @@ int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int bau
 
 int MP_DelHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud, const char* name) {
   ICC_DPrintLogToFile("MP_DelHeadFile");
-  Request command(Channel::kDevice, "DELETE");
+  MediaCommand command(Channel::kDevice, "DELETE");
   command.Fields('|', kHeadPhoto, OrEmpty(name));
   if (command.IsCut()) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
   AnswerText<1024> answer;
-  const int result = AskUsb(baud, command, answer);
+  const int result = AskMedia(baud, command, answer);
   if (result != GWQ_OK) return result == GWQ_NOT_OPENED ? GWQ_NOT_OPENED : GWQ_REFUSED;
   return answer.text() == kRefusalAnswer ? GWQ_REFUSED : GWQ_OK;
 }
@@ -244,15 +242,15 @@ int MP_DownHeadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud
   const Operation operation;
   ICC_DPrintLogToFile("MP_DownHeadFile");
   if (!IsSet(path) || OrEmpty(name).size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
-  if (!Exists(path)) {
+  if (!FileExists(path)) {
     LogGbk(Gbk("[MP_DownHeadFile]文件不存在"));
     return GWQ_NO_FILE;
   }
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
-  SecretText<256> stored;
-  stored << (IsSet(name) ? std::string_view(name) : BaseName(path));
-  if (!IsSet(name)) ICC_DPrintLogToFile("szFileNameNew:%s", stored.data());
-  const int result = PushFile({0, baud}, kHeadPhoto, path, IsSet(name) ? name : stored.text());
+  SecretText<256> base_name;
+  base_name << BaseName(path);
+  if (!IsSet(name)) ICC_DPrintLogToFile("szFileNameNew:%s", base_name.data());
+  const int result = PushFile({0, baud}, kHeadPhoto, path, IsSet(name) ? name : base_name.text());
   ICC_DPrintLogToFile("nRet=%d", result);
   return result;
 }
@@ -262,10 +260,11 @@ int MP_SetBarcodePic(const char* /*ignored1*/, const char* /*ignored2*/, int bau
   ICC_DPrintLogToFile("[MP_SetBarcodePic]");
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
   if (!IsSet(path)) {
-    Request command(Channel::kEvaluation, "QRCODEDELETE");
+    MediaCommand command(Channel::kEvaluation, "QRCODEDELETE");
     return Tell({0, baud}, command, kTimeoutMs) == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
   }
-  if (!Exists(path)) return GWQ_NO_FILE;
+  if (!FileExists(path)) return GWQ_NO_FILE;
+  // Contract: the caller's baud rate is used for the drain only.
   const int result = PushFile(kPushEndpoint, kNamedFile, path, "/mnt/sdcard/media/file/QRcode.jpg");
   ICC_DPrintLogToFile("nRet=%d", result);
   return result;
@@ -277,14 +276,15 @@ int MP_GetFileList(const char* /*ignored1*/, const char* /*ignored2*/, int baud,
   ICC_DPrintLogToFile("[MP_GetFileList]");
   ICC_DPrintLogToFile("nFileType=%d", nFileType);
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
-  Request command(Channel::kDevice, "GETFILELIST");
+  MediaCommand command(Channel::kDevice, "GETFILELIST");
   AnswerText<4096> answer;
-  const int result = AskUsb(baud, command.Fields('|', nFileType), answer);
+  const int result = AskMedia(baud, command.Fields('|', nFileType), answer);
   ICC_DPrintLogToFile("TransProc nRet=%d", result);
   if (result != GWQ_OK) return result;
   const std::string_view names = WithoutMarks(answer.text()).substr(0, kCapacity - 1);
   std::array<char, kCapacity + 1> converted{};
   g2u(names.data(), static_cast<int>(names.size()), converted.data(), kCapacity - 1);
+  // Contract: all 1024 bytes of the caller's buffer are overwritten.
   if (list != nullptr) std::copy_n(converted.data(), kCapacity, list);
   ICC_DPrintLogToFile("szFileList=%s", converted.data());
   return GWQ_OK;
@@ -295,9 +295,9 @@ int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud
   const Operation operation;
   ICC_DPrintLogToFile("[MP_DownloadFile]");
   ICC_DPrintLogToFile("nFileType=%d,szFilePath=%s,nSaveType=%d", nFileType, szFilePath, nSaveType);
-  if (nFileType == 0 && !ListHolds(szFilePath, nSaveType)) return GWQ_BAD_ARGUMENT;
+  if (nFileType == 0 && !IsValidList(szFilePath, nSaveType)) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainFirst({0, baud}, DrainLog::kLogged); status != GWQ_OK) return status;
   if (nFileType == 1) return UpdateFirmware(baud, szFilePath);
   if (nFileType == 0) return ChangePictures(baud, szFilePath, nSaveType);
-  return UnknownType();
+  return RejectType();
 }

@@ -11,14 +11,16 @@ thread_local int t_output_room = kUnlimited;
 
 }  // namespace
 
-bool FindsRoom(std::size_t bytes) {
+bool FitsOutputRoom(std::size_t bytes) {
   return t_output_room == kUnlimited || bytes <= static_cast<std::size_t>(t_output_room);
 }
 
 }  // namespace gwq
 
+using namespace gwq;
+
 int GWQ_SetOutputRoom(int bytes) {
   if (bytes < 0) return GWQ_BAD_ARGUMENT;
-  gwq::t_output_room = bytes;
+  t_output_room = bytes;
   return GWQ_OK;
 }

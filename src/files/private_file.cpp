@@ -13,37 +13,37 @@ namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 
-int CreateOwn(const char* path) {
+int CreateExclusive(const char* path) {
   unlink(path);
   return open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly);
 }
 
-bool IsAnothers(const char* path) {
+bool BelongsToAnotherUser(const char* path) {
   struct stat status {};
   return lstat(path, &status) == 0 && status.st_uid != geteuid();
 }
 
 }  // namespace
 
-PrivatePlace::PrivatePlace(const char* wanted) : fd_(CreateOwn(wanted)) {
+PrivateTempFile::PrivateTempFile(const char* wanted) : fd_(CreateExclusive(wanted)) {
   std::string_view(wanted).copy(path_.data(), path_.size() - 1);
-  if (fd_ < 0 && IsAnothers(wanted)) StandIn();
+  if (fd_ < 0 && BelongsToAnotherUser(wanted)) CreateUnique();
 }
 
-PrivatePlace::~PrivatePlace() {
+PrivateTempFile::~PrivateTempFile() {
   if (fd_ >= 0) close(fd_);
-  if (stands_in_) unlink(path_.data());
+  if (is_unique_) unlink(path_.data());
 }
 
-void PrivatePlace::StandIn() {
+void PrivateTempFile::CreateUnique() {
   path_ = {"/tmp/gwq-XXXXXX"};
   fd_ = mkostemp(path_.data(), O_CLOEXEC);
-  stands_in_ = fd_ >= 0;
+  is_unique_ = fd_ >= 0;
 }
 
-File PrivatePlace::Open() {
+File PrivateTempFile::Open() {
   File file(fd_ < 0 ? nullptr : fdopen(fd_, "wb"));
-  if (file) fd_ = -1;  // the file's now
+  if (file) fd_ = -1;  // owned by the stream from here on
   return file;
 }
 

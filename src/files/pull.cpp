@@ -19,14 +19,14 @@ namespace gwq {
 namespace {
 
 constexpr int kPausePerReportMs = 10;
-constexpr std::size_t kMaxBytes = 256U << 20U;
+constexpr std::size_t kMaxFileSize = 256U << 20U;
 
 constexpr ExchangeKind kPull{
     .opening_log = nullptr,
     .logs_identities = false,
     .logs_before_send = false,
     .sends = true,
-    .ends_with_call = false};  // what follows a cancelled wait tells whether there is a signature
+    .ends_with_call = false};  // after a cancelled wait the pull tells whether there is a signature
 
 // Receives one file on the open link.
 class FileReceiver final : public Receiver, private PullPort {
@@ -38,11 +38,11 @@ class FileReceiver final : public Receiver, private PullPort {
     file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
     PullReception reception(*this);
-    while (got >= 1 && !ReadCancelRequested() && stored_ <= kMaxBytes) {
+    while (got >= 1 && !ReadCancelRequested() && stored_ <= kMaxFileSize) {
       AllowThreadCancel();
-      switch (reception.Take(ReportView(report_.data(), kReportSize))) {
+      switch (reception.HandleReport(ReportView(report_.data(), kReportSize))) {
         case PullReception::Result::kFileDone:
-          return StoredWhole() ? GWQ_OK : GWQ_READ_FAILED;
+          return CloseComplete() ? GWQ_OK : GWQ_READ_FAILED;
         case PullReception::Result::kRejected:
           RemovePartialFile();
           return GWQ_REFUSED;
@@ -51,7 +51,8 @@ class FileReceiver final : public Receiver, private PullPort {
           PauseMs(kPausePerReportMs);
       }
     }
-    return GWQ_READ_FAILED;  // what has come so far stays in the file
+    // Contract: what has arrived stays in the file; only a rejected packet removes it.
+    return GWQ_READ_FAILED;
   }
 
  private:
@@ -60,13 +61,13 @@ class FileReceiver final : public Receiver, private PullPort {
     return ICC_ReadDataFromTransPort(report_.data(), static_cast<int>(kReportSize));
   }
 
-  // What the terminal sends beyond the most bytes is not stored any more.
+  // Bytes beyond the limit are dropped; the read loop then ends the pull.
   void Store(std::span<const std::uint8_t> payload) override {
     stored_ += payload.size();
-    if (stored_ <= kMaxBytes) std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    if (stored_ <= kMaxFileSize) std::fwrite(payload.data(), 1, payload.size(), file_.get());
   }
 
-  // What the path names may be a device, which stays, or another file by now.
+  // Keeps a device, and a file that has replaced the opened one.
   void RemovePartialFile() {
     struct stat opened {};
     struct stat named {};
@@ -75,8 +76,8 @@ class FileReceiver final : public Receiver, private PullPort {
     if (same && S_ISREG(named.st_mode)) std::remove(path_);
   }
 
-  // A full disk must not pass for a whole file.
-  bool StoredWhole() {
+  // False when a write failed, for example on a full disk.
+  bool CloseComplete() {
     const bool written = std::ferror(file_.get()) == 0;
     return std::fclose(file_.release()) == 0 && written;
   }
@@ -90,10 +91,10 @@ class FileReceiver final : public Receiver, private PullPort {
   const char* path_;
   File file_;
   std::size_t stored_ = 0;
-  std::array<unsigned char, 2 * kReportSize> report_{};  // a read may bring up to a report more
+  std::array<unsigned char, 2 * kReportSize> report_{};  // a read may append up to one more report
 };
 
-int Pull(const CommandBytes& command, const char* path, int timeout_ms) {
+int PullWithCommand(const CommandBytes& command, const char* path, int timeout_ms) {
   FileReceiver receiver(path);
   return RunExchange(kPull, {.port = 0, .baud = 0}, command, {nullptr, timeout_ms}, &receiver);
 }
@@ -103,7 +104,7 @@ int Pull(const CommandBytes& command, const char* path, int timeout_ms) {
 int PullTo(std::string_view remote, const char* path, int timeout_ms) {
   Command<256> command(Channel::kDevice, "PULLFILE");
   command.Fields('|', remote);
-  return Pull({command.data(), command.size()}, path, timeout_ms);
+  return PullWithCommand({command.data(), command.size()}, path, timeout_ms);
 }
 
 }  // namespace gwq
@@ -111,10 +112,10 @@ int PullTo(std::string_view remote, const char* path, int timeout_ms) {
 using namespace gwq;
 
 int TransProcHW(int commandLen, char* command, int timeout_ms, char* path) {
-  return Pull({command, commandLen}, path, timeout_ms);
+  return PullWithCommand({command, commandLen}, path, timeout_ms);
 }
 
 int PullFile(int /*port*/, char /*channel*/, int /*baud*/, int timeout_ms, int commandLen, char* command,
              char* path) {
-  return Pull({command, commandLen}, path, timeout_ms);
+  return PullWithCommand({command, commandLen}, path, timeout_ms);
 }

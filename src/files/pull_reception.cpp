@@ -9,7 +9,7 @@ namespace gwq {
 namespace {
 
 constexpr std::uint8_t kStx = 0x02;
-constexpr std::size_t kLongestPayload = 256'000;
+constexpr std::size_t kMaxPayload = 256'000;
 
 std::uint8_t Xor(std::span<const std::uint8_t> bytes) {
   return getLRC(bytes.data(), static_cast<int>(bytes.size()));
@@ -22,7 +22,7 @@ struct PullReception::Header {
   PacketType type;
   std::uint8_t check;
   std::size_t length;
-  std::span<const std::uint8_t> payload;  // as far as it stands in this report
+  std::span<const std::uint8_t> payload;  // the part of it in this report
 
   explicit Header(ReportView report)
       : mark(report[0]),
@@ -31,57 +31,60 @@ struct PullReception::Header {
         length(report[3] * 65536U + report[4] * 256U + report[5]),
         payload(report.subspan(kPacketHeaderSize, std::min(length, kReportSize - kPacketHeaderSize))) {}
 
-  [[nodiscard]] bool WellFormed() const {
-    return mark == kStx && type <= PacketType::kEnd && length <= kLongestPayload;
+  [[nodiscard]] bool IsValid() const {
+    return mark == kStx && type <= PacketType::kEnd && length <= kMaxPayload;
   }
 };
 
-PullReception::Result PullReception::Take(ReportView report) {
-  return header_expected_ ? TakeHeader(report) : TakeContinuation(report);
+PullReception::Result PullReception::HandleReport(ReportView report) {
+  return header_expected_ ? HandleHeader(report) : HandleContinuation(report);
 }
 
-PullReception::Result PullReception::TakeHeader(ReportView report) {
+PullReception::Result PullReception::HandleHeader(ReportView report) {
   const Header header(report);
-  if (!header.WellFormed()) return Settle(false, Result::kRejected);
+  if (!header.IsValid()) return Acknowledge(false, Result::kRejected);
   switch (header.type) {
     case PacketType::kData:
-      return TakeData(header);
+      return HandleData(header);
     case PacketType::kStart:
-      return Settle(Xor(header.payload) == header.check, Result::kPacketDone);
+      return Acknowledge(Xor(header.payload) == header.check, Result::kPacketDone);
     case PacketType::kEnd:
-      return Settle(Xor(header.payload) == header.check, Result::kFileDone);
+      return Acknowledge(Xor(header.payload) == header.check, Result::kFileDone);
     default:
-      return Result::kReportTaken;
+      // Contract: type 0 is neither accepted nor rejected; the pull reads on.
+      return Result::kMoreExpected;
   }
 }
 
-// A short packet is written before its check, a long one's last report after it; the difference is
-// deliberate.
-PullReception::Result PullReception::TakeData(const Header& header) {
-  folded_ = Xor(header.payload);
+// Contract: a packet that fits into one report is stored before its check, the last report of a longer
+// one after it; the file of a pull that is rejected is removed either way.
+PullReception::Result PullReception::HandleData(const Header& header) {
+  computed_ = Xor(header.payload);
   if (!header.payload.empty()) port_.Store(header.payload);
-  if (header.length == header.payload.size()) return Settle(folded_ == header.check, Result::kPacketDone);
+  if (header.length == header.payload.size()) {
+    return Acknowledge(computed_ == header.check, Result::kPacketDone);
+  }
   remaining_ = header.length - header.payload.size();
   check_ = header.check;
   header_expected_ = false;
-  return Result::kReportTaken;
+  return Result::kMoreExpected;
 }
 
-PullReception::Result PullReception::TakeContinuation(ReportView report) {
+PullReception::Result PullReception::HandleContinuation(ReportView report) {
   const std::span<const std::uint8_t> payload = report.first(std::min(remaining_, kReportSize));
-  folded_ = static_cast<std::uint8_t>(folded_ ^ Xor(payload));
+  computed_ = static_cast<std::uint8_t>(computed_ ^ Xor(payload));
   const bool last = remaining_ <= kReportSize;
-  const bool holds = !last || folded_ == check_;
-  if (holds) port_.Store(payload);
+  const bool valid = !last || computed_ == check_;
+  if (valid) port_.Store(payload);
   remaining_ -= payload.size();
-  if (!last) return Result::kReportTaken;
+  if (!last) return Result::kMoreExpected;
   header_expected_ = true;
-  return Settle(holds, Result::kPacketDone);
+  return Acknowledge(valid, Result::kPacketDone);
 }
 
-PullReception::Result PullReception::Settle(bool holds, Result done) {
-  port_.Acknowledge(holds);
-  return holds ? done : Result::kRejected;
+PullReception::Result PullReception::Acknowledge(bool valid, Result done) {
+  port_.Acknowledge(valid);
+  return valid ? done : Result::kRejected;
 }
 
 }  // namespace gwq

@@ -1,7 +1,5 @@
 #include <gwq/files/push.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -20,6 +18,7 @@
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
 
+// Exported work buffers of a push: a piece of the file, and the data packet around it.
 unsigned char m_szBuf[200000];
 unsigned char m_szCMD[204800];
 
@@ -29,8 +28,8 @@ namespace {
 constexpr int kStepTimeoutMs = 5000;
 constexpr int kEndTimeoutMs = 30000;
 
-// One step of a push: sends bytes, and the acknowledgement may be a refusal.
-int Step(Endpoint endpoint, CommandBytes bytes, int timeout_ms) {
+// Sends one packet or command of a push and checks its acknowledgement.
+int PushStep(Endpoint endpoint, CommandBytes bytes, int timeout_ms) {
   AnswerText<1024> answer;
   const int result =
       Exchange(kAsk, endpoint, bytes, {&EndOfRead2, timeout_ms}, {answer.data(), answer.length()});
@@ -38,107 +37,108 @@ int Step(Endpoint endpoint, CommandBytes bytes, int timeout_ms) {
   return CheckAndGetResponse(answer.bytes().data(), *answer.length());
 }
 
-CommandBytes BytesOf(std::span<unsigned char> packet) {
+CommandBytes AsCommand(std::span<unsigned char> packet) {
   return {reinterpret_cast<char*>(packet.data()), static_cast<int>(packet.size())};
 }
 
-int ChangeMode(Endpoint endpoint) {
+// Writes the header of a packet whose payload, `count` bytes, is in `room` after the header's place.
+CommandBytes CompletePacket(std::span<unsigned char> room, PacketType type, std::size_t count) {
+  const std::span<unsigned char> packet = room.first(kPacketHeaderSize + count);
+  WritePacketHeader(type, packet.subspan(kPacketHeaderSize), packet.first<kPacketHeaderSize>());
+  return AsCommand(packet);
+}
+
+int PushModeChange(Endpoint endpoint) {
   auto command = ModeChange();
-  const int result = Step(endpoint, {command.data(), command.size()}, kStepTimeoutMs);
+  const int result = PushStep(endpoint, {command.data(), command.size()}, kStepTimeoutMs);
   ICC_DPrintLogToFile("Z11DownLoadFile Z11ChangeMode nRet=%d", result);
   return result;
 }
 
-// An empty start packet, and one zero byte after it, which the terminal expects.
-int StartDownload(Endpoint endpoint) {
+// Contract: one zero byte follows the empty start packet; the terminal expects it.
+int PushStart(Endpoint endpoint) {
   unsigned char packet[kPacketHeaderSize + 1] = {};
   WritePacketHeader(PacketType::kStart, {}, std::span(packet).first<kPacketHeaderSize>());
-  const int result = Step(endpoint, BytesOf(packet), kStepTimeoutMs);
+  const int result = PushStep(endpoint, AsCommand(packet), kStepTimeoutMs);
   ICC_DPrintLogToFile("Z11DownLoadFile Z11StartDownload nRet=%d", result);
   return result;
 }
 
-// Completes a packet whose payload, `count` bytes, is in place after the room for the header.
-CommandBytes Packed(std::span<unsigned char> room, PacketType type, std::size_t count) {
-  const std::span<unsigned char> packet = room.first(kPacketHeaderSize + count);
-  WritePacketHeader(type, packet.subspan(kPacketHeaderSize), packet.first<kPacketHeaderSize>());
-  return BytesOf(packet);
+bool IsAtEnd(std::FILE* file) {
+  const int next = std::fgetc(file);
+  if (next != EOF) std::ungetc(next, file);
+  return next == EOF;
 }
 
-bool IsEmpty(std::FILE* file) {
-  const int first = std::fgetc(file);
-  if (first == EOF) return true;
-  std::ungetc(first, file);
-  return false;
-}
-
-// Contract: the end of the file is checked before each read. A size that is a multiple of the piece ends with an empty
-// data packet, which the terminal accepts; an empty file sends none.
-int SendPieces(Endpoint endpoint, std::FILE* file) {
-  if (IsEmpty(file)) return std::ferror(file) != 0 ? GWQ_BAD_ARGUMENT : GWQ_OK;
+// Contract: the end of the file is checked before each read. A size that is a multiple of the piece
+// ends with an empty data packet, which the terminal accepts; an empty file sends none.
+int PushContent(Endpoint endpoint, std::FILE* file) {
+  if (IsAtEnd(file)) return std::ferror(file) != 0 ? GWQ_BAD_ARGUMENT : GWQ_OK;
   while (std::feof(file) == 0) {
     const std::size_t count = std::fread(m_szBuf, 1, sizeof m_szBuf, file);
     if (std::ferror(file) != 0) return GWQ_BAD_ARGUMENT;
     ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
     std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
-    const int result = Step(endpoint, Packed(m_szCMD, PacketType::kData, count), kStepTimeoutMs);
+    const CommandBytes packet = CompletePacket(m_szCMD, PacketType::kData, count);
+    const int result = PushStep(endpoint, packet, kStepTimeoutMs);
     if (result < 0) return result;
   }
   return GWQ_OK;
 }
 
-int SendFile(Endpoint endpoint, const char* path) {
+int OpenAndPush(Endpoint endpoint, const char* path) {
   ICC_DPrintLogToFile(" Z11SendFile szFilePath=%s", path);
   const File file = OpenFile(path, "rb");
   if (!file) ICC_DPrintLogToFile(" Z11SendFile open file faild");
-  const int result = file ? SendPieces(endpoint, file.get()) : static_cast<int>(GWQ_BAD_ARGUMENT);
+  const int result = file ? PushContent(endpoint, file.get()) : static_cast<int>(GWQ_BAD_ARGUMENT);
   ICC_DPrintLogToFile("Z11DownLoadFile Z11SendFile nRet=%d", result);
   return result;
 }
 
-int EndDownload(Endpoint endpoint, int type, std::string_view name) {
+int PushEnd(Endpoint endpoint, int type, std::string_view name) {
   ICC_DPrintLogToFile("Z11EndDownload szTempName=%.*s", static_cast<int>(name.size()), name.data());
   ICC_DPrintLogToFile("cmdEnd type=%d\r\n", type);
   std::array<unsigned char, kPacketHeaderSize + 1 + kMaxNameSize> packet{};
   packet[kPacketHeaderSize] = static_cast<unsigned char>(type);
   name.copy(reinterpret_cast<char*>(packet.data()) + kPacketHeaderSize + 1, name.size());
-  const int result = Step(endpoint, Packed(packet, PacketType::kEnd, name.size() + 1), kEndTimeoutMs);
+  const CommandBytes bytes = CompletePacket(packet, PacketType::kEnd, name.size() + 1);
+  const int result = PushStep(endpoint, bytes, kEndTimeoutMs);
   ICC_DPrintLogToFile("Z11DownLoadFile Z11EndDownload nRet=%d", result);
   return result;
 }
 
-int PushListed(const char* path, TerminalPlaces& places) {
-  if (access(path, F_OK) != 0) {
+int PushListed(const char* path, TerminalPaths& on_terminal) {
+  if (!FileExists(path)) {
     ICC_DPrintLogToFile("File Not Exist");
     return GWQ_NO_FILE;
   }
-  SecretText<1024 + 8> place;
-  place << "/tmp/" << BaseName(path);
-  places << (places.size() == 0 ? "" : "|") << place.text();
+  SecretText<1024 + 8> remote;
+  remote << "/tmp/" << BaseName(path);
+  on_terminal << (on_terminal.size() == 0 ? "" : "|") << remote.text();
   ICC_DPrintLogToFile("szFilePathGBK=%s", path);
-  ICC_DPrintLogToFile("szDevicePathGBK=%s", place.data());
-  return PushFile(kPushEndpoint, kNamedFile, path, place.text());
+  ICC_DPrintLogToFile("szDevicePathGBK=%s", remote.data());
+  return PushFile(kPushEndpoint, kNamedFile, path, remote.text());
 }
 
 }  // namespace
 
 int PushFile(Endpoint endpoint, int type, const char* path, std::string_view name) {
   if (name.size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
-  int result = ChangeMode(endpoint);
-  if (result >= 0) result = StartDownload(endpoint);
-  if (result >= 0) result = SendFile(endpoint, path);
-  if (result >= 0) result = EndDownload(endpoint, type, name);
+  int result = PushModeChange(endpoint);
+  if (result >= 0) result = PushStart(endpoint);
+  if (result >= 0) result = OpenAndPush(endpoint, path);
+  if (result >= 0) result = PushEnd(endpoint, type, name);
   return std::min(result, 0);
 }
 
-int PushList(const char* paths, TerminalPlaces& places) {
+int PushList(const char* paths, TerminalPaths& on_terminal) {
   ICC_DPrintLogToFile("pushFileToZ11");
   if (paths == nullptr) return GWQ_BAD_ARGUMENT;
   std::array<char, 1024> copy{};
   std::string_view(paths).copy(copy.data(), copy.size() - 1);
   PathList rest(copy.data());
   while (const char* path = rest.Next()) {
-    if (const int result = PushListed(path, places); result != GWQ_OK) return result;
+    if (const int result = PushListed(path, on_terminal); result != GWQ_OK) return result;
   }
   return GWQ_OK;
 }
@@ -159,8 +159,9 @@ int Z11DownLoadHead(int port, char /*channel*/, int baud, int type, const char* 
 
 int pushFileToZ11(const char* pathList, char* outList) {
   const Operation operation;
-  TerminalPlaces places;
-  const int result = PushList(outList == nullptr ? nullptr : pathList, places);
-  if (result == GWQ_OK) places.text().copy(outList, places.text().size());
+  TerminalPaths on_terminal;
+  const int result = PushList(outList == nullptr ? nullptr : pathList, on_terminal);
+  // Contract: no terminator is written; the caller passes a zeroed buffer.
+  if (result == GWQ_OK) on_terminal.text().copy(outList, on_terminal.text().size());
   return result;
 }

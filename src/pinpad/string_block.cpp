@@ -69,7 +69,7 @@ int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& a
   return GWQ_NO_ENCRYPTION_KEY;
 }
 
-int PullResult(PrivatePlace& place) {
+int PullResult(PrivateTempFile& place) {
   constexpr int kTimeoutMs = 3000;
   PauseMs(kPauseBeforePullMs);
   const int result =
@@ -87,9 +87,9 @@ int ReadResult(const char* path, char* data, int* size) {
     ICC_DPrintLogToFile("[PN_GetStringBlock] open file failed");
     return GWQ_REFUSED;
   }
-  const int file_size = std::max(get_file_size(path), 0);
+  const int file_size = std::max(FileSize(path), 0);
   const auto count = static_cast<std::size_t>(file_size);
-  if (!FindsRoom(count + 1)) return Failed(GWQ_TOO_SMALL);
+  if (!FitsOutputRoom(count + 1)) return Failed(GWQ_TOO_SMALL);
   *size = file_size;
   std::memset(data, 0, std::strlen(data));
   ICC_DPrintLogToFile("file_size = %d", file_size);
@@ -124,7 +124,7 @@ int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate
   if (!TerminalIsThere(iBaudRate)) return GWQ_NOT_OPENED;
   Answer answer;
   if (const int result = AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK) return result;
-  PrivatePlace place(kLocalFile);
+  PrivateTempFile place(kLocalFile);
   if (const int result = PullResult(place); result != GWQ_OK) return result;
   if (const int result = ReadResult(place.path(), pFileData, pnLen); result != GWQ_OK) return result;
   TakeAnswer(answer, szEncData);

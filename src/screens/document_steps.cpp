@@ -35,7 +35,7 @@ bool DocumentsFit(const char* paths, std::size_t room) {
   const std::string_view list(paths);
   if (list.size() >= names.size()) return false;
   list.copy(names.data(), list.size());
-  TerminalPlaces places;
+  TerminalPaths places;
   PathList rest(names.data());
   while (const char* path = rest.Next()) {
     places << (places.size() == 0 ? "" : "|") << kPlace << BaseName(path);
@@ -46,7 +46,7 @@ bool DocumentsFit(const char* paths, std::size_t room) {
 }
 
 int PushDocuments(const char* paths, std::span<char> list) {
-  TerminalPlaces places;
+  TerminalPaths places;
   const int result = PushList(paths, places);
   const int size = result == GWQ_OK ? places.size() : 0;
   u2g(places.data(), size, list.data(), static_cast<int>(list.size() - 1));

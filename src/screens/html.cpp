@@ -138,7 +138,7 @@ bool PutPage(const char* page, std::FILE* file) {
          Put(page, file) && Put("</p></pre>", file);
 }
 
-bool WritePageFile(const char* page, PrivatePlace& place) {
+bool WritePageFile(const char* page, PrivateTempFile& place) {
   File file = place.Open();
   if (!file) return false;
   const bool written = PutPage(page, file.get());
@@ -147,7 +147,7 @@ bool WritePageFile(const char* page, PrivatePlace& place) {
 
 // A page that could not be written whole is not pushed.
 int PushPage(const char* page) {
-  PrivatePlace place(kPageFile);
+  PrivateTempFile place(kPageFile);
   const int result = WritePageFile(page, place) ? PushFile(kPushEndpoint, kNamedFile, place.path(), kPageFile)
                                                 : static_cast<int>(GWQ_BAD_ARGUMENT);
   if (result != GWQ_OK) ICC_DPrintLogToFile("GWQDownLoadFile ERROR=%d", result);

@@ -73,7 +73,7 @@ int ReadStrokes(const char* path, bool clears, char* data) {
   if (size < 0) return GWQ_REFUSED;
   if (data == nullptr) return GWQ_OK;
   const auto count = static_cast<std::size_t>(size);
-  if (!FindsRoom(count)) return GWQ_TOO_SMALL;
+  if (!FitsOutputRoom(count)) return GWQ_TOO_SMALL;
   if (clears) std::memset(data, 0, std::strlen(data));
   return std::fread(data, 1, count, file.get()) == count ? GWQ_OK : GWQ_REFUSED;
 }
@@ -258,7 +258,7 @@ int TellVoice(Endpoint endpoint, std::string_view text) {
 
 int FetchTzgSignature(const Signing& signing) {
   if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
-  PrivatePlace place("/tmp/data.txt");
+  PrivateTempFile place("/tmp/data.txt");
   if (!place) {
     LogStrokesFailure(GWQ_READ_FAILED);
     return GWQ_REFUSED;

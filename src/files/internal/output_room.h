@@ -1,11 +1,12 @@
-// Outputs whose size the contract does not pass.
+// The size of a caller's output buffer where no argument of the interface tells it.
 #pragma once
 
 #include <cstddef>
 
 namespace gwq {
 
-// Whether the calling thread has told that so many bytes find room, or nothing of it.
-bool FindsRoom(std::size_t bytes);
+// Whether so many bytes fit into what the calling thread has set by GWQ_SetOutputRoom. True when it
+// has set nothing.
+bool FitsOutputRoom(std::size_t bytes);
 
 }  // namespace gwq

@@ -1,4 +1,4 @@
-// "|"-separated lists of names.
+// Paths, and "|"-separated lists of them.
 #pragma once
 
 #include <algorithm>
@@ -8,13 +8,14 @@
 
 namespace gwq {
 
-// Cuts a list into its elements, in place: a terminator is written over each "|" that ends an element, which
-// callers of the interface can see in their list afterwards. Empty elements are skipped.
+// Splits a list at each "|". Empty elements are skipped.
+// Contract: each "|" that ends an element is overwritten with a terminator, and the caller of
+// MP_DownloadFile finds its list cut at the first one.
 class PathList {
  public:
   explicit PathList(char* list) : rest_(list) {}
 
-  // The next element, null when there is none.
+  // Returns the next element; null after the last one.
   const char* Next() { return strtok_r(std::exchange(rest_, nullptr), "|", &state_); }
 
  private:
@@ -32,10 +33,16 @@ inline std::size_t LongestElement(std::string_view list) {
   return longest;
 }
 
-// The part behind the last "/"; empty when there is none.
+// The part of a path after the last `mark`; null when there is none, or no path.
+inline const char* AfterLast(const char* path, char mark) {
+  const char* found = path == nullptr ? nullptr : std::strrchr(path, mark);
+  return found == nullptr ? nullptr : found + 1;
+}
+
+// Contract: a path without "/" has an empty name.
 inline std::string_view BaseName(const char* path) {
-  const char* slash = path == nullptr ? nullptr : std::strrchr(path, '/');
-  return slash == nullptr ? std::string_view("") : std::string_view(slash + 1);
+  const char* name = AfterLast(path, '/');
+  return name == nullptr ? "" : name;
 }
 
 }  // namespace gwq

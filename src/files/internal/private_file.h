@@ -1,4 +1,4 @@
-// Files under names that everyone knows, in a directory that everyone may write to.
+// Files with fixed names in a directory that every user may write to.
 #pragma once
 
 #include <array>
@@ -7,31 +7,32 @@
 
 namespace gwq {
 
-// An empty file that only this user can read and write, for a call that opens it by its name afterwards. What stands at
-// the wanted path is removed and no symbolic link followed; where only the owner of a file may remove it, as in /tmp,
-// nobody can put another in its place.
+// Creates an empty file that only this user can read and write, for code that opens it by name
+// later. Removes what is at the wanted path first and follows no symbolic link. In a directory with
+// the sticky bit, such as /tmp, no other user can replace it.
 //
-// Where the name belongs to another user, a file of a name of its own takes its place for as long as this lives.
-class PrivatePlace {
+// If the wanted path belongs to another user, creates a file with a unique name in /tmp instead and
+// removes it on destruction.
+class PrivateTempFile {
  public:
-  explicit PrivatePlace(const char* wanted);
-  ~PrivatePlace();
-  PrivatePlace(const PrivatePlace&) = delete;
-  PrivatePlace& operator=(const PrivatePlace&) = delete;
+  explicit PrivateTempFile(const char* wanted);
+  ~PrivateTempFile();
+  PrivateTempFile(const PrivateTempFile&) = delete;
+  PrivateTempFile& operator=(const PrivateTempFile&) = delete;
 
-  // False when no file could be made at all.
+  // False when no file could be created.
   explicit operator bool() const { return fd_ >= 0; }
   char* path() { return path_.data(); }
 
-  // The file, open for writing; once only. Null when there is none.
+  // Opens the file for writing; may be called once. Null when there is no file.
   File Open();
 
  private:
-  void StandIn();
+  void CreateUnique();
 
   std::array<char, 64> path_{};
   int fd_;
-  bool stands_in_ = false;
+  bool is_unique_ = false;
 };
 
 }  // namespace gwq

@@ -1,6 +1,6 @@
-// Puts a pulled file together from the terminal's 1024-byte reports.
+// Assembles a pulled file from the terminal's 1024-byte reports.
 //
-// A transfer packet begins with a report and runs on through the next ones:
+// A transfer packet begins with a report and continues through the next ones:
 //
 //     offset  0    1     2      3..5                       6
 //             STX  type  check  length (24-bit, big-end.)  payload
@@ -12,14 +12,14 @@
 //                                v          |
 //    pull begins ---------> [header expected] --- end packet: accept ---> file complete
 //                            |           ^
-//      data packet beyond    |           |  last report of the packet,
-//      this report           v           |  check holds: write, accept
+//      data packet longer    |           |  last report of the packet,
+//      than this report      v           |  check valid: write, accept
 //                           [continuation]
 //                            |           ^
 //                            +-----------+
 //                             more reports
 //
-// Anything else is rejected, and the pull is over.
+// Anything else is rejected and ends the pull.
 #pragma once
 
 #include <cstdint>
@@ -43,25 +43,25 @@ class PullPort {
 
 class PullReception {
  public:
-  enum class Result { kRejected = -1, kReportTaken = 0, kPacketDone = 1, kFileDone = 2 };
+  enum class Result { kRejected = -1, kMoreExpected = 0, kPacketDone = 1, kFileDone = 2 };
 
   explicit PullReception(PullPort& port) : port_(port) {}
 
-  Result Take(ReportView report);
+  Result HandleReport(ReportView report);
 
  private:
   struct Header;
 
-  Result TakeHeader(ReportView report);
-  Result TakeData(const Header& header);
-  Result TakeContinuation(ReportView report);
-  Result Settle(bool holds, Result done);
+  Result HandleHeader(ReportView report);
+  Result HandleData(const Header& header);
+  Result HandleContinuation(ReportView report);
+  Result Acknowledge(bool valid, Result done);
 
   PullPort& port_;
   bool header_expected_ = true;
   std::size_t remaining_ = 0;
   std::uint8_t check_ = 0;
-  std::uint8_t folded_ = 0;
+  std::uint8_t computed_ = 0;
 };
 
 }  // namespace gwq

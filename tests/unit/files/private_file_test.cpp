@@ -14,7 +14,7 @@ namespace {
 class PrivateFile : public testing::Test {
  protected:
   [[nodiscard]] bool Create() const {
-    PrivatePlace place(path_.c_str());
+    PrivateTempFile place(path_.c_str());
     EXPECT_TRUE(!place || place.path() == path_);
     return static_cast<bool>(place);
   }
@@ -101,7 +101,7 @@ TEST_F(PrivateFile, NameThatAnotherUserHoldsIsLeftToItAndAFileOfAnotherNameStand
   {
     const AsOrdinaryUser user;
     ASSERT_TRUE(user.Holds());
-    PrivatePlace place(path_.c_str());
+    PrivateTempFile place(path_.c_str());
     ASSERT_TRUE(place);
     stand_in = place.path();
     EXPECT_NE(stand_in, path_);
@@ -117,14 +117,14 @@ TEST_F(PrivateFile, NameThatAnotherUserHoldsIsLeftToItAndAFileOfAnotherNameStand
 }
 
 TEST_F(PrivateFile, NeedsADirectoryAndAName) {
-  EXPECT_FALSE(PrivatePlace((directory_ / "none/data.txt").c_str()));
-  EXPECT_FALSE(PrivatePlace(""));
+  EXPECT_FALSE(PrivateTempFile((directory_ / "none/data.txt").c_str()));
+  EXPECT_FALSE(PrivateTempFile(""));
 }
 
 TEST_F(PrivateFile, HoldsWhatIsWrittenToItAndStays) {
   WriteFile(path_, "something longer");
   {
-    PrivatePlace place(path_.c_str());
+    PrivateTempFile place(path_.c_str());
     File file = place.Open();
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(std::fwrite("a\0b", 1, 3, file.get()), 3U);

@@ -111,7 +111,7 @@ TEST(PullReception, DoesWhatTheModelDoesOnRandomStreams) {
     for (int packet = 0; packet < 12; ++packet) {
       for (const Bytes& report : generator.Packet()) {
         const int expected = model.Take(report);
-        ASSERT_EQ(static_cast<int>(reception.Take(ReportView(report.data(), 1024))), expected)
+        ASSERT_EQ(static_cast<int>(reception.HandleReport(ReportView(report.data(), 1024))), expected)
             << "seed " << seed;
       }
     }
@@ -131,9 +131,9 @@ TEST(PullReception, AnyFileInPacketsOfAnySizeArrivesWhole) {
       file = Concat(file, payload);
       const auto reports = CutIntoReports(wire::TransferPacket(2, payload));
       for (const Bytes& report : reports) {
-        const auto result = reception.Take(ReportView(report.data(), 1024));
+        const auto result = reception.HandleReport(ReportView(report.data(), 1024));
         EXPECT_EQ(result, &report == &reports.back() ? PullReception::Result::kPacketDone
-                                                     : PullReception::Result::kReportTaken);
+                                                     : PullReception::Result::kMoreExpected);
       }
     }
     ASSERT_EQ(recorder.file, file) << "seed " << seed;
@@ -146,15 +146,16 @@ TEST(PullReception, ShortPacketIsStoredBeforeItsCheckAndALongOnesLastReportAfter
   PullReception reception(recorder);
   Bytes short_packet = wire::TransferPacket(2, BytesOf("abc"));
   short_packet[2] ^= 1U;
-  EXPECT_EQ(reception.Take(ReportView(PaddedToReports(short_packet).data(), 1024)),
+  EXPECT_EQ(reception.HandleReport(ReportView(PaddedToReports(short_packet).data(), 1024)),
             PullReception::Result::kRejected);
   EXPECT_EQ(recorder.file, BytesOf("abc"));
 
   Bytes long_packet = wire::TransferPacket(2, Bytes(1018 + 5, 'x'));
   long_packet[2] ^= 1U;
   const auto reports = CutIntoReports(long_packet);
-  EXPECT_EQ(reception.Take(ReportView(reports[0].data(), 1024)), PullReception::Result::kReportTaken);
-  EXPECT_EQ(reception.Take(ReportView(reports[1].data(), 1024)), PullReception::Result::kRejected);
+  EXPECT_EQ(reception.HandleReport(ReportView(reports[0].data(), 1024)),
+            PullReception::Result::kMoreExpected);
+  EXPECT_EQ(reception.HandleReport(ReportView(reports[1].data(), 1024)), PullReception::Result::kRejected);
   EXPECT_EQ(recorder.file.size(), 3U + 1018U) << "the last 5 bytes are left out";
   EXPECT_EQ(recorder.acknowledged, "--");
 }
@@ -164,9 +165,9 @@ TEST(PullReception, ExpectsAHeaderAgainAfterARejectedPacket) {
   PullReception reception(recorder);
   Bytes packet = wire::TransferPacket(2, Bytes(2000, 'x'));
   packet[2] ^= 1U;
-  for (const Bytes& report : CutIntoReports(packet)) reception.Take(ReportView(report.data(), 1024));
+  for (const Bytes& report : CutIntoReports(packet)) reception.HandleReport(ReportView(report.data(), 1024));
   const Bytes end = PaddedToReports(wire::TransferPacket(3, {}));
-  EXPECT_EQ(reception.Take(ReportView(end.data(), 1024)), PullReception::Result::kFileDone);
+  EXPECT_EQ(reception.HandleReport(ReportView(end.data(), 1024)), PullReception::Result::kFileDone);
   EXPECT_EQ(recorder.acknowledged, "-+");
 }
 

@@ -564,14 +564,14 @@ TEST_P(Sign, StrokesBeyondTheRoomToldAreMinus24AndStandInTheirFile) {
 
 TEST(OutputRoom, IsNotNegativeAndEachThreadsOwn) {
   EXPECT_EQ(GWQ_SetOutputRoom(-1), -1);
-  EXPECT_TRUE(FindsRoom(1U << 30U)) << "as the contract has it";
+  EXPECT_TRUE(FitsOutputRoom(1U << 30U)) << "as the contract has it";
   ASSERT_EQ(GWQ_SetOutputRoom(10), 0);
   EXPECT_EQ(GWQ_SetOutputRoom(-1), -1);
-  EXPECT_TRUE(FindsRoom(10));
-  EXPECT_FALSE(FindsRoom(11)) << "a number that is refused changes nothing";
-  std::thread([] { EXPECT_TRUE(FindsRoom(1U << 30U)); }).join();
+  EXPECT_TRUE(FitsOutputRoom(10));
+  EXPECT_FALSE(FitsOutputRoom(11)) << "a number that is refused changes nothing";
+  std::thread([] { EXPECT_TRUE(FitsOutputRoom(1U << 30U)); }).join();
   EXPECT_EQ(GWQ_SetOutputRoom(0), 0);
-  EXPECT_TRUE(FindsRoom(1U << 30U));
+  EXPECT_TRUE(FitsOutputRoom(1U << 30U));
 }
 
 // A customer must not sign a shorter list.
