@@ -21,10 +21,10 @@ constexpr int kCommandTimeoutMs = 3000;
 constexpr std::string_view kAcknowledged = "\xAA";
 constexpr std::string_view kEndEntry = "\x83";
 
-using Request = Command<1024>;
-// The letter and line end stand around a whole buffer of split form.
+using CounterCommand = Command<1024>;
+// A whole buffer in split form, and the letter and line end around it.
 using KeyCommand = Command<1024 + 8>;
-using Answer = AnswerText<1024>;
+using CounterAnswer = AnswerText<1024>;
 
 bool IsKeyIndex(int index) {
   return Within(index, 0, 15);
@@ -36,11 +36,12 @@ int EntryTimeoutMs(int seconds) {
 
 // ESC [ 1 ; value letter
 int SetEntry(Endpoint endpoint, int value, std::string_view letter) {
-  Request command(Channel::kPinPad, ";");
+  CounterCommand command(Channel::kPinPad, ";");
   return Tell(endpoint, command.Text(value, letter), kCommandTimeoutMs);
 }
 
-// What goes into a key command: indexes, then key bytes, each key ending before its first zero byte.
+// The data of a key command: indexes, then key bytes.
+// Contract: a key ends before its first zero byte; the rest of it does not reach the pad.
 class KeyRecord {
  public:
   KeyRecord& Index(int index) {
@@ -59,8 +60,9 @@ class KeyRecord {
     return *this;
   }
 
-  // In split form; a record of more than 512 bytes does not fit and is left out whole.
-  void SplitInto(KeyCommand& command) const {
+  // Contract: a record of more than 512 bytes does not fit in split form and is left out; the command
+  // is sent without it.
+  void AppendSplitTo(KeyCommand& command) const {
     SecretArray<char, kSize> split;
     const int length =
         HexAsc1Split(bytes_.data(), static_cast<int>(size_), split.data(), static_cast<int>(split.size()));
@@ -73,21 +75,22 @@ class KeyRecord {
   std::size_t size_ = 0;
 };
 
-// Sends a key command and awaits its one-byte acknowledgement.
+// Sends a key command and reads its one-byte acknowledgement.
 int SendKeyCommand(Endpoint endpoint, KeyCommand& command) {
-  Answer answer;
+  CounterAnswer answer;
   const int result = Ask(endpoint, command, answer, &EndOfCondition4, kCommandTimeoutMs);
   if (result != GWQ_OK) return result;
+  // Contract: the acknowledgement is exactly one byte; "\xAA\r\n" is GWQ_REFUSED.
   return answer.text() == kAcknowledged ? GWQ_OK : GWQ_REFUSED;
 }
 
 int SendKeyRecord(Endpoint endpoint, std::string_view letter, const KeyRecord& record) {
   KeyCommand command(letter);
-  record.SplitInto(command);
+  record.AppendSplitTo(command);
   return SendKeyCommand(endpoint, command.Text(kLineEnd));
 }
 
-// PIN entry on the pad; leaving the scope makes the pad leave entry mode, whatever the outcome.
+// PIN entry on the pad; the destructor ends the entry mode on every path.
 class PinEntry {
  public:
   explicit PinEntry(Endpoint endpoint) : endpoint_(endpoint) {}
@@ -102,8 +105,9 @@ class PinEntry {
   Endpoint endpoint_;
 };
 
-// Copies the PIN without the CR that closes the answer; false when there is no room for it.
-bool TakePin(const Answer& answer, char* pin, int capacity) {
+// Copies the PIN without the CR at the end of the answer. False when `capacity` is too small.
+// Contract: the log gets the PIN in clear, and the output no terminator.
+bool CopyPin(const CounterAnswer& answer, char* pin, int capacity) {
   const std::string_view digits = answer.text().substr(0, std::max<std::size_t>(answer.text().size(), 1) - 1);
   if (capacity < static_cast<int>(digits.size())) return false;
   digits.copy(pin, digits.size());
@@ -117,17 +121,18 @@ int EnterClearPin(Endpoint endpoint, int mode, int timeout_s, char* pin, int cap
   int result = GWQ_OK;
   {
     const PinEntry entry(endpoint);
-    Answer answer;
+    CounterAnswer answer;
     result = Ask(endpoint, command, answer, &EndOfConditionD, EntryTimeoutMs(timeout_s));
-    if (result == GWQ_OK && !TakePin(answer, pin, capacity)) return GWQ_TOO_SMALL;
+    if (result == GWQ_OK && !CopyPin(answer, pin, capacity)) return GWQ_TOO_SMALL;
   }
   ICC_DPrintLogToFile("[GWQ_ReadPin] nRet=%d", result);
   return result;
 }
 
-// The block's bytes as hexadecimal text. After an answer that is not the expected one the whole zeroed
-// scratch buffer is converted, which callers rely on.
-int TakePinBlock(const Answer& answer, char* pin_block) {
+// Writes the block as hexadecimal text.
+// Contract: after an answer that is not the expected one the output gets 1024 characters "0", because
+// the whole scratch buffer is converted.
+int ConvertPinBlock(const CounterAnswer& answer, char* pin_block) {
   SecretArray<char, 1024> scratch;
   int length = static_cast<int>(scratch.size());
   const auto bytes = answer.bytes();
@@ -137,22 +142,24 @@ int TakePinBlock(const Answer& answer, char* pin_block) {
   return result;
 }
 
-bool PinBlockArgumentsHold(int digit1, int digit2, int timeout_s, const char* pin_block) {
+bool IsValidPinBlockCall(int digit1, int digit2, int timeout_s, const char* pin_block) {
   return Within(digit1, 0, 1) && Within(digit2, 0, 3) && IsCustomerTimeout(timeout_s) && pin_block != nullptr;
 }
 
-// `command` is the letter of the PIN-block command with its digits and fields.
-int ReadPinBlock(Endpoint endpoint, int timeout_s, Request& command, char* pin_block) {
+// Contract: the pad's entry mode is ended on every path once the entry command has been sent, but not
+// after a failure before that.
+int ReadPinBlock(Endpoint endpoint, int timeout_s, CounterCommand& command, char* pin_block) {
   ICC_DPrintLogToFile("port:%d timeout:%d", endpoint.port, EntryTimeoutMs(timeout_s));
   DrainUsb(endpoint);
   if (const int result = SetEntry(endpoint, timeout_s, "T"); result != GWQ_OK) return result;
   const PinEntry entry(endpoint);
-  Answer answer;
+  CounterAnswer answer;
   const int result = Ask(endpoint, command, answer, &EndOfRead2, EntryTimeoutMs(timeout_s));
-  return result == GWQ_OK ? TakePinBlock(answer, pin_block) : result;
+  return result == GWQ_OK ? ConvertPinBlock(answer, pin_block) : result;
 }
 
-// At most 8 characters behind the first "|", which counts as standing first when there is none.
+// At most 8 characters after the first "|".
+// Contract: without "|" the date begins at the second character.
 std::string_view BuildDateIn(std::string_view data) {
   const std::size_t bar = data.find('|');
   const std::size_t start = (bar == std::string_view::npos ? 0 : bar) + 1;
@@ -171,6 +178,7 @@ int ReadBuildDate(int baud, char* out) {
   const std::string_view data = WithoutMarks(answer.text());
   ICC_DPrintLogToFile("szData=%.*s", static_cast<int>(data.size()), data.data());
   const std::string_view date = BuildDateIn(data);
+  // Contract: no terminator is written; the caller passes a zeroed buffer.
   date.copy(out, date.size());
   ICC_DPrintLogToFile("VerBuildDate=%.*s", static_cast<int>(date.size()), date.data());
   return GWQ_OK;
@@ -189,6 +197,7 @@ int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen) {
   return SetEntry(endpoint, iPinLen, "L");
 }
 
+// Contract: the log gets both keys in clear.
 int GWQ_UpdateMKey(int iPortNo, int iBaudRate, int MKeyIndex, const char* NewMKey, const char* OldMKey) {
   ICC_DPrintLogToFile("[GWQ_UpdateMKey] MKeyIndex=%d NewMKey=%s OldMKey=%s", MKeyIndex, NewMKey, OldMKey);
   if (!IsKeyIndex(MKeyIndex) || NewMKey == nullptr || OldMKey == nullptr) return GWQ_BAD_ARGUMENT;
@@ -237,8 +246,8 @@ int GWQ_ReadPinDES(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, i
                    char* pPinBlock) {
   const Operation operation;
   ICC_DPrintLogToFile("[GWQ_ReadPinDES]");
-  if (!PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
-  Request command("F");
+  if (!IsValidPinBlockCall(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
+  CounterCommand command("F");
   return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command.Text(iCmdDigit1, iCmdDigit2, kLineEnd),
                       pPinBlock);
 }
@@ -247,13 +256,14 @@ int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, 
                     const char* szAccount, char* pPinBlock) {
   const Operation operation;
   ICC_DPrintLogToFile("GWQ_ReadPinAnsi");
-  if (!PinBlockArgumentsHold(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
+  if (!IsValidPinBlockCall(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;
-  Request command("I");
+  CounterCommand command("I");
   command.Text(iCmdDigit1, iCmdDigit2, *szAccount == '\0' ? "000000" : szAccount, kLineEnd);
   return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
+// Contract: USB, whatever port the caller gives, and no drain.
 int GWQ_GetVerBuildDate(int /*iPort*/, char /*cReserved*/, int iBaudRate, char* szDate) {
   return ReadBuildDate(iBaudRate, szDate);
 }

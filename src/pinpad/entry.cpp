@@ -16,7 +16,9 @@ namespace {
 
 constexpr std::size_t kShownTextRoom = 40960;
 
-// The pad refuses an entry by a first byte that is no frame's; for a frame that first byte is STX, 2.
+// The pad refuses an entry by a first byte instead of a frame.
+// Contract: a frame begins with STX, which is 2 as well; every other refusal in a frame is
+// GWQ_NO_ANSWER, as if the customer had entered nothing.
 int EntryRefusal(const PadAnswer& answer) {
   if (answer.raw().empty()) return answer.status();
   switch (answer.raw().front()) {
@@ -31,7 +33,7 @@ int EntryRefusal(const PadAnswer& answer) {
   }
 }
 
-// The PIN block that the customer enters in `seconds`; success is logged by `done_log`.
+// Reads the PIN block that the customer enters within `seconds`; logs success with `done_log`.
 int EnterPin(Endpoint endpoint, const PadBody& body, int seconds, const char* done_log, char* block,
              int* length) {
   if (block == nullptr || length == nullptr) return GWQ_BAD_ARGUMENT;
@@ -39,22 +41,22 @@ int EnterPin(Endpoint endpoint, const PadBody& body, int seconds, const char* do
   const int result = AskPad(endpoint, body, WaitMs(seconds, body.command().timeout_ms), answer);
   if (result != GWQ_OK) return result;
   if (answer.status() != GWQ_OK) return EntryRefusal(answer);
-  // Logged before the block is copied: registers that copying leaves filled would be saved by a function with
-  // variable arguments.
+  // Logged before the copy, which leaves parts of the block in registers: a function with variable
+  // arguments saves these on the stack.
   ICC_DPrintLogToFile(done_log, GWQ_OK);
   *length = static_cast<int>(answer.data().size());
-  CopyOut(answer.data(), block);
+  answer.CopyTo(block);
   return GWQ_OK;
 }
 
-int GetPin(Endpoint endpoint, int timeout_s, int* length, char* block) {
+int EnterPlainPin(Endpoint endpoint, int timeout_s, int* length, char* block) {
   ICC_DPrintLogToFile("PN_GetPin");
   PadBody body(pad::kEnterPin);
   return EnterPin(endpoint, body.Byte(timeout_s), timeout_s, "PN_GetPin iRet=%d", block, length);
 }
 
-// As GetPin, with a text on the screen.
-int GetPinShowing(int baud, int timeout_s, const char* shown, int* length, char* block) {
+// As EnterPlainPin, with a text on the screen.
+int EnterPinShowing(int baud, int timeout_s, const char* shown, int* length, char* block) {
   ICC_DPrintLogToFile("GetPinblockShowString");
   PadBody body(pad::kEnterPinShowing, kShownTextRoom);
   body.Byte(timeout_s).Text(OrEmpty(shown));
@@ -65,8 +67,9 @@ bool AllDigits(std::string_view text) {
   return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// The twelve digits before the check digit, or all of them right-aligned behind zero bytes, at the first of
-// which the command then ends.
+// The twelve digits before the check digit, or all of fewer, right-aligned after zero bytes.
+// Contract: the command ends before these, so that an account of fewer than twelve digits reaches the
+// pad as an empty one.
 class AccountField {
  public:
   static constexpr int kSize = 12;
@@ -81,10 +84,11 @@ class AccountField {
   SecretArray<char, kSize> bytes_;
 };
 
-// The two calls differ in how they tell of a failure, and in what some failures are to the caller.
+// PN_GetPinBlock and PN_GetPinBlockShowString.
+// Contract: they log a failure differently, and return some failures as different codes.
 enum class Style { kPlain, kShowing };
 
-// One call, from the checks to the PIN block, as a row of steps of which the first that fails ends it.
+// The arguments of one call. It is a list of steps, of which the first that fails ends it.
 struct PinBlockCall {
   Style style;
   Endpoint endpoint;
@@ -103,17 +107,17 @@ struct PinBlockCall {
 using Step = int (*)(const PinBlockCall& call);
 
 constexpr int kBoundToAccount = 1;
-constexpr int kHighestSoundMode = 2;
+constexpr int kMaxSoundMode = 2;
 
-int LoggedReturn(int code) {
+int LogReturn(int code) {
   ICC_DPrintLogToFile("[out]Return:%d", code);
   return code;
 }
 
-// A setting failed with `code`, which is `result` to the caller.
-int SettingFailed(const PinBlockCall& call, const char* setting, int code, int result) {
+// Logs a setting that failed with `code`. Returns `result`.
+int LogFailedSetting(const PinBlockCall& call, const char* setting, int code, int result) {
   if (call.Shows()) {
-    LoggedReturn(code);
+    LogReturn(code);
   } else {
     ICC_DPrintLogToFile("[%s] ERROR", setting);
   }
@@ -127,17 +131,18 @@ bool PinLengthFits(int type, int length) {
 
 int CheckTypeAndLength(const PinBlockCall& call) {
   if (PinLengthFits(call.pin_type, *call.length)) return GWQ_OK;
-  return call.Shows() ? LoggedReturn(GWQ_BAD_ARGUMENT) : GWQ_BAD_ARGUMENT;
+  return call.Shows() ? LogReturn(GWQ_BAD_ARGUMENT) : GWQ_BAD_ARGUMENT;
 }
 
+// Contract: only a mode above 2 is an error; a negative one goes to the pad.
 int CheckSoundMode(const PinBlockCall& call) {
-  if (call.sound_mode <= kHighestSoundMode) return GWQ_OK;
+  if (call.sound_mode <= kMaxSoundMode) return GWQ_OK;
   if (!call.Shows()) return GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("PN_SetSoundType err times > 2");
-  return LoggedReturn(GWQ_BAD_ARGUMENT);
+  return LogReturn(GWQ_BAD_ARGUMENT);
 }
 
-int DrainLogged(const PinBlockCall& call) {
+int DrainStep(const PinBlockCall& call) {
   return DrainFirst(call.endpoint, DrainLog::kLogged);
 }
 
@@ -152,27 +157,27 @@ int CompareType(const PinBlockCall& call) {
   return GWQ_BAD_ARGUMENT;
 }
 
-// Contract: the caller's length holds for a pad that does not tell its own.
+// Contract: when the pad's length cannot be read, the call goes on with the caller's.
 int CompareLength(const PinBlockCall& call) {
   PadAnswer answer;
   int result = AskPad(call.endpoint, PadBody(pad::kGetLength), answer);
   if (result == GWQ_OK && answer.data().empty()) result = GWQ_REFUSED;
   ICC_DPrintLogToFile("[PN_GetPinLen] iRet=%d", result);
   if (result != GWQ_OK || answer.data()[0] == *call.length) return GWQ_OK;
-  return SettingFailed(call, "PN_GetPinLen", GWQ_BAD_ARGUMENT, GWQ_BAD_ARGUMENT);
+  return LogFailedSetting(call, "PN_GetPinLen", GWQ_BAD_ARGUMENT, GWQ_BAD_ARGUMENT);
 }
 
 int SetMode(const PinBlockCall& call) {
   const int result = SetPad(call.endpoint, pad::kSetMode, call.pin_type);
   ICC_DPrintLogToFile("[PN_SetPinMoe] iRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
-  return SettingFailed(call, "PN_SetPinMoe", result, call.Shows() ? GWQ_BAD_ARGUMENT : GWQ_REFUSED);
+  return LogFailedSetting(call, "PN_SetPinMoe", result, call.Shows() ? GWQ_BAD_ARGUMENT : GWQ_REFUSED);
 }
 
 int SetSound(const PinBlockCall& call) {
   const int result = SetPad(call.endpoint, pad::kSetSound, call.sound_mode + 1);
   ICC_DPrintLogToFile("[PN_SetSoundType] iRet=%d", result);
-  return result == GWQ_OK ? GWQ_OK : SettingFailed(call, "PN_SetSoundType", result, GWQ_REFUSED);
+  return result == GWQ_OK ? GWQ_OK : LogFailedSetting(call, "PN_SetSoundType", result, GWQ_REFUSED);
 }
 
 int CheckAccount(const PinBlockCall& call) {
@@ -193,37 +198,38 @@ int SetAccount(const PinBlockCall& call) {
   PadAnswer answer;
   const int result = AskPad(call.endpoint, body, answer);
   ICC_DPrintLogToFile("[PN_SetAccount] iRet=%d", result);
-  return result == GWQ_OK ? GWQ_OK : SettingFailed(call, "PN_SetAccount", result, GWQ_REFUSED);
+  return result == GWQ_OK ? GWQ_OK : LogFailedSetting(call, "PN_SetAccount", result, GWQ_REFUSED);
 }
 
-int ReadFactor(const PinBlockCall& call) {
+int FetchFactor(const PinBlockCall& call) {
   constexpr std::size_t kMaxEmptyFactor = 2;
   PadAnswer answer;
   const int result = AskPad(call.endpoint, PadBody(pad::kReadFactor), answer);
-  if (result == GWQ_OK) CopyOut(answer.data(), call.factor);
+  if (result == GWQ_OK) answer.CopyTo(call.factor);
   if (result == GWQ_OK && std::strlen(call.factor) > kMaxEmptyFactor) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetPinPadFactor] ERROR");
   return GWQ_REFUSED;
 }
 
 int ReadBlock(const PinBlockCall& call) {
-  const int result = GetPin(call.endpoint, call.timeout_s, call.length, call.block);
+  const int result = EnterPlainPin(call.endpoint, call.timeout_s, call.length, call.block);
   ICC_DPrintLogToFile("PN_GetPinBlock iRet=%d", result);
   return result;
 }
 
 int ReadBlockShowing(const PinBlockCall& call) {
-  return LoggedReturn(GetPinShowing(call.endpoint.baud, call.timeout_s, call.shown, call.length, call.block));
+  return LogReturn(EnterPinShowing(call.endpoint.baud, call.timeout_s, call.shown, call.length, call.block));
 }
 
+// Contract: the showing call does not drain, and checks the sound mode after two exchanges.
 constexpr auto kPlainSteps =
-    std::to_array<Step>({CheckTypeAndLength, CheckSoundMode, DrainLogged, CompareType, CompareLength, SetMode,
-                         SetSound, CheckAccount, SetAccount, ReadFactor, ReadBlock});
+    std::to_array<Step>({CheckTypeAndLength, CheckSoundMode, DrainStep, CompareType, CompareLength, SetMode,
+                         SetSound, CheckAccount, SetAccount, FetchFactor, ReadBlock});
 constexpr auto kShowingSteps =
     std::to_array<Step>({CheckTypeAndLength, CompareType, CompareLength, SetMode, CheckSoundMode, SetSound,
-                         CheckAccount, SetAccount, ReadFactor, ReadBlockShowing});
+                         CheckAccount, SetAccount, FetchFactor, ReadBlockShowing});
 
-int Run(std::span<const Step> steps, const PinBlockCall& call) {
+int RunSteps(std::span<const Step> steps, const PinBlockCall& call) {
   for (const Step step : steps) {
     if (const int result = step(call); result != GWQ_OK) return result;
   }
@@ -252,13 +258,15 @@ using namespace gwq;
 int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
               char* szPinBlock) {
   const Operation operation;
-  return GetPin({iPortNo, iBaudRate}, iTimeout, piPinLen, szPinBlock);
+  return EnterPlainPin({iPortNo, iBaudRate}, iTimeout, piPinLen, szPinBlock);
 }
 
+// Contract: USB, whatever port the caller gives;
+// the two calls below likewise.
 int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
                           unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
   const Operation operation;
-  return GetPinShowing(iBaudRate, nTimeout, szShowString, pnPinLen, reinterpret_cast<char*>(pPinBlock));
+  return EnterPinShowing(iBaudRate, nTimeout, szShowString, pnPinLen, reinterpret_cast<char*>(pPinBlock));
 }
 
 int PN_GetPinBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iAlgoType,
@@ -280,7 +288,7 @@ int PN_GetPinBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, i
   if (!HasOutputs(call)) return GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("iAlgoType=%d,nModex=%d,iPinType=%d,szAccountNo=%s,pnPinLen=%d", iAlgoType, nModex,
                       iPinType, szAccountNo, *pnPinLen);
-  return Run(kPlainSteps, call);
+  return RunSteps(kPlainSteps, call);
 }
 
 int PN_GetPinBlockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout,
@@ -300,6 +308,6 @@ int PN_GetPinBlockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iB
                           .shown = szShowString};
   ICC_DPrintLogToFile("[PN_GetPinBlockShowString]");
   LogArguments(call);
-  if (!HasOutputs(call)) return LoggedReturn(GWQ_BAD_ARGUMENT);
-  return Run(kShowingSteps, call);
+  if (!HasOutputs(call)) return LogReturn(GWQ_BAD_ARGUMENT);
+  return RunSteps(kShowingSteps, call);
 }

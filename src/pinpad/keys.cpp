@@ -15,34 +15,35 @@
 namespace gwq {
 namespace {
 
-constexpr std::size_t kMaxBodySize = 65535;  // as far as a frame's length counts
+constexpr std::size_t kMaxBodySize = 65535;  // the largest length of a frame
 
-int TakeFactor(Endpoint endpoint, const PadCommand& command, char* factor) {
+int ReadFactor(Endpoint endpoint, const PadCommand& command, char* factor) {
   PadAnswer answer;
   const int result = AskPad(endpoint, PadBody(command), answer);
-  if (result == GWQ_OK) CopyOut(answer.data(), factor);
+  if (result == GWQ_OK) answer.CopyTo(factor);
   return result;
 }
 
 int CreateFactor(Endpoint endpoint, int type, char* factor) {
-  if (type != 1) return TakeFactor(endpoint, pad::kCreateFactor2, factor);
+  if (type != 1) return ReadFactor(endpoint, pad::kCreateFactor2, factor);
   PadAnswer created;
   const int result = AskPad(endpoint, PadBody(pad::kCreateFactor1), created);
-  return result == GWQ_OK ? TakeFactor(endpoint, pad::kReadFactor, factor) : result;
+  return result == GWQ_OK ? ReadFactor(endpoint, pad::kReadFactor, factor) : result;
 }
 
+// Contract: every text that does not begin with "2" means type 1.
 int WorkingKeyType(const char* text) {
   return text != nullptr && *text == '2' ? 2 : 1;
 }
 
-// Of an RSA key the exponent, the last three bytes, is left out.
+// Leaves out the exponent of an RSA key, its last three bytes.
 std::span<const unsigned char> KeyBytes(int algorithm, std::span<const unsigned char> data) {
   constexpr std::size_t kExponentSize = 3;
   if (algorithm != 1) return data;
   return data.first(data.size() - std::min(data.size(), kExponentSize));
 }
 
-// An SM2 ciphertext as the host prepares it; C2 has a fixed field, of which the first bytes count.
+// An SM2 ciphertext as the host prepares it: the size of C2, then C1, C2 and C3 in fixed fields.
 class Sm2Record {
  public:
   static constexpr std::size_t kSize = 234;
@@ -51,19 +52,19 @@ class Sm2Record {
   explicit Sm2Record(std::span<const unsigned char> bytes) : bytes_(bytes) {}
 
   void AppendTo(PadBody& body) const {
-    Log("c1:", C1());
-    Log("c2:", C2());
-    Log("c3:", C3());
-    body.Text(AsText(C1())).Text(AsText(C2().first(MeaningfulBytes()))).Text(AsText(C3()));
+    LogPart("c1:", C1());
+    LogPart("c2:", C2());
+    LogPart("c3:", C3());
+    body.Text(AsText(C1())).Text(AsText(C2().first(SizeOfC2()))).Text(AsText(C3()));
   }
 
  private:
-  static void Log(const char* label, std::span<const unsigned char> part) {
+  static void LogPart(const char* label, std::span<const unsigned char> part) {
     ICC_DPrintDataHexToFile(label, part.data(), static_cast<int>(part.size()));
   }
-  [[nodiscard]] std::size_t MeaningfulBytes() const {
-    const std::size_t told = bytes_[0] + 256U * bytes_[1];
-    return std::min(told, C2().size());
+  [[nodiscard]] std::size_t SizeOfC2() const {
+    const std::size_t size = bytes_[0] + 256U * bytes_[1];
+    return std::min(size, C2().size());
   }
   [[nodiscard]] std::span<const unsigned char> C1() const { return bytes_.subspan(2, 64); }
   [[nodiscard]] std::span<const unsigned char> C2() const { return bytes_.subspan(66, 136); }
@@ -73,12 +74,12 @@ class Sm2Record {
 };
 
 void AppendKey(std::span<const unsigned char> key, PadBody& body) {
-  constexpr std::size_t kSizeToldAsOne = 256;
+  constexpr std::size_t kSizeSentAsOne = 256;
   if (key.size() == Sm2Record::kSize) {
     body.Byte(Sm2Record::kLengthByte);
     return Sm2Record(key).AppendTo(body);
   }
-  body.Byte(key.size() == kSizeToldAsOne ? 1 : static_cast<int>(key.size())).Text(AsText(key));
+  body.Byte(key.size() == kSizeSentAsOne ? 1 : static_cast<int>(key.size())).Text(AsText(key));
 }
 
 struct WorkingKey {
@@ -92,7 +93,7 @@ struct WorkingKey {
   }
 };
 
-// False when there was no memory.
+// False without memory.
 bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   SecretHeap<unsigned char> key(wk.enciphered.size() / 2);
   if (!key || !body) return false;
@@ -102,14 +103,16 @@ bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   return true;
 }
 
-// The pad confirms a key load with the command's own two bytes as status word and a result behind it.
-int JudgeLoad(int command, const PadAnswer& answer) {
+// The pad confirms a key load with the command's own two bytes as status word, and a result after it.
+// Contract: a confirmation without a result is 3, and any other status word is returned as it is.
+int ResultOfLoad(int command, const PadAnswer& answer) {
   constexpr int kConfirmedWithoutResult = 3;
   int result = answer.status();
   if (result == command && answer.data().empty()) result = kConfirmedWithoutResult;
   if (answer.status() == command && !answer.data().empty()) {
     result = answer.data()[0];
     ICC_DPrintLogToFile("UnPackData  szRes[0]=%d,", result);
+    // Contract: these results become codes, and the log gets no line with the status.
     if (result == 1) return GWQ_BAD_ARGUMENT;
     if (result == 2 || result == 3) return GWQ_BAD_FRAME;
   }
@@ -124,7 +127,7 @@ using namespace gwq;
 
 int PN_GetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
-  return TakeFactor({iPortNo, iBaudRate}, pad::kReadFactor, szPinPadFactor);
+  return ReadFactor({iPortNo, iBaudRate}, pad::kReadFactor, szPinPadFactor);
 }
 
 int PN_CreateAndGetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iFactorType,
@@ -133,6 +136,7 @@ int PN_CreateAndGetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBa
   return CreateFactor({iPortNo, iBaudRate}, iFactorType, szPinPadFactor);
 }
 
+// Contract: USB, whatever port the caller gives; the calls below likewise.
 int PN_ObtainFactor(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szWKType,
                     char* szPinPadFactor) {
   ICC_DPrintLogToFile("PN_ObtainFactor");
@@ -146,12 +150,12 @@ int PN_ObtainFactor(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, 
 
 int PN_ObtainPublicKey(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iAlgoType, int iKeyLen,
                        char* szPublicKey) {
-  constexpr int kBitsToldAsOne = 2048;
+  constexpr int kBitsSentAsOne = 2048;
   ICC_DPrintLogToFile("PN_ObtainPublicKey  iAlgoType=%d,iKeyLen=%d", iAlgoType, iKeyLen);
   if ((iAlgoType != 1 && iAlgoType != 2) || szPublicKey == nullptr) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
   PadBody body(pad::kReadPublicKey);
-  body.Byte(iAlgoType).Byte(iKeyLen == kBitsToldAsOne ? 1 : iKeyLen / 8);
+  body.Byte(iAlgoType).Byte(iKeyLen == kBitsSentAsOne ? 1 : iKeyLen / 8);
   PadAnswer answer;
   const int result = AskPad({0, iBaudRate}, body, answer);
   if (result != GWQ_OK) return result;
@@ -169,12 +173,13 @@ int PN_ObtainDigest(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, 
   const std::size_t room = data.size() + 5;
   if (room > kMaxBodySize) return GWQ_BAD_ARGUMENT;
   PadBody body(pad::kDigest, room);
+  // Contract: of the length only the low byte is sent.
   body.Byte(iHashAlgo).Byte(static_cast<int>(data.size())).Text(data);
   PadAnswer answer;
   const int result = AskPad({0, iBaudRate}, body, answer);
   if (result != GWQ_OK) return result;
   ICC_DPrintLogToFile("PN_ObtainDigest iRet=%d", GWQ_OK);
-  CopyOut(answer.data(), pDigest);
+  answer.CopyTo(pDigest);
   return GWQ_OK;
 }
 
@@ -193,5 +198,5 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRa
   if (!AppendWorkingKey(wk, body)) return GWQ_BAD_ARGUMENT;
   PadAnswer answer;
   const int result = AskPad({0, iBaudRate}, body, answer);
-  return result == GWQ_OK ? JudgeLoad(command.code, answer) : result;
+  return result == GWQ_OK ? ResultOfLoad(command.code, answer) : result;
 }

@@ -16,14 +16,15 @@ namespace gwq {
 namespace {
 
 constexpr int kSplitRoom = 1024;
-constexpr std::size_t kLongestNumber = 1023;  // of an answer that overshoots its room the rest is cut
+constexpr std::size_t kMaxNumberSize = 1023;  // an answer may be longer than its room; the rest is cut
 
-bool NumberArgumentsHold(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
+bool IsValidNumberCall(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
   if (!IsSet(prompt) || result == nullptr) return false;
   return IsCustomerTimeout(timeout_s) && Within(param1, 0, 20) && Within(param2, 0, 2);
 }
 
-// The prompt in the terminal's character set and in split form. A prompt that is too long for it stays empty.
+// Converts the prompt to GBK and to split form.
+// Contract: a prompt that does not fit is sent empty.
 int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& split) {
   SecretHeap<char> gbk(2 * prompt.size() + 255);
   if (!gbk) return GWQ_TOO_SMALL;
@@ -40,12 +41,13 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 
 using namespace gwq;
 
+// Contract: USB, whatever port the caller gives.
 int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
                int iInParam2, const char* szPrompt, char* szResult) {
   const Operation operation;
   constexpr int kMarginMs = 2000;
   ICC_DPrintLogToFile("PN_GetInNo ");
-  if (!NumberArgumentsHold(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
+  if (!IsValidNumberCall(iTimeout, iInParam1, iInParam2, szPrompt, szResult)) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
   SecretArray<char, kSplitRoom + 1> prompt;
   if (const int result = SplitPrompt(szPrompt, prompt); result != GWQ_OK) return result;
@@ -53,9 +55,9 @@ int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int i
   command.Fields('|', iTimeout, iInParam1, iInParam2, prompt.data());
   AnswerText<1024> answer;
   const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, WaitMs(iTimeout, kMarginMs));
-  ICC_DPrintLogToFile("iRet = %d", result);  // before the copy, whose registers it would save on the stack
+  ICC_DPrintLogToFile("iRet = %d", result);  // before the copy, which leaves the number in registers
   if (result != GWQ_OK) return result;
-  const std::string_view number = WithoutMarks(answer.text()).substr(0, kLongestNumber);
+  const std::string_view number = WithoutMarks(answer.text()).substr(0, kMaxNumberSize);
   number.copy(szResult, number.size());
   szResult[number.size()] = '\0';
   return result;

@@ -10,10 +10,10 @@
 namespace gwq {
 namespace {
 
-// A body packed for sending. False when there was no memory for the body or for its frame.
-class Packet {
+// A body packed for sending. False without memory for the body or for its frame.
+class PackedBody {
  public:
-  explicit Packet(const PadBody& body) : bytes_(body ? (body.Sent().size() + 5) * 2 : 0) {
+  explicit PackedBody(const PadBody& body) : bytes_(body ? (body.Sent().size() + 5) * 2 : 0) {
     if (!body || !bytes_) return;
     const auto sent = body.Sent();
     length_ = PackData(sent.data(), static_cast<int>(sent.size()), bytes_.data());
@@ -27,8 +27,8 @@ class Packet {
   int length_ = 0;
 };
 
-// Returns GWQ_NOT_OPENED where that ends the call.
-int DrainPacked(PadDrain drain, Endpoint endpoint) {
+// Returns GWQ_NOT_OPENED where it ends the call; otherwise GWQ_OK.
+int DrainAfterPacking(PadDrain drain, Endpoint endpoint) {
   switch (drain) {
     case PadDrain::kPackThenUsb:
       DrainUsb(endpoint);
@@ -43,12 +43,12 @@ int DrainPacked(PadDrain drain, Endpoint endpoint) {
   }
 }
 
-void LogIfAny(const char* format, int value) {
+void LogStatus(const char* format, int value) {
   if (format != nullptr) ICC_DPrintLogToFile(format, value);
 }
 
-int ResultOf(PadRefusal refusal, int status_word) {
-  if (refusal == PadRefusal::kJudged) return GWQ_OK;
+int ResultOfStatusWord(PadRefusal refusal, int status_word) {
+  if (refusal == PadRefusal::kCallerDecides) return GWQ_OK;
   if (refusal == PadRefusal::kStatusWord) return status_word;
   return status_word == GWQ_OK ? GWQ_OK : GWQ_REFUSED;
 }
@@ -77,6 +77,11 @@ std::span<const unsigned char> PadBody::Sent() const {
   return {reinterpret_cast<const unsigned char*>(bytes_.data()), std::strlen(bytes_.data())};
 }
 
+void PadAnswer::CopyTo(char* out) const {
+  std::memcpy(out, data_.data(), data().size());
+  out[data().size()] = '\0';
+}
+
 void PadAnswer::Unpack() {
   const auto bytes = raw_.bytes();
   status_ = UnPackData(bytes.data(), static_cast<int>(bytes.size()), data_.data(), &length_);
@@ -85,27 +90,22 @@ void PadAnswer::Unpack() {
 int AskPad(Endpoint endpoint, const PadBody& body, int timeout_ms, PadAnswer& answer) {
   const PadCommand& command = body.command();
   if (command.drain == PadDrain::kUsbThenPack) DrainUsb(endpoint);
-  Packet packet(body);
+  PackedBody packet(body);
   if (!packet) return GWQ_BAD_ARGUMENT;
-  if (const int status = DrainPacked(command.drain, endpoint); status != GWQ_OK) return status;
+  if (const int status = DrainAfterPacking(command.drain, endpoint); status != GWQ_OK) return status;
   const int result = Exchange(kAsk, endpoint, packet.bytes(), {&EndOfRead2, timeout_ms},
                               {answer.raw_.data(), answer.raw_.length()});
-  LogIfAny(command.exchanged_log, result);
+  LogStatus(command.exchanged_log, result);
   if (result != GWQ_OK) return result;
   answer.Unpack();
-  LogIfAny(command.unpacked_log, answer.status());
-  return ResultOf(command.refusal, answer.status());
+  LogStatus(command.unpacked_log, answer.status());
+  return ResultOfStatusWord(command.refusal, answer.status());
 }
 
 int SetPad(Endpoint endpoint, const PadCommand& setting, int value) {
   PadBody body(setting);
   PadAnswer answer;
   return AskPad(endpoint, body.Byte(value), answer);
-}
-
-void CopyOut(std::span<const unsigned char> data, char* out) {
-  std::memcpy(out, data.data(), data.size());
-  out[data.size()] = '\0';
 }
 
 }  // namespace gwq

@@ -7,6 +7,7 @@
 #include <gwq/status_codes.h>
 #include "codec/internal/split_form.h"
 #include "frame/internal/arguments.h"
+#include "pinpad/internal/device_id.h"
 #include "pinpad/internal/pad_command.h"
 
 namespace gwq {
@@ -15,7 +16,7 @@ namespace {
 constexpr int kDeviceIdTimeoutMs = 3000;
 constexpr std::size_t kMaxDeviceIdSize = 20;
 
-int ReadDeviceId(int baud, char* device_id) {
+int ExchangeDeviceId(int baud, char* device_id) {
   PadAnswer answer;
   const int result = AskPad({0, baud}, PadBody(pad::kReadDeviceId), answer);
   ICC_DPrintLogToFile("PN_ReadDeviceId  iRet=%d", result);
@@ -25,13 +26,9 @@ int ReadDeviceId(int baud, char* device_id) {
     ICC_DPrintLogToFile("UnPackData ERROR iRet=%d", answer.status());
     return GWQ_REFUSED;
   }
-  CopyOut(answer.data(), device_id);
+  answer.CopyTo(device_id);
   ICC_DPrintLogToFile("UnPackData  szRes=%s", device_id);
   return GWQ_OK;
-}
-
-bool IsDeviceId(const char* text) {
-  return IsSet(text) && std::strlen(text) <= kMaxDeviceIdSize;
 }
 
 int SendDeviceId(int baud, const char* device_id) {
@@ -45,17 +42,27 @@ int SendDeviceId(int baud, const char* device_id) {
   return GWQ_REFUSED;
 }
 
+// Contract: every fill other than "F" is a zero byte, which ends the body before it; the pad gets the
+// command without an argument.
 int FillByte(const char* fill) {
   return fill != nullptr && *fill == 'F' ? 0xFF : 0x00;
 }
 
-// Logs what one of several settings in a row came to.
-bool LoggedSuccess(const char* log, int result) {
+// Logs the result of one of several settings. Returns whether it is success.
+bool LogSetting(const char* log, int result) {
   ICC_DPrintLogToFile(log, result);
   return result == GWQ_OK;
 }
 
 }  // namespace
+
+int ReadDeviceId(int baud, char* device_id) {
+  ICC_DPrintLogToFile("PN_ReadDeviceId ");
+  if (device_id == nullptr) return GWQ_BAD_ARGUMENT;
+  if (const int status = DrainFirst({0, baud}); status != GWQ_OK) return status;
+  return ExchangeDeviceId(baud, device_id);
+}
+
 }  // namespace gwq
 
 using namespace gwq;
@@ -78,6 +85,7 @@ int PN_GetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* pi
   if (const int result = AskPad({iPortNo, iBaudRate}, PadBody(pad::kGetLength), answer); result != GWQ_OK) {
     return result;
   }
+  // Contract: no data is GWQ_REFUSED here and success in PN_GetEnType, whose output is not changed.
   if (answer.data().empty()) return GWQ_REFUSED;
   *piPinLen = answer.data()[0];
   return GWQ_OK;
@@ -112,16 +120,14 @@ int PN_SetAccount(int iPortNo, const char* /*szReserved*/, int iBaudRate, const 
   return AskPad({iPortNo, iBaudRate}, body, answer);
 }
 
+// Contract: USB, whatever port the caller gives; the two calls below likewise.
 int PN_ReadDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
-  ICC_DPrintLogToFile("PN_ReadDeviceId ");
-  if (szDeviceId == nullptr) return GWQ_BAD_ARGUMENT;
-  if (const int status = DrainFirst({0, iBaudRate}); status != GWQ_OK) return status;
   return ReadDeviceId(iBaudRate, szDeviceId);
 }
 
 int PN_WriteDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szDeviceId) {
   ICC_DPrintLogToFile("PN_WriteDeviceId  DeviceId=%s", szDeviceId);
-  if (!IsDeviceId(szDeviceId)) {
+  if (!IsSet(szDeviceId) || std::strlen(szDeviceId) > kMaxDeviceIdSize) {
     ICC_DPrintLogToFile("PN_WriteDeviceId  ERR_PARAMS");
     return GWQ_BAD_ARGUMENT;
   }
@@ -135,11 +141,11 @@ int PN_SetPinPadParameter(int /*iPortNo*/, const char* /*szReserved*/, int iBaud
                       iPinRule);
   if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
   int result = SetPad({0, iBaudRate}, pad::kSetType, iAlgoType);
-  if (!LoggedSuccess("PN_SetEnType iRet=%d", result)) return result;
+  if (!LogSetting("PN_SetEnType iRet=%d", result)) return result;
   result = SetPad({0, iBaudRate}, pad::kSetLength, iPinLen & 0x0F);
-  if (!LoggedSuccess("PN_SetPinLen iRet=%d", result)) return result;
+  if (!LogSetting("PN_SetPinLen iRet=%d", result)) return result;
   result = SetPad({0, iBaudRate}, pad::kSetEndRule, iPinRule);
-  if (!LoggedSuccess("PN_SetEndRule iRet=%d", result)) return result;
+  if (!LogSetting("PN_SetEndRule iRet=%d", result)) return result;
   result = SetPad({0, iBaudRate}, pad::kSetFill, FillByte(szFill));
   ICC_DPrintLogToFile("PN_SetFillType iRet=%d", result);
   ICC_DPrintLogToFile("PN_SetPinPadParameter iRet=%d", result);

@@ -6,7 +6,6 @@
 
 #include <gwq/codec/text_forms.h>
 #include <gwq/diag/log.h>
-#include <gwq/files/host_files.h>
 #include <gwq/frame/port.h>
 #include <gwq/pinpad/entry.h>
 #include "diag/internal/pause.h"
@@ -23,16 +22,17 @@ namespace {
 constexpr std::string_view kRemoteFile = "/tmp/encdata.txt";
 constexpr char kLocalFile[] = "/tmp/enctemp.data";
 constexpr int kPauseBeforePullMs = 200;
+// Contract: the caller's baud rate is not used for this exchange.
 constexpr int kEncipherBaud = 9600;
 constexpr std::size_t kHexRoom = 40960;
 constexpr std::size_t kCommandRoom = 49152;
 
-constexpr std::size_t kLongestAnswer = 4095;  // of an answer that overshoots its room the rest is cut
+constexpr std::size_t kMaxAnswerSize = 4095;  // an answer may be longer than its room; the rest is cut
 
-using Answer = AnswerText<4096>;
+using EncipherAnswer = AnswerText<4096>;
 
-// Only whether the link opens counts here; what the terminal answers does not.
-bool TerminalIsThere(int baud) {
+// Contract: only a link that does not open ends the call; the terminal's answer does not count.
+bool IsTerminalPresent(int baud) {
   constexpr int kTimeoutMs = 1000;
   Command<64> command(Channel::kPinPad, "GETFIRMVERSION");
   AnswerText<1024> answer;
@@ -43,44 +43,45 @@ bool TerminalIsThere(int baud) {
   return false;
 }
 
-int Failed(int code) {
+int LogStringBlockResult(int code) {
   ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", code);
   return code;
 }
 
-// A function of its own: the registers that it leaves are cleared, the text's last characters in them.
+// Not inlined, so that the registers that it uses are cleared on return: they have the text's last
+// characters.
 [[gnu::noinline]] int HexOf(std::string_view info, SecretHeap<char>& hex) {
   return GetHexString(reinterpret_cast<const unsigned char*>(info.data()), static_cast<int>(info.size()),
                       hex.data(), static_cast<int>(hex.size()));
 }
 
-int AskToEncipher(int timeout_s, int algorithm, std::string_view info, Answer& answer) {
+int AskToEncipher(int timeout_s, int algorithm, std::string_view info, EncipherAnswer& answer) {
   SecretHeap<char> hex(kHexRoom);
   HeapCommand command(Channel::kPinPad, "GETENCDATA", kCommandRoom);
-  if (!hex || !command) return Failed(GWQ_TOO_SMALL);
+  if (!hex || !command) return LogStringBlockResult(GWQ_TOO_SMALL);
   const int digits = HexOf(info, hex);
   command.Fields('|', algorithm, digits, std::string_view(hex.data(), static_cast<std::size_t>(digits)));
   const int result = Ask({0, kEncipherBaud}, command, answer, &EndOfRead2, WaitMs(timeout_s, 3000));
   ICC_DPrintLogToFile("TransProc nRet=%d", result);
   if (result == GWQ_NOT_OPENED) return result;
-  if (result != GWQ_OK) return Failed(GWQ_REFUSED);
+  if (result != GWQ_OK) return LogStringBlockResult(GWQ_REFUSED);
   if (!answer.text().starts_with(kRefusalAnswer)) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] EncKey not exist,nRet=%d", GWQ_NO_ENCRYPTION_KEY);
   return GWQ_NO_ENCRYPTION_KEY;
 }
 
-int PullResult(PrivateTempFile& place) {
+int PullResult(PrivateTempFile& file) {
   constexpr int kTimeoutMs = 3000;
   PauseMs(kPauseBeforePullMs);
-  const int result =
-      place ? PullTo(kRemoteFile, place.path(), kTimeoutMs) : static_cast<int>(GWQ_READ_FAILED);
+  const int result = file ? PullTo(kRemoteFile, file.path(), kTimeoutMs) : static_cast<int>(GWQ_READ_FAILED);
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
   return GWQ_REFUSED;
 }
 
-// The whole file, terminated, into a buffer that is cleared first as far as its present text.
+// Reads the whole file into the caller's buffer and terminates it.
+// Contract: the buffer is cleared only up to the end of the text that it has on entry.
 int ReadResult(const char* path, char* data, int* size) {
   const File file = OpenFile(path, "rb");
   if (!file) {
@@ -89,7 +90,7 @@ int ReadResult(const char* path, char* data, int* size) {
   }
   const int file_size = std::max(FileSize(path), 0);
   const auto count = static_cast<std::size_t>(file_size);
-  if (!FitsOutputRoom(count + 1)) return Failed(GWQ_TOO_SMALL);
+  if (!FitsOutputRoom(count + 1)) return LogStringBlockResult(GWQ_TOO_SMALL);
   *size = file_size;
   std::memset(data, 0, std::strlen(data));
   ICC_DPrintLogToFile("file_size = %d", file_size);
@@ -97,11 +98,11 @@ int ReadResult(const char* path, char* data, int* size) {
   return GWQ_OK;
 }
 
-// The answer without STX, the code behind it, and ETX.
-void TakeAnswer(const Answer& answer, char* out) {
+// Copies the answer without STX, the code after it, and ETX.
+void CopyEnciphered(const EncipherAnswer& answer, char* out) {
   constexpr std::size_t kMarks = 3;
   const std::string_view text = answer.text();
-  const std::size_t length = std::min(text.size() < kMarks ? 0 : text.size() - kMarks, kLongestAnswer);
+  const std::size_t length = std::min(text.size() < kMarks ? 0 : text.size() - kMarks, kMaxAnswerSize);
   if (length > 0) text.copy(out, length, 2);
   out[length] = '\0';
 }
@@ -111,6 +112,7 @@ void TakeAnswer(const Answer& answer, char* out) {
 
 using namespace gwq;
 
+// Contract: USB, whatever port the caller gives.
 int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
                       const char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
   const Operation operation;
@@ -121,13 +123,12 @@ int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate
   ICC_DPrintLogToFile("PN_GetStringBlock  iAlgoType=%d,szInfo=%.*s", iAlgoType, static_cast<int>(info.size()),
                       szInfo);
   if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
-  if (!TerminalIsThere(iBaudRate)) return GWQ_NOT_OPENED;
-  Answer answer;
+  if (!IsTerminalPresent(iBaudRate)) return GWQ_NOT_OPENED;
+  EncipherAnswer answer;
   if (const int result = AskToEncipher(nTimeout, iAlgoType, info, answer); result != GWQ_OK) return result;
-  PrivateTempFile place(kLocalFile);
-  if (const int result = PullResult(place); result != GWQ_OK) return result;
-  if (const int result = ReadResult(place.path(), pFileData, pnLen); result != GWQ_OK) return result;
-  TakeAnswer(answer, szEncData);
-  ICC_DPrintLogToFile("[PN_GetStringBlock] nRet=%d", GWQ_OK);
-  return GWQ_OK;
+  PrivateTempFile file(kLocalFile);
+  if (const int result = PullResult(file); result != GWQ_OK) return result;
+  if (const int result = ReadResult(file.path(), pFileData, pnLen); result != GWQ_OK) return result;
+  CopyEnciphered(answer, szEncData);
+  return LogStringBlockResult(GWQ_OK);
 }

@@ -1,4 +1,4 @@
-// The PIN pad's framed commands: a body goes out packed, a status word with data comes back.
+// The PIN pad's framed commands: a body is sent packed; a status word with data comes back.
 #pragma once
 
 #include <span>
@@ -10,32 +10,34 @@
 
 namespace gwq {
 
-// What is drained, and when: a command for which there is no memory is not packed, and nothing happens after that.
+// What is drained, and when. Without memory for the packed command the call ends there, so that a
+// drain after packing does not happen.
 enum class PadDrain {
   kNothing,
   kUsbThenPack,
   kPackThenUsb,
-  kPackThenUsbLogged,         // a terminal that is not there ends the call
-  kPackThenUsbLoggedIgnored,  // the exchange will tell
+  kPackThenUsbLogged,         // GWQ_NOT_OPENED ends the call
+  kPackThenUsbLoggedIgnored,  // no status ends the call
 };
 
-// What AskPad makes of a status word.
+// What AskPad returns for a status word other than success.
+// Contract: some commands return the pad's own number, the others GWQ_REFUSED; a caller must expect
+// positive results from the former.
 enum class PadRefusal {
-  kRefused,     // GWQ_REFUSED unless it is success
-  kStatusWord,  // it is the result
-  kJudged,      // the caller looks at it
+  kRefused,        // GWQ_REFUSED
+  kStatusWord,     // the status word, or GWQ_BAD_FRAME
+  kCallerDecides,  // GWQ_OK; the caller checks PadAnswer::status
 };
 
 struct PadCommand {
   int code;
-  int timeout_ms;  // of an entry: what the pad gets beyond the customer's own time
+  int timeout_ms;  // of a PIN entry: added to the customer's time
   PadDrain drain = PadDrain::kNothing;
   PadRefusal refusal = PadRefusal::kRefused;
   const char* exchanged_log = nullptr;  // %d: the exchange's status
   const char* unpacked_log = nullptr;   // %d: the status word
 };
 
-// All of them.
 namespace pad {
 
 inline constexpr PadCommand kReadPublicKey{.code = 0x3002,
@@ -47,13 +49,13 @@ inline constexpr PadCommand kCreateFactor1{.code = 0x3003, .timeout_ms = 2000};
 inline constexpr PadCommand kLoadKey1{.code = 0x3004,
                                       .timeout_ms = 4000,
                                       .drain = PadDrain::kPackThenUsbLoggedIgnored,
-                                      .refusal = PadRefusal::kJudged,
+                                      .refusal = PadRefusal::kCallerDecides,
                                       .exchanged_log = "TransProc  iRet=%d,",
                                       .unpacked_log = "UnPackData  iRet=%d,"};
 inline constexpr PadCommand kEnterPin{.code = 0x3005,
                                       .timeout_ms = 2000,
                                       .drain = PadDrain::kPackThenUsb,
-                                      .refusal = PadRefusal::kJudged,
+                                      .refusal = PadRefusal::kCallerDecides,
                                       .exchanged_log = "TransProcByEnd iRet=%d",
                                       .unpacked_log = "UnPackData iRet=%d"};
 inline constexpr PadCommand kSetType{.code = 0x3010, .timeout_ms = 2000, .refusal = PadRefusal::kStatusWord};
@@ -68,7 +70,8 @@ inline constexpr PadCommand kDigest{.code = 0x3015,
                                     .exchanged_log = "TransProc iRet=%d",
                                     .unpacked_log = "UnPackData iRet=%d"};
 inline constexpr PadCommand kSetAccount{.code = 0x3016, .timeout_ms = 2000};
-inline constexpr PadCommand kReadDeviceId{.code = 0x3018, .timeout_ms = 3000, .refusal = PadRefusal::kJudged};
+inline constexpr PadCommand kReadDeviceId{
+    .code = 0x3018, .timeout_ms = 3000, .refusal = PadRefusal::kCallerDecides};
 inline constexpr PadCommand kReadFactor{.code = 0x3019, .timeout_ms = 2000};
 inline constexpr PadCommand kSetMode{.code = 0x3032, .timeout_ms = 2000};
 inline constexpr PadCommand kGetType{.code = 0x3033, .timeout_ms = 2000, .refusal = PadRefusal::kStatusWord};
@@ -76,25 +79,25 @@ inline constexpr PadCommand kGetLength{.code = 0x3035, .timeout_ms = 2000, .drai
 inline constexpr PadCommand kLoadKey2{.code = 0x3039,
                                       .timeout_ms = 4000,
                                       .drain = PadDrain::kPackThenUsbLoggedIgnored,
-                                      .refusal = PadRefusal::kJudged,
+                                      .refusal = PadRefusal::kCallerDecides,
                                       .exchanged_log = "TransProc  iRet=%d,",
                                       .unpacked_log = "UnPackData  iRet=%d,"};
 inline constexpr PadCommand kCreateFactor2{.code = 0x303A, .timeout_ms = 2000};
 inline constexpr PadCommand kEnterPinShowing{.code = 0x4030,
                                              .timeout_ms = 2000,
                                              .drain = PadDrain::kPackThenUsb,
-                                             .refusal = PadRefusal::kJudged,
+                                             .refusal = PadRefusal::kCallerDecides,
                                              .exchanged_log = "TransProc iRet=%d",
                                              .unpacked_log = "UnPackData iRet=%d"};
 
 }  // namespace pad
 
-// A command's body under construction: the command's two bytes, then its arguments. What does not fit into
-// the room, where a terminator is kept, is cut.
+// A command's body under construction: the command's two bytes, then its arguments. Cut to `room`,
+// which includes a terminator.
 class PadBody {
  public:
-  static constexpr std::size_t kUsualRoom = 256;
-  explicit PadBody(const PadCommand& command, std::size_t room = kUsualRoom);
+  static constexpr std::size_t kDefaultRoom = 256;
+  explicit PadBody(const PadCommand& command, std::size_t room = kDefaultRoom);
 
   PadBody& Text(std::string_view bytes);
   // The low byte of a number.
@@ -104,7 +107,8 @@ class PadBody {
   explicit operator bool() const { return static_cast<bool>(bytes_); }
 
   [[nodiscard]] const PadCommand& command() const { return command_; }
-  // What the pad gets: everything before the first zero byte.
+  // Contract: a body ends before its first zero byte, also one in raw key bytes; what follows in the
+  // arguments does not reach the pad.
   [[nodiscard]] std::span<const unsigned char> Sent() const;
 
  private:
@@ -120,7 +124,9 @@ class PadAnswer {
   [[nodiscard]] std::span<const unsigned char> data() const {
     return {data_.data(), static_cast<std::size_t>(length_)};
   }
-  // The answer as it came, frame and all.
+  // Copies the data and a terminator.
+  void CopyTo(char* out) const;
+  // The answer as received, with its frame.
   [[nodiscard]] std::string_view raw() const { return raw_.text(); }
 
  private:
@@ -133,19 +139,16 @@ class PadAnswer {
   int status_ = GWQ_BAD_FRAME;
 };
 
-// Drains, packs the body, sends it and takes the answer apart. Returns GWQ_BAD_ARGUMENT when there is no memory, the failed
-// exchange's status, or what the command makes of the status word.
+// Drains, packs the body, sends it and unpacks the answer. Returns GWQ_BAD_ARGUMENT without memory, the
+// status of a failed exchange, or what the command's PadRefusal makes of the status word.
 int AskPad(Endpoint endpoint, const PadBody& body, int timeout_ms, PadAnswer& answer);
 
-// In the command's own time.
+// With the command's own time-out.
 inline int AskPad(Endpoint endpoint, const PadBody& body, PadAnswer& answer) {
   return AskPad(endpoint, body, body.command().timeout_ms, answer);
 }
 
 // Sends a setting of one byte.
 int SetPad(Endpoint endpoint, const PadCommand& setting, int value);
-
-// Copies data into a caller's buffer and terminates them.
-void CopyOut(std::span<const unsigned char> data, char* out);
 
 }  // namespace gwq
