@@ -12,26 +12,26 @@
 namespace gwq {
 namespace {
 
-// "f" and "w" are the other way round where documents are signed.
+// Contract: "f" is a time-out and "w" a cancel, the reverse of their meaning where documents are signed.
 constexpr std::array kFailures{Meaning{kRefusalAnswer, GWQ_REFUSED},
                                Meaning{"\x02"
                                        "f\x03",
                                        GWQ_NO_ANSWER},
                                Meaning{"\x02w\x03", GWQ_CANCELLED}};
 
-int TakeResult(std::string_view answer, char* out) {
-  constexpr std::size_t kBehindCode = 2;
+int ParseCheckOutAnswer(std::string_view answer, char* out) {
+  constexpr std::size_t kAfterCode = 2;
   if (const auto failure = MeaningOf(kFailures, answer)) return *failure;
-  CopyTerminated(AnswerFrom(answer, kBehindCode), out);
+  CopyTerminated(AnswerFrom(answer, kAfterCode), out);
   ICC_DPrintLogToFile("result=%s", out);
   return GWQ_OK;
 }
 
-int AskForResult(Endpoint endpoint, int timeout_s, HeapCommand& command, char* out) {
+int AskCheckOut(Endpoint endpoint, int timeout_s, HeapCommand& command, char* out) {
   AnswerText<1024> answer;
   int result = Ask(endpoint, command, answer, &EndOfRead2, WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("iRet:%d\r\n", result);
-  if (result == GWQ_OK) result = TakeResult(answer.text(), out);
+  if (result == GWQ_OK) result = ParseCheckOutAnswer(answer.text(), out);
   ICC_DPrintLogToFile("MP_CheckOut_All  iRet:%d", result);
   return result;
 }
@@ -43,8 +43,8 @@ int CheckOut(Endpoint endpoint, int timeout_s, std::string_view first, std::stri
   HeapCommand command(Channel::kInformation, "YCCHECKOUTALLUTF8",
                       2 * (first.size() + second.size()) + kRoomAround);
   if (!split_second || !split_first || !command) return GWQ_TOO_SMALL;
-  return AskForResult(endpoint, timeout_s,
-                      command.Fields('#', timeout_s, split_second.text(), split_first.text()), out);
+  return AskCheckOut(endpoint, timeout_s,
+                     command.Fields('#', timeout_s, split_second.text(), split_first.text()), out);
 }
 
 }  // namespace
@@ -56,8 +56,8 @@ int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int i
                     const char* szFirstText, const char* szSecondText, char* szResult) {
   const Operation operation;
   ICC_DPrintLogToFile("MP_CheckOut_All");
-  const bool texts_hold = IsSet(szFirstText) && szSecondText != nullptr;
-  if (!texts_hold || szResult == nullptr || !IsCustomerTimeout(iTimeout)) {
+  const bool texts_valid = IsSet(szFirstText) && szSecondText != nullptr;
+  if (!texts_valid || szResult == nullptr || !IsCustomerTimeout(iTimeout)) {
     LogGbk(Gbk("参数错误"));
     return GWQ_BAD_ARGUMENT;
   }

@@ -14,9 +14,10 @@
 #include <gwq/diag/log.h>
 #include <gwq/frame/load.h>
 #include <gwq/frame/port.h>
-#include <gwq/pinpad/settings.h>
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
+#include "pinpad/internal/device_id.h"
+#include "screens/internal/comm_request.h"
 
 namespace gwq {
 namespace {
@@ -33,31 +34,36 @@ using JsonText = std::unique_ptr<char, FreeJsonText>;
 
 // ------------------------------------------------------------------ the request
 
-struct Request {
-  int baud;
-  int timeout;  // told by the caller, and not used
-};
-
-// Text beyond an int's range gives its nearest value, as cJSON does with numbers.
-int DecimalIn(const char* text) {
+// Text beyond the range of an int becomes its nearest value, as a number does in cJSON.
+int ParseDecimal(const char* text) {
   return static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
 }
 
-int NumberAt(const cJSON* request, const char* key) {
+int NumberOf(const cJSON* request, const char* key) {
   const cJSON* item = cJSON_GetObjectItem(request, key);
   if (item == nullptr) return 0;
   if (cJSON_IsNumber(item) != 0) return item->valueint;
-  return item->valuestring == nullptr ? 0 : DecimalIn(item->valuestring);
+  return item->valuestring == nullptr ? 0 : ParseDecimal(item->valuestring);
 }
 
-Request ReadRequest(const char* text) {
-  const Json request(cJSON_Parse(text));
-  return {NumberAt(request.get(), "RequestBaudRate"), NumberAt(request.get(), "RequestTimeOut")};
+}  // namespace
+
+CommRequest ParseCommRequest(const char* json) {
+  const Json request(cJSON_Parse(json));
+  return {NumberOf(request.get(), "RequestBaudRate")};
 }
 
-// ------------------------------------------------------------------ the questions
+bool IsSerialNumberKept(int status, std::string_view number) {
+  constexpr std::size_t kUsualSize = 10;
+  return status == GWQ_OK || number.size() == kUsualSize;
+}
 
-// The message of the last step that had one stays, and is collected again after each later step.
+namespace {
+
+// ------------------------------------------------------------------ the queries
+
+// Contract: the message of the last step that had one is collected again after each later step, so
+// that "ErrorMessage" has it several times.
 class Messages {
  public:
   void SetFailure(std::string_view item, int status) { last_ = {item, status}; }
@@ -97,7 +103,7 @@ struct Description {
   SerialNumber serial_number{};
 };
 
-// 17 KB, which the stack of a small thread does not have. Null when there was no memory.
+// On the heap, because 17 KB do not fit on the stack of a small thread.
 struct FreeDescription {
   void operator()(Description* terminal) const {
     std::destroy_at(terminal);
@@ -106,7 +112,8 @@ struct FreeDescription {
 };
 using DescriptionMemory = std::unique_ptr<Description, FreeDescription>;
 
-DescriptionMemory MakeDescription() {
+// Null without memory.
+DescriptionMemory AllocateDescription() {
   void* memory = std::calloc(sizeof(Description), 1);
   return DescriptionMemory(memory == nullptr ? nullptr : new (memory) Description);
 }
@@ -117,84 +124,80 @@ struct Query {
   std::string_view item;  // in messages
 };
 
+// Contract: asked first, and only a failure of it is visible, in "ErrorMessage".
 constexpr Query kUnusedItem{"GETGLOBALCONFIG", 6, "ProductionDate"};
 constexpr Query kProductionDate{"GETGLOBALCONFIG", 7, "ProductionDate"};
 constexpr Query kModel{"GETGLOBALCONFIG", 8, "DeviceModel"};
 constexpr Query kVersion{"GETVERSION", 5, "DeviceVersion"};
 
-using Answer = AnswerText<4096>;
-using TakePart = std::string_view(std::string_view answer);
+using ParseItem = std::string_view(std::string_view answer);
 
-std::string_view TakeNothing(std::string_view /*answer*/) {
-  return "";
-}
-
-// What stands between the first byte and the first "|"; empty without one.
-std::string_view TakeVersion(std::string_view answer) {
+// The text between the first byte and the first "|"; empty without "|".
+std::string_view ParseVersion(std::string_view answer) {
   const std::size_t bar = answer.find('|');
   return bar == std::string_view::npos || bar == 0 ? std::string_view("") : answer.substr(1, bar - 1);
 }
 
-int Run(int baud, const Query& query, TakePart* take, ItemText& text, Messages& messages) {
+int AskItem(int baud, const Query& query, ParseItem* parse, ItemText& text, Messages& messages) {
   constexpr int kTimeoutMs = 2000;
   Command<64> command(Channel::kDevice, query.word);
-  Answer answer;
+  AnswerText<4096> answer;
   const int result = Ask({0, baud}, command.Fields('|', query.number), answer, &EndOfRead2, kTimeoutMs);
   if (result != GWQ_OK) {
     messages.SetFailure(query.item, result);
   } else if (answer.text() == kRefusalAnswer) {
     messages.SetMissing(query.item);
   } else {
-    text << take(answer.text());
+    text << parse(answer.text());
   }
   messages.Collect();
   return result;
 }
 
-// A number of the usual length is kept even when the call failed.
 void ReadSerialNumber(int baud, SerialNumber& number, Messages& messages) {
-  constexpr std::size_t kUsualLength = 10;
-  const int result = PN_ReadDeviceId(0, "9", baud, number.data());
+  const int result = ReadDeviceId(baud, number.data());
   ICC_DPrintLogToFile("szDeviceId = %s ", number.data());
-  if (result != GWQ_OK && std::strlen(number.data()) != kUsualLength) {
+  if (!IsSerialNumberKept(result, number.data())) {
     number.fill('\0');
     messages.SetFailure("szDeviceId", result);
   }
   messages.Collect();
 }
 
+// Contract: a step that fails ends nothing, and the status is that of the last one, the version.
 int Describe(int baud, Description& terminal) {
   ItemText unused;
-  Run(baud, kUnusedItem, &TakeNothing, unused, terminal.messages);
-  Run(baud, kProductionDate, &WithoutMarks, terminal.production_date, terminal.messages);
-  Run(baud, kModel, &WithoutMarks, terminal.model, terminal.messages);
+  AskItem(baud, kUnusedItem, &WithoutMarks, unused, terminal.messages);
+  AskItem(baud, kProductionDate, &WithoutMarks, terminal.production_date, terminal.messages);
+  AskItem(baud, kModel, &WithoutMarks, terminal.model, terminal.messages);
   ReadSerialNumber(baud, terminal.serial_number, terminal.messages);
-  return Run(baud, kVersion, &TakeVersion, terminal.version, terminal.messages);
+  return AskItem(baud, kVersion, &ParseVersion, terminal.version, terminal.messages);
 }
 
 // ------------------------------------------------------------------ the answer
 
-bool Add(const Json& object, const char* key, const char* value) {
+bool AddMember(const Json& object, const char* key, const char* value) {
   Json item(cJSON_CreateString(value));
   if (!item || cJSON_AddItemToObject(object.get(), key, item.get()) == 0) return false;
-  static_cast<void>(item.release());  // the object's now
+  static_cast<void>(item.release());  // owned by the object from here on
   return true;
 }
 
-// Null when there was no memory.
+// Null without memory.
+// Contract: "ErrorCode" is "0" in every answer; the status is what the call returns.
 JsonText Render(Description& terminal) {
   const Json answer(cJSON_CreateObject());
-  const bool complete = Add(answer, "ErrorCode", "0") &&
-                        Add(answer, "ErrorMessage", terminal.messages.Text()) &&
-                        Add(answer, "DeviceBrand", "VOLK") && Add(answer, "DllVersion", dllversion) &&
-                        Add(answer, "DeviceVersion", terminal.version.data()) &&
-                        Add(answer, "ProductionDate", terminal.production_date.data()) &&
-                        Add(answer, "DeviceSN", terminal.serial_number.data()) &&
-                        Add(answer, "DeviceModel", terminal.model.data());
+  const bool complete =
+      AddMember(answer, "ErrorCode", "0") && AddMember(answer, "ErrorMessage", terminal.messages.Text()) &&
+      AddMember(answer, "DeviceBrand", "VOLK") && AddMember(answer, "DllVersion", dllversion) &&
+      AddMember(answer, "DeviceVersion", terminal.version.data()) &&
+      AddMember(answer, "ProductionDate", terminal.production_date.data()) &&
+      AddMember(answer, "DeviceSN", terminal.serial_number.data()) &&
+      AddMember(answer, "DeviceModel", terminal.model.data());
   return JsonText(complete ? cJSON_Print(answer.get()) : nullptr);
 }
 
-bool CopyOut(const JsonText& text, char* out, int* length) {
+bool CopyJsonText(const JsonText& text, char* out, int* length) {
   if (text == nullptr || out == nullptr || length == nullptr || *length < 0) return false;
   const std::size_t size = std::strlen(text.get());
   if (static_cast<std::size_t>(*length) <= size) return false;
@@ -211,9 +214,10 @@ using namespace gwq;
 int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
   const Operation operation;
   ICC_DPrintLogToFile("inJson = %s ", inJson);
-  const Request request = ReadRequest(inJson);
-  const DescriptionMemory terminal = MakeDescription();
+  const CommRequest request = ParseCommRequest(inJson);
+  const DescriptionMemory terminal = AllocateDescription();
   if (!terminal) return GWQ_TOO_SMALL;
   const int result = Describe(request.baud, *terminal);
-  return CopyOut(Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
+  // Contract: an output that is too small hides the status.
+  return CopyJsonText(Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
 }

@@ -13,18 +13,18 @@
 namespace gwq {
 namespace {
 
-constexpr std::size_t kListSize = 1024;  // as the push copies the caller's list
-constexpr std::string_view kPlace = "/tmp/";
+constexpr std::size_t kListSize = 1024;  // of PushList's copy of the caller's list
+constexpr std::string_view kDirectory = "/tmp/";
 
 }  // namespace
 
-void LogIfAny(const char* text) {
+void LogIfSet(const char* text) {
   if (text != nullptr) ICC_DPrintLogToFile("%s", text);
 }
 
-int Begin(Endpoint endpoint, bool arguments_hold, const char* complaint) {
-  if (!arguments_hold) {
-    LogIfAny(complaint);
+int CheckAndDrain(Endpoint endpoint, bool valid, const char* complaint) {
+  if (!valid) {
+    LogIfSet(complaint);
     return GWQ_BAD_ARGUMENT;
   }
   return DrainFirst(endpoint);
@@ -35,21 +35,21 @@ bool DocumentsFit(const char* paths, std::size_t room) {
   const std::string_view list(paths);
   if (list.size() >= names.size()) return false;
   list.copy(names.data(), list.size());
-  TerminalPaths places;
+  TerminalPaths on_terminal;
   PathList rest(names.data());
   while (const char* path = rest.Next()) {
-    places << (places.size() == 0 ? "" : "|") << kPlace << BaseName(path);
+    on_terminal << (on_terminal.size() == 0 ? "" : "|") << kDirectory << BaseName(path);
   }
   SecretArray<char, 4096> converted;
-  return u2g(places.data(), places.size(), converted.data(),
+  return u2g(on_terminal.data(), on_terminal.size(), converted.data(),
              static_cast<int>(std::min(room, converted.size()))) == 0;
 }
 
 int PushDocuments(const char* paths, std::span<char> list) {
-  TerminalPaths places;
-  const int result = PushList(paths, places);
-  const int size = result == GWQ_OK ? places.size() : 0;
-  u2g(places.data(), size, list.data(), static_cast<int>(list.size() - 1));
+  TerminalPaths on_terminal;
+  const int result = PushList(paths, on_terminal);
+  const int size = result == GWQ_OK ? on_terminal.size() : 0;
+  u2g(on_terminal.data(), size, list.data(), static_cast<int>(list.size() - 1));
   ICC_DPrintLogToFile("szFileNameListGBK=%s", list.data());
   ICC_DPrintLogToFile("pushFileToZ11 nRet = %d", result);
   if (result != GWQ_OK) ICC_DPrintLogToFile("pushFileToZ11  nRet= %d", result);

@@ -12,10 +12,10 @@
 namespace gwq {
 namespace {
 
-// Room for the list and what stands around it.
 constexpr std::size_t kListRoom = 1024;
-using Request = Command<kListRoom + 128>;
-using List = DocumentList<kListRoom>;
+using ShownDocuments = DocumentList<kListRoom>;
+// The list, and the word and numbers around it.
+using DocumentsCommand = Command<kListRoom + 128>;
 
 // pnDisplayResult: what the customer decided.
 enum Decision { kAgreed = 0, kDeclined = 1, kUndecided = 2 };
@@ -33,16 +33,17 @@ constexpr Outcome kOutcomes[] = {
     {kRefusalAnswer, kUndecided, GWQ_REFUSED},
 };
 
-bool ArgumentsHold(const char* paths, int timeout_s) {
+bool AreValidDocuments(const char* paths, int timeout_s) {
   return IsSet(paths) && IsCustomerTimeout(timeout_s) && DocumentsFit(paths, kListRoom);
 }
 
-int Undecided(int status, int& decision) {
+int SetUndecided(int status, int& decision) {
   decision = kUndecided;
   return status;
 }
 
-int TakeDecision(std::string_view answer, int& decision) {
+// Contract: an answer that is none of these is GWQ_OK, and leaves the decision as it was.
+int ParseDecision(std::string_view answer, int& decision) {
   for (const Outcome& outcome : kOutcomes) {
     if (answer != outcome.answer) continue;
     decision = outcome.decision;
@@ -51,13 +52,13 @@ int TakeDecision(std::string_view answer, int& decision) {
   return GWQ_OK;
 }
 
-int AskToConfirm(int baud, int timeout_s, const List& list, int& decision) {
-  Request command(Channel::kInformation, "YCNEWSTARTFILE");
+int AskToConfirm(int baud, int timeout_s, const ShownDocuments& list, int& decision) {
+  DocumentsCommand command(Channel::kInformation, "YCNEWSTARTFILE");
   AnswerText<1024> answer;
   const int result = Ask({0, baud}, command.Fields('|', 0, timeout_s, list.data()), answer, &EndOfRead2,
                          WaitMs(timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
-  return result == GWQ_OK ? TakeDecision(answer.text(), decision) : Undecided(result, decision);
+  return result == GWQ_OK ? ParseDecision(answer.text(), decision) : SetUndecided(result, decision);
 }
 
 }  // namespace
@@ -68,11 +69,11 @@ using namespace gwq;
 int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
   const Operation operation;
   const Endpoint endpoint{0, iBaudRate};
-  const bool hold = ArgumentsHold(szFilePath, iTimeout);
-  if (const int result = Begin(endpoint, hold, nullptr); result != GWQ_OK) return result;
-  List list;
+  const bool valid = AreValidDocuments(szFilePath, iTimeout);
+  if (const int result = CheckAndDrain(endpoint, valid, nullptr); result != GWQ_OK) return result;
+  ShownDocuments list;
   if (const int result = PushDocuments(szFilePath, list.span()); result != GWQ_OK) return result;
-  Request command(Channel::kInformation, "YCNEWSHOWFILE");
+  DocumentsCommand command(Channel::kInformation, "YCNEWSHOWFILE");
   return Tell(endpoint, command.Fields('|', 0, iTimeout, list.data()), kSendTimeoutMs);
 }
 
@@ -81,12 +82,13 @@ int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTi
   const Operation operation;
   int nowhere = 0;
   int& decision = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  const bool hold = ArgumentsHold(szFilePath, iTimeout);
-  const int begun = Begin({0, iBaudRate}, hold, kParamError);
-  if (begun == GWQ_BAD_ARGUMENT) return Undecided(begun, decision);
+  const bool valid = AreValidDocuments(szFilePath, iTimeout);
+  const int begun = CheckAndDrain({0, iBaudRate}, valid, kParamError);
+  if (begun == GWQ_BAD_ARGUMENT) return SetUndecided(begun, decision);
+  // Contract: a terminal that is not there leaves the decision as it was.
   if (begun != GWQ_OK) return begun;
-  List list;
+  ShownDocuments list;
   const int pushed = PushDocuments(szFilePath, list.span());
-  if (pushed != GWQ_OK) return Undecided(pushed, decision);
+  if (pushed != GWQ_OK) return SetUndecided(pushed, decision);
   return AskToConfirm(iBaudRate, iTimeout, list, decision);
 }

@@ -13,10 +13,10 @@
 namespace gwq {
 namespace {
 
-using Request = Command<1024>;
+using EvaluationCommand = Command<1024>;
 constexpr Channel kScreen = Channel::kEvaluation;
 
-// The device's 0 is the caller's 4.
+// Contract: the terminal's 0 is the caller's 4.
 constexpr std::array kRatings{Meaning{"B1F", 1}, Meaning{"B2F", 2}, Meaning{"B3F", 3}, Meaning{"B0F", 4}};
 
 struct Teller {
@@ -26,76 +26,74 @@ struct Teller {
   const char* photo;
 };
 
-bool StarsHold(int level) {
+bool IsStarLevel(int level) {
   return Within(level, 0, 6);
 }
 
-// False when there is no room for it.
+// False when it does not fit.
 template <std::size_t N>
-bool PhotoByNumber(const Teller& teller, SecretText<N>& photo) {
+bool SetPhotoByNumber(const Teller& teller, SecretText<N>& photo) {
   photo << OrEmpty(teller.number) << ".jpg";
   return !photo.IsCut();
 }
 
-// The photo's name as the MP_ functions send it: in GBK, though their command words say UTF-8. A long one is cut.
+// Contract: the MP_ functions send the photo's name in GBK, although their command words say UTF-8, and
+// cut a long one; GWQ_StartEvaluator sends it unconverted and refuses a long one.
 using ConvertedPhoto = SecretText<256 + 1>;
-bool ConvertPhoto(const Teller& teller, ConvertedPhoto& photo) {
+bool SetConvertedPhoto(const Teller& teller, ConvertedPhoto& photo) {
   constexpr std::size_t kSize = 256;
-  if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
+  if (teller.photo == nullptr) return SetPhotoByNumber(teller, photo);
   SecretArray<char, kSize> gbk;
-  // A character takes at most four bytes; more of the name cannot matter.
+  // A character has at most four bytes, so that the rest of the name cannot fit.
   const std::size_t length = strnlen(teller.photo, 4 * kSize);
   u2g(teller.photo, static_cast<int>(length), gbk.data(), static_cast<int>(kSize));
   photo << std::string_view(gbk.data(), strnlen(gbk.data(), kSize));
   return true;
 }
 
-// As GWQ_StartEvaluator sends it.
 using PlainPhoto = SecretText<1024 + 1>;
-bool TakePhoto(const Teller& teller, PlainPhoto& photo) {
-  if (teller.photo == nullptr) return PhotoByNumber(teller, photo);
+bool SetPlainPhoto(const Teller& teller, PlainPhoto& photo) {
+  if (teller.photo == nullptr) return SetPhotoByNumber(teller, photo);
   photo << teller.photo;
   return !photo.IsCut();
 }
 
-// False when the card does not fit into a command: cut, it would show something else.
-bool FillCard(Request& command, const Teller& teller, std::string_view photo) {
+// False when the card does not fit into the command: a part of it would show something else.
+bool FillCard(EvaluationCommand& command, const Teller& teller, std::string_view photo) {
   return !command.Fields('|', OrEmpty(teller.name), OrEmpty(teller.number), teller.stars, photo).IsCut();
 }
 
-// What a failed send becomes in the MP_ functions; the GWQ_ functions return it as it is.
+// Contract: in the MP_ functions a failed send is GWQ_REFUSED; the GWQ_ functions return its status.
 int SendStatus(int result) {
   return result == GWQ_OK || result == GWQ_NOT_OPENED ? result : static_cast<int>(GWQ_REFUSED);
 }
 
-bool CardHolds(const Teller& teller) {
-  return StarsHold(teller.stars) && teller.name != nullptr;
-}
-
-bool FillConvertedCard(Request& command, const Teller& teller) {
+bool FillConvertedCard(EvaluationCommand& command, const Teller& teller) {
   ConvertedPhoto photo;
-  return CardHolds(teller) && ConvertPhoto(teller, photo) && FillCard(command, teller, photo.text());
+  if (!IsStarLevel(teller.stars) || teller.name == nullptr) return false;
+  return SetConvertedPhoto(teller, photo) && FillCard(command, teller, photo.text());
 }
 
-bool FillPlainCard(Request& command, const Teller& teller) {
+bool FillPlainCard(EvaluationCommand& command, const Teller& teller) {
   PlainPhoto photo;
-  return TakePhoto(teller, photo) && FillCard(command, teller, photo.text());
+  return SetPlainPhoto(teller, photo) && FillCard(command, teller, photo.text());
 }
 
-void TakeRating(std::string_view answer, char* value) {
+// Contract: an answer that is no rating leaves the output as it was, and the call succeeds.
+void StoreRating(std::string_view answer, char* value) {
   if (value == nullptr) return;
   if (const auto rating = MeaningOf(kRatings, answer)) *value = static_cast<char>('0' + *rating);
   ICC_DPrintLogToFile("szEvalValue=%.1s", value);
 }
 
-// Waits for the customer's key on a screen that is set up; `word` starts the rating.
-template <typename Take>
-int AwaitRating(Endpoint endpoint, std::string_view word, int timeout_s, Take take) {
+// Starts the rating with the command `word` and waits for the customer's key.
+template <typename Store>
+int AwaitRating(Endpoint endpoint, std::string_view word, int timeout_s, Store store) {
   const WaitingScreen screen(endpoint, kScreen);
-  Request command(kScreen, word);
+  EvaluationCommand command(kScreen, word);
   AnswerText<1024> answer;
   const int result = Ask(endpoint, command, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
-  if (result == GWQ_OK) take(answer.text());
+  if (result == GWQ_OK) store(answer.text());
   return result;
 }
 
@@ -109,7 +107,7 @@ int MP_StartElectronicCard(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate
                            const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_StartElectronicCard");
   const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  Request card(kScreen, "OPINFODPUTF8");
+  EvaluationCommand card(kScreen, "OPINFODPUTF8");
   if (!FillConvertedCard(card, teller)) return GWQ_BAD_ARGUMENT;
   const Endpoint endpoint{0, iBaudRate};
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
@@ -121,7 +119,7 @@ int MP_SetEvaluateInfo(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, co
                        const char* szTellerNo, int iStarLevel, const char* szPhotoName) {
   ICC_DPrintLogToFile("MP_SetEvaluateInfo");
   const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  Request card(kScreen, "SETEVALINFOUTF8");
+  EvaluationCommand card(kScreen, "SETEVALINFOUTF8");
   if (!FillConvertedCard(card, teller)) return GWQ_BAD_ARGUMENT;
   const Endpoint endpoint{0, iBaudRate};
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
@@ -136,9 +134,10 @@ int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int 
   const int result = SendStatus(SetScreenTimeout(endpoint, kScreen, iTimeout));
   if (result != GWQ_OK) return result;
   return AwaitRating(endpoint, "STARTEVALUTF8", iTimeout,
-                     [=](std::string_view answer) { TakeRating(answer, szEvalValue); });
+                     [=](std::string_view answer) { StoreRating(answer, szEvalValue); });
 }
 
+// Contract: always GWQ_OK; the status of the drain is only logged.
 int MP_CancleEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate) {
   ICC_DPrintLogToFile("MP_CancleEvaluate");
   CancelOperations();
@@ -151,12 +150,13 @@ int MP_CancleEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate) {
 int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, const char* szTellerNo,
                        int iStarLevel, const char* szPhotoName, int iTimeout, unsigned int* pnRating) {
   const Operation operation;
-  if (!StarsHold(iStarLevel) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
+  if (!IsStarLevel(iStarLevel) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const Teller teller{szTellerName, szTellerNo, iStarLevel, szPhotoName};
-  Request card(kScreen, "H");
+  EvaluationCommand card(kScreen, "H");
   if (!FillPlainCard(card, teller)) return GWQ_BAD_ARGUMENT;
   const Endpoint endpoint{iPortNo, iBaudRate};
   DrainUsb(endpoint);
+  // Contract: whether the card arrives does not count.
   Tell(endpoint, card, kSendTimeoutMs);
   if (const int result = SetScreenTimeout(endpoint, kScreen, iTimeout); result != GWQ_OK) return result;
   return AwaitRating(endpoint, "R", iTimeout, [=](std::string_view answer) {

@@ -26,10 +26,10 @@ constexpr int kPauseBeforePullMs = 200;
 
 constexpr int kConfirmed = 0;
 constexpr int kNotShown = 2;
-// The device's 3 is the caller's 2.
+// Contract: the terminal's 3 is the caller's 2.
 constexpr std::array kDisplayResults{Meaning{"B0F", kConfirmed}, Meaning{"B1F", 1}, Meaning{"B3F", 2}};
 
-constexpr char kPageFile[] = "/tmp/infoviewerex.html";  // here and on the terminal
+constexpr char kPageFile[] = "/tmp/infoviewerex.html";  // on the host and on the terminal
 constexpr auto kTimeoutWord = Gbk("超时");
 
 // A page in split form, and the command that shows it.
@@ -38,26 +38,29 @@ class PageCommand {
   PageCommand(std::string_view word, std::string_view html)
       : page_(html), command_(kScreen, word, (html.size() + 15) * 2) {}
 
-  // Whether there was memory for all of it. Without the first buffer the display result is not touched.
-  bool Allocated(int& display) const {
-    if (!page_.Copied()) return false;
+  // Whether there was memory for all of it.
+  // Contract: without memory for the copy of the text the display result stays as it was; without
+  // memory for the rest it is 2.
+  bool IsAllocated(int& display) const {
+    if (!page_.IsCopied()) return false;
     if (page_ && command_) return true;
     display = kNotShown;
     return false;
   }
 
-  HeapCommand& Built() { return command_.Fields('|', page_.text()); }
+  HeapCommand& Build() { return command_.Fields('|', page_.text()); }
 
  private:
   SplitCopy page_;
   HeapCommand command_;
 };
 
-int MissingArgument(int& display) {
+int RejectArgument(int& display) {
   display = kNotShown;
   return GWQ_BAD_ARGUMENT;
 }
 
+// Contract: whether these two commands arrive does not count.
 void SetUpScreen(Endpoint endpoint, int timeout_s) {
   CloseScreen(endpoint, kScreen);
   SetScreenTimeout(endpoint, kScreen, timeout_s);
@@ -65,16 +68,16 @@ void SetUpScreen(Endpoint endpoint, int timeout_s) {
 
 int ShowOnly(Endpoint endpoint, int timeout_s, PageCommand& page, int& display) {
   SetUpScreen(endpoint, timeout_s);
-  const int result = Tell(endpoint, page.Built(), kSendTimeoutMs);
+  const int result = Tell(endpoint, page.Build(), kSendTimeoutMs);
   if (result == GWQ_OK) display = kConfirmed;
   return result;
 }
 
-int AskForKey(Endpoint endpoint, int timeout_s, HeapCommand& command, AnswerText<1024>& answer) {
+int AskPageKey(Endpoint endpoint, int timeout_s, HeapCommand& command, AnswerText<1024>& answer) {
   return Ask(endpoint, command, answer, &EndOfRead3, WaitMs(timeout_s, kKeyMarginMs));
 }
 
-int TakeDisplayResult(std::optional<int> meaning, int& display) {
+int StoreDisplayResult(std::optional<int> meaning, int& display) {
   if (!meaning) return GWQ_REFUSED;
   display = *meaning;
   return GWQ_OK;
@@ -88,9 +91,9 @@ int ShowAndWait(Endpoint endpoint, int timeout_s, int countdown_s, PageCommand& 
   ICC_DPrintLogToFile("BtntimeTip nRet:%d", told);
   PauseMs(kPauseMs);
   AnswerText<1024> answer;
-  int result = AskForKey(endpoint, timeout_s, page.Built(), answer);
+  int result = AskPageKey(endpoint, timeout_s, page.Build(), answer);
   if (result != GWQ_OK) return result;
-  result = TakeDisplayResult(MeaningOf(kDisplayResults, answer.text()), display);
+  result = StoreDisplayResult(MeaningOf(kDisplayResults, answer.text()), display);
   ICC_DPrintLogToFile("MP_StartInfoHtml *pnDisplayResult = %d", display);
   return result;
 }
@@ -106,55 +109,58 @@ int FetchScreenshot(const char* path) {
   return GWQ_OK;
 }
 
-// The picture counts as part of the customer's confirmation: without it there is none.
-int TakeConfirmation(std::string_view answer, const char* screenshot, int& display) {
+// Contract: a confirmation whose screenshot cannot be fetched is GWQ_REFUSED; the display result stays as
+// it was.
+int HandleConfirmation(std::string_view answer, const char* screenshot, int& display) {
   const auto meaning = MeaningOf(kDisplayResults, answer);
   if (meaning == kConfirmed && FetchScreenshot(screenshot) != GWQ_OK) return GWQ_REFUSED;
-  return TakeDisplayResult(meaning, display);
+  return StoreDisplayResult(meaning, display);
 }
 
 int ShowAndCapture(Endpoint endpoint, int timeout_s, const char* screenshot, PageCommand& page,
                    int& display) {
   SetUpScreen(endpoint, timeout_s);
   AnswerText<1024> answer;
-  int result = AskForKey(endpoint, timeout_s, page.Built(), answer);
+  int result = AskPageKey(endpoint, timeout_s, page.Build(), answer);
   if (result != GWQ_OK) return result;
-  result = TakeConfirmation(answer.text(), screenshot, display);
+  result = HandleConfirmation(answer.text(), screenshot, display);
   ICC_DPrintLogToFile("MP_StartInfoHtmlScreenshot *pnDisplayResult = %d", display);
   return result;
 }
 
+// Contract: the case of "<html" and "</html>" counts; a page without one of them is shown as plain text.
 bool IsHtml(const char* page) {
   return std::strstr(page, "<html") != nullptr && std::strstr(page, "</html>") != nullptr;
 }
 
-bool Put(const char* text, std::FILE* file) {
+bool WriteText(const char* text, std::FILE* file) {
   return std::fputs(text, file) != EOF;
 }
 
-bool PutPage(const char* page, std::FILE* file) {
-  if (IsHtml(page)) return Put(page, file);
-  return Put("<pre><p style=\"font-size:32px;word-break:break-all;word-wrap:break-word\">", file) &&
-         Put(page, file) && Put("</p></pre>", file);
+bool WritePage(const char* page, std::FILE* file) {
+  if (IsHtml(page)) return WriteText(page, file);
+  return WriteText("<pre><p style=\"font-size:32px;word-break:break-all;word-wrap:break-word\">", file) &&
+         WriteText(page, file) && WriteText("</p></pre>", file);
 }
 
-bool WritePageFile(const char* page, PrivateTempFile& place) {
-  File file = place.Open();
+bool WritePageFile(const char* page, PrivateTempFile& target) {
+  File file = target.Open();
   if (!file) return false;
-  const bool written = PutPage(page, file.get());
+  const bool written = WritePage(page, file.get());
   return std::fclose(file.release()) == 0 && written;
 }
 
-// A page that could not be written whole is not pushed.
+// Does not push a page that could not be written completely.
 int PushPage(const char* page) {
-  PrivateTempFile place(kPageFile);
-  const int result = WritePageFile(page, place) ? PushFile(kPushEndpoint, kNamedFile, place.path(), kPageFile)
-                                                : static_cast<int>(GWQ_BAD_ARGUMENT);
+  PrivateTempFile target(kPageFile);
+  const int result = WritePageFile(page, target)
+                         ? PushFile(kPushEndpoint, kNamedFile, target.path(), kPageFile)
+                         : static_cast<int>(GWQ_BAD_ARGUMENT);
   if (result != GWQ_OK) ICC_DPrintLogToFile("GWQDownLoadFile ERROR=%d", result);
   return result;
 }
 
-int AskForResult(int baud, int timeout_s, const char* extra, AnswerText<1024>& answer) {
+int AskExtraPage(int baud, int timeout_s, const char* extra, AnswerText<1024>& answer) {
   SecretArray<char, 256> split;
   Command<1024> command(kScreen, "YCSTARTINFOHTMLEXUTF8");
   command.Fields('#', timeout_s, SplitInto(split.span(), extra), "");
@@ -176,11 +182,11 @@ int MP_StartInfoHtml(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int 
   ICC_DPrintLogToFile("nCountdownSec=%d", nCountdownSec);
   int nowhere = 0;
   int& display = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
-  if (!IsSet(szHtml)) return MissingArgument(display);
-  // Only logged: the UTF-8 command words are always used.
+  if (!IsSet(szHtml)) return RejectArgument(display);
+  // Contract: only logged; the UTF-8 command words are always used.
   ICC_DPrintLogToFile("isUtf8=%d", CheckUtf8version());
   PageCommand page(nModex == 0 ? "SHOWHTMLUTF8" : "AUTF8", szHtml);
-  if (!page.Allocated(display)) return GWQ_TOO_SMALL;
+  if (!page.IsAllocated(display)) return GWQ_TOO_SMALL;
   const Endpoint endpoint{0, iBaudRate};
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
   const int result = nModex == 0 ? ShowOnly(endpoint, iTimeout, page, display)
@@ -199,10 +205,10 @@ int MP_StartInfoHtmlScreenshot(void* /*ignored1*/, const char* /*ignored2*/, int
   int& display = pnDisplayResult == nullptr ? nowhere : *pnDisplayResult;
   if (!IsSet(szHtml) || !IsSet(szScreenshotPath)) {
     ICC_DPrintLogToFile("MP_StartInfoHtmlScreenshot  ERR_PARAMS");
-    return MissingArgument(display);
+    return RejectArgument(display);
   }
   PageCommand page(nModex == 0 ? "SHOWHTMLUTF8" : "STARTSCREENSHOTUTF8", szHtml);
-  if (!page.Allocated(display)) return GWQ_TOO_SMALL;
+  if (!page.IsAllocated(display)) return GWQ_TOO_SMALL;
   const Endpoint endpoint{0, iBaudRate};
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
   const int result = nModex == 0 ? ShowOnly(endpoint, iTimeout, page, display)
@@ -216,9 +222,10 @@ int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, in
   const Operation operation;
   if (!IsSet(szPage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
+  // Contract: no drain; what an earlier screen has left is read as the push's first acknowledgement.
   if (const int result = PushPage(szPage); result != GWQ_OK) return result;
   AnswerText<1024> answer;
-  const int result = AskForResult(iBaudRate, iTimeout, szExtraText, answer);
+  const int result = AskExtraPage(iBaudRate, iTimeout, szExtraText, answer);
   if (result != GWQ_OK) return result;
   if (answer.text().starts_with("B0")) {
     CopyTerminated(kTimeoutWord.c_str(), szResult);

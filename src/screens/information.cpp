@@ -12,37 +12,36 @@ namespace {
 
 constexpr std::size_t kSplitMessageSize = 61440;
 constexpr std::size_t kMessageCommandSize = 65536;
-constexpr int kNoMargin = 0;
 
-// Key 2 is none of them, unlike a rating of 2.
+// Contract: the screen has no key 2, and every unknown answer is key 4.
 constexpr std::array kKeys{Meaning{"B0F", 0}, Meaning{"B1F", 1}, Meaning{"B3F", 3}};
-constexpr unsigned kAnyOtherKey = 4;
-
-unsigned KeyIn(std::string_view answer) {
-  const auto key = MeaningOf(kKeys, answer);
-  return key ? static_cast<unsigned>(*key) : kAnyOtherKey;
-}
+constexpr int kAnyOtherKey = 4;
 
 int AwaitKey(Endpoint endpoint, HeapCommand& command, int timeout_s, unsigned* key) {
   const WaitingScreen screen(endpoint, Channel::kInformation);
   AnswerText<1024> answer;
   const int result = Ask(endpoint, command, answer, &EndOfRead3, WaitMs(timeout_s, kAnswerMarginMs));
-  if (result == GWQ_OK && key != nullptr) *key = KeyIn(answer.text());
+  if (result == GWQ_OK && key != nullptr) {
+    *key = static_cast<unsigned>(MeaningOf(kKeys, answer.text()).value_or(kAnyOtherKey));
+  }
   return result;
 }
 
-int AskNumber(Endpoint endpoint, std::string_view word, int timeout_s, AnswerText<1024>& answer) {
+int AskKeyboard(Endpoint endpoint, std::string_view word, int timeout_s, AnswerText<1024>& answer) {
   const WaitingScreen screen(endpoint, Channel::kKeyboard);
   Command<1024> command(word);
-  return Ask(endpoint, command.Text(kLineEnd), answer, &EndOfRead3, WaitMs(timeout_s, kNoMargin));
+  // Contract: no margin beyond the customer's time; an answer in the last moment is lost.
+  return Ask(endpoint, command.Text(kLineEnd), answer, &EndOfRead3, WaitMs(timeout_s, 0));
 }
 
-// The number is copied once the screen is closed: log calls would save the copy's registers on the stack.
+// Copies the number after the screen is closed: the copy leaves it in registers, which the log calls of
+// the closing would save on the stack.
 int AwaitNumber(Endpoint endpoint, std::string_view word, int timeout_s, char* out) {
   AnswerText<1024> answer;
-  const int result = AskNumber(endpoint, word, timeout_s, answer);
+  const int result = AskKeyboard(endpoint, word, timeout_s, answer);
   if (result != GWQ_OK) return result;
   const std::string_view number = WithoutMarks(answer.text());
+  // Contract: no terminator is written; the caller passes a zeroed buffer.
   number.copy(out, number.size());
   return GWQ_OK;
 }

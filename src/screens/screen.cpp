@@ -36,14 +36,10 @@ std::string_view SplitInto(std::span<char> room, std::string_view text) {
 }
 
 SplitCopy::SplitCopy(std::string_view text)
-    : countable_(text.size() <= kLongestText), copy_(2 * text.size() + 255), split_((text.size() + 5) * 2) {
+    : countable_(text.size() <= kMaxTextSize), copy_(2 * text.size() + 255), split_((text.size() + 5) * 2) {
   if (!*this) return;
   text.copy(copy_.data(), text.size());
   text_ = SplitInto({split_.data(), split_.size()}, {copy_.data(), text.size()});
-}
-
-bool SplitCopy::Copied() const {
-  return countable_ && copy_;
 }
 
 }  // namespace gwq

@@ -14,6 +14,7 @@
 #include "diag/internal/pause.h"
 #include "files/internal/file.h"
 #include "files/internal/output_room.h"
+#include "files/internal/path_list.h"
 #include "files/internal/private_file.h"
 #include "files/internal/transfer.h"
 #include "frame/internal/ask.h"
@@ -27,14 +28,13 @@ namespace {
 constexpr int kPullTimeoutMs = 3000;
 constexpr int kPauseBeforePullMs = 200;
 
-// The command word, numbers and marks around the parts whose length is the caller's.
-constexpr std::size_t kAroundParts = 128;
+// For the command word, numbers and separators around the parts whose size depends on the caller.
+constexpr std::size_t kRoomAroundParts = 128;
 
 constexpr std::size_t kListRoom = 4096;
-using List = DocumentList<kListRoom>;
-using Answer = AnswerText<4096>;
-// A path that is cut here is longer than any the system opens.
-using Path = SecretText<PATH_MAX + 16>;
+using SignedDocuments = DocumentList<kListRoom>;
+// A path that is cut to this is too long for the system to open.
+using StrokesPath = SecretText<PATH_MAX + 16>;
 
 // ------------------------------------------------------------------ fetching the signature
 
@@ -54,21 +54,23 @@ int PullStrokes(const char* path) {
   return result;
 }
 
-// The size from the file's end, with the file at its beginning again; negative on failure.
-long SizeOf(std::FILE* file) {
+// The size of an open file, which is at its beginning afterwards; negative on failure.
+long SeekSize(std::FILE* file) {
   if (std::fseek(file, 0, SEEK_END) != 0) return -1;
   const long size = std::ftell(file);
   return std::fseek(file, 0, SEEK_SET) == 0 ? size : -1;
 }
 
-// Reads the whole file into a buffer of unknown size.
+// Reads the whole file into the caller's buffer.
+// Contract: MP_SignPDF clears the buffer only up to the end of the text that it has on entry, the other
+// calls not at all; no terminator is written.
 int ReadStrokes(const char* path, bool clears, char* data) {
   const File file = OpenFile(path, "rb");
   if (!file) {
     LogGbk(Gbk("[GWQ_CallShowPDF]打开矢量数据文件失败"));
     return GWQ_REFUSED;
   }
-  const long size = SizeOf(file.get());
+  const long size = SeekSize(file.get());
   LogGbk(Gbk("读文件  file_size = %d"), static_cast<int>(size));
   if (size < 0) return GWQ_REFUSED;
   if (data == nullptr) return GWQ_OK;
@@ -80,51 +82,51 @@ int ReadStrokes(const char* path, bool clears, char* data) {
 
 // ------------------------------------------------------------------ signing documents
 
-// How the functions differ in what they write to the log, and in the caller's buffer.
-struct Manner {
+// How the functions differ in what they write to the log and to the caller's buffer.
+struct SigningVariant {
   const char* bad_argument;
   const char* timeout;
   const char* cancelled;
   const char* failed;
-  const char* signed_log;  // null for silence, as is the next
+  const char* signed_log;  // this and the next may be null: no log line
   const char* success;
   bool empty_answer_fails;
   bool clears_data;
 };
 
-constexpr Manner kPlain{.bad_argument = kParamError,
-                        .timeout = "ERR_TIMEOUT,return\n",
-                        .cancelled = "ERR_CANCAL,return\n",
-                        .failed = "ERR_FAILD,return\n",
-                        .signed_log = nullptr,
-                        .success = "MP_SignPDF Success , End",
-                        .empty_answer_fails = false,
-                        .clears_data = true};
+constexpr SigningVariant kPlain{.bad_argument = kParamError,
+                                .timeout = "ERR_TIMEOUT,return\n",
+                                .cancelled = "ERR_CANCAL,return\n",
+                                .failed = "ERR_FAILD,return\n",
+                                .signed_log = nullptr,
+                                .success = "MP_SignPDF Success , End",
+                                .empty_answer_fails = false,
+                                .clears_data = true};
 
 constexpr auto kVoiceBadArgument = Gbk("参数错误");
 constexpr auto kVoiceTimeout = Gbk("电子签名超时");
 constexpr auto kVoiceCancelled = Gbk("电子签名取消");
 constexpr auto kVoiceFailed = Gbk("电子签名返回失败");
 constexpr auto kVoiceSigned = Gbk("启动电子签名成功");
-constexpr Manner kVoice{.bad_argument = kVoiceBadArgument.c_str(),
-                        .timeout = kVoiceTimeout.c_str(),
-                        .cancelled = kVoiceCancelled.c_str(),
-                        .failed = kVoiceFailed.c_str(),
-                        .signed_log = kVoiceSigned.c_str(),
-                        .success = "MP_SignPDF_Voice Success, end",
-                        .empty_answer_fails = false,
-                        .clears_data = false};
+constexpr SigningVariant kVoice{.bad_argument = kVoiceBadArgument.c_str(),
+                                .timeout = kVoiceTimeout.c_str(),
+                                .cancelled = kVoiceCancelled.c_str(),
+                                .failed = kVoiceFailed.c_str(),
+                                .signed_log = kVoiceSigned.c_str(),
+                                .success = "MP_SignPDF_Voice Success, end",
+                                .empty_answer_fails = false,
+                                .clears_data = false};
 
-constexpr Manner kTzg{.bad_argument = nullptr,
-                      .timeout = kPlain.timeout,
-                      .cancelled = kPlain.cancelled,
-                      .failed = kPlain.failed,
-                      .signed_log = nullptr,
-                      .success = nullptr,
-                      .empty_answer_fails = true,
-                      .clears_data = false};
+constexpr SigningVariant kTzg{.bad_argument = nullptr,
+                              .timeout = kPlain.timeout,
+                              .cancelled = kPlain.cancelled,
+                              .failed = kPlain.failed,
+                              .signed_log = nullptr,
+                              .success = nullptr,
+                              .empty_answer_fails = true,
+                              .clears_data = false};
 
-// What the caller asks for.
+// The caller's arguments.
 struct Signing {
   Endpoint endpoint;
   int timeout_s;
@@ -134,31 +136,38 @@ struct Signing {
   char* data;
 };
 
-int GiveUp(const Signing& signing, const char* log, int status) {
-  LogIfAny(log);
+// Ends a call that has no signature.
+// Contract: the library closes the screen only here; after a signature the terminal does it.
+int EndUnsigned(const Signing& signing, const char* log, int status) {
+  LogIfSet(log);
   CloseScreen(signing.endpoint, Channel::kInformation);
   return status;
 }
 
-// 0 when the signature is to be fetched. Of the failures of the exchange only -2 counts as one, on purpose.
-int Judge(const Signing& signing, const Manner& manner, int result, std::string_view answer) {
+// Returns GWQ_OK when the signature is to be fetched.
+// Contract: of the failures of the exchange only GWQ_NO_ANSWER ends the call; after any other the call
+// goes on to the pull.
+int CheckSignatureAnswer(const Signing& signing, const SigningVariant& variant, int result,
+                         std::string_view answer) {
   if (result == GWQ_NO_ANSWER || answer == kTimeoutAnswer) {
-    return GiveUp(signing, manner.timeout, GWQ_NO_ANSWER);
+    return EndUnsigned(signing, variant.timeout, GWQ_NO_ANSWER);
   }
-  if (answer == kCancelAnswer) return GiveUp(signing, manner.cancelled, GWQ_CANCELLED);
-  if (answer == kRefusalAnswer) return GiveUp(signing, manner.failed, GWQ_REFUSED);
-  if (manner.empty_answer_fails && answer.empty()) return GiveUp(signing, nullptr, GWQ_REFUSED);
-  LogIfAny(manner.signed_log);
+  if (answer == kCancelAnswer) return EndUnsigned(signing, variant.cancelled, GWQ_CANCELLED);
+  if (answer == kRefusalAnswer) return EndUnsigned(signing, variant.failed, GWQ_REFUSED);
+  if (variant.empty_answer_fails && answer.empty()) return EndUnsigned(signing, nullptr, GWQ_REFUSED);
+  LogIfSet(variant.signed_log);
   return GWQ_OK;
 }
 
-// Waits for the customer. What arrived counts also when the exchange failed.
-int AwaitSignature(const Signing& signing, const Manner& manner, HeapCommand& command) {
-  Answer answer;
+// Waits for the customer.
+// Contract: an answer counts even if the exchange failed; a cancel that arrived before the failure is
+// returned as one.
+int AwaitSignature(const Signing& signing, const SigningVariant& variant, HeapCommand& command) {
+  AnswerText<4096> answer;
   const int result =
       Ask(signing.endpoint, command, answer, &EndOfRead2, WaitMs(signing.timeout_s, kAnswerMarginMs));
   ICC_DPrintLogToFile("TransProc nRet=%d\n", result);
-  return Judge(signing, manner, result, answer.data());
+  return CheckSignatureAnswer(signing, variant, result, answer.data());
 }
 
 int FetchPicture(const Signing& signing) {
@@ -167,40 +176,41 @@ int FetchPicture(const Signing& signing) {
   return PullPicture(signing.picture) < 0 ? GWQ_REFUSED : GWQ_OK;
 }
 
-int FetchStrokes(const Signing& signing, const Manner& manner, const char* path) {
+int FetchStrokes(const Signing& signing, const SigningVariant& variant, const char* path) {
   if (PullStrokes(path) < 0) return GWQ_REFUSED;
-  return ReadStrokes(path, manner.clears_data, signing.data);
+  return ReadStrokes(path, variant.clears_data, signing.data);
 }
 
-// "hw.data" beside the picture; a path without "/" counts as one whose "/" stands first.
-void FillDataPath(Path& path, const char* picture) {
+// "hw.data" in the picture's directory.
+// Contract: for a picture's path without "/" it is "/hw.data", not a file in the working directory.
+void FillStrokesPath(StrokesPath& path, const char* picture) {
   const std::string_view beside = OrEmpty(picture);
   const std::size_t slash = beside.rfind('/');
   path << beside.substr(0, slash == std::string_view::npos ? 0 : slash) << "/hw.data";
 }
 
-int FetchSignature(const Signing& signing, const Manner& manner) {
+int FetchSignature(const Signing& signing, const SigningVariant& variant) {
   if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
-  Path path;
-  FillDataPath(path, signing.picture);
+  StrokesPath path;
+  FillStrokesPath(path, signing.picture);
   ICC_DPrintLogToFile("Get signData Path=%s", path.data());
-  const int result = FetchStrokes(signing, manner, path.data());
-  if (result == GWQ_OK) LogIfAny(manner.success);
+  const int result = FetchStrokes(signing, variant, path.data());
+  if (result == GWQ_OK) LogIfSet(variant.success);
   return result;
 }
 
-int SignDocuments(const Signing& signing, const Manner& manner) {
-  List list;
+int SignDocuments(const Signing& signing, const SigningVariant& variant) {
+  SignedDocuments list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
   HeapCommand command(Channel::kInformation, "YCNEWSTARTSIGN",
-                      signing.location.size() + list.size() + kAroundParts);
+                      signing.location.size() + list.size() + kRoomAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   command.Fields('|', 0, signing.timeout_s, signing.location, list.data());
-  const int result = AwaitSignature(signing, manner, command);
-  return result == GWQ_OK ? FetchSignature(signing, manner) : result;
+  const int result = AwaitSignature(signing, variant, command);
+  return result == GWQ_OK ? FetchSignature(signing, variant) : result;
 }
 
-bool ArgumentsHold(const Signing& signing) {
+bool IsValidSigning(const Signing& signing) {
   return IsSet(signing.documents) && !signing.location.empty() && IsCustomerTimeout(signing.timeout_s) &&
          DocumentsFit(signing.documents, kListRoom);
 }
@@ -209,32 +219,36 @@ bool ArgumentsHold(const Signing& signing) {
 
 constexpr std::string_view kVoiceWord = "YCSETVOICECONTENT";
 
-int SendVoice(Endpoint endpoint, std::string_view text) {
+int SendVoiceInGbk(Endpoint endpoint, std::string_view text) {
   SecretHeap<char> gbk(2 * text.size() + 255);
   if (!gbk) return GWQ_TOO_SMALL;
   if (u2g(text.data(), static_cast<int>(text.size()), gbk.data(), static_cast<int>(gbk.size() - 1)) != 0) {
     return GWQ_BAD_ARGUMENT;
   }
-  HeapCommand command(Channel::kInformation, kVoiceWord, gbk.size() + kAroundParts);
+  HeapCommand command(Channel::kInformation, kVoiceWord, gbk.size() + kRoomAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   AnswerText<1024> answer;
   return Ask(endpoint, command.Fields('|', gbk.data()), answer, &EndOfRead2, kSendTimeoutMs);
 }
 
-int SetVoice(Endpoint endpoint, std::string_view text) {
-  const int result = SendVoice(endpoint, text);
-  if (result != GWQ_OK) ICC_DPrintLogToFile("setSignVoice\tFail   nRet= %d", result);
-  return result;
+int SignWithVoice(const Signing& signing, const char* voice) {
+  const bool valid = IsValidSigning(signing) && voice != nullptr;
+  const int begun = CheckAndDrain(signing.endpoint, valid, kVoice.bad_argument);
+  if (begun != GWQ_OK) return begun;
+  if (const int result = SendVoiceInGbk(signing.endpoint, voice); result != GWQ_OK) {
+    ICC_DPrintLogToFile("setSignVoice\tFail   nRet= %d", result);
+    return result;
+  }
+  return SignDocuments(signing, kVoice);
 }
 
 // ------------------------------------------------------------------ TZG mode
 
-// What the TZG command has beyond the others.
 struct TzgMode {
   int flag;
   int length;
 
-  [[nodiscard]] bool Exists() const {
+  [[nodiscard]] bool IsValid() const {
     return length >= 1 && length <= 4 && Value() >= 2 && Value() <= 4 && !(Value() == 2 && flag == 1);
   }
   [[nodiscard]] int Value() const { return length + (flag == 1 ? 1 : 0); }
@@ -248,9 +262,9 @@ bool SupportsTzg(Endpoint endpoint) {
   return result == GWQ_OK && answer.text() == kDoneAnswer;
 }
 
-// In this mode the text goes as it is, and whether it arrived does not matter.
-int TellVoice(Endpoint endpoint, std::string_view text) {
-  HeapCommand command(Channel::kInformation, kVoiceWord, text.size() + kAroundParts);
+// Contract: in TZG mode the text is sent unconverted, and whether it arrives does not count.
+int SendPlainVoice(Endpoint endpoint, std::string_view text) {
+  HeapCommand command(Channel::kInformation, kVoiceWord, text.size() + kRoomAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   Tell(endpoint, command.Fields('|', text), kSendTimeoutMs);
   return GWQ_OK;
@@ -258,20 +272,20 @@ int TellVoice(Endpoint endpoint, std::string_view text) {
 
 int FetchTzgSignature(const Signing& signing) {
   if (const int result = FetchPicture(signing); result != GWQ_OK) return result;
-  PrivateTempFile place("/tmp/data.txt");
-  if (!place) {
+  PrivateTempFile strokes("/tmp/data.txt");
+  if (!strokes) {
     LogStrokesFailure(GWQ_READ_FAILED);
     return GWQ_REFUSED;
   }
-  return FetchStrokes(signing, kTzg, place.path());
+  return FetchStrokes(signing, kTzg, strokes.path());
 }
 
 int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view voice) {
-  List list;
+  SignedDocuments list;
   if (const int result = PushDocuments(signing.documents, list.span()); result != GWQ_OK) return result;
-  if (const int result = TellVoice(signing.endpoint, voice); result != GWQ_OK) return result;
+  if (const int result = SendPlainVoice(signing.endpoint, voice); result != GWQ_OK) return result;
   HeapCommand command(Channel::kInformation, "YCNEWSTARTZGTSIGN",
-                      signing.location.size() + list.size() + kAroundParts);
+                      signing.location.size() + list.size() + kRoomAroundParts);
   if (!command) return GWQ_TOO_SMALL;
   command.Fields('|', 0, signing.timeout_s, mode.flag, mode.Value(), signing.location, list.data());
   const int result = AwaitSignature(signing, kTzg, command);
@@ -280,30 +294,34 @@ int SignInTzgMode(const Signing& signing, const TzgMode& mode, std::string_view 
 
 // ------------------------------------------------------------------ one page signed by hand
 
-struct Page {
-  std::string_view extension;  // its beginning
+struct PageType {
+  std::string_view extension;
   int type;
-  const char* place;
+  const char* on_terminal;
 };
 
-constexpr Page kPages[] = {
+constexpr PageType kPageTypes[] = {
     {"pdf", 3, "/tmp/infoviewer.pdf"},
     {"jpg", 2, "/tmp/infoviewer.jpg"},
     {"htm", 1, "/tmp/infoviewer.html"},
 };
 
-const Page* PageOf(const char* path) {
-  const char* dot = std::strrchr(path, '.');
-  if (dot == nullptr) return nullptr;
-  for (const Page& page : kPages) {
-    if (std::string_view(dot + 1).starts_with(page.extension)) return &page;
+// Contract: only the first three characters of the extension count, and their case does: "html" is
+// "htm", "HTML" is unknown.
+const PageType* PageTypeOf(const char* path) {
+  const char* extension = AfterLast(path, '.');
+  if (extension == nullptr) return nullptr;
+  for (const PageType& page : kPageTypes) {
+    if (std::string_view(extension).starts_with(page.extension)) return &page;
   }
   return nullptr;
 }
 
-// 0 when the signature is to be fetched; a failed exchange does not stop that.
+// Returns GWQ_OK when the signature is to be fetched.
+// Contract: a failed exchange does not end the call, which goes on to the pulls.
 int AwaitHandSignature(Endpoint endpoint, int type, int timeout_s) {
-  constexpr int kMarginMs = 2000;  // less than for documents, on purpose
+  // Contract: the terminal gets a second less than for documents.
+  constexpr int kMarginMs = 2000;
   Command<64> command(Channel::kInformation, "HANDSIGN");
   AnswerText<1024> answer;
   const int result =
@@ -327,7 +345,7 @@ int MP_SignPDF(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate, int 
                const char* szFilePath, const char* szLocation, const char* szSignPath, char* szSignData) {
   const Operation operation;
   const Signing signing{{0, iBaudRate}, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData};
-  const int begun = Begin(signing.endpoint, ArgumentsHold(signing), kPlain.bad_argument);
+  const int begun = CheckAndDrain(signing.endpoint, IsValidSigning(signing), kPlain.bad_argument);
   return begun == GWQ_OK ? SignDocuments(signing, kPlain) : begun;
 }
 
@@ -336,16 +354,12 @@ int MP_SignPDF_Voice(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate
                      const char* szSignPath, char* szSignData) {
   const Operation operation;
   const Signing signing{{0, iBaudRate}, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData};
-  const bool hold = ArgumentsHold(signing) && szVoiceContent != nullptr;
-  const int begun = Begin(signing.endpoint, hold, kVoice.bad_argument);
-  if (begun != GWQ_OK) return begun;
-  if (const int result = SetVoice(signing.endpoint, szVoiceContent); result != GWQ_OK) return result;
-  return SignDocuments(signing, kVoice);
+  return SignWithVoice(signing, szVoiceContent);
 }
 
-int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTimeout, const char* szFilePath,
-                     const char* szLocation, const char* szVoiceContent, const char* szSignPath,
-                     int nOperFlag, int nSignLen, char* szSignData) {
+int MP_Sign_With_TZG(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate, int iTimeout,
+                     const char* szFilePath, const char* szLocation, const char* szVoiceContent,
+                     const char* szSignPath, int nOperFlag, int nSignLen, char* szSignData) {
   const Operation operation;
   ICC_DPrintLogToFile("[MP_Sign_With_TZG]");
   ICC_DPrintLogToFile("nTimeout = %d", iTimeout);
@@ -355,31 +369,32 @@ int MP_Sign_With_TZG(void* ignored, const char* szLink, int iBaudRate, int iTime
   ICC_DPrintLogToFile("szSignPath = %s", szSignPath);
   ICC_DPrintLogToFile("nOperFlag = %d", nOperFlag);
   ICC_DPrintLogToFile("nSignLen = %d", nSignLen);
-  const Endpoint endpoint{0, iBaudRate};
+  const Signing signing{{0, iBaudRate}, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData};
   const TzgMode mode{nOperFlag, nSignLen};
-  // Range errors take precedence over GWQ_NOT_OPENED; the other call returns them.
-  const bool hold =
+  // Range errors take precedence over GWQ_NOT_OPENED; SignWithVoice returns them.
+  const bool in_range =
       IsCustomerTimeout(iTimeout) && (szFilePath == nullptr || DocumentsFit(szFilePath, kListRoom));
-  if (hold && DrainFirst(endpoint) != GWQ_OK) return GWQ_NOT_OPENED;
-  if (!hold || !mode.Exists() || !SupportsTzg(endpoint)) {
-    return MP_SignPDF_Voice(ignored, szLink, iBaudRate, iTimeout, szFilePath, szLocation, szVoiceContent,
-                            szSignPath, szSignData);
+  if (in_range && DrainFirst(signing.endpoint) != GWQ_OK) return GWQ_NOT_OPENED;
+  // Contract: an unknown mode, and a terminal without TZG mode, sign as by MP_SignPDF_Voice.
+  if (!in_range || !mode.IsValid() || !SupportsTzg(signing.endpoint)) {
+    return SignWithVoice(signing, szVoiceContent);
   }
-  return SignInTzgMode({endpoint, iTimeout, szFilePath, OrEmpty(szLocation), szSignPath, szSignData}, mode,
-                       OrEmpty(szVoiceContent));
+  return SignInTzgMode(signing, mode, OrEmpty(szVoiceContent));
 }
 
+// Contract: USB, whatever port the caller gives.
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   const char* szSignPath, const char* szSignDataPath) {
   const Operation operation;
   if (!IsSet(szFilePath) || !IsSet(szSignPath) || !IsSet(szSignDataPath)) {
     return GWQ_BAD_ARGUMENT;
   }
-  const Page* page = PageOf(szFilePath);
+  const PageType* page = PageTypeOf(szFilePath);
   if (page == nullptr || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   const Endpoint endpoint{0, iBaudRate};
+  // Contract: the status of the drain does not count, unlike in the MP_ functions.
   Drain(endpoint);
-  const int pushed = PushFile(endpoint, kNamedFile, szFilePath, page->place);
+  const int pushed = PushFile(endpoint, kNamedFile, szFilePath, page->on_terminal);
   if (pushed < 0) return pushed;
   CloseScreen(endpoint, Channel::kInformation);
   if (const int result = AwaitHandSignature(endpoint, page->type, iTimeout); result != GWQ_OK) return result;

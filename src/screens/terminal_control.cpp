@@ -18,33 +18,23 @@ constexpr int kPauseBeforeCancelMs = 200;
 constexpr int kPauseBeforeCloseMs = 300;
 constexpr int kPauseAfterCloseMs = 100;
 
-int NotOpened() {
-  ICC_DPrintLogToFile("ERR_OPEN, End");
-  return GWQ_NOT_OPENED;
-}
-
-int NoVersion() {
-  ICC_DPrintLogToFile("ERR_TIMEOUT iRet:%d", GWQ_NO_VERSION_ANSWER);
-  ICC_DPrintLogToFile("End");
-  return GWQ_NO_VERSION_ANSWER;
-}
-
-int Failed() {
-  ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Error End!");
-  return GWQ_REFUSED;
-}
-
-int StatusOf(int exchange) {
+// Logs a failed exchange and returns its status to the caller.
+// Contract: a time-out and a failed read are GWQ_NO_VERSION_ANSWER, which no other call returns.
+int LogVersionExchange(int exchange) {
   switch (exchange) {
     case GWQ_OK:
       return GWQ_OK;
     case GWQ_NOT_OPENED:
-      return NotOpened();
+      ICC_DPrintLogToFile("ERR_OPEN, End");
+      return GWQ_NOT_OPENED;
     case GWQ_NO_ANSWER:
     case GWQ_READ_FAILED:
-      return NoVersion();
+      ICC_DPrintLogToFile("ERR_TIMEOUT iRet:%d", GWQ_NO_VERSION_ANSWER);
+      ICC_DPrintLogToFile("End");
+      return GWQ_NO_VERSION_ANSWER;
     default:
-      return Failed();
+      ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Error End!");
+      return GWQ_REFUSED;
   }
 }
 
@@ -56,13 +46,13 @@ void LogVersion(AnswerText<1024>& answer, std::string_view version) {
   ICC_DPrintLogToFile("nVersionLength=%d", static_cast<int>(version.size()));
 }
 
-void TakePart(std::string_view part, const char* log, char* out) {
+void LogAndCopyPart(std::string_view part, const char* log, char* out) {
   ICC_DPrintLogToFile(log, static_cast<int>(part.size()), part.data());
   CopyTerminated(part, out);
 }
 
-// The terminal's refusal needs no look of its own: like any text without "|" it is no version.
-int TakeVersion(std::string_view version, char* common, char* private_part) {
+// Contract: a refusal is parsed like any other answer; it has no "|" and is GWQ_REFUSED for that.
+int ParseVersions(std::string_view version, char* common, char* private_part) {
   const std::size_t bar = version.find('|');
   const int index = bar == std::string_view::npos ? -1 : static_cast<int>(bar);
   ICC_DPrintLogToFile("nIndex=%d", index);
@@ -70,9 +60,9 @@ int TakeVersion(std::string_view version, char* common, char* private_part) {
     ICC_DPrintLogToFile("nIndex Error iRet:%d", GWQ_REFUSED);
     return GWQ_REFUSED;
   }
-  TakePart(version.substr(0, bar), "szCommonVersion = %.*s", common);
+  LogAndCopyPart(version.substr(0, bar), "szCommonVersion = %.*s", common);
   version.remove_prefix(bar + 1);
-  TakePart(version, "szPrivateVersion = %.*s", private_part);
+  LogAndCopyPart(version, "szPrivateVersion = %.*s", private_part);
   ICC_DPrintLogToFile("[MP_GetFirmwareVersion] Success End");
   return GWQ_OK;
 }
@@ -88,6 +78,7 @@ int CloseCurrentProgram(int baud) {
 
 using namespace gwq;
 
+// Contract: USB and 9600 baud, whatever the caller gives, and no drain.
 int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3*/, int /*ignored4*/,
                           char* szCommonVersion, char* szPrivateVersion) {
   ICC_DPrintLogToFile("[MP_GetFirmwareVersion]2025.01.16 v02");
@@ -95,10 +86,10 @@ int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3
   AnswerText<1024> answer;
   const int exchange = Ask({0, kVersionBaud}, command, answer, &EndOfRead2, kVersionTimeoutMs);
   ICC_DPrintLogToFile("TransProc nRet:%d", exchange);
-  if (const int status = StatusOf(exchange); status != GWQ_OK) return status;
+  if (const int status = LogVersionExchange(exchange); status != GWQ_OK) return status;
   const std::string_view version = WithoutMarks(answer.text());
   LogVersion(answer, version);
-  return TakeVersion(version, szCommonVersion, szPrivateVersion);
+  return ParseVersions(version, szCommonVersion, szPrivateVersion);
 }
 
 int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int /*ignored3*/) {

@@ -1,4 +1,4 @@
-// The steps that showing, confirming and signing documents share. All on USB.
+// The steps that showing, confirming and signing documents share. All use USB.
 #pragma once
 
 #include <cstddef>
@@ -10,27 +10,29 @@
 
 namespace gwq {
 
-// What the customer did; the done and refusal answers stand beside them (frame/ask.h).
+// What the customer did. kDoneAnswer and kRefusalAnswer (frame/internal/ask.h) belong to them.
 inline constexpr std::string_view kCancelAnswer = "\x02\x66\x03";
 inline constexpr std::string_view kTimeoutAnswer = "\x02w\x03";
 
-// Logged where the arguments do not hold.
+// Logged for invalid arguments.
 inline constexpr const char kParamError[] = "param Error,return\n";
 
-// A list of documents as the terminal gets it, with a terminator behind its N bytes.
+// A list of documents as it is sent to the terminal: N bytes and a terminator.
 template <std::size_t N>
 using DocumentList = SecretArray<char, N + 1>;
 
-// What every call begins with. Returns 0; -1 for arguments that do not hold, with a complaint in the log where there is
-// one; -3 when the link could not be opened to drain it.
-int Begin(Endpoint endpoint, bool arguments_hold, const char* complaint);
+// The first steps of every call. Returns GWQ_OK; GWQ_BAD_ARGUMENT for invalid arguments, after
+// logging `complaint`, which may be null; GWQ_NOT_OPENED when the link cannot be opened for the drain.
+int CheckAndDrain(Endpoint endpoint, bool valid, const char* complaint);
 
-void LogIfAny(const char* text);
+// `text` may be null.
+void LogIfSet(const char* text);
 
-// Whether the list of the documents' places on the terminal can be sent whole: a customer must not sign a shorter one.
+// Whether the list of the documents' paths on the terminal fits into `room`: a customer must not sign
+// a shorter list.
 bool DocumentsFit(const char* paths, std::size_t room);
 
-// Sends the documents and tells their places on the terminal, in GBK.
+// Pushes the documents and writes their paths on the terminal to `list`, in GBK.
 int PushDocuments(const char* paths, std::span<char> list);
 
 }  // namespace gwq

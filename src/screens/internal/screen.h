@@ -1,4 +1,4 @@
-// What the screens have in common: each is set up, shows something, waits for the customer, and is closed.
+// What the screens share: each is set up, shows something, waits for the customer, and is closed.
 #pragma once
 
 #include <optional>
@@ -12,16 +12,16 @@
 
 namespace gwq {
 
-// Longest wait for a command that has no answer to go out.
+// Time-out of a command that has no answer.
 inline constexpr int kSendTimeoutMs = 3000;
 
-// What an answer gets beyond the customer's own time, unless a screen says otherwise.
+// Added to the customer's time when waiting for an answer. Some screens have a margin of their own.
 inline constexpr int kAnswerMarginMs = 3000;
 
 int SetScreenTimeout(Endpoint endpoint, Channel channel, int seconds);
 int CloseScreen(Endpoint endpoint, Channel channel);
 
-// A screen that waits for the customer; leaving the scope closes it, whatever the outcome.
+// A screen that waits for the customer; the destructor closes it on every path.
 class WaitingScreen {
  public:
   WaitingScreen(Endpoint endpoint, Channel channel) : endpoint_(endpoint), channel_(channel) {}
@@ -34,37 +34,40 @@ class WaitingScreen {
   Channel channel_;
 };
 
-// What the first three characters of an answer mean; nothing when they are not in the table.
+// What an answer means.
 struct Meaning {
   std::string_view answer;
   int value;
 };
+
+// The value of the first row whose `answer` begins the answer; nullopt when there is none.
 std::optional<int> MeaningOf(std::span<const Meaning> table, std::string_view answer);
 
-// An answer from its character `first` on without its last one; empty when it is too short for that.
+// The answer from index `first`, without its last character; empty when the answer is too short.
 std::string_view AnswerFrom(std::string_view answer, std::size_t first);
 
-// Copies a text with a terminator; a null output is passed over.
+// Copies a text and a terminator. `out` may be null.
 void CopyTerminated(std::string_view text, char* out);
 
-// Puts a text into split form, whole or, when there is no room for all of it, not at all.
+// Writes a text in split form.
+// Contract: a text that does not fit is left out completely; the screen shows none.
 std::string_view SplitInto(std::span<char> room, std::string_view text);
 
-// A caller's text of any length, copied and put into split form.
+// A caller's text of any length, copied and converted to split form.
 class SplitCopy {
  public:
   explicit SplitCopy(std::string_view text);
 
-  // False when there was no memory for the copy.
-  [[nodiscard]] bool Copied() const;
-  // False when there was no memory for the copy or the split form.
-  explicit operator bool() const { return Copied() && split_; }
+  // False without memory for the copy.
+  [[nodiscard]] bool IsCopied() const { return countable_ && copy_; }
+  // False without memory for the copy or the split form.
+  explicit operator bool() const { return IsCopied() && split_; }
 
   [[nodiscard]] std::string_view text() const { return text_; }
 
  private:
-  // The split form of two such texts, and the command around them, can be counted in an int.
-  static constexpr std::size_t kLongestText = 256U << 20U;
+  // The size of a command with two such texts in split form fits into an int.
+  static constexpr std::size_t kMaxTextSize = 256U << 20U;
 
   bool countable_;
   SecretHeap<char> copy_;

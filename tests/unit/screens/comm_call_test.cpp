@@ -8,26 +8,13 @@
 #include <memory>
 #include <optional>
 
+#include "screens/internal/comm_request.h"
 #include "unit/codec/frames.h"
 #include "unit/screens/failing_system.h"
 #include "unit/screens/signing_rig.h"
 
 namespace gwq::test {
 namespace {
-
-// What the library asked the serial number with, and what it gets in place of the terminal's.
-struct SerialCall {
-  int port = kNone;
-  std::string link;
-  int baud = kNone;
-  static constexpr int kNone = -77;
-};
-struct SerialReply {
-  int result;
-  std::string number;
-};
-SerialCall g_serial_call;
-std::optional<SerialReply> g_serial_reply;
 
 // cJSON's memory: the block of number `fail_at` is not to be had.
 int g_blocks = 0;
@@ -78,8 +65,6 @@ const std::string kAllText =
 class CommCall : public SigningRig {
  protected:
   CommCall() {
-    g_serial_call = {};
-    g_serial_reply.reset();
     g_blocks = 0;
     g_allocations = 0;
     g_fail_at = INT_MAX;
@@ -109,19 +94,20 @@ class CommCall : public SigningRig {
             Text(answer.get(), "DeviceModel")};
   }
 
-  void ExpectSerialNumber(std::string_view number = "1234567890") {
+  void ExpectSerialNumber() {
     usb_.Expect(PaddedToReports(RequestFrame({0x30, 0x18})));
-    const Bytes data = BytesOf(number);
-    usb_.Answer(AnswerFrame(0, data, static_cast<unsigned>(data.size()) + 2));
+    if (!serial_) return;
+    const Bytes data = BytesOf(*serial_);
+    usb_.Answer(AnswerFrame(serial_status_, data));
   }
-  // The five answers in order; nothing means silence. The serial number is an ordinary one.
+  // The five answers in order; nothing means silence.
   using MaybeAnswer = std::optional<std::string>;
   void ExpectAll(const MaybeAnswer& item6, const MaybeAnswer& date, const MaybeAnswer& model,
                  const MaybeAnswer& firmware) {
     Ask(wire::kGetItem6, item6);
     Ask(wire::kGetProductionDate, date);
     Ask(wire::kGetModel, model);
-    if (!g_serial_reply) ExpectSerialNumber();
+    ExpectSerialNumber();
     Ask(wire::kGetFirmware, firmware);
   }
   void ExpectAll() {
@@ -137,6 +123,9 @@ class CommCall : public SigningRig {
 
   std::string text_;
   int length_ = 0;
+  // What the terminal answers when it is asked for the serial number; nothing means silence.
+  std::optional<std::string> serial_ = "1234567890";
+  unsigned serial_status_ = 0;
 
  private:
   static std::string Text(const cJSON* object, const char* key) {
@@ -257,7 +246,6 @@ struct Baud {
 };
 
 TEST_F(CommCall, BaudRateIsANumberOrADecimalText) {
-  g_serial_reply = {0, "1234567890"};
   for (const Baud& row :
        {Baud{R"({"RequestBaudRate":9600})", 9600}, Baud{R"({"RequestBaudRate":"9600"})", 9600},
         Baud{R"({"RequestBaudRate":"9600 baud"})", 9600}, Baud{R"({"RequestBaudRate":"baud 9600"})", 0},
@@ -272,20 +260,18 @@ TEST_F(CommCall, BaudRateIsANumberOrADecimalText) {
         Baud{R"({"other":{"RequestBaudRate":1}})", 0}}) {
     ExpectAll();
     EXPECT_EQ(Run(row.request), 0) << row.request;
-    EXPECT_EQ(g_serial_call.baud, row.baud) << row.request;
-    EXPECT_EQ(g_serial_call.port, 0);
-    EXPECT_EQ(g_serial_call.link, "9");
+    EXPECT_EQ(text_, kAllText) << "over USB at any baud rate";
+    EXPECT_EQ(ParseCommRequest(row.request).baud, row.baud) << row.request;
   }
 }
 
 TEST_F(CommCall, WhatIsNoJsonObjectIsAnEmptyRequest) {
-  g_serial_reply = {0, "1234567890"};
   for (const char* request : {static_cast<const char*>(nullptr), "", "not JSON", "{\"RequestBaudRate\":96",
                               "[]", "[9600]", "5", "\"RequestBaudRate\"", "null", "{"}) {
     ExpectAll();
     EXPECT_EQ(Run(request), 0);
     EXPECT_EQ(text_, kAllText);
-    EXPECT_EQ(g_serial_call.baud, 0);
+    EXPECT_EQ(ParseCommRequest(request).baud, 0);
   }
 }
 
@@ -293,10 +279,9 @@ TEST_F(CommCall, TimeOutOfTheRequestIsNotUsed) {
   for (const char* request :
        {"{}", R"({"RequestTimeOut":100})", R"({"RequestTimeOut":"100"})", R"({"RequestTimeOut":{}})"}) {
     SetTime(kStart);
-    g_serial_reply = {0, "1234567890"};
     ExpectAll({}, {}, {}, {});
     EXPECT_EQ(Run(request), -11);
-    EXPECT_EQ(Now() - kStart, 4 * 3) << "four times more than two whole seconds";
+    EXPECT_EQ(Now() - kStart, 4 * 3 + 1) << "four times more than two whole seconds, and one drain";
   }
 }
 
@@ -449,7 +434,7 @@ TEST_F(CommCall, LongestAnswersFit) {
 
 TEST_F(CommCall, SerialNumberOfAnyLengthIsTakenWhenItWasRead) {
   for (const std::string number : {"", "1", "123456789012345678901234567890"}) {
-    g_serial_reply = {0, number};
+    serial_ = number;
     ExpectAll();
     EXPECT_EQ(Run(), 0);
     Members expected = kAll;
@@ -459,17 +444,17 @@ TEST_F(CommCall, SerialNumberOfAnyLengthIsTakenWhenItWasRead) {
 }
 
 TEST_F(CommCall, SerialNumberOfTenCharactersIsTakenEvenIfTheCallFailed) {
-  g_serial_reply = {-14, "abcdefghij"};
-  ExpectAll();
-  EXPECT_EQ(Run(), 0);
-  Members expected = kAll;
-  expected.serial = "abcdefghij";
-  EXPECT_EQ(Answered(), expected);
+  EXPECT_TRUE(IsSerialNumberKept(-14, "abcdefghij"));
+  for (const char* number : {"", "123456789", "12345678901"}) {
+    EXPECT_FALSE(IsSerialNumberKept(-14, number)) << number;
+    EXPECT_TRUE(IsSerialNumberKept(0, number)) << number;
+  }
 }
 
-TEST_F(CommCall, OtherSerialNumbersOfAFailedCallAreEmptyAndReported) {
-  for (const std::string number : {"", "123456789", "12345678901"}) {
-    g_serial_reply = {-14, number};
+TEST_F(CommCall, RefusedSerialNumberIsEmptyAndReported) {
+  for (const std::string data : {"", "x"}) {
+    serial_ = data;
+    serial_status_ = 1;
     ExpectAll();
     const LogCapture log;
     EXPECT_EQ(Run(), 0);
@@ -477,36 +462,19 @@ TEST_F(CommCall, OtherSerialNumbersOfAFailedCallAreEmptyAndReported) {
     expected.serial = "";
     expected.message = Times(2, "szDeviceId get error,nRet = -14 ");
     EXPECT_EQ(Answered(), expected);
-    EXPECT_THAT(log.Messages(), testing::Contains("szDeviceId = " + number + " ")) << "before it is cleared";
+    EXPECT_THAT(log.Messages(), testing::Contains("szDeviceId =  ")) << "the refusal has no number";
   }
 }
 
-TEST_F(CommCall, RefusedSerialNumberIsEmptyAndReported) {
-  usb_.ExpectCommand(wire::kGetItem6).Answer(kDate);
-  usb_.ExpectCommand(wire::kGetProductionDate).Answer(kDate);
-  usb_.ExpectCommand(wire::kGetModel).Answer(kModel);
-  usb_.Expect(PaddedToReports(RequestFrame({0x30, 0x18}))).Answer(AnswerFrame(1, {}, 2));
-  usb_.ExpectCommand(wire::kGetFirmware).Answer(kFirmware);
+TEST_F(CommCall, SerialNumberThatIsNotAnsweredIsEmptyAndReported) {
+  serial_.reset();
+  ExpectAll();
   EXPECT_EQ(Run(), 0);
   Members expected = kAll;
   expected.serial = "";
-  expected.message = Times(2, "szDeviceId get error,nRet = -14 ");
+  expected.message = Times(2, "szDeviceId get error,nRet = -11 ");
   EXPECT_EQ(Answered(), expected);
 }
 
 }  // namespace
 }  // namespace gwq::test
-
-extern "C" {
-
-int __real_PN_ReadDeviceId(int port, const char* link, int baud, char* number);
-
-int __wrap_PN_ReadDeviceId(int port, const char* link, int baud, char* number) {
-  using gwq::test::g_serial_reply;
-  gwq::test::g_serial_call = {port, link, baud};
-  if (!g_serial_reply) return __real_PN_ReadDeviceId(port, link, baud, number);
-  g_serial_reply->number.copy(number, g_serial_reply->number.size());
-  return g_serial_reply->result;
-}
-
-}  // extern "C"
