@@ -41,8 +41,8 @@ void FillHeader(DownloadPacket& packet, PacketType type, std::size_t count) {
                                                                kPacketHeaderSize));
 }
 
-// Contract: a packet is sent as a string, so that it ends before its first zero byte; a file with zero
-// bytes does not arrive as it is, and the call succeeds.
+// Contract: a packet is sent as a string, so that it ends before its first zero byte; a file with
+// zero bytes does not arrive as it is, and the call succeeds.
 bool SendAsString(char* packet) {
   AnswerText<1024> answer;
   const int length = static_cast<int>(std::strlen(packet));
@@ -78,7 +78,8 @@ bool SendEndPacket(int file_type, std::string_view name, DownloadPacket& packet)
   return SendAsString(packet.data());
 }
 
-// Contract: the end of the file is checked before each read; an empty file is sent as one data packet.
+// Contract: the end of the file is checked before each read; an empty file is sent as one data
+// packet.
 bool SendContent(std::FILE* file, DownloadPacket& packet) {
   while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
     if (!SendDataPacket(file, packet)) return false;
@@ -91,7 +92,7 @@ bool IsReadable(std::FILE* file) {
   const int first = std::fgetc(file);
   if (first != EOF) std::ungetc(first, file);
   const bool readable = std::ferror(file) == 0;
-  if (readable && first == EOF) std::rewind(file);  // clears the end of file, which SendContent checks
+  if (readable && first == EOF) std::rewind(file);  // SendContent checks the end of file
   return readable;
 }
 
@@ -116,10 +117,11 @@ int Download(const char* path, int file_type) {
   const PacketMemory packet(static_cast<DownloadPacket*>(std::calloc(sizeof(DownloadPacket), 1)), &std::free);
   if (!packet) return GWQ_TOO_SMALL;
   if (!SendModeChange() || !SendStartPacket() || !SendContent(file.get(), *packet)) return GWQ_REFUSED;
-  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // an end packet would complete half a file
+  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // no end packet for half a file
   const bool cancelled = LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
-  // Contract: a cancelled download is ended like a complete one; the terminal keeps the first part.
+  // Contract: a cancelled download is ended like a complete one, and the terminal may keep the
+  // part.
   if (!SendEndPacket(file_type, name, *packet)) return GWQ_REFUSED;
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
   ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);

@@ -1,4 +1,4 @@
-// The media that the terminal stores, whatever it is used for: list, send as text in pieces, delete.
+// The media that the terminal stores, for any use: list, send as text in pieces, delete.
 // What the idle screen, the teller's card and the firmware make of it is in media_functions.cpp.
 #include <gwq/files/media.h>
 
@@ -24,8 +24,8 @@ constexpr int kPieceLinkTimeoutMs = 5000;
 constexpr int kPieceSize = 1024;
 constexpr std::size_t kRecordOverhead = 9;
 
-// Contract: the whole buffer of N bytes is sent, zero padding included. A name that is cut is refused,
-// because it would delete another file.
+// Contract: the full buffer of N bytes is sent, zero padding included.
+// Refuses a name that is cut, because it would delete another file.
 template <std::size_t N>
 int AskWithWholeBuffer(Endpoint endpoint, Command<N>& command, int timeout_ms, AnswerText<4096>& answer) {
   if (command.IsCut()) return GWQ_BAD_ARGUMENT;
@@ -38,8 +38,8 @@ void WriteLittleEndian(int value, unsigned char* out) {
     out[i] = static_cast<unsigned char>(static_cast<unsigned>(value) >> (8 * i));
 }
 
-// Contract: a byte count above 0 is GWQ_READ_FAILED, so that a piece that the terminal has confirmed
-// is reported as failed.
+// Contract: a byte count above 0 is GWQ_READ_FAILED, so that a piece that the terminal has
+// confirmed is reported as failed.
 int ReadPieceAnswer() {
   AnswerText<1024> answer;
   auto* bytes = reinterpret_cast<unsigned char*>(answer.data());
@@ -54,7 +54,8 @@ int RemainingPieces(int total, int index) {
   return static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
 }
 
-// The record of a piece: total, remaining, its bytes, and the XOR of all of these. Returns its size.
+// The record of a piece: total, remaining, its bytes, and the XOR of all of these. Returns its
+// size.
 int WritePieceRecord(int total, int remaining, std::span<const unsigned char> piece, unsigned char* out) {
   const int size = static_cast<int>(piece.size());
   WriteLittleEndian(total, out);
@@ -74,8 +75,8 @@ int SendTextPiece(int file_type, int total, int index, std::span<const unsigned 
   Command<4096> command(Channel::kDevice, "DOWNLOAD");
   command.Fields('|', file_type, OrEmpty(name),
                  std::string_view(split.data(), static_cast<std::size_t>(length)));
-  // Contract: only the first 1024 bytes of the command are sent; a piece of more than about 490 bytes
-  // arrives without its end. The name must be among them.
+  // Contract: only the first 1024 bytes of the command are sent, so that a piece of more than about
+  // 490 bytes arrives without its end.
   const int piece_at = command.size() - 1 - length;
   if (command.IsCut() || piece_at > kPieceSize) return GWQ_BAD_ARGUMENT;
   if (WriteOnLink(reinterpret_cast<unsigned char*>(command.data()), kPieceSize) < kPieceSize)
@@ -135,7 +136,8 @@ int GetDownParam3(int total, int remaining, const unsigned char* data, int count
   return WritePieceRecord(total, remaining, BytesOf(data, count), out);
 }
 
-// Contract: a refusal by the terminal is success, unlike in MP_DelHeadFile: the answer is not checked.
+// Contract: a refusal by the terminal is success, unlike in MP_DelHeadFile: the answer is not
+// checked.
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   Command<4096> command(Channel::kDevice, "DELETE");
   AnswerText<4096> answer;

@@ -1,5 +1,5 @@
-// What the terminal shows of its files: the teller's head photo, the QR code, the pictures of the idle
-// screen, and the firmware. The commands for stored media as such are in media.cpp.
+// What the terminal shows of its files: the teller's head photo, the QR code, the pictures of the
+// idle screen, and the firmware. The commands for stored media as such are in media.cpp.
 #include <gwq/files/media_functions.h>
 
 #include <algorithm>
@@ -40,7 +40,7 @@ int PushPicture(const char* path) {
   return result;
 }
 
-// Contract: the baud rate is 0, whatever the caller gives.
+// Contract: the baud rate is 0; the caller's is ignored.
 int DeletePicture(const char* name) {
   return DeleteOnTerminal({.port = 0, .baud = 0}, kPicture, name);
 }
@@ -73,8 +73,8 @@ int UpdateFirmware(int baud, const char* path) {
   return GWQ_OK;
 }
 
-// Contract: compared and logged although every failure has returned earlier; a caller never sees the
-// GWQ_REFUSED from here.
+// Contract: compared and logged although every failure has returned earlier; a caller never gets
+// the GWQ_REFUSED.
 int CompareCounts(int needed, int done) {
   ICC_DPrintLogToFile("nNeedDown=%d", needed);
   ICC_DPrintLogToFile("nHavedDown=%d", done);

@@ -18,6 +18,7 @@
 namespace gwq {
 namespace {
 
+constexpr int kTimeoutMs = 3000;
 constexpr int kPausePerReportMs = 10;
 constexpr std::size_t kMaxFileSize = 256U << 20U;
 
@@ -101,10 +102,10 @@ int PullWithCommand(const CommandBytes& command, const char* path, int timeout_m
 
 }  // namespace
 
-int PullTo(std::string_view remote, const char* path, int timeout_ms) {
+int PullTo(std::string_view remote, const char* path) {
   Command<256> command(Channel::kDevice, "PULLFILE");
   command.Fields('|', remote);
-  return PullWithCommand({command.data(), command.size()}, path, timeout_ms);
+  return PullWithCommand({command.data(), command.size()}, path, kTimeoutMs);
 }
 
 }  // namespace gwq

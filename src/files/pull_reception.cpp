@@ -56,8 +56,8 @@ PullReception::Result PullReception::HandleHeader(ReportView report) {
   }
 }
 
-// Contract: a packet that fits into one report is stored before its check, the last report of a longer
-// one after it; the file of a pull that is rejected is removed either way.
+// Contract: a packet that fits into one report is stored before its check, the last report of a
+// longer one after it; the file of a pull that is rejected is removed either way.
 PullReception::Result PullReception::HandleData(const Header& header) {
   computed_ = Xor(header.payload);
   if (!header.payload.empty()) port_.Store(header.payload);

@@ -41,7 +41,8 @@ CommandBytes AsCommand(std::span<unsigned char> packet) {
   return {reinterpret_cast<char*>(packet.data()), static_cast<int>(packet.size())};
 }
 
-// Writes the header of a packet whose payload, `count` bytes, is in `room` after the header's place.
+// Writes the header of a packet whose payload, `count` bytes, is in `room` after the header's
+// place.
 CommandBytes CompletePacket(std::span<unsigned char> room, PacketType type, std::size_t count) {
   const std::span<unsigned char> packet = room.first(kPacketHeaderSize + count);
   WritePacketHeader(type, packet.subspan(kPacketHeaderSize), packet.first<kPacketHeaderSize>());
@@ -70,8 +71,8 @@ bool IsAtEnd(std::FILE* file) {
   return next == EOF;
 }
 
-// Contract: the end of the file is checked before each read. A size that is a multiple of the piece
-// ends with an empty data packet, which the terminal accepts; an empty file sends none.
+// Contract: a file whose size is a multiple of the piece size ends with an empty data packet, which
+// the terminal accepts; an empty file sends none.
 int PushContent(Endpoint endpoint, std::FILE* file) {
   if (IsAtEnd(file)) return std::ferror(file) != 0 ? GWQ_BAD_ARGUMENT : GWQ_OK;
   while (std::feof(file) == 0) {

@@ -60,8 +60,8 @@ class KeyRecord {
     return *this;
   }
 
-  // Contract: a record of more than 512 bytes does not fit in split form and is left out; the command
-  // is sent without it.
+  // Contract: a record of more than 512 bytes does not fit in split form and is left out; the
+  // command is sent without it.
   void AppendSplitTo(KeyCommand& command) const {
     SecretArray<char, kSize> split;
     const int length =
@@ -130,8 +130,8 @@ int EnterClearPin(Endpoint endpoint, int mode, int timeout_s, char* pin, int cap
 }
 
 // Writes the block as hexadecimal text.
-// Contract: after an answer that is not the expected one the output gets 1024 characters "0", because
-// the whole scratch buffer is converted.
+// Contract: after an answer that is not the expected one the output gets 1024 characters "0",
+// because the whole scratch buffer is converted.
 int ConvertPinBlock(const CounterAnswer& answer, char* pin_block) {
   SecretArray<char, 1024> scratch;
   int length = static_cast<int>(scratch.size());
@@ -146,8 +146,8 @@ bool IsValidPinBlockCall(int digit1, int digit2, int timeout_s, const char* pin_
   return Within(digit1, 0, 1) && Within(digit2, 0, 3) && IsCustomerTimeout(timeout_s) && pin_block != nullptr;
 }
 
-// Contract: the pad's entry mode is ended on every path once the entry command has been sent, but not
-// after a failure before that.
+// Contract: the pad's entry mode is ended on every path once the entry command has been sent, but
+// not after a failure before that.
 int ReadPinBlock(Endpoint endpoint, int timeout_s, CounterCommand& command, char* pin_block) {
   ICC_DPrintLogToFile("port:%d timeout:%d", endpoint.port, EntryTimeoutMs(timeout_s));
   DrainUsb(endpoint);
@@ -263,7 +263,7 @@ int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, 
   return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }
 
-// Contract: USB, whatever port the caller gives, and no drain.
+// Contract: USB, without a drain; the port argument is ignored.
 int GWQ_GetVerBuildDate(int /*iPort*/, char /*cReserved*/, int iBaudRate, char* szDate) {
   return ReadBuildDate(iBaudRate, szDate);
 }

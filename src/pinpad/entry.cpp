@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kShownTextRoom = 40960;
 
 // The pad refuses an entry by a first byte instead of a frame.
-// Contract: a frame begins with STX, which is 2 as well; every other refusal in a frame is
+// Contract: a frame begins with STX, which is 2 as well; every refusal in a frame is
 // GWQ_NO_ANSWER, as if the customer had entered nothing.
 int EntryRefusal(const PadAnswer& answer) {
   if (answer.raw().empty()) return answer.status();
@@ -38,7 +38,7 @@ int EnterPin(Endpoint endpoint, const PadBody& body, int seconds, const char* do
              int* length) {
   if (block == nullptr || length == nullptr) return GWQ_BAD_ARGUMENT;
   PadAnswer answer;
-  const int result = AskPad(endpoint, body, WaitMs(seconds, body.command().timeout_ms), answer);
+  const int result = AskPad(endpoint, body, answer, seconds);
   if (result != GWQ_OK) return result;
   if (answer.status() != GWQ_OK) return EntryRefusal(answer);
   // Logged before the copy, which leaves parts of the block in registers: a function with variable
@@ -68,8 +68,8 @@ bool AllDigits(std::string_view text) {
 }
 
 // The twelve digits before the check digit, or all of fewer, right-aligned after zero bytes.
-// Contract: the command ends before these, so that an account of fewer than twelve digits reaches the
-// pad as an empty one.
+// Contract: the command ends before these, so that an account of fewer than twelve digits reaches
+// the pad as an empty one.
 class AccountField {
  public:
   static constexpr int kSize = 12;
@@ -88,7 +88,7 @@ class AccountField {
 // Contract: they log a failure differently, and return some failures as different codes.
 enum class Style { kPlain, kShowing };
 
-// The arguments of one call. It is a list of steps, of which the first that fails ends it.
+// The arguments of one call, which is a list of steps; the first step that fails ends it.
 struct PinBlockCall {
   Style style;
   Endpoint endpoint;
@@ -221,7 +221,7 @@ int ReadBlockShowing(const PinBlockCall& call) {
   return LogReturn(EnterPinShowing(call.endpoint.baud, call.timeout_s, call.shown, call.length, call.block));
 }
 
-// Contract: the showing call does not drain, and checks the sound mode after two exchanges.
+// Contract: the showing call does not drain, and checks the sound mode after three exchanges.
 constexpr auto kPlainSteps =
     std::to_array<Step>({CheckTypeAndLength, CheckSoundMode, DrainStep, CompareType, CompareLength, SetMode,
                          SetSound, CheckAccount, SetAccount, FetchFactor, ReadBlock});
@@ -261,8 +261,7 @@ int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeo
   return EnterPlainPin({iPortNo, iBaudRate}, iTimeout, piPinLen, szPinBlock);
 }
 
-// Contract: USB, whatever port the caller gives;
-// the two calls below likewise.
+// Contract: USB, also in the two calls below; their port argument is ignored.
 int GetPinblockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate,
                           unsigned char* pPinBlock, int* pnPinLen, int nTimeout, const char* szShowString) {
   const Operation operation;

@@ -103,7 +103,8 @@ bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   return true;
 }
 
-// The pad confirms a key load with the command's own two bytes as status word, and a result after it.
+// The pad confirms a key load with the command's own two bytes as status word, and a result after
+// it.
 // Contract: a confirmation without a result is 3, and any other status word is returned as it is.
 int ResultOfLoad(int command, const PadAnswer& answer) {
   constexpr int kConfirmedWithoutResult = 3;
@@ -136,7 +137,7 @@ int PN_CreateAndGetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBa
   return CreateFactor({iPortNo, iBaudRate}, iFactorType, szPinPadFactor);
 }
 
-// Contract: USB, whatever port the caller gives; the calls below likewise.
+// Contract: USB, also in the calls below; their port argument is ignored.
 int PN_ObtainFactor(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, const char* szWKType,
                     char* szPinPadFactor) {
   ICC_DPrintLogToFile("PN_ObtainFactor");

@@ -16,7 +16,8 @@ namespace gwq {
 namespace {
 
 constexpr int kSplitRoom = 1024;
-constexpr std::size_t kMaxNumberSize = 1023;  // an answer may be longer than its room; the rest is cut
+// An answer may be longer than its room; the rest is cut.
+constexpr std::size_t kMaxNumberSize = 1023;
 
 bool IsValidNumberCall(int timeout_s, int param1, int param2, const char* prompt, const char* result) {
   if (!IsSet(prompt) || result == nullptr) return false;
@@ -41,7 +42,7 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 
 using namespace gwq;
 
-// Contract: USB, whatever port the caller gives.
+// Contract: USB; the port argument is ignored.
 int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
                int iInParam2, const char* szPrompt, char* szResult) {
   const Operation operation;
@@ -55,7 +56,8 @@ int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int i
   command.Fields('|', iTimeout, iInParam1, iInParam2, prompt.data());
   AnswerText<1024> answer;
   const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead3, WaitMs(iTimeout, kMarginMs));
-  ICC_DPrintLogToFile("iRet = %d", result);  // before the copy, which leaves the number in registers
+  // Logged before the copy, which leaves parts of the number in registers.
+  ICC_DPrintLogToFile("iRet = %d", result);
   if (result != GWQ_OK) return result;
   const std::string_view number = WithoutMarks(answer.text()).substr(0, kMaxNumberSize);
   number.copy(szResult, number.size());

@@ -87,14 +87,15 @@ void PadAnswer::Unpack() {
   status_ = UnPackData(bytes.data(), static_cast<int>(bytes.size()), data_.data(), &length_);
 }
 
-int AskPad(Endpoint endpoint, const PadBody& body, int timeout_ms, PadAnswer& answer) {
+int AskPad(Endpoint endpoint, const PadBody& body, PadAnswer& answer, int customer_s) {
   const PadCommand& command = body.command();
   if (command.drain == PadDrain::kUsbThenPack) DrainUsb(endpoint);
   PackedBody packet(body);
   if (!packet) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainAfterPacking(command.drain, endpoint); status != GWQ_OK) return status;
-  const int result = Exchange(kAsk, endpoint, packet.bytes(), {&EndOfRead2, timeout_ms},
-                              {answer.raw_.data(), answer.raw_.length()});
+  const int result =
+      Exchange(kAsk, endpoint, packet.bytes(), {&EndOfRead2, WaitMs(customer_s, command.timeout_ms)},
+               {answer.raw_.data(), answer.raw_.length()});
   LogStatus(command.exchanged_log, result);
   if (result != GWQ_OK) return result;
   answer.Unpack();

@@ -42,8 +42,8 @@ int SendDeviceId(int baud, const char* device_id) {
   return GWQ_REFUSED;
 }
 
-// Contract: every fill other than "F" is a zero byte, which ends the body before it; the pad gets the
-// command without an argument.
+// Contract: every fill other than "F" is a zero byte, which ends the body before it; the pad gets
+// the command without an argument.
 int FillByte(const char* fill) {
   return fill != nullptr && *fill == 'F' ? 0xFF : 0x00;
 }
@@ -120,7 +120,7 @@ int PN_SetAccount(int iPortNo, const char* /*szReserved*/, int iBaudRate, const 
   return AskPad({iPortNo, iBaudRate}, body, answer);
 }
 
-// Contract: USB, whatever port the caller gives; the two calls below likewise.
+// Contract: USB, also in the two calls below; their port argument is ignored.
 int PN_ReadDeviceId(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, char* szDeviceId) {
   return ReadDeviceId(iBaudRate, szDeviceId);
 }

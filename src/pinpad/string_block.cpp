@@ -21,13 +21,13 @@ namespace {
 
 constexpr std::string_view kRemoteFile = "/tmp/encdata.txt";
 constexpr char kLocalFile[] = "/tmp/enctemp.data";
-constexpr int kPauseBeforePullMs = 200;
-// Contract: the caller's baud rate is not used for this exchange.
+// Contract: the exchange that enciphers uses this baud rate; the caller's is ignored.
 constexpr int kEncipherBaud = 9600;
 constexpr std::size_t kHexRoom = 40960;
 constexpr std::size_t kCommandRoom = 49152;
 
-constexpr std::size_t kMaxAnswerSize = 4095;  // an answer may be longer than its room; the rest is cut
+// An answer may be longer than its room; the rest is cut.
+constexpr std::size_t kMaxAnswerSize = 4095;
 
 using EncipherAnswer = AnswerText<4096>;
 
@@ -71,16 +71,15 @@ int AskToEncipher(int timeout_s, int algorithm, std::string_view info, EncipherA
 }
 
 int PullResult(PrivateTempFile& file) {
-  constexpr int kTimeoutMs = 3000;
   PauseMs(kPauseBeforePullMs);
-  const int result = file ? PullTo(kRemoteFile, file.path(), kTimeoutMs) : static_cast<int>(GWQ_READ_FAILED);
+  const int result = file ? PullTo(kRemoteFile, file.path()) : static_cast<int>(GWQ_READ_FAILED);
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile nRet=%d", result);
   if (result == GWQ_OK) return GWQ_OK;
   ICC_DPrintLogToFile("[PN_GetStringBlock] PullFile failed");
   return GWQ_REFUSED;
 }
 
-// Reads the whole file into the caller's buffer and terminates it.
+// Reads the file into the caller's buffer and terminates it.
 // Contract: the buffer is cleared only up to the end of the text that it has on entry.
 int ReadResult(const char* path, char* data, int* size) {
   const File file = OpenFile(path, "rb");
@@ -112,7 +111,7 @@ void CopyEnciphered(const EncipherAnswer& answer, char* out) {
 
 using namespace gwq;
 
-// Contract: USB, whatever port the caller gives.
+// Contract: USB; the port argument is ignored.
 int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
                       const char* szInfo, char* pFileData, int* pnLen, char* szEncData) {
   const Operation operation;

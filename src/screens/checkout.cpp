@@ -12,7 +12,8 @@
 namespace gwq {
 namespace {
 
-// Contract: "f" is a time-out and "w" a cancel, the reverse of their meaning where documents are signed.
+// Contract: "f" is a time-out and "w" a cancel, the reverse of their meaning where documents are
+// signed.
 constexpr std::array kFailures{Meaning{kRefusalAnswer, GWQ_REFUSED},
                                Meaning{"\x02"
                                        "f\x03",

@@ -43,8 +43,8 @@ Function* FindFunction(CjsonFunction function) {
   return reinterpret_cast<Function*>(g_functions[static_cast<std::size_t>(function)]);
 }
 
-// Whether the host defines a function of this name. libcjson calls its own functions by name, and would
-// call the host's, whose version and hooks may differ.
+// Whether the host defines a function of this name. libcjson calls its own functions by name, and
+// would call the host's, whose version and hooks may differ.
 bool IsDefinedByHost(const char* name, const void* libcjsons) {
   const void* const found = dlsym(RTLD_DEFAULT, name);
   Dl_info ours{};
@@ -63,7 +63,8 @@ void FindAll(void* library) {
   for (std::size_t i = 0; i < kNames.size(); ++i) g_functions[i] = dlsym(library, kNames[i]);
 }
 
-// Gives a libcjson in a namespace of its own, which has its own libc, this process's malloc and free.
+// Gives a libcjson in a namespace of its own, which has its own libc, this process's malloc and
+// free.
 void InitHooks(cJSON_Hooks* hooks) {
   const auto init = FindFunction<void(cJSON_Hooks*)>(CjsonFunction::k_cJSON_InitHooks);
   if (init == nullptr) return;
@@ -82,9 +83,9 @@ void LoadSeparately() {
   InitHooks(nullptr);
 }
 
-// The reference to a libcjson that is present is dropped: libcjson is bound to the functions here, and
-// keeping it loaded would keep this library loaded. A program that has these functions compiled in may
-// have to load it.
+// The reference to a libcjson that is present is dropped: libcjson is bound to the functions here,
+// and keeping it loaded would keep this library loaded. A program that has these functions compiled
+// in may have to load it.
 void Load() {
   const Library present(dlopen(kLibrary, RTLD_LAZY | RTLD_NOLOAD));
   void* const library = present ? present.get() : dlopen(kLibrary, RTLD_LAZY);

@@ -164,7 +164,7 @@ void ReadSerialNumber(int baud, SerialNumber& number, Messages& messages) {
   messages.Collect();
 }
 
-// Contract: a step that fails ends nothing, and the status is that of the last one, the version.
+// Contract: a step that fails does not end the call, whose status is that of the last step.
 int Describe(int baud, Description& terminal) {
   ItemText unused;
   AskItem(baud, kUnusedItem, &WithoutMarks, unused, terminal.messages);

@@ -37,8 +37,8 @@ bool SetPhotoByNumber(const Teller& teller, SecretText<N>& photo) {
   return !photo.IsCut();
 }
 
-// Contract: the MP_ functions send the photo's name in GBK, although their command words say UTF-8, and
-// cut a long one; GWQ_StartEvaluator sends it unconverted and refuses a long one.
+// Contract: the MP_ functions send the photo's name in GBK, although their command words say UTF-8,
+// and cut a long one; GWQ_StartEvaluator sends it unconverted and refuses a long one.
 using ConvertedPhoto = SecretText<256 + 1>;
 bool SetConvertedPhoto(const Teller& teller, ConvertedPhoto& photo) {
   constexpr std::size_t kSize = 256;
@@ -63,7 +63,8 @@ bool FillCard(EvaluationCommand& command, const Teller& teller, std::string_view
   return !command.Fields('|', OrEmpty(teller.name), OrEmpty(teller.number), teller.stars, photo).IsCut();
 }
 
-// Contract: in the MP_ functions a failed send is GWQ_REFUSED; the GWQ_ functions return its status.
+// Contract: in the MP_ functions a failed send is GWQ_REFUSED; the GWQ_ functions return its
+// status.
 int SendStatus(int result) {
   return result == GWQ_OK || result == GWQ_NOT_OPENED ? result : static_cast<int>(GWQ_REFUSED);
 }

@@ -20,9 +20,7 @@ namespace {
 
 constexpr Channel kScreen = Channel::kInformation;
 constexpr int kKeyMarginMs = 2000;
-constexpr int kPullTimeoutMs = 3000;
 constexpr int kPauseMs = 100;
-constexpr int kPauseBeforePullMs = 200;
 
 constexpr int kConfirmed = 0;
 constexpr int kNotShown = 2;
@@ -100,7 +98,7 @@ int ShowAndWait(Endpoint endpoint, int timeout_s, int countdown_s, PageCommand& 
 
 int FetchScreenshot(const char* path) {
   PauseMs(kPauseBeforePullMs);
-  const int result = PullTo("/tmp/capture.png", path, kPullTimeoutMs);
+  const int result = PullTo("/tmp/capture.png", path);
   if (result < 0) {
     LogGbk(Gbk("获取截图失败 nRet=%d"), result);
     return GWQ_REFUSED;
@@ -109,8 +107,8 @@ int FetchScreenshot(const char* path) {
   return GWQ_OK;
 }
 
-// Contract: a confirmation whose screenshot cannot be fetched is GWQ_REFUSED; the display result stays as
-// it was.
+// Contract: a confirmation whose screenshot cannot be fetched is GWQ_REFUSED; the display result
+// stays as it was.
 int HandleConfirmation(std::string_view answer, const char* screenshot, int& display) {
   const auto meaning = MeaningOf(kDisplayResults, answer);
   if (meaning == kConfirmed && FetchScreenshot(screenshot) != GWQ_OK) return GWQ_REFUSED;
@@ -128,7 +126,8 @@ int ShowAndCapture(Endpoint endpoint, int timeout_s, const char* screenshot, Pag
   return result;
 }
 
-// Contract: the case of "<html" and "</html>" counts; a page without one of them is shown as plain text.
+// Contract: the case of "<html" and "</html>" counts; a page without one of them is shown as plain
+// text.
 bool IsHtml(const char* page) {
   return std::strstr(page, "<html") != nullptr && std::strstr(page, "</html>") != nullptr;
 }
@@ -222,7 +221,8 @@ int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, in
   const Operation operation;
   if (!IsSet(szPage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
-  // Contract: no drain; what an earlier screen has left is read as the push's first acknowledgement.
+  // Contract: no drain; what an earlier screen has left is read as the push's first
+  // acknowledgement.
   if (const int result = PushPage(szPage); result != GWQ_OK) return result;
   AnswerText<1024> answer;
   const int result = AskExtraPage(iBaudRate, iTimeout, szExtraText, answer);

@@ -34,8 +34,8 @@ int AskKeyboard(Endpoint endpoint, std::string_view word, int timeout_s, AnswerT
   return Ask(endpoint, command.Text(kLineEnd), answer, &EndOfRead3, WaitMs(timeout_s, 0));
 }
 
-// Copies the number after the screen is closed: the copy leaves it in registers, which the log calls of
-// the closing would save on the stack.
+// Copies the number after the screen is closed: the copy leaves it in registers, which the log
+// calls of the closing would save on the stack.
 int AwaitNumber(Endpoint endpoint, std::string_view word, int timeout_s, char* out) {
   AnswerText<1024> answer;
   const int result = AskKeyboard(endpoint, word, timeout_s, answer);

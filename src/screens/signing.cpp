@@ -25,9 +25,6 @@
 namespace gwq {
 namespace {
 
-constexpr int kPullTimeoutMs = 3000;
-constexpr int kPauseBeforePullMs = 200;
-
 // For the command word, numbers and separators around the parts whose size depends on the caller.
 constexpr std::size_t kRoomAroundParts = 128;
 
@@ -39,7 +36,7 @@ using StrokesPath = SecretText<PATH_MAX + 16>;
 // ------------------------------------------------------------------ fetching the signature
 
 int PullPicture(const char* path) {
-  const int result = PullTo("/tmp/hw.png", path, kPullTimeoutMs);
+  const int result = PullTo("/tmp/hw.png", path);
   if (result < 0) LogGbk(Gbk("[GWQ_CallShowPDF]获取签名图片失败 nRet=%d"), result);
   return result;
 }
@@ -49,7 +46,7 @@ void LogStrokesFailure(int result) {
 }
 
 int PullStrokes(const char* path) {
-  const int result = PullTo("/tmp/hw.txt", path, kPullTimeoutMs);
+  const int result = PullTo("/tmp/hw.txt", path);
   if (result < 0) LogStrokesFailure(result);
   return result;
 }
@@ -61,9 +58,9 @@ long SeekSize(std::FILE* file) {
   return std::fseek(file, 0, SEEK_SET) == 0 ? size : -1;
 }
 
-// Reads the whole file into the caller's buffer.
-// Contract: MP_SignPDF clears the buffer only up to the end of the text that it has on entry, the other
-// calls not at all; no terminator is written.
+// Reads the file into the caller's buffer.
+// Contract: MP_SignPDF clears the buffer only up to the end of the text that it has on entry, the
+// other calls not at all; no terminator is written.
 int ReadStrokes(const char* path, bool clears, char* data) {
   const File file = OpenFile(path, "rb");
   if (!file) {
@@ -145,8 +142,8 @@ int EndUnsigned(const Signing& signing, const char* log, int status) {
 }
 
 // Returns GWQ_OK when the signature is to be fetched.
-// Contract: of the failures of the exchange only GWQ_NO_ANSWER ends the call; after any other the call
-// goes on to the pull.
+// Contract: of the failures of the exchange only GWQ_NO_ANSWER ends the call; after any other the
+// call goes on to the pull.
 int CheckSignatureAnswer(const Signing& signing, const SigningVariant& variant, int result,
                          std::string_view answer) {
   if (result == GWQ_NO_ANSWER || answer == kTimeoutAnswer) {
@@ -160,8 +157,8 @@ int CheckSignatureAnswer(const Signing& signing, const SigningVariant& variant, 
 }
 
 // Waits for the customer.
-// Contract: an answer counts even if the exchange failed; a cancel that arrived before the failure is
-// returned as one.
+// Contract: an answer counts even if the exchange failed; a cancel that arrived before the failure
+// is returned as one.
 int AwaitSignature(const Signing& signing, const SigningVariant& variant, HeapCommand& command) {
   AnswerText<4096> answer;
   const int result =
@@ -382,7 +379,7 @@ int MP_Sign_With_TZG(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate
   return SignInTzgMode(signing, mode, OrEmpty(szVoiceContent));
 }
 
-// Contract: USB, whatever port the caller gives.
+// Contract: USB; the port argument is ignored.
 int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFilePath,
                   const char* szSignPath, const char* szSignDataPath) {
   const Operation operation;

@@ -67,18 +67,12 @@ int ParseVersions(std::string_view version, char* common, char* private_part) {
   return GWQ_OK;
 }
 
-int CloseCurrentProgram(int baud) {
-  Command<1024> command(Channel::kDevice, "CLOSECURPROGRAM");
-  AnswerText<4096> answer;
-  return Ask({0, baud}, command, answer, &EndOfRead2, kCloseTimeoutMs);
-}
-
 }  // namespace
 }  // namespace gwq
 
 using namespace gwq;
 
-// Contract: USB and 9600 baud, whatever the caller gives, and no drain.
+// Contract: USB at 9600 baud, without a drain; the arguments for these are ignored.
 int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3*/, int /*ignored4*/,
                           char* szCommonVersion, char* szPrivateVersion) {
   ICC_DPrintLogToFile("[MP_GetFirmwareVersion]2025.01.16 v02");
@@ -99,7 +93,9 @@ int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudR
   ICC_DPrintLogToFile("after CancelRead ");
   PauseMs(kPauseBeforeCloseMs);
   const CancelsWhileWaiting cancels;
-  const int result = CloseCurrentProgram(iBaudRate);
+  Command<1024> command(Channel::kDevice, "CLOSECURPROGRAM");
+  AnswerText<4096> answer;
+  const int result = Ask({0, iBaudRate}, command, answer, &EndOfRead2, kCloseTimeoutMs);
   PauseMs(kPauseAfterCloseMs);
   return result;
 }

@@ -20,16 +20,19 @@ inline constexpr int kNamedFile = 255;
 // The longest name that a push and a delete command can carry.
 inline constexpr std::size_t kMaxNameSize = 1022;
 
-// Contract: these pushes use USB and 9600 baud, whatever baud rate the caller gives.
+// Contract: these pushes use USB at 9600 baud; the caller's baud rate is ignored.
 inline constexpr Endpoint kPushEndpoint{0, 9600};
 
-// Announces a push. On USB it is padded to a whole report.
+// Gives the terminal time to write a file that is pulled after an answer.
+inline constexpr int kPauseBeforePullMs = 200;
+
+// Announces a push. On USB it is padded to a full report.
 inline Command<32> ModeChange() {
   return Command<32>(Channel::kDevice, "HIDCHANGE");
 }
 
-// Pushes the host's file `path` under `name`. Returns 0; GWQ_BAD_ARGUMENT if the file cannot be read
-// or the name is too long; otherwise the first failure of an exchange or of its answer.
+// Pushes the host's file `path` under `name`. Returns 0; GWQ_BAD_ARGUMENT if the file cannot be
+// read or the name is too long; otherwise the first failure of an exchange or of its answer.
 int PushFile(Endpoint endpoint, int type, const char* path, std::string_view name);
 
 // The paths of pushed files on the terminal, separated by "|".
@@ -43,10 +46,10 @@ int PushList(const char* paths, TerminalPaths& on_terminal);
 // Pulls the terminal's file `remote` over USB. Returns 0; GWQ_REFUSED if the terminal does not have
 // it or a packet is damaged; GWQ_READ_FAILED if the file does not arrive completely or cannot be
 // written; otherwise the exchange's failure.
-int PullTo(std::string_view remote, const char* path, int timeout_ms);
+int PullTo(std::string_view remote, const char* path);
 
-// Deletes a file on the terminal; "*" means all of the type. Returns GWQ_BAD_ARGUMENT for a name that
-// is too long.
+// Deletes a file on the terminal; "*" means all of the type. Returns GWQ_BAD_ARGUMENT for a name
+// that is too long.
 int DeleteOnTerminal(Endpoint endpoint, int type, std::string_view name);
 
 }  // namespace gwq

@@ -107,8 +107,8 @@ class PadBody {
   explicit operator bool() const { return static_cast<bool>(bytes_); }
 
   [[nodiscard]] const PadCommand& command() const { return command_; }
-  // Contract: a body ends before its first zero byte, also one in raw key bytes; what follows in the
-  // arguments does not reach the pad.
+  // Contract: a body ends before its first zero byte, also one in raw key bytes; what follows in
+  // the arguments does not reach the pad.
   [[nodiscard]] std::span<const unsigned char> Sent() const;
 
  private:
@@ -130,7 +130,7 @@ class PadAnswer {
   [[nodiscard]] std::string_view raw() const { return raw_.text(); }
 
  private:
-  friend int AskPad(Endpoint endpoint, const PadBody& body, int timeout_ms, PadAnswer& answer);
+  friend int AskPad(Endpoint endpoint, const PadBody& body, PadAnswer& answer, int customer_s);
   void Unpack();
 
   AnswerText<1024> raw_;
@@ -139,14 +139,10 @@ class PadAnswer {
   int status_ = GWQ_BAD_FRAME;
 };
 
-// Drains, packs the body, sends it and unpacks the answer. Returns GWQ_BAD_ARGUMENT without memory, the
-// status of a failed exchange, or what the command's PadRefusal makes of the status word.
-int AskPad(Endpoint endpoint, const PadBody& body, int timeout_ms, PadAnswer& answer);
-
-// With the command's own time-out.
-inline int AskPad(Endpoint endpoint, const PadBody& body, PadAnswer& answer) {
-  return AskPad(endpoint, body, body.command().timeout_ms, answer);
-}
+// Drains, packs the body, sends it and unpacks the answer. Returns GWQ_BAD_ARGUMENT without memory,
+// the status of a failed exchange, or what the command's PadRefusal makes of the status word. The
+// customer's time is added to the command's time-out.
+int AskPad(Endpoint endpoint, const PadBody& body, PadAnswer& answer, int customer_s = 0);
 
 // Sends a setting of one byte.
 int SetPad(Endpoint endpoint, const PadCommand& setting, int value);

@@ -22,14 +22,15 @@ template <std::size_t N>
 using DocumentList = SecretArray<char, N + 1>;
 
 // The first steps of every call. Returns GWQ_OK; GWQ_BAD_ARGUMENT for invalid arguments, after
-// logging `complaint`, which may be null; GWQ_NOT_OPENED when the link cannot be opened for the drain.
+// logging `complaint`, which may be null; GWQ_NOT_OPENED when the link cannot be opened for the
+// drain.
 int CheckAndDrain(Endpoint endpoint, bool valid, const char* complaint);
 
 // `text` may be null.
 void LogIfSet(const char* text);
 
-// Whether the list of the documents' paths on the terminal fits into `room`: a customer must not sign
-// a shorter list.
+// Whether the list of the documents' paths on the terminal fits into `room`: a customer must not
+// sign a shorter list.
 bool DocumentsFit(const char* paths, std::size_t room);
 
 // Pushes the documents and writes their paths on the terminal to `list`, in GBK.
