@@ -1,6 +1,8 @@
 // The download of a file or firmware image to the terminal's boot program.
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -78,8 +80,7 @@ bool SendEndPacket(int file_type, std::string_view name, DownloadPacket& packet)
   return SendAsString(packet.data());
 }
 
-// Contract: the end of the file is checked before each read; an empty file is sent as one data
-// packet.
+// Contract: an empty file is sent as one data packet; the end of the file is checked before a read.
 bool SendContent(std::FILE* file, DownloadPacket& packet) {
   while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
     if (!SendDataPacket(file, packet)) return false;
@@ -120,8 +121,7 @@ int Download(const char* path, int file_type) {
   if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // no end packet for half a file
   const bool cancelled = LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
-  // Contract: a cancelled download is ended like a complete one, and the terminal may keep the
-  // part.
+  // Contract: a cancelled download gets the same end packet as a complete one.
   if (!SendEndPacket(file_type, name, *packet)) return GWQ_REFUSED;
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
   ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 #include <span>
-#include <string_view>
 
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>

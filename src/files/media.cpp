@@ -49,13 +49,12 @@ int ReadPieceAnswer() {
   return GWQ_REFUSED;
 }
 
-// The pieces after this one. A caller's numbers may be any: the difference wraps around.
+// The pieces after this one. Any numbers are accepted: the difference wraps around.
 int RemainingPieces(int total, int index) {
   return static_cast<int>(static_cast<unsigned>(total) - static_cast<unsigned>(index));
 }
 
-// The record of a piece: total, remaining, its bytes, and the XOR of all of these. Returns its
-// size.
+// Writes total, remaining, the piece, and the XOR of all of these. Returns the record's size.
 int WritePieceRecord(int total, int remaining, std::span<const unsigned char> piece, unsigned char* out) {
   const int size = static_cast<int>(piece.size());
   WriteLittleEndian(total, out);
@@ -136,8 +135,7 @@ int GetDownParam3(int total, int remaining, const unsigned char* data, int count
   return WritePieceRecord(total, remaining, BytesOf(data, count), out);
 }
 
-// Contract: a refusal by the terminal is success, unlike in MP_DelHeadFile: the answer is not
-// checked.
+// Contract: unlike in MP_DelHeadFile a refusal is success, because the answer is not checked.
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   Command<4096> command(Channel::kDevice, "DELETE");
   AnswerText<4096> answer;

@@ -73,8 +73,7 @@ int UpdateFirmware(int baud, const char* path) {
   return GWQ_OK;
 }
 
-// Contract: compared and logged although every failure has returned earlier; a caller never gets
-// the GWQ_REFUSED.
+// Contract: compared and logged although every failure returns earlier; never GWQ_REFUSED.
 int CompareCounts(int needed, int done) {
   ICC_DPrintLogToFile("nNeedDown=%d", needed);
   ICC_DPrintLogToFile("nHavedDown=%d", done);
@@ -180,8 +179,7 @@ int RejectType() {
   return GWQ_BAD_ARGUMENT;
 }
 
-// A missing list must not replace all pictures by none; a name that is cut would delete another
-// picture.
+// A missing list must not replace all pictures; a name that is cut would delete another picture.
 bool IsValidList(const char* list, int save_type) {
   if (list == nullptr) return save_type != kReplaceAll;
   return save_type != kDeleteListed || LongestElement(list) <= kMaxNameSize;

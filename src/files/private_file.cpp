@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <string_view>
-#include <utility>
 
 namespace gwq {
 namespace {

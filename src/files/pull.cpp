@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string_view>
 
 #include <gwq/frame/port.h>

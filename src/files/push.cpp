@@ -41,8 +41,7 @@ CommandBytes AsCommand(std::span<unsigned char> packet) {
   return {reinterpret_cast<char*>(packet.data()), static_cast<int>(packet.size())};
 }
 
-// Writes the header of a packet whose payload, `count` bytes, is in `room` after the header's
-// place.
+// Writes the header of a packet whose payload, `count` bytes, follows the header's place in `room`.
 CommandBytes CompletePacket(std::span<unsigned char> room, PacketType type, std::size_t count) {
   const std::span<unsigned char> packet = room.first(kPacketHeaderSize + count);
   WritePacketHeader(type, packet.subspan(kPacketHeaderSize), packet.first<kPacketHeaderSize>());

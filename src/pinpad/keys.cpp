@@ -1,7 +1,6 @@
 #include <gwq/pinpad/keys.h>
 
 #include <algorithm>
-#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -103,8 +102,7 @@ bool AppendWorkingKey(const WorkingKey& wk, PadBody& body) {
   return true;
 }
 
-// The pad confirms a key load with the command's own two bytes as status word, and a result after
-// it.
+// The pad confirms a key load with the command's own code as status word, and a result as data.
 // Contract: a confirmation without a result is 3, and any other status word is returned as it is.
 int ResultOfLoad(int command, const PadAnswer& answer) {
   constexpr int kConfirmedWithoutResult = 3;

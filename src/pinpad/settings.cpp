@@ -1,7 +1,6 @@
 #include <gwq/pinpad/settings.h>
 
 #include <cstring>
-#include <string_view>
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>

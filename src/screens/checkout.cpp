@@ -1,6 +1,7 @@
 #include <gwq/screens/checkout.h>
 
 #include <array>
+#include <string_view>
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
@@ -12,8 +13,7 @@
 namespace gwq {
 namespace {
 
-// Contract: "f" is a time-out and "w" a cancel, the reverse of their meaning where documents are
-// signed.
+// Contract: "f" is a time-out and "w" a cancel; where documents are signed it is the reverse.
 constexpr std::array kFailures{Meaning{kRefusalAnswer, GWQ_REFUSED},
                                Meaning{"\x02"
                                        "f\x03",

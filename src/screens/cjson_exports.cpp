@@ -63,8 +63,7 @@ void FindAll(void* library) {
   for (std::size_t i = 0; i < kNames.size(); ++i) g_functions[i] = dlsym(library, kNames[i]);
 }
 
-// Gives a libcjson in a namespace of its own, which has its own libc, this process's malloc and
-// free.
+// Gives this process's malloc and free to a libcjson that has a libc of its own.
 void InitHooks(cJSON_Hooks* hooks) {
   const auto init = FindFunction<void(cJSON_Hooks*)>(CjsonFunction::k_cJSON_InitHooks);
   if (init == nullptr) return;

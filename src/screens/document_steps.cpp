@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <string_view>
 
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>
@@ -63,8 +64,7 @@ bool FillCard(EvaluationCommand& command, const Teller& teller, std::string_view
   return !command.Fields('|', OrEmpty(teller.name), OrEmpty(teller.number), teller.stars, photo).IsCut();
 }
 
-// Contract: in the MP_ functions a failed send is GWQ_REFUSED; the GWQ_ functions return its
-// status.
+// Contract: the MP_ functions return GWQ_REFUSED for a failed send, the GWQ_ functions its status.
 int SendStatus(int result) {
   return result == GWQ_OK || result == GWQ_NOT_OPENED ? result : static_cast<int>(GWQ_REFUSED);
 }

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <optional>
+#include <string_view>
 
 #include <gwq/diag/log.h>
 #include <gwq/pinpad/counter.h>
@@ -107,8 +109,7 @@ int FetchScreenshot(const char* path) {
   return GWQ_OK;
 }
 
-// Contract: a confirmation whose screenshot cannot be fetched is GWQ_REFUSED; the display result
-// stays as it was.
+// Contract: a confirmation without its screenshot is GWQ_REFUSED; the display result is unchanged.
 int HandleConfirmation(std::string_view answer, const char* screenshot, int& display) {
   const auto meaning = MeaningOf(kDisplayResults, answer);
   if (meaning == kConfirmed && FetchScreenshot(screenshot) != GWQ_OK) return GWQ_REFUSED;
@@ -126,8 +127,7 @@ int ShowAndCapture(Endpoint endpoint, int timeout_s, const char* screenshot, Pag
   return result;
 }
 
-// Contract: the case of "<html" and "</html>" counts; a page without one of them is shown as plain
-// text.
+// Contract: "<html" and "</html>" are case-sensitive; a page without both is shown as plain text.
 bool IsHtml(const char* page) {
   return std::strstr(page, "<html") != nullptr && std::strstr(page, "</html>") != nullptr;
 }
@@ -221,8 +221,7 @@ int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, in
   const Operation operation;
   if (!IsSet(szPage) || !IsCustomerTimeout(iTimeout)) return GWQ_BAD_ARGUMENT;
   if (szExtraText == nullptr || szResult == nullptr) return GWQ_BAD_ARGUMENT;
-  // Contract: no drain; what an earlier screen has left is read as the push's first
-  // acknowledgement.
+  // Contract: no drain; the push reads what an earlier screen has left as its acknowledgement.
   if (const int result = PushPage(szPage); result != GWQ_OK) return result;
   AnswerText<1024> answer;
   const int result = AskExtraPage(iBaudRate, iTimeout, szExtraText, answer);

@@ -1,6 +1,7 @@
 #include <gwq/screens/information.h>
 
 #include <array>
+#include <string_view>
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>

@@ -1,7 +1,6 @@
 #include <gwq/screens/signing.h>
 
 #include <climits>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string_view>

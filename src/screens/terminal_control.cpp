@@ -1,5 +1,7 @@
 #include <gwq/screens/terminal_control.h>
 
+#include <string_view>
+
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "diag/internal/pause.h"

@@ -22,6 +22,7 @@
 // Anything else is rejected and ends the pull.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 

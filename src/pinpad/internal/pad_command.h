@@ -1,6 +1,7 @@
 // The PIN pad's framed commands: a body is sent packed; a status word with data comes back.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
@@ -31,7 +32,7 @@ enum class PadRefusal {
 
 struct PadCommand {
   int code;
-  int timeout_ms;  // of a PIN entry: added to the customer's time
+  int timeout_ms;  // in a PIN entry the customer's time is added
   PadDrain drain = PadDrain::kNothing;
   PadRefusal refusal = PadRefusal::kRefused;
   const char* exchanged_log = nullptr;  // %d: the exchange's status

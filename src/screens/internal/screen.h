@@ -1,6 +1,7 @@
 // What the screens share: each is set up, shows something, waits for the customer, and is closed.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string_view>
