@@ -118,6 +118,7 @@ int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, 
   return GWQ_OK;
 }
 
+// Contract: USB; the port argument is ignored.
 int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const char* text,
                   const char* name) {
   const ExchangeTurn turn(0);

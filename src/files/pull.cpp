@@ -24,12 +24,12 @@ constexpr int kTimeoutMs = 3000;
 constexpr int kPausePerReportMs = 10;
 constexpr std::size_t kMaxFileSize = 256U << 20U;
 
-constexpr ExchangeKind kPull{
-    .opening_log = nullptr,
-    .logs_identities = false,
-    .logs_before_send = false,
-    .sends = true,
-    .ends_with_call = false};  // after a cancelled wait the pull tells whether there is a signature
+// Contract: a pull begins even if its call is cancelled; it tells whether there is a signature.
+constexpr ExchangeKind kPull{.opening_log = nullptr,
+                             .logs_identities = false,
+                             .logs_before_send = false,
+                             .sends = true,
+                             .ends_with_call = false};
 
 // Receives one file on the open link.
 class FileReceiver final : public Receiver, private PullPort {
@@ -38,6 +38,7 @@ class FileReceiver final : public Receiver, private PullPort {
 
   int Receive(const ExchangeTurn& /*turn*/) override {
     int got = ReadReport();
+    // Contract: the local file is created even if nothing was read; a time-out leaves it empty.
     file_ = OpenFile(path_, "wb");
     if (!file_) return GWQ_READ_FAILED;
     PullReception reception(*this);

@@ -134,6 +134,7 @@ int PushFile(Endpoint endpoint, int type, const char* path, std::string_view nam
 int PushList(const char* paths, TerminalPaths& on_terminal) {
   ICC_DPrintLogToFile("pushFileToZ11");
   if (paths == nullptr) return GWQ_BAD_ARGUMENT;
+  // Contract: the first 1023 bytes of the list count; the rest is not pushed.
   std::array<char, 1024> copy{};
   std::string_view(paths).copy(copy.data(), copy.size() - 1);
   PathList rest(copy.data());
@@ -147,6 +148,7 @@ int PushList(const char* paths, TerminalPaths& on_terminal) {
 
 using namespace gwq;
 
+// Contract: `name` is ignored for a type other than 255; the name is then that of the local file.
 int Z11DownLoadFile(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
   const Operation operation;
   return PushFile({port, baud}, type, localPath, type == kNamedFile ? OrEmpty(name) : BaseName(localPath));

@@ -259,6 +259,7 @@ int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, 
   if (!IsValidPinBlockCall(iCmdDigit1, iCmdDigit2, iTimeout, pPinBlock)) return GWQ_BAD_ARGUMENT;
   if (szAccount == nullptr) return GWQ_BAD_ARGUMENT;
   CounterCommand command("I");
+  // Contract: an empty account is sent as "000000"; any other text is sent unchecked.
   command.Text(iCmdDigit1, iCmdDigit2, *szAccount == '\0' ? "000000" : szAccount, kLineEnd);
   return ReadPinBlock({iPortNo, iBaudRate}, iTimeout, command, pPinBlock);
 }

@@ -72,6 +72,7 @@ class Sm2Record {
   std::span<const unsigned char> bytes_;
 };
 
+// Contract: the length byte of a key of 256 bytes is 1, and that of an SM2 record 0x70.
 void AppendKey(std::span<const unsigned char> key, PadBody& body) {
   constexpr std::size_t kSizeSentAsOne = 256;
   if (key.size() == Sm2Record::kSize) {
@@ -154,6 +155,7 @@ int PN_ObtainPublicKey(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRat
   if ((iAlgoType != 1 && iAlgoType != 2) || szPublicKey == nullptr) return GWQ_BAD_ARGUMENT;
   if (const int status = DrainFirst({0, iBaudRate}, DrainLog::kLogged); status != GWQ_OK) return status;
   PadBody body(pad::kReadPublicKey);
+  // Contract: 2048 bits are sent as 1, every other length as a number of bytes.
   body.Byte(iAlgoType).Byte(iKeyLen == kBitsSentAsOne ? 1 : iKeyLen / 8);
   PadAnswer answer;
   const int result = AskPad({0, iBaudRate}, body, answer);

@@ -90,6 +90,7 @@ int PN_GetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* pi
   return GWQ_OK;
 }
 
+// Contract: only the low four bits are sent; 17 sets a length of 1.
 int PN_SetPinLen(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iPinLen) {
   return SetPad({iPortNo, iBaudRate}, pad::kSetLength, iPinLen & 0x0F);
 }

@@ -112,6 +112,7 @@ int MP_StartElectronicCard(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate
   if (!FillConvertedCard(card, teller)) return GWQ_BAD_ARGUMENT;
   const Endpoint endpoint{0, iBaudRate};
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
+  // Contract: a failure to set the time-out is returned unchanged, unlike in MP_StartEvaluate.
   if (const int result = SetScreenTimeout(endpoint, kScreen, iTimeout); result != GWQ_OK) return result;
   return SendStatus(Tell(endpoint, card, kSendTimeoutMs));
 }
@@ -127,6 +128,7 @@ int MP_SetEvaluateInfo(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, co
   return SendStatus(Tell(endpoint, card, kSendTimeoutMs));
 }
 
+// Contract: the range of the time-out is not checked, unlike in GWQ_StartEvaluator.
 int MP_StartEvaluate(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, char* szEvalValue) {
   const Operation operation;
   ICC_DPrintLogToFile("MP_StartEvaluate");
