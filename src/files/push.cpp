@@ -72,25 +72,20 @@ bool IsAtEnd(std::FILE* file) {
 
 // Contract: a file whose size is a multiple of the piece size ends with an empty data packet, which
 // the terminal accepts; an empty file sends none.
-int PushContent(Endpoint endpoint, std::FILE* file) {
-  if (IsAtEnd(file)) return std::ferror(file) != 0 ? GWQ_BAD_ARGUMENT : GWQ_OK;
-  while (std::feof(file) == 0) {
-    const std::size_t count = std::fread(m_szBuf, 1, sizeof m_szBuf, file);
-    if (std::ferror(file) != 0) return GWQ_BAD_ARGUMENT;
-    ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
-    std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
-    const CommandBytes packet = CompletePacket(m_szCMD, PacketType::kData, count);
-    const int result = PushStep(endpoint, packet, kStepTimeoutMs);
-    if (result < 0) return result;
-  }
-  return GWQ_OK;
-}
-
-int OpenAndPush(Endpoint endpoint, const char* path) {
+int PushContent(Endpoint endpoint, const char* path) {
   ICC_DPrintLogToFile(" Z11SendFile szFilePath=%s", path);
   const File file = OpenFile(path, "rb");
   if (!file) ICC_DPrintLogToFile(" Z11SendFile open file faild");
-  const int result = file ? PushContent(endpoint, file.get()) : static_cast<int>(GWQ_BAD_ARGUMENT);
+  int result = file ? GWQ_OK : GWQ_BAD_ARGUMENT;
+  for (bool more = file && !IsAtEnd(file.get()); more && result >= 0; more = std::feof(file.get()) == 0) {
+    const std::size_t count = std::fread(m_szBuf, 1, sizeof m_szBuf, file.get());
+    if (std::ferror(file.get()) != 0) break;
+    ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
+    std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
+    const CommandBytes packet = CompletePacket(m_szCMD, PacketType::kData, count);
+    result = std::min(PushStep(endpoint, packet, kStepTimeoutMs), 0);
+  }
+  if (file && std::ferror(file.get()) != 0) result = GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("Z11DownLoadFile Z11SendFile nRet=%d", result);
   return result;
 }
@@ -126,7 +121,7 @@ int PushFile(Endpoint endpoint, int type, const char* path, std::string_view nam
   if (name.size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
   int result = PushModeChange(endpoint);
   if (result >= 0) result = PushStart(endpoint);
-  if (result >= 0) result = OpenAndPush(endpoint, path);
+  if (result >= 0) result = PushContent(endpoint, path);
   if (result >= 0) result = PushEnd(endpoint, type, name);
   return std::min(result, 0);
 }
