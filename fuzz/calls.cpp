@@ -4,14 +4,25 @@
 #include <array>
 #include <climits>
 #include <cstring>
+#include <numeric>
 #include <tuple>
+#include <type_traits>
 
 #include <gwq/extra.h>
-#include <gwq/frame/load.h>
 #include <gwq/gwq.h>
 #include "machine.h"
+#include "support/device_calls.h"
 
 namespace gwq::fuzz {
+
+using test::kFileCalls;
+using test::kLaterCalls;
+using test::kTerminalCalls;
+using test::kTransactionCalls;
+using test::kUnlimited;
+using test::Row;
+using test::Waits;
+namespace kinds = test::kinds;
 
 char* Arguments::Room(std::size_t count, bool zeroed) {
   owned_.push_back(std::make_unique<char[]>(count));
@@ -229,18 +240,55 @@ struct FileOut {
 struct LinePath {
   static const char* Make(Arguments&) { return "/dev/ttyS1"; }
 };
-using Void = Is<static_cast<void*>(nullptr)>;
-using None = Is<static_cast<const char*>(nullptr)>;
+using Null = Is<nullptr>;
+
+// How an argument of each kind in the shared table is drawn.
+template <typename Kind>
+struct MakerOf;
+template <>
+struct MakerOf<kinds::Null> : Null {};
+template <>
+struct MakerOf<kinds::Port> : Port {};
+template <>
+struct MakerOf<kinds::Baud> : Baud {};
+template <>
+struct MakerOf<kinds::Channel> : Char {};
+template <>
+struct MakerOf<kinds::Unused> : Int {};
+template <int low, int high>
+struct MakerOf<kinds::Number<low, high>> : Int {};
+template <int... values>
+struct MakerOf<kinds::OneOf<values...>> : Int {};
+template <>
+struct MakerOf<kinds::Destination> : Int {};
+template <>
+struct MakerOf<kinds::Seconds> : Seconds {};
+template <>
+struct MakerOf<kinds::AnySeconds> : Seconds {};
+template <typename Kind>
+requires(kinds::kIsText<Kind>) struct MakerOf<Kind> : Text {
+};
+template <std::size_t size>
+struct MakerOf<kinds::Out<size>> : OrNull<Out<size>> {};
+template <std::size_t size>
+struct MakerOf<kinds::OutBytes<size>> : OrNull<OutBytes<size>> {};
+template <std::size_t size>
+struct MakerOf<kinds::Zeroed<size>> : OrNull<Zeroed<size>> {};
+template <typename T>
+struct MakerOf<kinds::OutOf<T>> : OrNull<OutOf<T>> {};
+template <int low, int high>
+struct MakerOf<kinds::InOut<low, high>> : OrNull<IntInOut> {};
+template <>
+struct MakerOf<kinds::FileOut> : FileOut {};
 
 template <auto F, typename... Makers>
 void Do(Arguments& a) {
-  std::apply(F, std::tuple{Makers::Make(a)...});  // in this order with every compiler
-}
-
-template <auto F, typename... Makers>
-void DoLimited(Arguments& a) {
-  const int status = std::apply(F, std::tuple{Makers::Make(a)...});
-  if (status == GWQ_TOO_SMALL) a.RequireLimitedUntouched();
+  const std::tuple arguments{Makers::Make(a)...};  // in this order with every compiler
+  if constexpr (std::is_same_v<decltype(std::apply(F, arguments)), int>) {
+    if (std::apply(F, arguments) == GWQ_TOO_SMALL) a.RequireLimitedUntouched();
+  } else {
+    std::apply(F, arguments);
+  }
 }
 
 // ------------------------------------------------------------------ arguments that belong together
@@ -556,176 +604,147 @@ void FullPath(Arguments& a) {
 
 // ------------------------------------------------------------------ the calls
 
-constexpr int kUnlimited = INT_MAX;  // the read itself is timed, and there is one
-constexpr int kPush = 30;            // the longest wait of a push
-constexpr int kPull = 3;
+// A function whose arguments belong together; null for the others.
+using Way = void (*)(Arguments& arguments);
+template <auto F>
+constexpr Way kOwnWay = nullptr;
+template <>
+constexpr Way kOwnWay<PN_SetAccount> = &Account;
+template <>
+constexpr Way kOwnWay<PN_GetStringBlock> = &StringBlock;
+template <>
+constexpr Way kOwnWay<GWQ_ReadPin> = &ReadPinInClear;
+template <>
+constexpr Way kOwnWay<DEV_CommCall> = &Describe;
+template <>
+constexpr Way kOwnWay<GetVideoList> = &ListFiles;
+template <>
+constexpr Way kOwnWay<DownFile> = &SendPiece;
+template <>
+constexpr Way kOwnWay<MP_FindHeadPhoto> = &FindHeadPhoto;
+template <>
+constexpr Way kOwnWay<PullFile> = &Pull;
+template <>
+constexpr Way kOwnWay<TransProcHW> = &PullHw;
+template <>
+constexpr Way kOwnWay<TransProc> = &Transact<TransProc>;
+template <>
+constexpr Way kOwnWay<TransProcByEnd> = &TransactByEnd;
+template <>
+constexpr Way kOwnWay<TransProcForEva> = &Transact<TransProcForEva>;
+template <>
+constexpr Way kOwnWay<TransProcForInfo> = &Transact<TransProcForInfo>;
+template <>
+constexpr Way kOwnWay<TransProcOnlyWrite> = &Transact<TransProcOnlyWrite>;
+template <>
+constexpr Way kOwnWay<TransProcOnlySend> = &OnlySend;
+template <>
+constexpr Way kOwnWay<TransProcOnlyRead> = &OnlyRead;
 
+constexpr int OwnSeconds(const Waits& waits) {
+  const int customer_s = waits.customer_s.value_or(0);
+  if (waits.each_read_s > 0) return customer_s;  // which each exchange may take
+  return std::accumulate(waits.asks_s.begin(), waits.asks_s.end(), customer_s);
+}
+
+template <auto F, typename... Kinds>
+constexpr Call CallOf(const Row<F, Kinds...>& row) {
+  constexpr Way kWay = [] {
+    if constexpr (kOwnWay<F> != nullptr) {
+      return kOwnWay<F>;
+    } else {
+      return &Do<F, MakerOf<Kinds>...>;
+    }
+  }();
+  return {row.name, OwnSeconds(row.waits), row.waits.each_read_s, false, kWay};
+}
+
+constexpr Call CallOf(const Call& call) {
+  return call;
+}
+
+// Sessions on file name a call by its place here: a new one comes at the end of kLaterCalls.
 // clang-format off
-constexpr Call kCalls[] = {
-    {"PN_GetEnType", 2, 0, false, &Do<PN_GetEnType, Port, Text, Baud, OrNull<IntOut>>},
-    {"PN_SetEnType", 2, 0, false, &Do<PN_SetEnType, Port, Text, Baud, Int>},
-    {"PN_GetPinLen", 2, 0, false, &Do<PN_GetPinLen, Port, Text, Baud, OrNull<IntOut>>},
-    {"PN_SetPinLen", 2, 0, false, &Do<PN_SetPinLen, Port, Text, Baud, Int>},
-    {"PN_SetEndRule", 2, 0, false, &Do<PN_SetEndRule, Port, Text, Baud, Int>},
-    {"PN_SetFillType", 2, 0, false, &Do<PN_SetFillType, Port, Text, Baud, Text>},
-    {"PN_SetPinMoe", 2, 0, false, &Do<PN_SetPinMoe, Port, Text, Baud, Int>},
-    {"PN_SetSoundType", 2, 0, false, &Do<PN_SetSoundType, Port, Text, Baud, Int>},
-    {"PN_SetAccount", 2, 0, false, &Account},
-    {"PN_ReadDeviceId", 3, 0, false, &Do<PN_ReadDeviceId, Port, Text, Baud, OrNull<Out<1021>>>},
-    {"PN_WriteDeviceId", 3, 0, false, &Do<PN_WriteDeviceId, Port, Text, Baud, Text>},
-    {"PN_SetPinPadParameter", 8, 0, false, &Do<PN_SetPinPadParameter, Port, Text, Baud, Int, Int, Int, Text>},
-    {"PN_GetPin", 2, 0, false, &Do<PN_GetPin, Port, Text, Baud, Seconds, OrNull<IntOut>, OrNull<Out<1021>>>},
-    {"GetPinblockShowString", 2, 0, false,
-     &Do<GetPinblockShowString, Port, Text, Baud, OrNull<OutBytes<1021>>, OrNull<IntOut>, Seconds, Text>},
-    {"PN_GetPinBlock", 14, 0, false,
-     &Do<PN_GetPinBlock, Port, Text, Baud, Seconds, Int, Int, Int, Text, OrNull<Out<1021>>, OrNull<Out<1021>>, OrNull<IntInOut>>},
-    {"PN_GetPinBlockShowString", 14, 0, false,
-     &Do<PN_GetPinBlockShowString, Port, Text, Baud, Seconds, Int, Int, Int, Text, OrNull<Out<1021>>, OrNull<Out<1021>>,
-         OrNull<IntInOut>, Text>},
-    {"PN_GetStringBlock", 3, kPull, false, &StringBlock},
-    {"PN_GetInNo", 2, 0, false, &Do<PN_GetInNo, Port, Text, Baud, Seconds, Int, Int, Text, OrNull<Out<1024>>>},
-    {"PN_GetPinPadFactor", 2, 0, false, &Do<PN_GetPinPadFactor, Port, Text, Baud, OrNull<Out<1021>>>},
-    {"PN_CreateAndGetPinPadFactor", 4, 0, false, &Do<PN_CreateAndGetPinPadFactor, Port, Text, Baud, Int, OrNull<Out<1021>>>},
-    {"PN_ObtainFactor", 4, 0, false, &Do<PN_ObtainFactor, Port, Text, Baud, Text, OrNull<Out<1021>>>},
-    {"PN_ObtainPublicKey", 6, 0, false, &Do<PN_ObtainPublicKey, Port, Text, Baud, Int, Int, OrNull<Out<2041>>>},
-    {"PN_ObtainDigest", 3, 0, false, &Do<PN_ObtainDigest, Port, Text, Baud, Int, Text, OrNull<Out<1021>>>},
-    {"PN_DownloadPinPadWK", 4, 0, false, &Do<PN_DownloadPinPadWK, Port, Text, Baud, Text, Text, Text, Text>},
-    {"GWQ_SetPinLen", 0, 0, false, &Do<GWQ_SetPinLen, Port, Baud, Int>},
-    {"GWQ_UpdateMKey", 3, 0, false, &Do<GWQ_UpdateMKey, Port, Baud, Int, Text, Text>},
-    {"GWQ_ResetKey", 3, 0, false, &Do<GWQ_ResetKey, Port, Baud>},
-    {"GWQ_DownLoadWKey", 3, 0, false, &Do<GWQ_DownLoadWKey, Port, Baud, Int, Int, Text>},
-    {"GWQ_ActiveWKey", 3, 0, false, &Do<GWQ_ActiveWKey, Port, Baud, Int, Int>},
-    {"GWQ_ReadPin", 6, 0, false, &ReadPinInClear},
-    {"GWQ_ReadPinDES", 6, 0, false, &Do<GWQ_ReadPinDES, Port, Baud, Int, Int, Seconds, OrNull<Zeroed<1025>>>},
-    {"GWQ_ReadPinAnsi", 6, 0, false, &Do<GWQ_ReadPinAnsi, Port, Baud, Int, Int, Seconds, Text, OrNull<Zeroed<1025>>>},
-    {"GWQ_GetVerBuildDate", 2, 0, false, &Do<GWQ_GetVerBuildDate, Port, Char, Baud, OrNull<Zeroed<9>>>},
-    {"CheckUtf8version", 2, 0, false, &Do<CheckUtf8version>},
-    {"MP_StartElectronicCard", 2, 0, false, &Do<MP_StartElectronicCard, Void, Void, Baud, Seconds, Text, Text, Int, Text>},
-    {"MP_SetEvaluateInfo", 2, 0, false, &Do<MP_SetEvaluateInfo, Void, Void, Baud, Text, Text, Int, Text>},
-    {"MP_StartEvaluate", 3, 0, false, &Do<MP_StartEvaluate, Void, Void, Baud, Seconds, OrNull<Out<1>>>},
-    {"MP_CancleEvaluate", 0, 0, false, &Do<MP_CancleEvaluate, Void, Void, Baud>},
-    {"GWQ_StartEvaluator", 3, 0, false, &Do<GWQ_StartEvaluator, Port, Baud, Text, Text, Int, Text, Seconds, OrNull<OutOf<unsigned>>>},
-    {"GWQ_StartInfo", 3, 0, false, &Do<GWQ_StartInfo, Port, Baud, Seconds, Text, OrNull<OutOf<unsigned>>>},
-    {"GWQ_StartKeyboard", 0, 0, false, &Do<GWQ_StartKeyboard, Port, Baud, Seconds, Int, OrNull<Zeroed<2046>>>},
-    {"MP_StartInfoHtml", 4, 0, false, &Do<MP_StartInfoHtml, Void, Void, Baud, Seconds, Int, Text, OrNull<IntOut>, Int>},
-    {"MP_StartInfoHtmlScreenshot", 4, kPull, false,
-     &Do<MP_StartInfoHtmlScreenshot, Void, Text, Baud, Seconds, Int, Text, Text, OrNull<IntOut>>},
-    {"MP_StartInfoHtmlEx", 3, kPush, false, &Do<MP_StartInfoHtmlEx, Void, Void, Baud, Seconds, Text, Text, OrNull<Out<2046>>>},
-    {"MP_ShowPDF", 0, kPush, false, &Do<MP_ShowPDF, Void, Void, Baud, Seconds, Text>},
-    {"MP_ConfirmPDF", 3, kPush, false, &Do<MP_ConfirmPDF, Void, Void, Baud, Seconds, Text, OrNull<IntOut>>},
-    {"MP_SignPDF", 3, kPush, false, &DoLimited<MP_SignPDF, Void, Text, Baud, Seconds, Text, Text, Text, FileOut>},
-    {"MP_SignPDF_Voice", 3, kPush, false,
-     &DoLimited<MP_SignPDF_Voice, Void, Text, Baud, Seconds, Text, Text, Text, Text, FileOut>},
-    {"MP_Sign_With_TZG", 3, kPush, false,
-     &DoLimited<MP_Sign_With_TZG, Void, Text, Baud, Seconds, Text, Text, Text, Text, Int, Int, FileOut>},
-    {"GWQ_StartSign", 3, kPush, false, &Do<GWQ_StartSign, Port, Baud, Seconds, Text, Text, Text>},
-    {"MP_CheckOut_All", 3, 0, false, &Do<MP_CheckOut_All, Void, Void, Baud, Seconds, Text, Text, OrNull<Out<2046>>>},
-    {"MP_GetFirmwareVersion", 1, 0, false, &Do<MP_GetFirmwareVersion, Void, Void, Int, Int, OrNull<Out<2046>>, OrNull<Out<2046>>>},
-    {"MP_CancelCurrentOperation", 2, 0, false, &Do<MP_CancelCurrentOperation, Void, Void, Baud, Int>},
-    {"DEV_CommCall", 11, 0, false, &Describe},
-    {"GetVideoList", 10, 0, false, &ListFiles},
-    {"DownVideoInfo", 0, 5, false, &Do<DownVideoInfo, Port, Char, Baud, Int, Text, Text>},
-    {"DownFile", kUnlimited, 0, false, &SendPiece},
-    {"GetDownParam3", 0, 0, false, &BuildRecord},
-    {"DelVideoFile", 3, 0, false, &Do<DelVideoFile, Port, Char, Baud, Int, Text>},
-    {"DelAllVideoFile", 3, 0, false, &Do<DelAllVideoFile, Port, Char, Baud, Int>},
-    {"DeleteMediaFile", 0, 0, false, &Do<DeleteMediaFile, Port, Char, Baud, Int, Text>},
-    {"DownVideoFile", 0, 3, false, &Do<DownVideoFile, Port, Char, Baud, Int, Text>},
-    {"HIDDownLoad", 0, 3, false, &Do<HIDDownLoad, Text, Int>},
-    {"MP_FindHeadPhoto", 10, 0, false, &FindHeadPhoto},
-    {"MP_DelHeadFile", 3, 0, false, &Do<MP_DelHeadFile, None, None, Baud, Text>},
-    {"MP_DownHeadFile", 0, kPush, false, &Do<MP_DownHeadFile, None, Text, Baud, Text, Text>},
-    {"MP_SetBarcodePic", 0, kPush, false, &Do<MP_SetBarcodePic, None, None, Baud, Text>},
-    {"MP_GetFileList", 3, 0, false, &Do<MP_GetFileList, None, None, Baud, None, Int, OrNull<Out<1024>>>},
-    {"MP_DownloadFile", 0, kPush, false, &Do<MP_DownloadFile, None, None, Baud, None, Int, Text, Int>},
-    {"Z11DownLoadFile", 0, kPush, false, &Do<Z11DownLoadFile, Port, Char, Baud, Int, Text, Text>},
-    {"Z11DownLoadHead", 0, kPush, false, &Do<Z11DownLoadHead, Port, Char, Baud, Int, Text, Text>},
-    {"pushFileToZ11", 0, kPush, false, &Do<pushFileToZ11, Text, OrNull<Zeroed<4096>>>},
-    {"PullFile", 0, 9, false, &Pull},
-    {"TransProcHW", 0, 9, false, &PullHw},
-    {"GetFileName", 0, 0, false, &NameOf<GetFileName>},
-    {"GetFileNameEx", 0, 0, false, &NameOf<GetFileNameEx>},
-    {"GetFileExtendName", 0, 0, false, &NameOf<GetFileExtendName>},
-    {"GetFileExtenName", 0, 0, false, &NameOf<GetFileExtenName>},
-    {"get_file_size", 0, 0, false, &Do<get_file_size, Text>},
-    {"WriteFileData", 0, 0, false, &WriteFile},
-    {"ReadFileData", 0, 0, false, &ReadFile},
-    {"GetBase46FromFile", 0, 0, false, &Base64OfFile},
-    {"WriteBase64ToFile", 0, 0, false, &FileOfBase64},
-    {"TransProc", 0, 0, false, &Transact<TransProc>},
-    {"TransProcByEnd", 0, 0, false, &TransactByEnd},
-    {"TransProcForEva", 0, 0, false, &Transact<TransProcForEva>},
-    {"TransProcForInfo", 0, 0, false, &Transact<TransProcForInfo>},
-    {"TransProcOnlyWrite", 0, 0, false, &Transact<TransProcOnlyWrite>},
-    {"TransProcOnlySend", 0, 0, false, &OnlySend},
-    {"TransProcOnlyRead", 0, 0, false, &OnlyRead},
-    {"CancelRead", 0, 0, false, &Do<CancelRead>},
-    {"CancelWrite", 0, 0, false, &Do<CancelWrite>},
-    {"WriteData", 0, 0, false, &WriteDataBlock},
-    {"ICC_OpenTransPort", 0, 0, true, &WithDescriptor<ICC_OpenTransPort>},
-    {"ICC_OpenLinuxTransPort", 0, 0, true, &WithDescriptor<ICC_OpenLinuxTransPort>},
-    {"ICC_ChangeTermParam", 0, 0, true, &WithDescriptor<ICC_ChangeTermParam>},
-    {"ICC_ChangeLinuxTermParam", 0, 0, true, &WithDescriptor<ICC_ChangeLinuxTermParam>},
-    {"SetBackUpParam", 0, 0, true, &SetRawParameters},
-    {"ICC_WriteDataToTransPort", 0, 0, false, &WriteBlock<ICC_WriteDataToTransPort>},
-    {"ICC_WriteDataToLinuxTransPort", 0, 0, false, &WriteBlock<ICC_WriteDataToLinuxTransPort>},
-    {"ICC_ReadDataFromTransPort", kUnlimited, 0, false, &ReadInUse<ICC_ReadDataFromTransPort>},
-    {"ICC_ReadDataFromLinuxTransPort", kUnlimited, 0, false, &ReadInUse<ICC_ReadDataFromLinuxTransPort>},
-    {"ICC_CloseTransPort", 0, 0, false, &Do<ICC_CloseTransPort>},
-    {"ICC_CloseLinuxTransPort", 0, 0, false, &Do<ICC_CloseLinuxTransPort>},
-    {"ICC_CancelReadTransPort", 0, 0, false, &Do<ICC_CancelReadTransPort>},
-    {"ICC_CancelReadLinuxTransPort", 0, 0, false, &Do<ICC_CancelReadLinuxTransPort>},
-    {"ICC_OpenLinuxCom", 0, 0, true, &Do<ICC_OpenLinuxCom, LinePath, Baud>},
-    {"ICC_CloseLinuxCom", 0, 0, false, &Do<ICC_CloseLinuxCom>},
-    {"ICC_WriteLinuxCom", 0, 0, false, &WriteBlock<ICC_WriteLinuxCom>},
-    {"ICC_ReadLinuxCom", 0, 0, false, &ReadLink<ICC_ReadLinuxCom, 0>},
-    {"ICC_CancelLinuxComRead", 0, 0, false, &Do<ICC_CancelLinuxComRead>},
-    {"SendDataToTransPort", 0, 0, false, &WriteBlock<SendDataToTransPort>},
-    {"SetComFd", 0, 0, true, &GiveLine<SetComFd>},
-    {"SetComAttr", 0, 0, false, &SetLine<SetComAttr>},
-    {"RestoreComAttr", 0, 0, false, &ResetLine<RestoreComAttr>},
-    {"ICC_OpenLinuxHid", 0, 0, true, &Do<ICC_OpenLinuxHid, Is<0x1209>, Int>},
-    {"ICC_CloseLinuxHid", 0, 0, false, &Do<ICC_CloseLinuxHid>},
-    {"ICC_WriteLinuxHid", 0, 0, false, &WriteBlock<ICC_WriteLinuxHid>},
-    {"ICC_ReadLinuxHid", 0, 0, false, &ReadLink<ICC_ReadLinuxHid, kReport - 1>},
-    {"ICC_CancelLinuxHidRead", 0, 0, false, &Do<ICC_CancelLinuxHidRead>},
-    {"ICC_OpenLinuxSdt", 0, 0, true, &Do<ICC_OpenLinuxSdt, Is<0x1209>, Int>},
-    {"ICC_CloseLinuxSdt", 0, 0, true, &Do<ICC_CloseLinuxSdt>},
-    {"ICC_WriteLinuxSdt", 0, 0, false, &WriteBlock<ICC_WriteLinuxSdt>},
-    {"ICC_ReadLinuxSdt", 0, 0, false, &ReadLink<ICC_ReadLinuxSdt, kReport - 1>},
-    {"ICC_CancelLinuxSdtRead", 0, 0, false, &Do<ICC_CancelLinuxSdtRead>},
-    {"ICC_OpenLinuxAux", 0, 0, true, &Do<ICC_OpenLinuxAux, Int, Int, Baud, Int>},
-    {"ICC_CloseLinuxAux", 0, 0, false, &Do<ICC_CloseLinuxAux, Int>},
-    {"ICC_WriteLinuxAux", 0, 0, false, &WriteBlock<ICC_WriteLinuxAux>},
-    {"ICC_ReadLinuxAux", 0, 0, false, &ReadLink<ICC_ReadLinuxAux, 0>},
-    {"ICC_CancelLinuxAuxRead", 0, 0, false, &Do<ICC_CancelLinuxAuxRead>},
-    {"ICC_OpenLinux", 0, 0, true, &Do<ICC_OpenLinux, LinePath, Baud>},
-    {"ICC_CloseLinux", 0, 0, false, &Do<ICC_CloseLinux>},
-    {"ICC_WriteLinux", 0, 0, false, &WriteBlock<ICC_WriteLinux>},
-    {"ICC_ReadLinux", 0, 0, false, &ReadLink<ICC_ReadLinux, 0>},
-    {"VK_OpenAuxPort", 0, 0, false, &Do<VK_OpenAuxPort, Int, Int, Baud, Int>},
-    {"VK_CloseAuxPort", 0, 0, false, &Do<VK_CloseAuxPort, Int>},
-    {"VK_SendDataToTransPort", 0, 0, false, &WriteBlock<VK_SendDataToTransPort>},
-    {"SetAuxFd", 0, 0, true, &GiveLine<SetAuxFd>},
-    {"ClearReceiveBuffer", 0, 0, false, &Do<ClearReceiveBuffer>},
-    {"SetTerm", 0, 0, false, &SetLine<SetTerm>},
-    {"ResetAux", 0, 0, false, &ResetLine<ResetAux>},
-    {"ClearInvisibleCharInStr", 0, 0, false, &Do<ClearInvisibleCharInStr, Text>},
-    {"ICC_INIT_LIBUSB", 0, 0, false, &WithContext<ICC_INIT_LIBUSB>},
-    {"ICC_UINIT_LIBUSB", 0, 0, false, &WithContext<ICC_UINIT_LIBUSB>},
-    {"test_init", 0, 0, false, &WithContext<test_init>},
-    {"test_deinit", 0, 0, false, &WithContext<test_deinit>},
-    {"SetDebugFlag", 0, 0, false, &Do<SetDebugFlag, Unsigned>},
-    {"ICC_DPrintDataHexToFile", 0, 0, false, &LogBytes},
-    {"DelOutTimeLogFile", 0, 0, false, &Do<DelOutTimeLogFile>},
-    {"pGetLogPath", 0, 0, false, &Do<pGetLogPath>},
-    {"GetModuleCurPath", 0, 0, false, &Do<GetModuleCurPath, OrNull<Out<256>>>},
-    {"GetFullPath", 0, 0, false, &FullPath},
-    {"GetTempPath", 0, 0, false, &Do<GetTempPath, Int, OrNull<Out<5>>>},
-    {"GetAbsDays", 0, 0, false, &Do<GetAbsDays, Int, Int, Int>},
-    {"GetProfileString", 0, 0, false, &Do<GetProfileString, Text, Text, Text, OrNull<Out<100>>>},
-    {"GWQ_SetOutputRoom", 0, 0, false, &Do<GWQ_SetOutputRoom, Int>},
-};
+constexpr auto kCalls = std::apply(
+    [](const auto&... rows) { return std::array{CallOf(rows)...}; },
+    std::tuple_cat(kTerminalCalls, std::tuple{
+        Call{"GetDownParam3", 0, 0, false, &BuildRecord}
+    }, kFileCalls, std::tuple{
+        Call{"GetFileName", 0, 0, false, &NameOf<GetFileName>},
+        Call{"GetFileNameEx", 0, 0, false, &NameOf<GetFileNameEx>},
+        Call{"GetFileExtendName", 0, 0, false, &NameOf<GetFileExtendName>},
+        Call{"GetFileExtenName", 0, 0, false, &NameOf<GetFileExtenName>},
+        Call{"get_file_size", 0, 0, false, &Do<get_file_size, Text>},
+        Call{"WriteFileData", 0, 0, false, &WriteFile},
+        Call{"ReadFileData", 0, 0, false, &ReadFile},
+        Call{"GetBase46FromFile", 0, 0, false, &Base64OfFile},
+        Call{"WriteBase64ToFile", 0, 0, false, &FileOfBase64}
+    }, kTransactionCalls, std::tuple{
+        Call{"WriteData", 0, 0, false, &WriteDataBlock},
+        Call{"ICC_OpenTransPort", 0, 0, true, &WithDescriptor<ICC_OpenTransPort>},
+        Call{"ICC_OpenLinuxTransPort", 0, 0, true, &WithDescriptor<ICC_OpenLinuxTransPort>},
+        Call{"ICC_ChangeTermParam", 0, 0, true, &WithDescriptor<ICC_ChangeTermParam>},
+        Call{"ICC_ChangeLinuxTermParam", 0, 0, true, &WithDescriptor<ICC_ChangeLinuxTermParam>},
+        Call{"SetBackUpParam", 0, 0, true, &SetRawParameters},
+        Call{"ICC_WriteDataToTransPort", 0, 0, false, &WriteBlock<ICC_WriteDataToTransPort>},
+        Call{"ICC_WriteDataToLinuxTransPort", 0, 0, false, &WriteBlock<ICC_WriteDataToLinuxTransPort>},
+        Call{"ICC_ReadDataFromTransPort", kUnlimited, 0, false, &ReadInUse<ICC_ReadDataFromTransPort>},
+        Call{"ICC_ReadDataFromLinuxTransPort", kUnlimited, 0, false, &ReadInUse<ICC_ReadDataFromLinuxTransPort>},
+        Call{"ICC_CloseTransPort", 0, 0, false, &Do<ICC_CloseTransPort>},
+        Call{"ICC_CloseLinuxTransPort", 0, 0, false, &Do<ICC_CloseLinuxTransPort>},
+        Call{"ICC_CancelReadTransPort", 0, 0, false, &Do<ICC_CancelReadTransPort>},
+        Call{"ICC_CancelReadLinuxTransPort", 0, 0, false, &Do<ICC_CancelReadLinuxTransPort>},
+        Call{"ICC_OpenLinuxCom", 0, 0, true, &Do<ICC_OpenLinuxCom, LinePath, Baud>},
+        Call{"ICC_CloseLinuxCom", 0, 0, false, &Do<ICC_CloseLinuxCom>},
+        Call{"ICC_WriteLinuxCom", 0, 0, false, &WriteBlock<ICC_WriteLinuxCom>},
+        Call{"ICC_ReadLinuxCom", 0, 0, false, &ReadLink<ICC_ReadLinuxCom, 0>},
+        Call{"ICC_CancelLinuxComRead", 0, 0, false, &Do<ICC_CancelLinuxComRead>},
+        Call{"SendDataToTransPort", 0, 0, false, &WriteBlock<SendDataToTransPort>},
+        Call{"SetComFd", 0, 0, true, &GiveLine<SetComFd>},
+        Call{"SetComAttr", 0, 0, false, &SetLine<SetComAttr>},
+        Call{"RestoreComAttr", 0, 0, false, &ResetLine<RestoreComAttr>},
+        Call{"ICC_OpenLinuxHid", 0, 0, true, &Do<ICC_OpenLinuxHid, Is<0x1209>, Int>},
+        Call{"ICC_CloseLinuxHid", 0, 0, false, &Do<ICC_CloseLinuxHid>},
+        Call{"ICC_WriteLinuxHid", 0, 0, false, &WriteBlock<ICC_WriteLinuxHid>},
+        Call{"ICC_ReadLinuxHid", 0, 0, false, &ReadLink<ICC_ReadLinuxHid, kReport - 1>},
+        Call{"ICC_CancelLinuxHidRead", 0, 0, false, &Do<ICC_CancelLinuxHidRead>},
+        Call{"ICC_OpenLinuxSdt", 0, 0, true, &Do<ICC_OpenLinuxSdt, Is<0x1209>, Int>},
+        Call{"ICC_CloseLinuxSdt", 0, 0, true, &Do<ICC_CloseLinuxSdt>},
+        Call{"ICC_WriteLinuxSdt", 0, 0, false, &WriteBlock<ICC_WriteLinuxSdt>},
+        Call{"ICC_ReadLinuxSdt", 0, 0, false, &ReadLink<ICC_ReadLinuxSdt, kReport - 1>},
+        Call{"ICC_CancelLinuxSdtRead", 0, 0, false, &Do<ICC_CancelLinuxSdtRead>},
+        Call{"ICC_OpenLinuxAux", 0, 0, true, &Do<ICC_OpenLinuxAux, Int, Int, Baud, Int>},
+        Call{"ICC_CloseLinuxAux", 0, 0, false, &Do<ICC_CloseLinuxAux, Int>},
+        Call{"ICC_WriteLinuxAux", 0, 0, false, &WriteBlock<ICC_WriteLinuxAux>},
+        Call{"ICC_ReadLinuxAux", 0, 0, false, &ReadLink<ICC_ReadLinuxAux, 0>},
+        Call{"ICC_CancelLinuxAuxRead", 0, 0, false, &Do<ICC_CancelLinuxAuxRead>},
+        Call{"ICC_OpenLinux", 0, 0, true, &Do<ICC_OpenLinux, LinePath, Baud>},
+        Call{"ICC_CloseLinux", 0, 0, false, &Do<ICC_CloseLinux>},
+        Call{"ICC_WriteLinux", 0, 0, false, &WriteBlock<ICC_WriteLinux>},
+        Call{"ICC_ReadLinux", 0, 0, false, &ReadLink<ICC_ReadLinux, 0>},
+        Call{"VK_OpenAuxPort", 0, 0, false, &Do<VK_OpenAuxPort, Int, Int, Baud, Int>},
+        Call{"VK_CloseAuxPort", 0, 0, false, &Do<VK_CloseAuxPort, Int>},
+        Call{"VK_SendDataToTransPort", 0, 0, false, &WriteBlock<VK_SendDataToTransPort>},
+        Call{"SetAuxFd", 0, 0, true, &GiveLine<SetAuxFd>},
+        Call{"ClearReceiveBuffer", 0, 0, false, &Do<ClearReceiveBuffer>},
+        Call{"SetTerm", 0, 0, false, &SetLine<SetTerm>},
+        Call{"ResetAux", 0, 0, false, &ResetLine<ResetAux>},
+        Call{"ClearInvisibleCharInStr", 0, 0, false, &Do<ClearInvisibleCharInStr, Text>},
+        Call{"ICC_INIT_LIBUSB", 0, 0, false, &WithContext<ICC_INIT_LIBUSB>},
+        Call{"ICC_UINIT_LIBUSB", 0, 0, false, &WithContext<ICC_UINIT_LIBUSB>},
+        Call{"test_init", 0, 0, false, &WithContext<test_init>},
+        Call{"test_deinit", 0, 0, false, &WithContext<test_deinit>},
+        Call{"SetDebugFlag", 0, 0, false, &Do<SetDebugFlag, Unsigned>},
+        Call{"ICC_DPrintDataHexToFile", 0, 0, false, &LogBytes},
+        Call{"DelOutTimeLogFile", 0, 0, false, &Do<DelOutTimeLogFile>},
+        Call{"pGetLogPath", 0, 0, false, &Do<pGetLogPath>},
+        Call{"GetModuleCurPath", 0, 0, false, &Do<GetModuleCurPath, OrNull<Out<256>>>},
+        Call{"GetFullPath", 0, 0, false, &FullPath},
+        Call{"GetTempPath", 0, 0, false, &Do<GetTempPath, Int, OrNull<Out<5>>>},
+        Call{"GetAbsDays", 0, 0, false, &Do<GetAbsDays, Int, Int, Int>},
+        Call{"GetProfileString", 0, 0, false, &Do<GetProfileString, Text, Text, Text, OrNull<Out<100>>>},
+        Call{"GWQ_SetOutputRoom", 0, 0, false, &Do<GWQ_SetOutputRoom, Int>}
+    }, kLaterCalls));
 // clang-format on
 
 }  // namespace

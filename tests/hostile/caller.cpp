@@ -51,8 +51,8 @@ int Caller::Int(int low, int high) {
 }
 
 int Caller::Seconds() {
-  if (Once(12)) return OneOf({0, -1, 1000, INT_MAX, INT_MIN});
-  return 1 + static_cast<int>(Below(Longest()));
+  seconds_ = Once(12) ? OneOf({0, -1, 1000, INT_MAX, INT_MIN}) : 1 + static_cast<int>(Below(Longest()));
+  return seconds_;
 }
 
 char* Caller::Out(std::size_t size) {

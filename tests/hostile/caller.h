@@ -43,13 +43,25 @@ class Caller {
   // Of the next Run.
   void Take(void* symbol) { symbol_ = symbol; }
 
+  // Forgets what the call before it may take.
+  void Begin() {
+    limit_ = {};
+    seconds_ = 0;
+  }
+  // More of what the call may take, as its arguments tell.
+  void Allow(Limit more) { limit_ = limit_ + more; }
+  [[nodiscard]] Limit Allowed() const { return limit_; }
+  // The customer's time that was drawn last.
+  [[nodiscard]] int DrawnSeconds() const { return seconds_; }
+
+  // `Function` is a pointer to a function of the symbol's type.
   template <typename Function, typename... Arguments>
   void Run(Arguments... arguments) {
     const std::int64_t before = scene_.now_ms();
-    if constexpr (std::is_void_v<decltype(reinterpret_cast<Function*>(symbol_)(arguments...))>) {
-      reinterpret_cast<Function*>(symbol_)(arguments...);
+    if constexpr (std::is_void_v<decltype(reinterpret_cast<Function>(symbol_)(arguments...))>) {
+      reinterpret_cast<Function>(symbol_)(arguments...);
     } else {
-      result_ = reinterpret_cast<Function*>(symbol_)(arguments...);
+      result_ = reinterpret_cast<Function>(symbol_)(arguments...);
     }
     took_ms_ = scene_.now_ms() - before;
   }
@@ -73,7 +85,7 @@ class Caller {
   // Mostly a time that the customer gets; never one longer than the scene allows, but for what is refused.
   int Seconds();
   // The same for a function that refuses nothing.
-  int AnySeconds() { return OneOf({-1, 0, 1, static_cast<int>(1 + Below(Longest()))}); }
+  int AnySeconds() { return seconds_ = OneOf({-1, 0, 1, static_cast<int>(1 + Below(Longest()))}); }
 
   // Text of the terminal's kind, mostly short; sometimes NULL if `null` is set.
   char* Text(bool null = true);
@@ -87,6 +99,9 @@ class Caller {
 
   // `size` zeroed bytes.
   char* Out(std::size_t size);
+  unsigned char* OutBytes(std::size_t size) { return reinterpret_cast<unsigned char*>(Out(size)); }
+  // None for a size below zero.
+  char* OutOfSize(int size) { return Out(static_cast<std::size_t>(size < 0 ? 0 : size)); }
   template <typename T>
   T* OutOf(T value = {}) {
     return static_cast<T*>(std::memcpy(Out(sizeof(T)), &value, sizeof(T)));
@@ -100,6 +115,8 @@ class Caller {
   Scene scene_;
   std::mt19937_64 random_;
   void* symbol_ = nullptr;
+  Limit limit_;
+  int seconds_ = 0;
   int result_ = 0;
   std::int64_t took_ms_ = 0;
   std::vector<std::unique_ptr<char[]>> blocks_;

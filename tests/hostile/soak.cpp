@@ -62,7 +62,7 @@ class Run {
     caller_.Take(Find(library_, call.name));
     plan_.before_call(caller_);
     plan_.take_traffic();
-    const Limit limit = call.make(caller_);
+    const Limit limit = Make(call, caller_);
     const Traffic traffic = plan_.take_traffic();
     const std::int64_t most = limit.ms + limit.ms_per_report * traffic.reports + traffic.stalled_ms;
     const std::int64_t over = caller_.TookMs() - most;
