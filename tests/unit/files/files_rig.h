@@ -1,22 +1,13 @@
 // The terminal on USB for everything that moves files, with the clock in hand and a directory of files.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <string>
 
-#include <algorithm>
-
-#include "support/log_capture.h"
-#include "support/scripted_usb.h"
 #include "support/temp_dir.h"
-#include "support/test_clock.h"
+#include "support/terminal_rig.h"
 #include "wire/frames.h"
 
 namespace gwq::test {
-
-inline std::string TextOf(const Bytes& bytes) {
-  return {bytes.begin(), bytes.end()};
-}
 
 // Every byte value, in an order that a shift by a report or a piece would show.
 inline std::string FileContent(std::size_t size) {
@@ -25,14 +16,8 @@ inline std::string FileContent(std::size_t size) {
   return content;
 }
 
-class FilesRig : public testing::Test {
+class FilesRig : public TerminalRig {
  protected:
-  FilesRig() {
-    ResetClock();
-    SetTime(kStart);
-    usb_.PlugTerminal();
-  }
-
   std::string MakeFile(std::string_view name, std::string_view content = "content") {
     const std::filesystem::path path = directory_ / name;
     std::filesystem::create_directories(path.parent_path());
@@ -61,30 +46,9 @@ class FilesRig : public testing::Test {
     Exchange(wire::PushEnd(type, name));
   }
 
-  // The messages without those of the exchanges and the link.
-  static std::vector<std::string> OwnMessages(const LogCapture& log) {
-    std::vector<std::string> own = log.Messages();
-    std::erase_if(own, IsOfTheLink);
-    return own;
-  }
-
-  static constexpr std::time_t kStart = 1'700'000'000;
   static constexpr std::size_t kPieceSize = 200'000;
-  static constexpr int kDrainReads = 5;
 
   TempDir directory_;
-  ScriptedUsb usb_;
-
- private:
-  static bool IsOfTheLink(const std::string& message) {
-    for (const char* begin : {" TransProc  nPort=", " TransProc  nPor2=", " TransProcOnlyRead  nPort=",
-                              "TransProc nPort=", "ICC_OpenTransPort: PID=", "\nOpen Device", "libusb_",
-                              "find target", "Not find target", "driver_active", "Open device success",
-                              "\nClose Device", "Close Device", "m_targetDev", "[EndOfRead", "[ICC_Cancel"}) {
-      if (message.starts_with(begin)) return true;
-    }
-    return false;
-  }
 };
 
 }  // namespace gwq::test

@@ -12,10 +12,8 @@
 
 #include <gwq/files/pull.h>
 #include <gwq/frame/transaction.h>
-#include "support/log_capture.h"
-#include "support/scripted_usb.h"
 #include "support/temp_dir.h"
-#include "support/test_clock.h"
+#include "support/terminal_rig.h"
 #include "wire/frames.h"
 
 namespace gwq::test {
@@ -23,9 +21,9 @@ namespace {
 
 using wire::TransferPacket;
 
-constexpr std::uint8_t kStart = 1;
-constexpr std::uint8_t kData = 2;
-constexpr std::uint8_t kEnd = 3;
+constexpr std::uint8_t kStartPacket = 1;
+constexpr std::uint8_t kDataPacket = 2;
+constexpr std::uint8_t kEndPacket = 3;
 
 Bytes Pattern(std::size_t size) {
   Bytes bytes(size);
@@ -33,14 +31,8 @@ Bytes Pattern(std::size_t size) {
   return bytes;
 }
 
-class Pull : public testing::Test {
+class Pull : public TerminalRig {
  protected:
-  Pull() {
-    ResetClock();
-    SetTime(1'700'000'000);
-    usb_.PlugTerminal();
-  }
-
   int Run(int timeout_ms = 3000) { return Run(path_.string(), timeout_ms); }
   static int Run(std::string path, int timeout_ms = 3000) {
     std::string command(wire::kPullRequest);
@@ -67,7 +59,6 @@ class Pull : public testing::Test {
   int scratch_length_ = 1024;
   TempDir directory_;
   std::filesystem::path path_ = directory_ / "pulled.png";
-  ScriptedUsb usb_;
 };
 
 class PullOfSize : public Pull, public testing::WithParamInterface<std::size_t> {};
@@ -75,9 +66,9 @@ class PullOfSize : public Pull, public testing::WithParamInterface<std::size_t> 
 TEST_P(PullOfSize, OnePacketIsAcknowledgedOnceAndStored) {
   const Bytes content = Pattern(GetParam());
   ExpectRequest();
-  Accepted(TransferPacket(kStart, {}));
-  Accepted(TransferPacket(kData, content));
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kStartPacket, {}));
+  Accepted(TransferPacket(kDataPacket, content));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), content);
   EXPECT_EQ(usb_.Count("close"), 1);
@@ -89,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, PullOfSize,
 TEST_F(Pull, AcknowledgementsAreWholeReportsByteForByte) {
   const Bytes accepted = {0x1B, 0x5B, 0x30, 0x52, 0x45, 0x53, 0x50, 0x4F, 0x4E, 0x53, 0x45, 0x02, 0x30, 0x03};
   const Bytes rejected = {0x1B, 0x5B, 0x30, 0x52, 0x45, 0x53, 0x50, 0x4F, 0x4E, 0x53, 0x45, 0x02, 0x31, 0x03};
-  usb_.Answer(PaddedToReports(TransferPacket(kStart, {}))).Answer(Bytes(1024, 0));
+  usb_.Answer(PaddedToReports(TransferPacket(kStartPacket, {}))).Answer(Bytes(1024, 0));
   EXPECT_EQ(Run(), -14);
   const Bytes sent = usb_.Sent();
   ASSERT_EQ(sent.size(), 3U * 1024);
@@ -99,20 +90,20 @@ TEST_F(Pull, AcknowledgementsAreWholeReportsByteForByte) {
 
 TEST_F(Pull, PacketsAreStoredOneBehindTheOther) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, Pattern(1500)));
-  Accepted(TransferPacket(kData, BytesOf("middle")));
-  Accepted(TransferPacket(kData, Pattern(3000)));
-  Accepted(TransferPacket(kEnd, BytesOf("end payload is not stored")));
+  Accepted(TransferPacket(kDataPacket, Pattern(1500)));
+  Accepted(TransferPacket(kDataPacket, BytesOf("middle")));
+  Accepted(TransferPacket(kDataPacket, Pattern(3000)));
+  Accepted(TransferPacket(kEndPacket, BytesOf("end payload is not stored")));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), Concat(Concat(Pattern(1500), BytesOf("middle")), Pattern(3000)));
 }
 
 TEST_F(Pull, StartMayComeAgainAndMayBeMissing) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("a")));
-  Accepted(TransferPacket(kStart, BytesOf("payload")));
-  Accepted(TransferPacket(kData, BytesOf("b")));
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kDataPacket, BytesOf("a")));
+  Accepted(TransferPacket(kStartPacket, BytesOf("payload")));
+  Accepted(TransferPacket(kDataPacket, BytesOf("b")));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), BytesOf("ab"));
 }
@@ -123,7 +114,7 @@ TEST_F(Pull, PacketOfType0IsPassedOverInSilence) {
   Bytes wrong_check = TransferPacket(0, BytesOf("nothing"));
   wrong_check[2] ^= 1U;
   Reports(wrong_check);
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), Bytes{});
 }
@@ -131,39 +122,39 @@ TEST_F(Pull, PacketOfType0IsPassedOverInSilence) {
 TEST_F(Pull, ExistingFileIsWrittenAnew) {
   WriteFile(path_, "something longer than what comes");
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("new")));
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kDataPacket, BytesOf("new")));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), BytesOf("new"));
 }
 
 TEST_F(Pull, PausesTenMillisecondsAfterEachReportButTheFirst) {
   ExpectRequest();
-  Accepted(TransferPacket(kStart, {}));
-  Accepted(TransferPacket(kData, Pattern(3000)));
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kStartPacket, {}));
+  Accepted(TransferPacket(kDataPacket, Pattern(3000)));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(SleptMs(), std::vector<std::int64_t>(4, 10)) << "five reports";
 }
 
 TEST_F(Pull, ReportInTwoTransfersIsPutTogether) {
   ExpectRequest();
-  const Bytes report = PaddedToReports(TransferPacket(kData, Pattern(1018)));
+  const Bytes report = PaddedToReports(TransferPacket(kDataPacket, Pattern(1018)));
   usb_.Answer(Bytes(report.begin(), report.begin() + 300))
       .Answer(Bytes(report.begin() + 300, report.end()), 2);
   usb_.ExpectCommand(wire::kAccepted);
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), Pattern(1018));
 }
 
 TEST_F(Pull, WhatComesBeyondAReportIsLost) {
   ExpectRequest();
-  const Bytes report = PaddedToReports(TransferPacket(kData, Pattern(1018)));
+  const Bytes report = PaddedToReports(TransferPacket(kDataPacket, Pattern(1018)));
   usb_.Answer(Bytes(report.begin(), report.begin() + 1023));
   usb_.Answer(Concat({report.back()}, Bytes(1023, 0xEE)));
   usb_.ExpectCommand(wire::kAccepted);
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), Pattern(1018));
 }
@@ -172,8 +163,8 @@ TEST_F(Pull, AcknowledgementThatDoesNotGoOutIsIgnored) {
   ExpectRequest();
   usb_.NextOutMoves(1024);
   for (int i = 0; i < 5; ++i) usb_.NextOutMoves(0, LIBUSB_ERROR_TIMEOUT);
-  Reports(TransferPacket(kData, BytesOf("x")));
-  Accepted(TransferPacket(kEnd, {}));
+  Reports(TransferPacket(kDataPacket, BytesOf("x")));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(Run(), 0);
   EXPECT_EQ(File(), BytesOf("x"));
 }
@@ -207,7 +198,7 @@ class PullRejects : public Pull, public testing::WithParamInterface<BadPacket> {
 
 TEST_P(PullRejects, PacketAndRemovesTheFile) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("good so far")));
+  Accepted(TransferPacket(kDataPacket, BytesOf("good so far")));
   Rejected(GetParam().packet);
   EXPECT_EQ(Run(), -14);
   EXPECT_FALSE(FileIsThere());
@@ -240,27 +231,28 @@ TEST_P(PullRejects, FirstPacketAndRemovesTheFile) {
 
 INSTANTIATE_TEST_SUITE_P(
     Packets, PullRejects,
-    testing::Values(BadPacket{"NoStx", WithByte(TransferPacket(kData, BytesOf("x")), 0, 0x03)},
-                    BadPacket{"ZeroReport", Bytes(1024, 0)}, BadPacket{"Type4", TransferPacket(4, {})},
-                    BadPacket{"Type255", TransferPacket(255, {})},
-                    BadPacket{"Data256001", Announcing(kData, 256'001)},
-                    BadPacket{"DataFFFFFF", Announcing(kData, 0xFFFFFF)},
-                    BadPacket{"Type0Of256001", Announcing(0, 256'001)},
-                    BadPacket{"Start256001", Announcing(kStart, 256'001)},
-                    BadPacket{"End256001", Announcing(kEnd, 256'001)},
-                    BadPacket{"StartCheck", WithWrongCheck(TransferPacket(kStart, BytesOf("x")))},
-                    BadPacket{"EmptyStartCheck", WithWrongCheck(TransferPacket(kStart, {}))},
-                    BadPacket{"EndCheck", WithWrongCheck(TransferPacket(kEnd, {}))},
-                    BadPacket{"EmptyDataCheck", WithWrongCheck(TransferPacket(kData, {}))},
-                    BadPacket{"ShortDataCheck", WithWrongCheck(TransferPacket(kData, Pattern(1018)))},
-                    BadPacket{"TwoReportsCheck", WithWrongCheck(TransferPacket(kData, Pattern(1019)))},
-                    BadPacket{"TwoFullReportsCheck", WithWrongCheck(TransferPacket(kData, Pattern(2042)))},
-                    BadPacket{"ThreeReportsCheck", WithWrongCheck(TransferPacket(kData, Pattern(3000)))}),
+    testing::Values(
+        BadPacket{"NoStx", WithByte(TransferPacket(kDataPacket, BytesOf("x")), 0, 0x03)},
+        BadPacket{"ZeroReport", Bytes(1024, 0)}, BadPacket{"Type4", TransferPacket(4, {})},
+        BadPacket{"Type255", TransferPacket(255, {})},
+        BadPacket{"Data256001", Announcing(kDataPacket, 256'001)},
+        BadPacket{"DataFFFFFF", Announcing(kDataPacket, 0xFFFFFF)},
+        BadPacket{"Type0Of256001", Announcing(0, 256'001)},
+        BadPacket{"Start256001", Announcing(kStartPacket, 256'001)},
+        BadPacket{"End256001", Announcing(kEndPacket, 256'001)},
+        BadPacket{"StartCheck", WithWrongCheck(TransferPacket(kStartPacket, BytesOf("x")))},
+        BadPacket{"EmptyStartCheck", WithWrongCheck(TransferPacket(kStartPacket, {}))},
+        BadPacket{"EndCheck", WithWrongCheck(TransferPacket(kEndPacket, {}))},
+        BadPacket{"EmptyDataCheck", WithWrongCheck(TransferPacket(kDataPacket, {}))},
+        BadPacket{"ShortDataCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(1018)))},
+        BadPacket{"TwoReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(1019)))},
+        BadPacket{"TwoFullReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(2042)))},
+        BadPacket{"ThreeReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(3000)))}),
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(Pull, SilenceAfterSomeDataLeavesTheFile) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("part")));
+  Accepted(TransferPacket(kDataPacket, BytesOf("part")));
   EXPECT_EQ(Run(), -11);
   EXPECT_EQ(File(), BytesOf("part"));
   EXPECT_EQ(usb_.Count("close"), 1);
@@ -268,7 +260,7 @@ TEST_F(Pull, SilenceAfterSomeDataLeavesTheFile) {
 
 TEST_F(Pull, SilenceInTheMiddleOfAPacketLeavesWhatHasCome) {
   ExpectRequest();
-  const Bytes packet = TransferPacket(kData, Pattern(3000));
+  const Bytes packet = TransferPacket(kDataPacket, Pattern(3000));
   Reports(Bytes(packet.begin(), packet.begin() + 2048));
   EXPECT_EQ(Run(), -11);
   EXPECT_EQ(File(), Pattern(1018 + 1024));
@@ -282,14 +274,14 @@ TEST_F(Pull, SilenceFromTheStartLeavesAnEmptyFile) {
 
 TEST_F(Pull, ReportThatStaysShortIsNoReport) {
   ExpectRequest();
-  usb_.Answer(TransferPacket(kData, BytesOf("short")));
+  usb_.Answer(TransferPacket(kDataPacket, BytesOf("short")));
   EXPECT_EQ(Run(), -11);
   EXPECT_EQ(File(), Bytes{});
 }
 
 TEST_F(Pull, DeviceThatVanishesGivesMinus11) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("part")));
+  Accepted(TransferPacket(kDataPacket, BytesOf("part")));
   usb_.OnTransfer([this](const Transfer& transfer) {
     if (transfer.in && transfer.index == 1) usb_.Unplug();
   });
@@ -299,17 +291,17 @@ TEST_F(Pull, DeviceThatVanishesGivesMinus11) {
 
 TEST_F(Pull, FileThatCannotBeCreatedGivesMinus11AndNoAcknowledgement) {
   ExpectRequest();
-  Reports(TransferPacket(kData, BytesOf("x")));
+  Reports(TransferPacket(kDataPacket, BytesOf("x")));
   EXPECT_EQ(Run((directory_ / "missing/pulled.png").string()), -11);
   EXPECT_EQ(usb_.Count("close"), 1);
   ExpectRequest();
-  Reports(TransferPacket(kData, BytesOf("x")));
+  Reports(TransferPacket(kDataPacket, BytesOf("x")));
   EXPECT_EQ(Run(directory_.Path().string()), -11) << "a directory";
 }
 
 TEST_F(Pull, NullPathGivesMinus11) {
   ExpectRequest();
-  Reports(TransferPacket(kData, BytesOf("x")));
+  Reports(TransferPacket(kDataPacket, BytesOf("x")));
   char command[] = "\x1B[0PULLFILE\x02/tmp/hw.png\x03";
   EXPECT_EQ(TransProcHW(0, command, 1000, nullptr), -11);
 }
@@ -339,7 +331,7 @@ TEST_F(Pull, CancelWithTheCommandGivesMinus10) {
 
 TEST_F(Pull, CancelledReadGivesMinus11) {
   ExpectRequest();
-  Accepted(TransferPacket(kData, BytesOf("part")));
+  Accepted(TransferPacket(kDataPacket, BytesOf("part")));
   usb_.OnTransfer([](const Transfer& transfer) {
     if (transfer.in && transfer.index == 1) CancelRead();
   });
@@ -354,7 +346,7 @@ TEST_F(Pull, CancelAtAnyReportEndsItWithTheNextOne) {
       ScriptedUsb usb;
       usb.PlugTerminal();
       usb.OnTransfer([&](const Transfer& transfer) {
-        if (transfer.in) usb.Answer(CutIntoReports(TransferPacket(kData, payload)).front());
+        if (transfer.in) usb.Answer(CutIntoReports(TransferPacket(kDataPacket, payload)).front());
         if (!transfer.in && transfer.index == 1 + report) CancelRead();  // with an acknowledgement
       });
       EXPECT_EQ(Run(), -11);
@@ -367,7 +359,7 @@ TEST_F(Pull, CancelAtAnyReportEndsItWithTheNextOne) {
 
 TEST_F(Pull, EndsWithMinus11BeyondTheMostBytes) {
   constexpr std::size_t kMost = 256U << 20U;
-  const Bytes long_packet = TransferPacket(kData, Bytes(256'000, 0));
+  const Bytes long_packet = TransferPacket(kDataPacket, Bytes(256'000, 0));
   std::size_t next = 0;
   const std::vector<Bytes> reports = CutIntoReports(long_packet);
   usb_.OnTransfer([&](const Transfer& transfer) {
@@ -381,22 +373,23 @@ TEST_F(Pull, EndsWithMinus11BeyondTheMostBytes) {
 TEST_F(Pull, LengthOf0MeansTheCommandsTextLengthAndALongOneIsCut) {
   std::string command(2049, 'p');
   usb_.ExpectCommand(command);
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kEndPacket, {}));
   EXPECT_EQ(TransProcHW(0, command.data(), 1000, path_.string().data()), 0);
   EXPECT_EQ(usb_.Count("out"), 3 + 1);
 }
 
 TEST_F(Pull, TimeoutHoldsForEachReportInWholeSeconds) {
   ExpectRequest();
-  Accepted(TransferPacket(kStart, {}));
-  usb_.Answer(PaddedToReports(TransferPacket(kData, BytesOf("slow"))), 9).ExpectCommand(wire::kAccepted);
+  Accepted(TransferPacket(kStartPacket, {}));
+  usb_.Answer(PaddedToReports(TransferPacket(kDataPacket, BytesOf("slow"))), 9)
+      .ExpectCommand(wire::kAccepted);
   EXPECT_EQ(Run(1999), -11);
   EXPECT_EQ(File(), BytesOf("slow")) << "1.8 s are within 1 s cut down, as the second has changed only once";
 }
 
 TEST_F(Pull, WritesNoLogLinesOfItsOwn) {
   ExpectRequest();
-  Accepted(TransferPacket(kEnd, {}));
+  Accepted(TransferPacket(kEndPacket, {}));
   const LogCapture log;
   EXPECT_EQ(Run(), 0);
   for (const std::string& message : log.Messages()) {

@@ -1,8 +1,10 @@
 // PIN length and key commands.
 #include <climits>
 
+#include <gwq/pinpad/counter.h>
 #include "support/fake_tty.h"
-#include "unit/pinpad/counter_rig.h"
+#include "support/terminal_rig.h"
+#include "wire/frames.h"
 
 namespace gwq::test {
 namespace {
@@ -23,7 +25,7 @@ int DownLoadWKey(int master, int working, std::string key, int port = 0) {
   return GWQ_DownLoadWKey(port, 9600, master, working, key.data());
 }
 
-class CounterKeys : public CounterRig {
+class CounterKeys : public TerminalRig {
  protected:
   void ExpectAccepted(std::string_view command) { usb_.ExpectCommand(command).Answer(wire::kKeyAccepted); }
 };
@@ -209,7 +211,7 @@ struct Acknowledgement {
   int status;
 };
 
-class CounterAcknowledgement : public CounterRig, public testing::WithParamInterface<Acknowledgement> {};
+class CounterAcknowledgement : public TerminalRig, public testing::WithParamInterface<Acknowledgement> {};
 
 TEST_P(CounterAcknowledgement, DecidesEveryKeyCommand) {
   const auto answer = [this](std::string_view command) {
@@ -242,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, CounterAcknowledgement,
 TEST_F(CounterKeys, SilenceGivesMinus11After3Seconds) {
   usb_.ExpectCommand(wire::kResetKeys);
   EXPECT_EQ(GWQ_ResetKey(0, 9600), -11);
-  EXPECT_EQ(Now() - kStart, kDrainSeconds + 4) << "more than 3 whole seconds";
+  EXPECT_EQ(Elapsed(), kDrainSeconds + 4) << "more than 3 whole seconds";
 }
 
 TEST_F(CounterKeys, ExchangeFailuresPassThrough) {

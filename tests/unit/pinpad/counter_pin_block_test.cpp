@@ -1,9 +1,11 @@
 // Reading the PIN as a DES and as an ANSI PIN block.
 #include <climits>
 
+#include <gwq/pinpad/counter.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
-#include "unit/pinpad/counter_rig.h"
+#include "support/terminal_rig.h"
+#include "wire/frames.h"
 
 namespace gwq::test {
 namespace {
@@ -13,7 +15,7 @@ using testing::IsEmpty;
 
 constexpr std::size_t kBlockRoom = 1025;
 
-class CounterPinBlock : public CounterRig {
+class CounterPinBlock : public TerminalRig {
  protected:
   int ReadDes(int digit1 = 1, int digit2 = 3, int timeout = 30) {
     return GWQ_ReadPinDES(0, 9600, digit1, digit2, timeout, block_.text());
@@ -164,7 +166,7 @@ TEST_F(CounterPinBlock, SilenceLeavesTheBlockUntouchedAndLeavesEntry) {
   ExpectEntry(wire::kDesBlock, wire::kEntryTimeout1);
   ExpectLeave();
   EXPECT_EQ(ReadDes(1, 3, 1), -11);
-  EXPECT_EQ(Now() - kStart, kDrainSeconds + 5) << "more than 1 + 3 whole seconds";
+  EXPECT_EQ(Elapsed(), kDrainSeconds + 5) << "more than 1 + 3 whole seconds";
   ExpectBlock({});
 }
 

@@ -1,9 +1,11 @@
 // Reading the PIN in clear.
 #include <climits>
 
+#include <gwq/pinpad/counter.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
-#include "unit/pinpad/counter_rig.h"
+#include "support/terminal_rig.h"
+#include "wire/frames.h"
 
 namespace gwq::test {
 namespace {
@@ -13,7 +15,7 @@ using testing::IsEmpty;
 
 constexpr std::size_t kPinRoom = 2048;
 
-class CounterReadPin : public CounterRig {
+class CounterReadPin : public TerminalRig {
  protected:
   int ReadPin(int capacity, int mode = 0, int timeout = 30) {
     return GWQ_ReadPin(0, 9600, mode, timeout, pin_.text(), capacity);
@@ -144,7 +146,7 @@ TEST_F(CounterReadPin, SilenceLeavesEntryAfterTheEntryTimeAnd3Seconds) {
   ExpectLeave();
   const LogCapture log;
   EXPECT_EQ(ReadPin(4, 0, 1), -11);
-  EXPECT_EQ(Now() - kStart, kDrainSeconds + 5) << "more than 1 + 3 whole seconds";
+  EXPECT_EQ(Elapsed(), kDrainSeconds + 5) << "more than 1 + 3 whole seconds";
   ExpectPin({});
   EXPECT_THAT(OwnMessages(log), ElementsAre("[GWQ_ReadPin]", "[GWQ_ReadPin] nRet=-11"));
 }

@@ -1,6 +1,8 @@
 // The terminal's build date, and what follows from it.
+#include <gwq/pinpad/counter.h>
 #include "support/guarded_buffer.h"
-#include "unit/pinpad/counter_rig.h"
+#include "support/terminal_rig.h"
+#include "wire/frames.h"
 
 namespace gwq::test {
 namespace {
@@ -8,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class CounterVersion : public CounterRig {
+class CounterVersion : public TerminalRig {
  protected:
   int GetDate(int port = 0) { return GWQ_GetVerBuildDate(port, '9', 9600, date_.text()); }
 
@@ -55,7 +57,7 @@ TEST_F(CounterVersion, UnknownCommandGivesMinus14) {
 TEST_F(CounterVersion, SilenceGivesMinus11After2Seconds) {
   usb_.ExpectCommand(wire::kGetVersion);
   EXPECT_EQ(GetDate(), -11);
-  EXPECT_EQ(Now() - kStart, 3);
+  EXPECT_EQ(Elapsed(), 3);
   ExpectDate("");
 }
 

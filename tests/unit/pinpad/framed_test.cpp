@@ -446,7 +446,7 @@ TEST_P(FramedFailure, PassesThroughAndLeavesOutputsUntouched) {
   EXPECT_EQ(Call(command), StatusOf(how));
   ExpectOutputsUntouched();
   if (how == Failure::kNotOpened && command.drains > 0) {
-    EXPECT_TRUE(failed_);
+    EXPECT_TRUE(Failed());
   } else {
     EXPECT_EQ(OwnMessages(log), With(command.not_exchanged, StatusOf(how)));
   }

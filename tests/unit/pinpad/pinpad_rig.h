@@ -1,64 +1,16 @@
 // The terminal on USB for the framed PIN-pad commands, with the clock in hand.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <list>
-#include <ostream>
 
-#include <gwq/frame/transaction.h>
 #include "support/guarded_buffer.h"
-#include "support/log_capture.h"
-#include "support/scripted_usb.h"
-#include "support/test_clock.h"
+#include "support/terminal_rig.h"
 #include "wire/frames.h"
 
 namespace gwq::test {
 
-using Lines = std::vector<std::string>;
-
-inline std::string TextOf(const Bytes& bytes) {
-  return {bytes.begin(), bytes.end()};
-}
-
-// How an exchange can fail, with the status that it then has.
-enum class Failure { kNotSent = -10, kSilent = -11, kCancelled = -23, kNotOpened = -3 };
-
-inline constexpr Failure kFailures[] = {Failure::kNotSent, Failure::kSilent, Failure::kCancelled,
-                                        Failure::kNotOpened};
-
-inline int StatusOf(Failure failure) {
-  return static_cast<int>(failure);
-}
-
-inline std::string NameOf(Failure failure) {
-  switch (failure) {
-    case Failure::kNotSent:
-      return "NotSent";
-    case Failure::kSilent:
-      return "Silent";
-    case Failure::kCancelled:
-      return "Cancelled";
-    default:
-      return "NotOpened";
-  }
-}
-
-inline void PrintTo(Failure failure, std::ostream* out) {
-  *out << NameOf(failure);
-}
-
-class PinPadRig : public testing::Test {
+class PinPadRig : public TerminalRig {
  protected:
-  PinPadRig() {
-    ResetClock();
-    SetTime(kStart);
-    usb_.PlugTerminal();
-    usb_.OnTransfer([this](const Transfer& transfer) { Follow(transfer); });
-  }
-
   void Exchange(std::string_view body, const Bytes& answer) {
     ExchangeText(TextOf(wire::PinPadFrame(body)), answer);
   }
@@ -75,10 +27,8 @@ class PinPadRig : public testing::Test {
     Answered(answer);
   }
   void FailsText(std::string_view command, Failure how) {
-    how_ = how;
-    failing_ = reports_;
-    if (how == Failure::kNotOpened) return;
-    Sent(command);
+    if (how != Failure::kSilent) Fail(how, reports_);
+    if (how != Failure::kNotOpened) Sent(command);
   }
   void Sent(std::string_view command) {
     reports_ += static_cast<int>(CutIntoReports(BytesOf(command)).size());
@@ -99,17 +49,6 @@ class PinPadRig : public testing::Test {
   char* In(std::string_view text) { return InBytes(std::string(text) + '\0'); }
   char* InBytes(std::string_view bytes) { return inputs_.emplace_back(BytesOf(bytes)).text(); }
 
-  [[nodiscard]] static std::time_t Elapsed() { return Now() - kStart; }
-
-  // The messages that are the functions' own, without the exchanges' and the links'.
-  static Lines OwnMessages(const LogCapture& log) {
-    Lines own;
-    for (const std::string& message : log.Messages()) {
-      if (!IsOfTheExchange(message)) own.push_back(message);
-    }
-    return own;
-  }
-
   // All of the buffer: the bytes, a terminator, and what it was filled with.
   static void ExpectBytes(const GuardedBuffer& buffer, const Bytes& bytes) {
     Bytes expected = Concat(bytes, {0});
@@ -121,56 +60,11 @@ class PinPadRig : public testing::Test {
     ExpectBytes(buffer, BytesOf(text));
   }
 
-  static constexpr std::time_t kStart = 1'700'000'000;
-  static constexpr int kDrainReads = 5;  // of a drain that brings nothing and takes a second
   static constexpr std::uint8_t kFill = 0x55;
   static constexpr int kUntouched = 0x55555555;
 
-  ScriptedUsb usb_;
-  bool failed_ = false;
-
  private:
-  void Follow(const Transfer& transfer) {
-    if (!transfer.in) sent_ = transfer.index + 1;
-    if (failing_ < 0 || failed_) return;
-    if (how_ == Failure::kNotSent && !transfer.in && transfer.index == failing_) Cancel();
-    if (how_ == Failure::kCancelled && transfer.in && sent_ == failing_ + 1) Cancel();
-    if (how_ == Failure::kNotOpened && transfer.in && sent_ == failing_) {
-      failed_ = true;
-      usb_.FailListing(-1);
-    }
-  }
-  void Cancel() {
-    failed_ = true;
-    CancelRead();
-  }
-
-  static bool IsOfTheExchange(const std::string& message) {
-    static constexpr std::string_view kBeginnings[] = {" TransProc  nPor",
-                                                       " TransProcOnlyRead  nPort=",
-                                                       "ICC_Open",
-                                                       "libusb_",
-                                                       "find target",
-                                                       "Not find target",
-                                                       "m_targetDev ==",
-                                                       "driver_active",
-                                                       "Cannot Claim",
-                                                       "\nOpen Device",
-                                                       "Open device success",
-                                                       "\nClose Device",
-                                                       "Close Device",
-                                                       "[ICC_CancelLin",
-                                                       "[EndOfRead",
-                                                       "COM PACKGET READ",
-                                                       " ICC_ReadLinuxCom"};
-    return std::any_of(std::begin(kBeginnings), std::end(kBeginnings),
-                       [&](std::string_view beginning) { return message.starts_with(beginning); });
-  }
-
   int reports_ = 0;  // expected so far
-  int sent_ = 0;
-  int failing_ = -1;
-  Failure how_ = Failure::kSilent;
   std::list<GuardedBuffer> inputs_;
 };
 

@@ -22,7 +22,7 @@ int CancelOperation() {
   return MP_CancelCurrentOperation(nullptr, nullptr, 9600, 0);
 }
 
-class CancelThreads : public ScreensRig {
+class CancelThreads : public FilesRig {
  protected:
   ~CancelThreads() override { Join(); }
 

@@ -20,7 +20,7 @@ bool MemoryIsOut() {
   return g_allocations_left-- == 0;
 }
 
-class CheckOut : public ScreensRig {
+class CheckOut : public FilesRig {
  protected:
   ~CheckOut() override { g_allocations_left = -1; }
 
@@ -45,12 +45,12 @@ TEST_F(CheckOut, ResultIsTheAnswerWithoutItsCode) {
               ElementsAre("MP_CheckOut_All", "iRet:0\r\n", "result=ok", "MP_CheckOut_All  iRet:0"));
 }
 
-struct Failure {
+struct ShortAnswer {
   std::string_view answer;
   int status;
 };
 
-class CheckOutFailures : public CheckOut, public testing::WithParamInterface<Failure> {};
+class CheckOutFailures : public CheckOut, public testing::WithParamInterface<ShortAnswer> {};
 
 TEST_P(CheckOutFailures, AreTheTerminalsShortAnswers) {
   usb_.ExpectCommand(wire::kCheckOut).Answer(GetParam().answer);
@@ -63,9 +63,10 @@ TEST_P(CheckOutFailures, AreTheTerminalsShortAnswers) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CheckOutFailures,
-                         testing::Values(Failure{wire::kRefused, -14}, Failure{wire::kCheckOutTimedOut, -2},
-                                         Failure{wire::kCheckOutCancelled, -23},
-                                         Failure{"\x02w\x03more\x03", -23}));
+                         testing::Values(ShortAnswer{wire::kRefused, -14},
+                                         ShortAnswer{wire::kCheckOutTimedOut, -2},
+                                         ShortAnswer{wire::kCheckOutCancelled, -23},
+                                         ShortAnswer{"\x02w\x03more\x03", -23}));
 
 struct Answer {
   std::string_view answer;
@@ -171,7 +172,7 @@ TEST_F(CheckOut, AbsentTerminalIsMinus3FromTheDrain) {
 }
 
 TEST_F(CheckOut, TerminalThatIsGoneByThenIsMinus3) {
-  UnplugAt(true, kDrainReads - 1);
+  Fail(Failure::kNotOpened, 0);
   const LogCapture log;
   EXPECT_EQ(Run(), -3);
   EXPECT_THAT(OwnMessages(log), ElementsAre("MP_CheckOut_All", "iRet:-3\r\n", "MP_CheckOut_All  iRet:-3"));
@@ -188,7 +189,7 @@ TEST_F(CheckOut, SilenceIsMinus11AfterTheTimeAnd3Seconds) {
 
 TEST_F(CheckOut, CancelledWaitIsMinus23) {
   usb_.ExpectCommand(wire::kCheckOut);
-  CancelReading(kDrainReads + 1);
+  CancelReading(1);
   EXPECT_EQ(Run(), -23);
 }
 

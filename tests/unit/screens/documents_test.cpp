@@ -272,7 +272,7 @@ TEST_F(Documents, SilenceIsMinus11ThreeSecondsAfterTheCustomersTime) {
   const LogCapture log;
   EXPECT_EQ(Confirm(paths), -11);
   EXPECT_EQ(decision_, 2);
-  EXPECT_EQ(Now() - kStart, kDrainSeconds + 30 + 3 + 1) << "more than 33 whole seconds";
+  EXPECT_EQ(Elapsed(), kDrainSeconds + 30 + 3 + 1) << "more than 33 whole seconds";
   EXPECT_EQ(OwnMessages(log).back(), "TransProc nRet=-11\n");
 }
 

@@ -21,7 +21,7 @@ struct Card {
   const char* photo = "li.jpg";
 };
 
-class Evaluation : public ScreensRig {
+class Evaluation : public FilesRig {
  protected:
   static int ShowCard(const Card& card = {}, int timeout = 30) {
     return MP_StartElectronicCard(nullptr, nullptr, 9600, timeout, card.name, card.number, card.stars,
@@ -241,7 +241,7 @@ TEST_F(Evaluation, CardsTimeThatCannotBeSentIsReturnedAsItIs) {
 }
 
 TEST_F(Evaluation, CardsTimeIsMinus3WhenTheTerminalIsGoneByThen) {
-  UnplugAt(true, kDrainReads - 1);
+  Fail(Failure::kNotOpened, 0);
   EXPECT_EQ(ShowCard(), -3);
 }
 
@@ -337,7 +337,7 @@ TEST_F(Evaluation, TimesThatPassAnIntAreCut) {
 TEST_F(Evaluation, CancelledRatingIsMinus23AndTheScreenIsClosed) {
   ExpectRating();
   ExpectClose();
-  CancelReading(kDrainReads + 2);
+  CancelReading(2);
   EXPECT_EQ(Rate(), -23);
   EXPECT_TRUE(ValueIsUntouched());
 }
@@ -357,7 +357,7 @@ TEST_F(Evaluation, TimeThatCannotBeSentIsMinus14AndNothingMoreIsSent) {
 }
 
 TEST_F(Evaluation, TimeIsMinus3WhenTheTerminalIsGoneByThen) {
-  UnplugAt(true, kDrainReads - 1);
+  Fail(Failure::kNotOpened, 0);
   EXPECT_EQ(Rate(), -3);
 }
 
@@ -455,7 +455,7 @@ TEST_F(Evaluation, SilentCounterRatingIsMinus11AndTheScreenIsClosed) {
 TEST_F(Evaluation, CancelledCounterRatingIsMinus23AndTheScreenIsClosed) {
   ExpectCounterRating();
   ExpectClose();
-  CancelReading(kDrainReads);
+  CancelReading(3);
   EXPECT_EQ(CounterRate(), -23);
 }
 

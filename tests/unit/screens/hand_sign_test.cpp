@@ -157,7 +157,7 @@ TEST_F(HandSign, SilenceGoesOnToThePullTwoSecondsAfterTheCustomersTime) {
     const LogCapture log;
     EXPECT_EQ(Run(document_, seconds), 0);
     EXPECT_EQ(OwnMessages(log).back(), InGbk("启动签名返回：-11\r\n"));
-    EXPECT_EQ(Now() - kStart, seconds + 2 + 1);
+    EXPECT_EQ(Elapsed(), seconds + 2 + 1);
   }
 }
 

@@ -37,7 +37,7 @@ bool MemoryIsOut() {
 constexpr int kUntouched = 77;
 constexpr char kPage[] = "hi";
 
-class Html : public ScreensRig {
+class Html : public FilesRig {
  protected:
   Html() { g_page_file = Path("infoviewerex.html"); }
   ~Html() override { g_allocations_left = -1; }
@@ -232,7 +232,7 @@ TEST_F(Html, CancelledWaitIsMinus23) {
   ExpectVersion();
   ExpectSetUp();
   usb_.ExpectCommand(wire::kCountdown7).ExpectCommand(wire::kAskPage);
-  CancelReading(1 + kDrainReads + 1);
+  CancelReading(5);
   EXPECT_EQ(Show(1), -23);
   EXPECT_EQ(display_, kUntouched);
 }
@@ -591,7 +591,7 @@ TEST_F(HtmlFile, SilenceIsMinus11AfterTheTimeAnd3Seconds) {
 TEST_F(HtmlFile, CancelledWaitIsMinus23) {
   ExpectFile(kHtmlPage);
   usb_.ExpectCommand(wire::kShowPageFile);
-  CancelReading(4 + 1);
+  CancelReading(5);
   EXPECT_EQ(Run(), -23);
   EXPECT_TRUE(result_.AllAre(0x55));
 }

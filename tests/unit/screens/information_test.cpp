@@ -16,7 +16,7 @@ constexpr unsigned kUntouched = 77;
 
 // ------------------------------------------------------------------ GWQ_StartInfo
 
-class Information : public ScreensRig {
+class Information : public FilesRig {
  protected:
   int Show(const char* message = "hi", int timeout = 30, int port = 0) {
     return GWQ_StartInfo(port, 9600, timeout, message, &key_);
@@ -119,7 +119,7 @@ TEST_F(Information, SilenceIsMinus11AfterTheTimeAnd3SecondsAndTheScreenIsClosed)
 TEST_F(Information, CancelledMessageIsMinus23AndTheScreenIsClosed) {
   ExpectMessage();
   ExpectClose();
-  CancelReading(kDrainReads + 1);
+  CancelReading(3);
   EXPECT_EQ(Show(), -23);
   EXPECT_EQ(key_, kUntouched);
 }
@@ -186,7 +186,7 @@ TEST_F(Information, SerialPortIsNotDrained) {
 
 // ------------------------------------------------------------------ GWQ_StartKeyboard
 
-class Keyboard : public ScreensRig {
+class Keyboard : public FilesRig {
  protected:
   int Run(int mode = 0, int timeout = 30, int port = 0) {
     return GWQ_StartKeyboard(port, 9600, timeout, mode, output_.text());
@@ -282,7 +282,7 @@ TEST_F(Keyboard, SilenceIsMinus11AfterTheTimeWithoutAMarginAndEntryIsClosed) {
 TEST_F(Keyboard, CancelledEntryIsMinus23AndClosed) {
   ExpectKeypad();
   ExpectClose();
-  CancelReading(kDrainReads + 1);
+  CancelReading(2);
   EXPECT_EQ(Run(), -23);
   ExpectOutput("");
 }

@@ -10,33 +10,6 @@
 
 namespace gwq::test {
 
-class ScreensRig : public FilesRig {
- protected:
-  // A cancel with the transfer out of this number makes its exchange fail with -10.
-  void FailSending(int index) {
-    usb_.OnTransfer([index](const Transfer& transfer) {
-      if (!transfer.in && transfer.index == index) CancelRead();
-    });
-  }
-  // A cancel with the transfer in of this number makes its exchange fail with -23.
-  void CancelReading(int index) {
-    usb_.OnTransfer([index](const Transfer& transfer) {
-      if (transfer.in && transfer.index == index) CancelRead();
-    });
-  }
-  // From the transfer of this number on nothing is there any more.
-  void UnplugAt(bool in, int index) {
-    usb_.OnTransfer([this, in, index](const Transfer& transfer) {
-      if (transfer.in == in && transfer.index == index) usb_.Unplug();
-    });
-  }
-
-  // The seconds since the test began.
-  static std::time_t Elapsed() { return Now() - kStart; }
-
-  static constexpr int kDrainSeconds = 1;
-};
-
 inline std::string Split(std::string_view text) {
   std::string split;
   for (const char c : text) {

@@ -20,7 +20,7 @@ inline std::string SizeLog(std::size_t size) {
 // Stroke data in a buffer that was zero.
 inline const Bytes kStrokes = BytesOf(std::string_view("strokes", 8));
 
-class SigningRig : public ScreensRig {
+class SigningRig : public FilesRig {
  protected:
   // Both documents, and what they are called on the terminal.
   std::string MakeDocuments() { return MakeFile("a.pdf", "first") + "|" + MakeFile("b.pdf", "second"); }

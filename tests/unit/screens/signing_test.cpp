@@ -413,7 +413,7 @@ TEST_P(Sign, TimesAtTheirBoundsAreSentAndWaitedFor) {
     const LogCapture log;
     EXPECT_EQ(Run(seconds), 0) << "silence goes on to the pull as well";
     EXPECT_THAT(OwnMessages(log), testing::Contains("TransProc nRet=-11\n"));
-    EXPECT_EQ(Now() - kStart, seconds + 3 + 1) << "more than the seconds and three";
+    EXPECT_EQ(Elapsed(), seconds + 3 + 1) << "more than the seconds and three";
   }
 }
 
@@ -489,7 +489,7 @@ TEST_F(SigningCalls, SilenceToTheVoiceIsMinus11AfterThreeSeconds) {
   const LogCapture log;
   EXPECT_EQ(Voice(), -11);
   EXPECT_THAT(OwnMessages(log), ElementsAre("setSignVoice\tFail   nRet= -11"));
-  EXPECT_EQ(Now() - kStart, kDrainSeconds + 3 + 1);
+  EXPECT_EQ(Elapsed(), kDrainSeconds + 3 + 1);
 }
 
 TEST_F(SigningCalls, CancelledVoiceIsReturned) {

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 
 constexpr char kMark[] = "[MP_GetFirmwareVersion]2025.01.16 v02";
 
-class FirmwareVersion : public ScreensRig {
+class FirmwareVersion : public FilesRig {
  protected:
   int Get() {
     for (GuardedBuffer* out : {&common_, &private_})
@@ -135,7 +135,7 @@ TEST_F(FirmwareVersion, OtherFailuresAreMinus14) {
   FailSending(0);
   const LogCapture log;
   EXPECT_EQ(Get(), -14);
-  CancelReading(1);
+  CancelReading(2);
   EXPECT_EQ(Get(), -14);
   const char* end = "[MP_GetFirmwareVersion] Error End!";
   EXPECT_THAT(OwnMessages(log),
@@ -156,7 +156,7 @@ TEST_F(FirmwareVersion, OutputsMayBeNull) {
 
 // ------------------------------------------------------------------ MP_CancelCurrentOperation
 
-class CancelOperation : public ScreensRig {
+class CancelOperation : public FilesRig {
  protected:
   static int Cancel() { return MP_CancelCurrentOperation(nullptr, nullptr, 9600, 0); }
 };
