@@ -25,17 +25,17 @@ struct Command {
   const char* name;
   std::function<int(FramedRig& rig, int port)> call;
   std::string_view body;
-  Bytes data;  // of a good answer
-  unsigned good_status;
-  int timeout_s;
-  int drains;
-  bool any_port;  // else USB whatever the port
-  Refusal refusal;
+  Bytes data{};  // of a good answer
+  unsigned good_status = 0;
+  int timeout_s = 2;
+  int drains = 0;
+  bool any_port = true;  // else USB whatever the port
+  Refusal refusal = Refusal::kMinus14;
   // The log of a call that succeeds; of one whose exchange fails; of one whose answer is refused. "#" stands
   // for the failing code.
-  Lines success;
-  Lines not_exchanged;
-  Lines refused;
+  Lines success{};
+  Lines not_exchanged{};
+  Lines refused{};
 };
 
 class FramedRig : public PinPadRig {
@@ -72,270 +72,170 @@ class FramedRig : public PinPadRig {
 const char* const kDrained = "TransProcOnlyRead iRet=-11";
 
 std::vector<Command> Settings() {
-  const Refusal unchanged = Refusal::kStatusUnchanged;
-  const Refusal refused = Refusal::kMinus14;
   return {
-      {"GetEnType",
-       [](FramedRig& rig, int port) { return PN_GetEnType(port, nullptr, kBaud, &rig.number_); },
-       wire::kGetEnType,
-       {0x01},
-       0,
-       2,
-       0,
-       true,
-       unchanged,
-       {},
-       {},
-       {}},
-      {"SetEnType",
-       [](FramedRig&, int port) { return PN_SetEnType(port, nullptr, kBaud, 1); },
-       wire::kSetEnType1,
-       {},
-       0,
-       2,
-       0,
-       true,
-       unchanged,
-       {},
-       {},
-       {}},
-      {"GetPinLen",
-       [](FramedRig& rig, int port) { return PN_GetPinLen(port, nullptr, kBaud, &rig.number_); },
-       wire::kGetPinLen,
-       {0x06},
-       0,
-       2,
-       1,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetPinLen",
-       [](FramedRig&, int port) { return PN_SetPinLen(port, nullptr, kBaud, 6); },
-       wire::kSetPinLen6,
-       {},
-       0,
-       2,
-       1,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetEndRule",
-       [](FramedRig&, int port) { return PN_SetEndRule(port, nullptr, kBaud, 2); },
-       wire::kSetEndRule2,
-       {},
-       0,
-       2,
-       1,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetFillType",
-       [](FramedRig& rig, int port) { return PN_SetFillType(port, nullptr, kBaud, rig.Text("F")); },
-       wire::kFillWithOnes,
-       {},
-       0,
-       2,
-       1,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetPinMoe",
-       [](FramedRig&, int port) { return PN_SetPinMoe(port, nullptr, kBaud, 5); },
-       wire::kSetPinMode5,
-       {},
-       0,
-       2,
-       0,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetSoundType",
-       [](FramedRig&, int port) { return PN_SetSoundType(port, nullptr, kBaud, 2); },
-       wire::kSetSound2,
-       {},
-       0,
-       2,
-       0,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"SetAccount",
-       [](FramedRig& rig, int port) {
-         auto* const account = reinterpret_cast<unsigned char*>(rig.Text("1234567890123456789"));
-         return PN_SetAccount(port, nullptr, kBaud, account, 19);
-       },
-       wire::kAccount19,
-       {},
-       0,
-       2,
-       0,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"ReadDeviceId",
-       [](FramedRig& rig, int port) { return PN_ReadDeviceId(port, nullptr, kBaud, rig.out_.text()); },
-       wire::kReadDeviceId,
-       BytesOf("SN-1"),
-       0,
-       3,
-       1,
-       false,
-       refused,
-       {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=0",
-        "szRecv =\x02"
-        "0006"
-        "0000"
-        "534>2=31"
-        "01\x03",
-        "UnPackData  szRes=SN-1"},
-       {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=#"},
-       {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=0", "szRecv =", "UnPackData ERROR iRet=#"}},
+      {.name = "GetEnType",
+       .call = [](FramedRig& rig, int port) { return PN_GetEnType(port, nullptr, kBaud, &rig.number_); },
+       .body = wire::kGetEnType,
+       .data = {0x01},
+       .refusal = Refusal::kStatusUnchanged},
+      {.name = "SetEnType",
+       .call = [](FramedRig&, int port) { return PN_SetEnType(port, nullptr, kBaud, 1); },
+       .body = wire::kSetEnType1,
+       .refusal = Refusal::kStatusUnchanged},
+      {.name = "GetPinLen",
+       .call = [](FramedRig& rig, int port) { return PN_GetPinLen(port, nullptr, kBaud, &rig.number_); },
+       .body = wire::kGetPinLen,
+       .data = {0x06},
+       .drains = 1},
+      {.name = "SetPinLen",
+       .call = [](FramedRig&, int port) { return PN_SetPinLen(port, nullptr, kBaud, 6); },
+       .body = wire::kSetPinLen6,
+       .drains = 1},
+      {.name = "SetEndRule",
+       .call = [](FramedRig&, int port) { return PN_SetEndRule(port, nullptr, kBaud, 2); },
+       .body = wire::kSetEndRule2,
+       .drains = 1},
+      {.name = "SetFillType",
+       .call = [](FramedRig& rig, int port) { return PN_SetFillType(port, nullptr, kBaud, rig.Text("F")); },
+       .body = wire::kFillWithOnes,
+       .drains = 1},
+      {.name = "SetPinMoe",
+       .call = [](FramedRig&, int port) { return PN_SetPinMoe(port, nullptr, kBaud, 5); },
+       .body = wire::kSetPinMode5},
+      {.name = "SetSoundType",
+       .call = [](FramedRig&, int port) { return PN_SetSoundType(port, nullptr, kBaud, 2); },
+       .body = wire::kSetSound2},
+      {.name = "SetAccount",
+       .call =
+           [](FramedRig& rig, int port) {
+             auto* const account = reinterpret_cast<unsigned char*>(rig.Text("1234567890123456789"));
+             return PN_SetAccount(port, nullptr, kBaud, account, 19);
+           },
+       .body = wire::kAccount19},
+      {.name = "ReadDeviceId",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_ReadDeviceId(port, nullptr, kBaud, rig.out_.text()); },
+       .body = wire::kReadDeviceId,
+       .data = BytesOf("SN-1"),
+       .timeout_s = 3,
+       .drains = 1,
+       .any_port = false,
+       .success = {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=0",
+                   "szRecv =\x02"
+                   "0006"
+                   "0000"
+                   "534>2=31"
+                   "01\x03",
+                   "UnPackData  szRes=SN-1"},
+       .not_exchanged = {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=#"},
+       .refused = {"PN_ReadDeviceId ", "PN_ReadDeviceId  iRet=0", "szRecv =", "UnPackData ERROR iRet=#"}},
   };
 }
 
 std::vector<Command> Keys() {
-  const Refusal unchanged = Refusal::kStatusUnchanged;
-  const Refusal refused = Refusal::kMinus14;
   const std::string load_texts =
       "szPinPadFactor=FACTOR,encWKData=" + std::string(kWorkingKey) + ",szVerifyKey=VERIFY";
   return {
-      {"GetPinPadFactor",
-       [](FramedRig& rig, int port) { return PN_GetPinPadFactor(port, nullptr, kBaud, rig.out_.text()); },
-       wire::kReadFactor,
-       BytesOf("FACTOR"),
-       0,
-       2,
-       0,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"CreateFactorOfType2",
-       [](FramedRig& rig, int port) {
-         return PN_CreateAndGetPinPadFactor(port, nullptr, kBaud, 2, rig.out_.text());
-       },
-       wire::kMakeFactor2,
-       BytesOf("FACTOR"),
-       0,
-       2,
-       0,
-       true,
-       refused,
-       {},
-       {},
-       {}},
-      {"ObtainFactorOfType2",
-       [](FramedRig& rig, int port) {
-         return PN_ObtainFactor(port, nullptr, kBaud, rig.Text("2"), rig.out_.text());
-       },
-       wire::kMakeFactor2,
-       BytesOf("FACTOR"),
-       0,
-       2,
-       1,
-       false,
-       refused,
-       {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=0"},
-       {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=#"},
-       {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=-14"}},
-      {"ObtainPublicKey",
-       [](FramedRig& rig, int port) {
-         return PN_ObtainPublicKey(port, nullptr, kBaud, 1, 1024, rig.out_.text());
-       },
-       wire::kPublicKey1024,
-       Bytes(131, 0xAB),
-       0,
-       6,
-       1,
-       false,
-       unchanged,
-       {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=0", "UnPackData iRet=0",
-        "PN_ObtainPublicKey iRet=0"},
-       {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=#"},
-       {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=0", "UnPackData iRet=#"}},
-      {"ObtainDigest",
-       [](FramedRig& rig, int port) {
-         return PN_ObtainDigest(port, nullptr, kBaud, 4, rig.Text("abc"), rig.out_.text());
-       },
-       wire::kDigestOfAbc,
-       Bytes(32, 0xD1),
-       0,
-       3,
-       1,
-       false,
-       unchanged,
-       {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=0", "UnPackData iRet=0",
-        "PN_ObtainDigest iRet=0"},
-       {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=#"},
-       {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=0", "UnPackData iRet=#"}},
-      {"DownloadPinPadWK",
-       [](FramedRig& rig, int port) {
-         return PN_DownloadPinPadWK(port, nullptr, kBaud, rig.Text("FACTOR"), rig.Text("1"),
-                                    rig.Text(kWorkingKey), rig.Text("VERIFY"));
-       },
-       wire::kLoadKeyType1,
-       {0x00},
-       wire::kKeyType1Confirmed,
-       4,
-       2,
-       false,
-       unchanged,
-       {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=0,",
-        "UnPackData  iRet=12292,", "UnPackData  szRes[0]=0,", "PN_DownloadPinPadWK iRet=0"},
-       {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=#,"},
-       {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=0,", "UnPackData  iRet=#,",
-        "PN_DownloadPinPadWK iRet=#"}},
+      {.name = "GetPinPadFactor",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_GetPinPadFactor(port, nullptr, kBaud, rig.out_.text()); },
+       .body = wire::kReadFactor,
+       .data = BytesOf("FACTOR")},
+      {.name = "CreateFactorOfType2",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_CreateAndGetPinPadFactor(port, nullptr, kBaud, 2, rig.out_.text()); },
+       .body = wire::kMakeFactor2,
+       .data = BytesOf("FACTOR")},
+      {.name = "ObtainFactorOfType2",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_ObtainFactor(port, nullptr, kBaud, rig.Text("2"), rig.out_.text()); },
+       .body = wire::kMakeFactor2,
+       .data = BytesOf("FACTOR"),
+       .drains = 1,
+       .any_port = false,
+       .success = {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=0"},
+       .not_exchanged = {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=#"},
+       .refused = {"PN_ObtainFactor", "szWKType=2", kDrained, "PN_ObtainFactor iRet=-14"}},
+      {.name = "ObtainPublicKey",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_ObtainPublicKey(port, nullptr, kBaud, 1, 1024, rig.out_.text()); },
+       .body = wire::kPublicKey1024,
+       .data = Bytes(131, 0xAB),
+       .timeout_s = 6,
+       .drains = 1,
+       .any_port = false,
+       .refusal = Refusal::kStatusUnchanged,
+       .success = {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=0",
+                   "UnPackData iRet=0", "PN_ObtainPublicKey iRet=0"},
+       .not_exchanged = {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=#"},
+       .refused = {"PN_ObtainPublicKey  iAlgoType=1,iKeyLen=1024", kDrained, "TransProc iRet=0",
+                   "UnPackData iRet=#"}},
+      {.name = "ObtainDigest",
+       .call =
+           [](FramedRig& rig, int port) {
+             return PN_ObtainDigest(port, nullptr, kBaud, 4, rig.Text("abc"), rig.out_.text());
+           },
+       .body = wire::kDigestOfAbc,
+       .data = Bytes(32, 0xD1),
+       .timeout_s = 3,
+       .drains = 1,
+       .any_port = false,
+       .refusal = Refusal::kStatusUnchanged,
+       .success = {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=0", "UnPackData iRet=0",
+                   "PN_ObtainDigest iRet=0"},
+       .not_exchanged = {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=#"},
+       .refused = {"PN_ObtainDigest  iHashAlgo=4", kDrained, "TransProc iRet=0", "UnPackData iRet=#"}},
+      {.name = "DownloadPinPadWK",
+       .call =
+           [](FramedRig& rig, int port) {
+             return PN_DownloadPinPadWK(port, nullptr, kBaud, rig.Text("FACTOR"), rig.Text("1"),
+                                        rig.Text(kWorkingKey), rig.Text("VERIFY"));
+           },
+       .body = wire::kLoadKeyType1,
+       .data = {0x00},
+       .good_status = wire::kKeyType1Confirmed,
+       .timeout_s = 4,
+       .drains = 2,
+       .any_port = false,
+       .refusal = Refusal::kStatusUnchanged,
+       .success = {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=0,",
+                   "UnPackData  iRet=12292,", "UnPackData  szRes[0]=0,", "PN_DownloadPinPadWK iRet=0"},
+       .not_exchanged = {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=#,"},
+       .refused = {"PN_DownloadPinPadWK", load_texts, kDrained, kDrained, "TransProc  iRet=0,",
+                   "UnPackData  iRet=#,", "PN_DownloadPinPadWK iRet=#"}},
   };
 }
 
 std::vector<Command> Entries() {
-  const Refusal by_first_byte = Refusal::kByFirstByte;
   const Bytes block = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0};
   return {
-      {"GetPin",
-       [](FramedRig& rig, int port) {
-         return PN_GetPin(port, nullptr, kBaud, 30, &rig.number_, rig.out_.text());
-       },
-       wire::kEnterPin30,
-       block,
-       0,
-       32,
-       1,
-       true,
-       by_first_byte,
-       {"PN_GetPin", "TransProcByEnd iRet=0", "UnPackData iRet=0", "PN_GetPin iRet=0"},
-       {"PN_GetPin", "TransProcByEnd iRet=#"},
-       {"PN_GetPin", "TransProcByEnd iRet=0", "UnPackData iRet=#"}},
-      {"GetPinblockShowString",
-       [](FramedRig& rig, int port) {
-         return GetPinblockShowString(port, nullptr, kBaud, rig.out_.data(), &rig.number_, 30,
-                                      rig.Text("Key your PIN"));
-       },
-       wire::kEnterPinShowing,
-       block,
-       0,
-       32,
-       1,
-       false,
-       by_first_byte,
-       {"GetPinblockShowString", "TransProc iRet=0", "UnPackData iRet=0", "GetPinblockShowString iRet=0"},
-       {"GetPinblockShowString", "TransProc iRet=#"},
-       {"GetPinblockShowString", "TransProc iRet=0", "UnPackData iRet=#"}},
+      {.name = "GetPin",
+       .call = [](FramedRig& rig,
+                  int port) { return PN_GetPin(port, nullptr, kBaud, 30, &rig.number_, rig.out_.text()); },
+       .body = wire::kEnterPin30,
+       .data = block,
+       .timeout_s = 32,
+       .drains = 1,
+       .refusal = Refusal::kByFirstByte,
+       .success = {"PN_GetPin", "TransProcByEnd iRet=0", "UnPackData iRet=0", "PN_GetPin iRet=0"},
+       .not_exchanged = {"PN_GetPin", "TransProcByEnd iRet=#"},
+       .refused = {"PN_GetPin", "TransProcByEnd iRet=0", "UnPackData iRet=#"}},
+      {.name = "GetPinblockShowString",
+       .call =
+           [](FramedRig& rig, int port) {
+             return GetPinblockShowString(port, nullptr, kBaud, rig.out_.data(), &rig.number_, 30,
+                                          rig.Text("Key your PIN"));
+           },
+       .body = wire::kEnterPinShowing,
+       .data = block,
+       .timeout_s = 32,
+       .drains = 1,
+       .any_port = false,
+       .refusal = Refusal::kByFirstByte,
+       .success = {"GetPinblockShowString", "TransProc iRet=0", "UnPackData iRet=0",
+                   "GetPinblockShowString iRet=0"},
+       .not_exchanged = {"GetPinblockShowString", "TransProc iRet=#"},
+       .refused = {"GetPinblockShowString", "TransProc iRet=0", "UnPackData iRet=#"}},
   };
 }
 
@@ -594,9 +494,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(FramedRig, DrainsResultDoesNotMatterToTheOthers) {
   // Drained by a cancelled read, then answered.
-  usb_.OnTransfer([](const Transfer& transfer) {
-    if (transfer.in && transfer.index == 0) CancelRead();
-  });
+  CancelReading(0);
   Accepted(wire::kSetEndRule2);
   EXPECT_EQ(PN_SetEndRule(0, nullptr, kBaud, 2), 0);
   Accepted(wire::kReadDeviceId, BytesOf("SN"));

@@ -164,9 +164,7 @@ TEST_F(Documents, AbsentTerminalIsMinus3FromTheDrain) {
 
 TEST_F(Documents, OtherResultsOfTheDrainDoNotMatter) {
   const std::string path = MakeFile("a.pdf");
-  usb_.OnTransfer([](const Transfer& transfer) {
-    if (transfer.in && transfer.index == 0) CancelRead();
-  });
+  CancelReading(0);
   ExpectPush(255, "/tmp/a.pdf");
   usb_.ExpectCommand(
       "\x1B[2YCNEWSHOWFILE\x02"
