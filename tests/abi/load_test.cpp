@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "abi/programs.h"
+#include "support/named.h"
 #include "support/temp_dir.h"
 
 namespace gwq::test {
@@ -22,10 +23,6 @@ struct IniCase {
   std::string value;  // as it is printed
   bool log_is_on;
 };
-
-void PrintTo(const IniCase& ini, std::ostream* out) {
-  *out << ini.name;
-}
 
 class Load : public testing::Test {
  protected:
@@ -88,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
         IniCase{"NextSection", "[Gwq]\n[Next]\nLog=1\n", "", false},
         IniCase{"Comment", "[Gwq]\n#Log=1\n", "", false}, IniCase{"Malformed", "[Gwq\nLog=1\n", "", false},
         IniCase{"Garbage", "\x01\xFF]]][=\n=\n==1", "", false}),
-    [](const auto& each) { return each.param.name; });
+    kByName);
 
 TEST_F(Load, WorksTwentyTimesInOneProcess) {
   const IniCase ini{"", "[Gwq]\nLog=1\n", "1", true};

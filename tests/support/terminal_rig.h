@@ -5,13 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <gwq/frame/transaction.h>
 #include "support/log_capture.h"
+#include "support/named.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
 
@@ -44,10 +44,6 @@ inline std::string NameOf(Failure failure) {
     default:
       return "NotOpened";
   }
-}
-
-inline void PrintTo(Failure failure, std::ostream* out) {
-  *out << NameOf(failure);
 }
 
 class TerminalRig : public testing::Test {

@@ -10,6 +10,7 @@
 
 #include <gwq/codec/packet.h>
 #include <gwq/codec/text_forms.h>
+#include "support/named.h"
 #include "unit/codec/buffers.h"
 
 namespace gwq::test {
@@ -228,8 +229,7 @@ TEST_P(EachConversion, DoesAsAPlainLoopOnLongInput) {
   for (const int length : {2047, 2048, 2049, 65536}) Check(random.Bytes(length), 2 * length);
 }
 
-INSTANTIATE_TEST_SUITE_P(Codec, EachConversion, testing::ValuesIn(kConversions),
-                         [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Codec, EachConversion, testing::ValuesIn(kConversions), kByName);
 
 TEST(RoundTrip, HexadecimalTextBackToBytes) {
   Random random(5);

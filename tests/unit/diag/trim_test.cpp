@@ -5,6 +5,8 @@
 #include <string>
 
 #include <gwq/diag/Rwini.h>
+#include "support/bytes.h"
+#include "support/named.h"
 
 namespace gwq::test {
 namespace {
@@ -15,6 +17,10 @@ struct TrimCase {
   const char* right;
   const char* both;
 };
+
+std::string NameOf(const TrimCase& each) {
+  return Readable(BytesOf(each.input));
+}
 
 class Trim : public testing::TestWithParam<TrimCase> {
  protected:

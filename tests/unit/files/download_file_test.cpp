@@ -343,7 +343,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, DownloadFileQuery,
                                          QueryCase{"RefusalWithMore", "\x02U\x03more and more\x03", false},
                                          QueryCase{"UnknownLikeRefusal", "\x02Umore and more\x03", true},
                                          QueryCase{"Done", std::string(wire::kDone), false}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(DownloadFile, AddingMissingPicturesOfAnEmptyListIsOk) {
   const LogCapture log;

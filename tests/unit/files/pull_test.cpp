@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadPacket{"TwoReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(1019)))},
         BadPacket{"TwoFullReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(2042)))},
         BadPacket{"ThreeReportsCheck", WithWrongCheck(TransferPacket(kDataPacket, Pattern(3000)))}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(Pull, SilenceAfterSomeDataLeavesTheFile) {
   ExpectRequest();

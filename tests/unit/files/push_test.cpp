@@ -28,6 +28,10 @@ struct SizeCase {
   std::vector<std::size_t> pieces;
 };
 
+std::string NameOf(const SizeCase& each) {
+  return std::to_string(each.size);
+}
+
 class PushOfSize : public Push, public testing::WithParamInterface<SizeCase> {};
 
 TEST_P(PushOfSize, SendsModeChangeStartPiecesAndEnd) {
@@ -53,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, PushOfSize,
                                          SizeCase{200'000, {200'000, 0}}, SizeCase{200'001, {200'000, 1}},
                                          SizeCase{400'000, {200'000, 200'000, 0}},
                                          SizeCase{450'000, {200'000, 200'000, 50'000}}),
-                         [](const auto& each) { return std::to_string(each.param.size); });
+                         kByName);
 
 TEST_F(Push, BytesOnTheWireAreThese) {
   file_ = MakeFile("f", "\x01\x02\x04");
@@ -299,15 +303,19 @@ TEST_F(Push, NullPathGivesMinus1AfterTheStart) {
 struct NameCase {
   int type;
   std::uint8_t sent;
-  const char* name;
+  const char* remote;
   const char* stored;
 };
+
+std::string NameOf(const NameCase& each) {
+  return std::to_string(each.type) + (each.remote == nullptr ? " NULL" : std::string(" ") + each.remote);
+}
 
 class PushNamed : public Push, public testing::WithParamInterface<NameCase> {};
 
 TEST_P(PushNamed, EndPacketCarriesTypeAndName) {
   ExpectPush(GetParam().sent, GetParam().stored);
-  EXPECT_EQ(Run(GetParam().type, GetParam().name), 0);
+  EXPECT_EQ(Run(GetParam().type, GetParam().remote), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(

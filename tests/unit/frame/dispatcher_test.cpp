@@ -10,6 +10,7 @@
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
+#include "support/named.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
 
@@ -98,8 +99,7 @@ class Dispatcher : public testing::TestWithParam<Layer> {
   FakeTty tty_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Layers, Dispatcher, testing::Values(kOuter, kInner),
-                         [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Layers, Dispatcher, testing::Values(kOuter, kInner), kByName);
 
 TEST(Descriptor, FieldsStandWhereHostsExpectThem) {
   EXPECT_EQ(offsetof(TransMssionLinux_t, nHead), 0U);

@@ -7,6 +7,7 @@
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
+#include "support/named.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
 
@@ -96,9 +97,8 @@ class Member : public testing::TestWithParam<Case> {
 class ReadingMember : public Member {};
 class SendingMember : public Member {};
 
-const auto kNameOf = [](const auto& each) { return std::string(each.param.name); };
-INSTANTIATE_TEST_SUITE_P(All, ReadingMember, testing::ValuesIn(kReading), kNameOf);
-INSTANTIATE_TEST_SUITE_P(All, SendingMember, testing::ValuesIn(kSending), kNameOf);
+INSTANTIATE_TEST_SUITE_P(All, ReadingMember, testing::ValuesIn(kReading), kByName);
+INSTANTIATE_TEST_SUITE_P(All, SendingMember, testing::ValuesIn(kSending), kByName);
 
 TEST_P(ReadingMember, GivesAnAnswerThatItsPredicateAccepts) {
   ExpectCommand();

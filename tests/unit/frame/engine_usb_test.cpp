@@ -11,6 +11,7 @@
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
+#include "support/named.h"
 #include "support/scripted_usb.h"
 #include "support/test_clock.h"
 #include "usb_ids.h"
@@ -322,6 +323,10 @@ struct TimeoutCase {
   int milliseconds;
   int transfers;  // of 200 ms, from the beginning of a second
 };
+
+std::string NameOf(const TimeoutCase& each) {
+  return std::to_string(each.milliseconds);
+}
 
 class EngineTimeout : public EngineUsb, public testing::WithParamInterface<TimeoutCase> {};
 

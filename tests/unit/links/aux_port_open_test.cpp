@@ -14,6 +14,7 @@
 #include "support/fake_tty.h"
 #include "support/iconv_text.h"
 #include "support/log_capture.h"
+#include "support/named.h"
 
 namespace gwq::test {
 namespace {
@@ -143,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Dialect{"FifthPort3", 5, 3, 9600, "\033!60;1m\033!b", "A|", "\033!P"},
                     Dialect{"FifthPort4", 5, 4, 9600, "\033!45;1m\033!b", "A|", "\033!P"},
                     Dialect{"FifthPort99", 5, 99, 9600, "\033!45;1m\033!b", "A|", "\033!P"}),
-    [](const auto& each) { return each.param.name; });
+    kByName);
 
 TEST(AuxOpen, LineIsSetUpAsTheSerialLinkWouldAndRestoredAtClose) {
   FakeTty tty;

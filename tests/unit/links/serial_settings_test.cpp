@@ -9,6 +9,7 @@
 #include <gwq/links/serial.h>
 #include "support/fake_tty.h"
 #include "support/log_capture.h"
+#include "support/named.h"
 
 namespace gwq::test {
 namespace {
@@ -42,6 +43,10 @@ struct SpeedCase {
   unsigned code;
 };
 
+std::string NameOf(const SpeedCase& each) {
+  return (each.baud < 0 ? "Minus" : "") + std::to_string(std::abs(each.baud));
+}
+
 class SerialSpeed : public testing::TestWithParam<SpeedCase> {};
 
 TEST_P(SerialSpeed, BaudSelectsItsCodeAndUnknownOnesMean9600) {
@@ -59,10 +64,7 @@ INSTANTIATE_TEST_SUITE_P(Bauds, SerialSpeed,
                                          SpeedCase{115200, 0x1002}, SpeedCase{600, 0xD},
                                          SpeedCase{57601, 0xD}, SpeedCase{57599, 0xD}, SpeedCase{0, 0xD},
                                          SpeedCase{-9600, 0xD}, SpeedCase{230400, 0xD}, SpeedCase{299, 0xD}),
-                         [](const auto& each) {
-                           return each.param.baud < 0 ? "Minus" + std::to_string(-each.param.baud)
-                                                      : std::to_string(each.param.baud);
-                         });
+                         kByName);
 
 TEST(SerialSettings, OpenAsksForRawModeAndKeepsTheRestAsSaved) {
   FakeTty tty;

@@ -239,7 +239,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, CounterAcknowledgement,
                                          Acknowledgement{"ZeroReport", Bytes(1024, 0), -14},
                                          Acknowledgement{"ZeroFirst", {0x00, 0xAA}, -14},
                                          Acknowledgement{"FullReport", Bytes(1024, 0xAA), -14}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(CounterKeys, SilenceGivesMinus11After3Seconds) {
   usb_.ExpectCommand(wire::kResetKeys);

@@ -142,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, CounterWrongBlock,
                                                                                  "201122334455667788\x03")},
                                          WrongAnswer{"ZeroReport", Bytes(1024, 0)},
                                          WrongAnswer{"FullOfText", Bytes(1024, 'x')}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(CounterPinBlock, AnswerInAWholeReportIsTakenAsText) {
   Answered(wire::kDesBlock, PaddedToReports(BytesOf(wire::kBlock8)));

@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, CounterDate,
                                          VersionCase{"EtxAlone", "\x03", ""},
                                          VersionCase{"OtherMarks", "V|20231114\x03", "20231114"},
                                          VersionCase{"UnknownWithMore", "\x02UU|20240101\x03", "20240101"}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(CounterVersion, LongestAnswerDoesNoHarm) {
   usb_.ExpectCommand(wire::kGetVersion);
@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Utf8Case{"YearAlone", "\x02|2024\x03", 0}, Utf8Case{"NoNumber", "\x02|nonsense\x03", 0},
                     Utf8Case{"Negative", "\x02|-9999999\x03", 0}, Utf8Case{"Nothing", "\x02|\x03", 0},
                     Utf8Case{"Unknown", std::string(wire::kUnknownCommand), 0}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(CounterVersion, Utf8CheckLogsTheNumber) {
   usb_.ExpectCommand(wire::kGetVersion).Answer(wire::kVersion20231114);

@@ -246,18 +246,13 @@ std::vector<Command> Commands() {
   return all;
 }
 
-void PrintTo(const Command& command, std::ostream* out) {
-  *out << command.name;
-}
-
 class FramedCommand : public FramedRig, public testing::WithParamInterface<Command> {
  protected:
   const Command& command_ = GetParam();
   const Bytes good_ = wire::PinPadAnswer(command_.good_status, command_.data);
 };
 
-INSTANTIATE_TEST_SUITE_P(All, FramedCommand, testing::ValuesIn(Commands()),
-                         [](const auto& each) { return std::string(each.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, FramedCommand, testing::ValuesIn(Commands()), kByName);
 
 TEST_P(FramedCommand, SendsItsFrameAndReadsUntilEtx) {
   Exchange(command_.body, good_);
@@ -334,10 +329,7 @@ class FramedFailure : public FramedRig, public testing::WithParamInterface<std::
 
 INSTANTIATE_TEST_SUITE_P(All, FramedFailure,
                          testing::Combine(testing::ValuesIn(Commands()), testing::ValuesIn(kFailures)),
-                         [](const auto& each) {
-                           std::string name = std::get<0>(each.param).name;
-                           return name.append(NameOf(std::get<1>(each.param)));
-                         });
+                         kByNames);
 
 TEST_P(FramedFailure, PassesThroughAndLeavesOutputsUntouched) {
   const auto& [command, how] = GetParam();
@@ -357,10 +349,6 @@ struct BadAnswer {
   Bytes answer;
   int unpacked;
 };
-
-void PrintTo(const BadAnswer& bad, std::ostream* out) {
-  *out << bad.name;
-}
 
 Bytes WrongCheck() {
   Bytes answer = wire::PinPadAnswer(0, {0x12, 0x34});
@@ -442,10 +430,6 @@ struct Drained {
   Lines log;
 };
 
-void PrintTo(const Drained& drained, std::ostream* out) {
-  *out << drained.name;
-}
-
 class FramedDrain : public FramedRig, public testing::WithParamInterface<Drained> {};
 
 TEST_P(FramedDrain, LinkThatCannotBeOpenedEndsTheCall) {
@@ -490,7 +474,7 @@ INSTANTIATE_TEST_SUITE_P(
                                              rig.Text("V"));
                 },
                 {"PN_DownloadPinPadWK", "szPinPadFactor=F,encWKData=11,szVerifyKey=V", kNotOpened}}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(FramedRig, DrainsResultDoesNotMatterToTheOthers) {
   // Drained by a cancelled read, then answered.

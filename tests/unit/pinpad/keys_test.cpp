@@ -131,11 +131,8 @@ TEST_F(Factor, IsObtainedOfType1WithoutAText) {
 
 class FactorStepFailure : public Factor, public testing::WithParamInterface<std::tuple<int, Failure>> {};
 
-INSTANTIATE_TEST_SUITE_P(
-    Steps, FactorStepFailure, testing::Combine(testing::Values(0, 1), testing::ValuesIn(kFailures)),
-    [](const auto& each) {
-      return std::to_string(std::get<0>(each.param)).append(NameOf(std::get<1>(each.param)));
-    });
+INSTANTIATE_TEST_SUITE_P(Steps, FactorStepFailure,
+                         testing::Combine(testing::Values(0, 1), testing::ValuesIn(kFailures)), kByNames);
 
 TEST_P(FactorStepFailure, OfType1PassesThrough) {
   const auto& [step, how] = GetParam();
@@ -331,6 +328,10 @@ struct Sizes {
   std::string length;
 };
 
+std::string NameOf(const Sizes& each) {
+  return std::to_string(each.bytes);
+}
+
 class WorkingKeyOfSize : public WorkingKey, public testing::WithParamInterface<Sizes> {};
 
 TEST_P(WorkingKeyOfSize, TellsItInOneByte) {
@@ -343,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(Bytes, WorkingKeyOfSize,
                          testing::Values(Sizes{1, "\x01"}, Sizes{8, "\x08"}, Sizes{112, "\x70"},
                                          Sizes{233, "\xE9"}, Sizes{235, "\xEB"}, Sizes{255, "\xFF"},
                                          Sizes{256, "\x01"}, Sizes{257, "\x01"}, Sizes{1000, "\xE8"}),
-                         [](const auto& each) { return std::to_string(each.param.bytes); });
+                         kByName);
 
 TEST_F(WorkingKey, BodyEndsBeforeItsFirstZeroByte) {
   Confirmed("\x30\x04\x10\x11\x22");
@@ -384,6 +385,10 @@ struct Record {
   std::size_t sent;
 };
 
+std::string NameOf(const Record& each) {
+  return std::to_string(each.told);
+}
+
 class WorkingKeyRecord : public WorkingKey, public testing::WithParamInterface<Record> {
  protected:
   const Bytes c1_ = Counting(64);
@@ -412,7 +417,7 @@ INSTANTIATE_TEST_SUITE_P(ToldBytes, WorkingKeyRecord,
                          testing::Values(Record{16, 16}, Record{0, 0}, Record{1, 1}, Record{136, 136},
                                          Record{137, 136}, Record{200, 136}, Record{0x1000, 136},
                                          Record{0xFFFF, 136}),
-                         [](const auto& each) { return std::to_string(each.param.told); });
+                         kByName);
 
 TEST_F(WorkingKey, RecordIsCutAtItsFirstZeroByteToo) {
   Bytes record = Concat({16, 0}, Counting(232));
@@ -430,10 +435,6 @@ struct Confirmation {
   int result_of_type1;
   int result_of_type2;
 };
-
-void PrintTo(const Confirmation& each, std::ostream* out) {
-  *out << each.name;
-}
 
 class WorkingKeyAnswer : public WorkingKey, public testing::WithParamInterface<Confirmation> {
  protected:
@@ -476,7 +477,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, WorkingKeyAnswer,
                                          Confirmation{"OtherStatus", 0x6A82, {0x01}, 0x6A82, 0x6A82},
                                          Confirmation{"Status3", 3, {}, 3, 3},
                                          Confirmation{"StatusFFFF", 0xFFFF, {}, 65535, 65535}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 }  // namespace
 }  // namespace gwq::test

@@ -23,10 +23,6 @@ std::string NameOf(Style style) {
   return style == Style::kPlain ? "Plain" : "Showing";
 }
 
-void PrintTo(Style style, std::ostream* out) {
-  *out << NameOf(style);
-}
-
 // In the order in which they are sent.
 enum Step { kType, kLength, kMode, kSound, kAccountStep, kFactor, kEntry, kEnd };
 
@@ -160,8 +156,7 @@ class PinBlock : public PinBlockRig, public testing::WithParamInterface<Style> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, PinBlock, testing::Values(Style::kPlain, Style::kShowing),
-                         [](const auto& each) { return NameOf(each.param); });
+INSTANTIATE_TEST_SUITE_P(Both, PinBlock, testing::Values(Style::kPlain, Style::kShowing), kByName);
 
 TEST_P(PinBlock, BoundToAnAccountTakesSevenCommandsInOrder) {
   Accepts(kType, kEnd);
@@ -334,9 +329,7 @@ class PinBlockAccount : public PinBlockRig, public testing::WithParamInterface<s
 INSTANTIATE_TEST_SUITE_P(Digits, PinBlockAccount,
                          testing::Combine(testing::Values(Style::kPlain, Style::kShowing),
                                           testing::Range(0, 31)),
-                         [](const auto& each) {
-                           return NameOf(std::get<0>(each.param)) + std::to_string(std::get<1>(each.param));
-                         });
+                         kByNames);
 
 TEST_P(PinBlockAccount, IsSentAsTwelveDigitsOrEmpty) {
   const std::string digits =
@@ -365,10 +358,6 @@ std::string NameOf(const Case& each) {
   static const char* const kSteps[] = {"Type", "Length", "Mode", "Sound", "Account", "Factor", "Entry"};
   static const char* const kWrongs[] = {"Refused", "Damaged", "NotSent", "Silent", "Cancelled", "NotOpened"};
   return std::string(kSteps[each.step]) + kWrongs[static_cast<int>(each.wrong)];
-}
-
-void PrintTo(const Case& each, std::ostream* out) {
-  *out << NameOf(each);
 }
 
 std::vector<Case> Cases() {
@@ -433,9 +422,7 @@ class PinBlockStep : public PinBlockRig, public testing::WithParamInterface<std:
 INSTANTIATE_TEST_SUITE_P(Failing, PinBlockStep,
                          testing::Combine(testing::Values(Style::kPlain, Style::kShowing),
                                           testing::ValuesIn(Cases())),
-                         [](const auto& each) {
-                           return NameOf(std::get<0>(each.param)) + NameOf(std::get<1>(each.param));
-                         });
+                         kByNames);
 
 TEST_P(PinBlockStep, EndsTheCallButForTheLengthThatIsOnlyCompared) {
   const Case each = std::get<1>(GetParam());

@@ -87,6 +87,10 @@ struct Time {
   int waited_s;
 };
 
+std::string NameOf(const Time& each) {
+  return std::to_string(each.seconds);
+}
+
 class PinEntryTime : public PinEntry, public testing::WithParamInterface<Time> {};
 
 INSTANTIATE_TEST_SUITE_P(Seconds, PinEntryTime,
@@ -95,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(Seconds, PinEntryTime,
                                          Time{0, "\x30\x05", "\x40\x30", 2},
                                          Time{256, "\x30\x05", "\x40\x30", 258},
                                          Time{257, "\x30\x05\x01", "\x40\x30\x01T", 259}),
-                         [](const auto& each) { return std::to_string(each.param.seconds); });
+                         kByName);
 
 TEST_P(PinEntryTime, IsSentAsItsLowByteAndWaitedForWith2SecondsMore) {
   Fails(GetParam().body, Failure::kSilent);
@@ -155,10 +159,6 @@ struct FirstByte {
   int result;
 };
 
-void PrintTo(const FirstByte& first, std::ostream* out) {
-  *out << first.name;
-}
-
 class PinEntryRefusal : public PinEntry, public testing::WithParamInterface<FirstByte> {};
 
 TEST_P(PinEntryRefusal, IsToldByTheAnswersFirstByte) {
@@ -179,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
                     FirstByte{"FrameWithStatus1", TextOf(wire::PinPadAnswer(1)), -2},
                     FirstByte{"OneBeforeAFrameWithStatus", "\x01" + TextOf(wire::PinPadAnswer(5)), -18},
                     FirstByte{"Nothing", std::string(1024, '\0'), -8}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(PinEntry, OneInFrontOfAGoodFrameIsNoRefusal) {
   Exchange(wire::kEnterPin30, Concat({0x01}, wire::PinPadAnswer(0, kBlock)));
@@ -308,7 +308,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Keyed{"OneDigit", "B7F", "7"}, Keyed{"None", "BF", ""}, Keyed{"FAlone", "F", ""},
                     Keyed{"Empty", std::string(1024, '\0'), ""}, Keyed{"FInside", "BAFFF", "AFF"},
                     Keyed{"Of1000Digits", "B" + std::string(1000, '7') + "F", std::string(1000, '7')}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(NumberEntry, LongestAnswerIsCopiedUpTo1024Bytes) {
   GuardedBuffer number(4096, kFill);
@@ -321,8 +321,7 @@ TEST_F(NumberEntry, LongestAnswerIsCopiedUpTo1024Bytes) {
 
 class NumberFailure : public NumberEntry, public testing::WithParamInterface<Failure> {};
 
-INSTANTIATE_TEST_SUITE_P(All, NumberFailure, testing::ValuesIn(kFailures),
-                         [](const auto& each) { return NameOf(each.param); });
+INSTANTIATE_TEST_SUITE_P(All, NumberFailure, testing::ValuesIn(kFailures), kByName);
 
 TEST_P(NumberFailure, PassesThrough) {
   FailsText(wire::kAskNumber, GetParam());

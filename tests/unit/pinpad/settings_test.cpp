@@ -30,10 +30,6 @@ struct Value {
   std::string body;
 };
 
-void PrintTo(const Value& value, std::ostream* out) {
-  *out << value.name;
-}
-
 class SettingValue : public PinPadRig, public testing::WithParamInterface<Value> {};
 
 TEST_P(SettingValue, IsSentAsItsLowByteUnlessThatIsZero) {
@@ -82,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         Value{"FillOfEmptyTextGivesZeros", [] { return SetFillType(""); }, std::string(wire::kFillWithZeros)},
         Value{"FillOfNullGivesZeros", [] { return PN_SetFillType(0, nullptr, kBaud, nullptr); },
               std::string(wire::kFillWithZeros)}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 INSTANTIATE_TEST_SUITE_P(
     Accounts, SettingValue,
@@ -107,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(
                           "\x30\x16\x2C" + std::string(252, '7')},
                     Value{"NullOfLength0", [] { return PN_SetAccount(0, nullptr, kBaud, nullptr, 0); },
                           "\x30\x16"}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 class Settings : public PinPadRig {};
 
@@ -133,10 +129,6 @@ struct Read {
   int number;
 };
 
-void PrintTo(const Read& read, std::ostream* out) {
-  *out << read.name;
-}
-
 class SettingRead : public PinPadRig, public testing::WithParamInterface<Read> {};
 
 TEST_P(SettingRead, IsTheFirstDataByte) {
@@ -154,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(Values, SettingRead,
                          testing::Values(Read{"Zero", {0x00}, 0}, Read{"One", {0x01}, 1},
                                          Read{"FirstOfSeveral", {0x06, 0x07, 0x08}, 6},
                                          Read{"Above127", {0xFF}, 255}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(Settings, AnswerWithoutDataLeavesTheTypeAndFailsTheLength) {
   int number = kUntouched;
@@ -281,8 +273,7 @@ TEST_P(DeviceIdFailure, IsMinus14UnlessTheLinkCouldNotBeOpened) {
   EXPECT_EQ(Elapsed(), silent ? 1 + 4 : 1) << "the drain, and more than 3 whole seconds";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DeviceIdFailure, testing::ValuesIn(kFailures),
-                         [](const auto& each) { return NameOf(each.param); });
+INSTANTIATE_TEST_SUITE_P(All, DeviceIdFailure, testing::ValuesIn(kFailures), kByName);
 
 // ---------------------------------------------------------------- all four
 
@@ -346,11 +337,9 @@ TEST_P(ParameterStep, ThatIsDamagedEndsTheCall) {
 class ParameterFailure : public Parameters,
                          public testing::WithParamInterface<std::tuple<std::size_t, Failure>> {};
 
-INSTANTIATE_TEST_SUITE_P(
-    Steps, ParameterFailure, testing::Combine(testing::Values(0, 1, 2, 3), testing::ValuesIn(kFailures)),
-    [](const auto& each) {
-      return std::to_string(std::get<0>(each.param)).append(NameOf(std::get<1>(each.param)));
-    });
+INSTANTIATE_TEST_SUITE_P(Steps, ParameterFailure,
+                         testing::Combine(testing::Values(0, 1, 2, 3), testing::ValuesIn(kFailures)),
+                         kByNames);
 
 TEST_P(ParameterFailure, EndsTheCallWithTheExchangesStatus) {
   const auto& [step, how] = GetParam();

@@ -209,10 +209,6 @@ struct Info {
   std::string fields;
 };
 
-void PrintTo(const Info& info, std::ostream* out) {
-  *out << info.name;
-}
-
 std::string Hex(std::size_t bytes) {
   std::string hex;
   for (std::size_t i = 0; i < bytes; ++i) hex += "5A";
@@ -239,7 +235,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Info{"NegativeLength", "abc", -1, "0|"},
                     Info{"AllThatFit", std::string(20480, 'Z'), 20480, "40960|" + Hex(20480)},
                     Info{"NoMoreThanFit", std::string(20481, 'Z'), 20481, "40960|" + Hex(20480)}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 TEST_F(StringBlock, NullPointersAreRefusedBeforeAnythingIsSent) {
   int length = 3;
@@ -262,8 +258,7 @@ class StringBlockFailure : public StringBlock, public testing::WithParamInterfac
   const int status_ = StatusOf(how_);
 };
 
-INSTANTIATE_TEST_SUITE_P(All, StringBlockFailure, testing::ValuesIn(kFailures),
-                         [](const auto& each) { return NameOf(each.param); });
+INSTANTIATE_TEST_SUITE_P(All, StringBlockFailure, testing::ValuesIn(kFailures), kByName);
 
 TEST_P(StringBlockFailure, OfTheVersionIsIgnoredUnlessTheLinkCouldNotBeOpened) {
   FailsText(wire::kGetFirmwareVersion, how_);
@@ -372,7 +367,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, StringBlockAnswer,
                                          Answer{"TwoMarks", "\x02\x03", ""}, Answer{"EtxAlone", "\x03", ""},
                                          Answer{"Of2000Bytes", "\x02\x30" + std::string(2000, 'X') + "\x03",
                                                 std::string(2000, 'X')}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(StringBlock, LongestAnswerIsCopiedUpTo4096Bytes) {
   GuardedBuffer answer(8192, kFill);

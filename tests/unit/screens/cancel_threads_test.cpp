@@ -118,6 +118,10 @@ struct Moment {
   int index;
 };
 
+std::string NameOf(const Moment& moment) {
+  return (moment.in ? "In" : "Out") + std::to_string(moment.index);
+}
+
 class CancelAtMoment : public CancelThreads, public testing::WithParamInterface<Moment> {
  protected:
   // The engine has the request once the link's line about it is in the log.

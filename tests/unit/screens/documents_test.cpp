@@ -227,7 +227,7 @@ INSTANTIATE_TEST_SUITE_P(Answers, ConfirmAnswer,
                                          Decision{"Declined", wire::kCustomerCancelled, 1, 0},
                                          Decision{"TooLate", wire::kCustomerTooLate, 2, -2},
                                          Decision{"Failed", wire::kRefused, 2, -14}),
-                         [](const auto& each) { return std::string(each.param.name); });
+                         kByName);
 
 TEST_F(Documents, OtherAnswersLeaveTheDecisionAsItWas) {
   const std::string paths = MakeDocuments();

@@ -253,6 +253,10 @@ struct Key {
   unsigned rating;
 };
 
+std::string NameOf(const Key& each) {
+  return Readable(BytesOf(each.answer));
+}
+
 class RatingKeys : public Evaluation, public testing::WithParamInterface<Key> {};
 
 TEST_P(RatingKeys, ReachTheCaller) {

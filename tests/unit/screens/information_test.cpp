@@ -39,6 +39,10 @@ struct Key {
   unsigned value;
 };
 
+std::string NameOf(const Key& each) {
+  return Readable(BytesOf(each.answer));
+}
+
 class InformationKeys : public Information, public testing::WithParamInterface<Key> {};
 
 TEST_P(InformationKeys, ReachTheCaller) {

@@ -45,10 +45,6 @@ const Kind kVoiceKind{.name = "Voice",
                       .done = {InGbk("启动电子签名成功")},
                       .success = "MP_SignPDF_Voice Success, end"};
 
-void PrintTo(const Kind& kind, std::ostream* out) {
-  *out << kind.name;
-}
-
 class SigningCalls : public SigningRig {
  protected:
   int Plain(int timeout = 30) {
@@ -87,8 +83,7 @@ class Sign : public SigningCalls, public testing::WithParamInterface<Kind> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Sign, testing::Values(kPlainKind, kVoiceKind),
-                         [](const auto& each) { return std::string(each.param.name); });
+INSTANTIATE_TEST_SUITE_P(Kinds, Sign, testing::Values(kPlainKind, kVoiceKind), kByName);
 
 // ------------------------------------------------------------------ the whole way
 

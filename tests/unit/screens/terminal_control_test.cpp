@@ -50,6 +50,10 @@ struct Version {
   std::string_view private_part;
 };
 
+std::string NameOf(const Version& each) {
+  return Readable(BytesOf(each.answer));
+}
+
 class FirmwareVersions : public FirmwareVersion, public testing::WithParamInterface<Version> {};
 
 TEST_P(FirmwareVersions, OfTwoPartsAreTaken) {
@@ -78,6 +82,10 @@ struct NoVersion {
   std::string_view answer;
   int index;
 };
+
+std::string NameOf(const NoVersion& each) {
+  return Readable(BytesOf(each.answer));
+}
 
 class NoFirmwareVersions : public FirmwareVersion, public testing::WithParamInterface<NoVersion> {};
 
