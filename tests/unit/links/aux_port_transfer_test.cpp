@@ -1,16 +1,14 @@
-// Writing, reading and cancelling through the auxiliary port.
+// What is the auxiliary port's own: what is written around the data, its log, and its pause after a cancel.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <termios.h>
-
-#include <atomic>
-#include <thread>
 
 #include <gwq/links/aux_port.h>
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/iconv_text.h"
 #include "support/log_capture.h"
+#include "support/predicates.h"
 #include "support/test_clock.h"
 
 namespace gwq::test {
@@ -32,34 +30,11 @@ class AuxTransfer : public testing::Test {
   }
   ~AuxTransfer() override { ICC_CloseLinux(); }
 
-  std::vector<std::string> Writes() const {
-    std::vector<std::string> writes;
-    for (const std::string& call : tty_.Calls()) {
-      if (call.starts_with("write")) writes.push_back(call);
-    }
-    return writes;
-  }
-
   FakeTty tty_;
 };
 
 std::string EndOfReadLog() {
   return InGbk("ICC_ReadLinu :从辅口得到数据\n");
-}
-
-int Never(unsigned char*, int) {
-  return 1;
-}
-
-int AtOnce(unsigned char*, int) {
-  return 0;
-}
-
-std::vector<int> g_asked;
-
-int Recorder(unsigned char*, int count) {
-  g_asked.push_back(count);
-  return count >= 3 ? 0 : 7;
 }
 
 TEST_F(AuxTransfer, WriteSendsPrefixPayloadAndSuffix) {
@@ -107,13 +82,6 @@ TEST_F(AuxTransfer, PlainWriteSendsThePayloadAlone) {
   EXPECT_EQ(tty_.Received().size(), before + 3);
 }
 
-TEST_F(AuxTransfer, WriteGoesOnAfterPartialWrites) {
-  tty_.NextWritesMove({3, 0, 1});
-  EXPECT_EQ(ICC_WriteLinuxAux(BytesOf("0123456789").data(), 10), 10);
-  EXPECT_EQ(tty_.Received(), BytesOf("0123456789"));
-  EXPECT_THAT(Writes(), ElementsAre("write 10", "write 7", "write 7", "write 6"));
-}
-
 TEST_F(AuxTransfer, WriteRefusesNullAndLengthsBelow1AndSendsNothingAround) {
   VK_OpenAuxPort(1, 1, 9600, 0);
   const Bytes before = tty_.Received();
@@ -146,16 +114,6 @@ TEST_F(AuxTransfer, ReadRefusesANullBuffer) {
   EXPECT_THAT(log.Messages(), IsEmpty());
 }
 
-TEST_F(AuxTransfer, ReadEndsAtTheMaximumAndLeavesTheRestInTheDevice) {
-  GuardedBuffer buffer(10);
-  tty_.Send("0123456789AB");
-  EXPECT_EQ(ICC_ReadLinuxAux(buffer.data(), 10, 5, nullptr), 10);
-  EXPECT_EQ(buffer.Content(), BytesOf("0123456789"));
-  EXPECT_EQ(tty_.Waiting(), 2);
-  EXPECT_EQ(ICC_ReadLinux(buffer.data(), 2, 5, nullptr), 2);
-  EXPECT_EQ(buffer.First(2), BytesOf("AB"));
-}
-
 TEST_F(AuxTransfer, ReadLogsTheBuffersBeginningWithEachReadsCountAndItsEnd) {
   g_asked.clear();
   tty_.OnRead([this](int index) {
@@ -164,34 +122,12 @@ TEST_F(AuxTransfer, ReadLogsTheBuffersBeginningWithEachReadsCountAndItsEnd) {
   });
   GuardedBuffer buffer(6, 0x55);
   const LogCapture log;
-  EXPECT_EQ(ICC_ReadLinux(buffer.data(), 6, 5, &Recorder), 3);
+  EXPECT_EQ(ICC_ReadLinux(buffer.data(), 6, 5, &UntilThree), 3);
   EXPECT_EQ(buffer.Content(), BytesOf("abcUUU"));
   EXPECT_THAT(g_asked, ElementsAre(0, 1, 3));
   EXPECT_THAT(log.Messages(),
               ElementsAre("ICC_ReadLinux =  LEN=0   HEX: ", "ICC_ReadLinux =  LEN=1   HEX: 61",
                           "ICC_ReadLinux =  LEN=2   HEX: 6162", EndOfReadLog()));
-}
-
-TEST_F(AuxTransfer, MaximumOf0OrLessEndsWithItAfterOneRead) {
-  GuardedBuffer buffer(1, 0x55);
-  tty_.Send("x");
-  EXPECT_EQ(ICC_ReadLinux(buffer.data(), 0, 5, nullptr), 0);
-  EXPECT_EQ(ICC_ReadLinux(buffer.data(), -3, 5, nullptr), -3);
-  EXPECT_TRUE(buffer.AllAre(0x55));
-}
-
-TEST_F(AuxTransfer, MaximumIsLookedAtBeforeThePredicate) {
-  g_asked.clear();
-  tty_.Send("abc");
-  unsigned char buffer[3] = {};
-  EXPECT_EQ(ICC_ReadLinux(buffer, 3, 5, &Recorder), 3);
-  EXPECT_TRUE(g_asked.empty());
-}
-
-TEST_F(AuxTransfer, PredicateMayEndAReadThatBroughtNothing) {
-  unsigned char byte = 0x55;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 5, &AtOnce), 0);
-  EXPECT_EQ(byte, 0x55);
 }
 
 TEST_F(AuxTransfer, TimeoutOf0EndsWhenTheSecondChanges) {
@@ -204,21 +140,6 @@ TEST_F(AuxTransfer, TimeoutOf0EndsWhenTheSecondChanges) {
   EXPECT_EQ(Now(), kStart + 1);
   EXPECT_EQ(log.Messages().size(), 11U);
   EXPECT_EQ(log.Messages().back(), EndOfReadLog());
-}
-
-TEST_F(AuxTransfer, TimeoutEndsOnlyAfterMoreSecondsThanGiven) {
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 3, &Never), -4);
-  EXPECT_EQ(Now(), kStart + 4);
-}
-
-TEST_F(AuxTransfer, AnswerInTheLastMomentCounts) {
-  tty_.OnRead([this](int) {
-    AdvanceMs(60'000);
-    tty_.Send("abc");
-  });
-  unsigned char buffer[5] = {};
-  EXPECT_EQ(ICC_ReadLinux(buffer, 5, 1, &Recorder), 3);
 }
 
 TEST_F(AuxTransfer, ReadErrorBehindSomeBytesGivesMinus6) {
@@ -246,46 +167,6 @@ TEST_F(AuxTransfer, CancelledReadPausesFor100000SecondsAndGivesMinus27) {
   EXPECT_THAT(SleptMs(), ElementsAre(kPauseMs));
   EXPECT_EQ(log.Messages().size(), 4U);
   EXPECT_EQ(log.Messages().back(), EndOfReadLog());
-}
-
-TEST_F(AuxTransfer, DataThatComesWithTheCancelStillCounts) {
-  tty_.OnRead([this](int) {
-    ICC_CancelLinuxAuxRead();
-    tty_.Send("x");
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 60, nullptr), 1);
-  EXPECT_THAT(SleptMs(), IsEmpty());
-}
-
-TEST_F(AuxTransfer, CancelBeforeTheReadStartsIsDropped) {
-  EXPECT_EQ(ICC_CancelLinuxAuxRead(), 0);
-  tty_.Send("x");
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 5, nullptr), 1);
-}
-
-TEST_F(AuxTransfer, CancelOfOneReadDoesNotReachTheNext) {
-  tty_.OnRead([](int index) {
-    if (index == 0) ICC_CancelLinuxAuxRead();
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 5, nullptr), -27);
-  tty_.Send("x");
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 5, nullptr), 1);
-}
-
-TEST_F(AuxTransfer, CancelFromAnotherThreadEndsTheRead) {
-  std::atomic<int> reads = 0;
-  tty_.OnRead([&reads](int index) { reads = index + 1; });
-  std::thread canceller([&reads] {
-    while (reads == 0) std::this_thread::yield();
-    EXPECT_EQ(ICC_CancelLinuxAuxRead(), 0);
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinux(&byte, 1, 2'000'000'000, &Never), -27);
-  canceller.join();
-  EXPECT_THAT(SleptMs(), ElementsAre(kPauseMs));
 }
 
 TEST_F(AuxTransfer, ClearReceiveBufferDiscardsWhatWaits) {

@@ -1,4 +1,4 @@
-// Writing, reading and cancelling on the serial device.
+// What is the serial link's own: its statuses and log, and what signals do to it.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,6 +16,7 @@
 #include "support/fake_tty.h"
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"
+#include "support/predicates.h"
 #include "support/test_clock.h"
 
 namespace gwq::test {
@@ -36,39 +37,10 @@ class SerialTransfer : public testing::Test {
   FakeTty tty_;
 };
 
-int Never(unsigned char*, int) {
-  return 1;
-}
-
-int AnyByte(unsigned char*, int count) {
-  return count > 0 ? 0 : 1;
-}
-
-int AtOnce(unsigned char*, int) {
-  return 0;
-}
-
-// How often, and with what count, the predicate was asked.
-std::vector<int> g_asked;
-
-int Recorder(unsigned char*, int count) {
-  g_asked.push_back(count);
-  return count >= 3 ? 0 : 7;
-}
-
 TEST_F(SerialTransfer, WriteSendsAllBytes) {
   Bytes data = BytesOf(std::string_view("\x00\x1B\xFF\r\n\x11\x13", 7));
   EXPECT_EQ(ICC_WriteLinuxCom(data.data(), 7), 7);
   EXPECT_EQ(tty_.Received(), data);
-}
-
-TEST_F(SerialTransfer, WriteGoesOnAfterPartialWrites) {
-  tty_.NextWritesMove({3, 0, 1});
-  EXPECT_EQ(ICC_WriteLinuxCom(BytesOf("0123456789").data(), 10), 10);
-  EXPECT_EQ(tty_.Received(), BytesOf("0123456789"));
-  const auto calls = tty_.Calls();
-  EXPECT_THAT(std::vector<std::string>(calls.end() - 4, calls.end()),
-              ElementsAre("write 10", "write 7", "write 7", "write 6"));
 }
 
 TEST_F(SerialTransfer, WriteGivesThePartialCountOnAnError) {
@@ -101,171 +73,6 @@ TEST(SerialClosed, EveryCallSaysSo) {
 
 TEST_F(SerialTransfer, ReadRefusesANullBuffer) {
   EXPECT_EQ(ICC_ReadLinuxCom(nullptr, 10, 0, nullptr), -2);
-}
-
-TEST_F(SerialTransfer, ReadEndsAtTheMaximumAndLeavesTheRestInTheDevice) {
-  GuardedBuffer buffer(10);
-  tty_.Send("0123456789AB");
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 10, 5, nullptr), 10);
-  EXPECT_EQ(buffer.Content(), BytesOf("0123456789"));
-  EXPECT_EQ(tty_.Waiting(), 2);
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 2, 5, nullptr), 2);
-  EXPECT_EQ(buffer.First(2), BytesOf("AB"));
-}
-
-TEST_F(SerialTransfer, ReadWritesNoTerminator) {
-  GuardedBuffer buffer(6, 0x55);
-  tty_.Send("abc");
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 6, 5, &Recorder), 3);
-  EXPECT_EQ(buffer.Content(), BytesOf("abcUUU"));
-}
-
-TEST_F(SerialTransfer, ReadPassesEveryByteValue) {
-  std::string all;
-  for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
-  GuardedBuffer buffer(256);
-  tty_.Send(all);
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 256, 5, nullptr), 256);
-  EXPECT_EQ(buffer.Content(), BytesOf(all));
-}
-
-TEST_F(SerialTransfer, MaximumOf0OrLessEndsWithItAfterOneRead) {
-  GuardedBuffer buffer(1, 0x55);
-  tty_.Send("x");
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 0, 5, nullptr), 0);
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), -3, 5, nullptr), -3);
-  EXPECT_TRUE(buffer.AllAre(0x55));
-}
-
-TEST_F(SerialTransfer, PredicateIsAskedAfterEveryReadAlsoAnEmptyOne) {
-  g_asked.clear();
-  tty_.OnRead([this](int index) {
-    if (index == 1) tty_.Send("a");
-    if (index == 3) tty_.Send("bc");
-  });
-  GuardedBuffer buffer(10);
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 10, 5, &Recorder), 3);
-  EXPECT_THAT(g_asked, ElementsAre(0, 1, 1, 3));
-}
-
-TEST_F(SerialTransfer, PredicateMayEndAReadThatBroughtNothing) {
-  unsigned char byte = 0x55;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 5, &AtOnce), 0);
-  EXPECT_EQ(byte, 0x55);
-}
-
-TEST_F(SerialTransfer, MaximumIsLookedAtBeforeThePredicate) {
-  g_asked.clear();
-  tty_.Send("abc");
-  unsigned char buffer[3] = {};
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer, 3, 5, &Recorder), 3);
-  EXPECT_TRUE(g_asked.empty());
-}
-
-TEST_F(SerialTransfer, TimeoutOf0EndsWhenTheSecondChanges) {
-  int reads = 0;
-  tty_.OnRead([&reads](int index) { reads = index + 1; });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 0, nullptr), -4);
-  EXPECT_EQ(reads, 10) << "of 0.1 s each";
-  EXPECT_EQ(Now(), kStart + 1);
-}
-
-TEST_F(SerialTransfer, TimeoutEndsOnlyAfterMoreSecondsThanGiven) {
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 3, &Never), -4);
-  EXPECT_EQ(Now(), kStart + 4);
-}
-
-TEST_F(SerialTransfer, NegativeTimeoutEndsAfterOneRead) {
-  int reads = 0;
-  tty_.OnRead([&reads](int index) { reads = index + 1; });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, -1, nullptr), -4);
-  EXPECT_EQ(reads, 1);
-}
-
-TEST_F(SerialTransfer, AnswerInTheLastMomentCounts) {
-  tty_.OnRead([this](int) {
-    AdvanceMs(60'000);
-    tty_.Send("x");
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 5, 1, &AnyByte), 1);
-}
-
-TEST_F(SerialTransfer, BytesReceivedBeforeATimeoutStandInTheBuffer) {
-  tty_.Send("ab");
-  GuardedBuffer buffer(5);
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer.data(), 5, 0, &Never), -4);
-  EXPECT_EQ(buffer.First(2), BytesOf("ab"));
-}
-
-TEST_F(SerialTransfer, ReadErrorGivesMinus6) {
-  tty_.FailReads();
-  unsigned char byte = 0x55;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 5, &Never), -6);
-  EXPECT_EQ(byte, 0x55);
-}
-
-TEST_F(SerialTransfer, ReadErrorBehindSomeBytesGivesMinus6) {
-  tty_.Send("ab");
-  tty_.OnRead([this](int index) {
-    if (index == 1) tty_.FailReads();
-  });
-  unsigned char buffer[4] = {};
-  EXPECT_EQ(ICC_ReadLinuxCom(buffer, 4, 5, &Never), -6);
-}
-
-TEST_F(SerialTransfer, CancelEndsTheReadAtItsNextPass) {
-  int reads = 0;
-  tty_.OnRead([&reads](int index) {
-    reads = index + 1;
-    if (index == 2) {
-      EXPECT_EQ(ICC_CancelLinuxComRead(), 0);
-    }
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 60, &Never), -23);
-  EXPECT_EQ(reads, 3);
-}
-
-TEST_F(SerialTransfer, DataThatComesWithTheCancelStillCounts) {
-  tty_.OnRead([this](int) {
-    ICC_CancelLinuxComRead();
-    tty_.Send("x");
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 60, nullptr), 1);
-}
-
-TEST_F(SerialTransfer, CancelBeforeTheReadStartsIsDropped) {
-  EXPECT_EQ(ICC_CancelLinuxComRead(), 0);
-  tty_.Send("x");
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 5, nullptr), 1);
-}
-
-TEST_F(SerialTransfer, CancelOfOneReadDoesNotReachTheNext) {
-  tty_.OnRead([](int index) {
-    if (index == 0) ICC_CancelLinuxComRead();
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 5, nullptr), -23);
-  tty_.Send("x");
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 5, nullptr), 1);
-}
-
-TEST_F(SerialTransfer, CancelFromAnotherThreadEndsTheRead) {
-  std::atomic<int> reads = 0;
-  tty_.OnRead([&reads](int index) { reads = index + 1; });
-  std::thread canceller([&reads] {
-    while (reads == 0) std::this_thread::yield();
-    EXPECT_EQ(ICC_CancelLinuxComRead(), 0);
-  });
-  unsigned char byte = 0;
-  EXPECT_EQ(ICC_ReadLinuxCom(&byte, 1, 2'000'000'000, &Never), -23);
-  canceller.join();
 }
 
 TEST_F(SerialTransfer, ReadLogsItsTimeoutAndTheOthersAreSilent) {

@@ -140,22 +140,6 @@ TEST(InterruptOpen, DeviceThatIsNotThereGivesMinus7AndTheNextOpenListsAgain) {
   ICC_CloseLinuxSdt();
 }
 
-TEST(InterruptOpen, DeviceWhoseDescriptorCannotBeReadIsSkipped) {
-  ScriptedUsb usb;
-  usb.Plug({.vid = kVid, .pid = kPid, .descriptor_result = LIBUSB_ERROR_IO, .open_result = LIBUSB_ERROR_IO});
-  EXPECT_EQ(ICC_OpenLinuxSdt(kVid, kPid), -7);
-  usb.Plug(kDevice);
-  EXPECT_EQ(ICC_OpenLinuxSdt(kVid, kPid), 0);
-  ICC_CloseLinuxSdt();
-}
-
-TEST(InterruptOpen, IdsBeyond16BitsMatchNothing) {
-  ScriptedUsb usb;
-  usb.Plug(kDevice);
-  EXPECT_EQ(ICC_OpenLinuxSdt(0x10000 | kVid, kPid), -7);
-  EXPECT_EQ(ICC_OpenLinuxSdt(kVid, -kPid), -7);
-}
-
 TEST(InterruptOpen, OpenThatFailsGivesMinus3AndLeavesNothing) {
   ScriptedUsb usb;
   UsbDevice device = kDevice;
@@ -218,27 +202,6 @@ TEST(InterruptClose, WithoutOpenLogsOneLineAndTouchesNothing) {
   EXPECT_EQ(ICC_CloseLinuxSdt(), 0);
   EXPECT_THAT(log.Messages(), ElementsAre("Close hid!\n"));
   EXPECT_TRUE(usb.Calls().empty());
-}
-
-TEST(InterruptClose, SecondCloseTouchesNothing) {
-  ScriptedUsb usb;
-  usb.Plug(kDevice);
-  ICC_OpenLinuxSdt(kVid, kPid);
-  ICC_CloseLinuxSdt();
-  const auto calls = usb.Calls();
-  EXPECT_EQ(ICC_CloseLinuxSdt(), 0);
-  EXPECT_EQ(usb.Calls(), calls);
-}
-
-TEST(InterruptClose, ReleasesAndAttachesNothing) {
-  ScriptedUsb usb;
-  UsbDevice device = kDevice;
-  device.driver_active = 1;
-  usb.Plug(device);
-  ICC_OpenLinuxSdt(kVid, kPid);
-  ICC_CloseLinuxSdt();
-  EXPECT_EQ(usb.Count("release"), 0);
-  EXPECT_EQ(usb.Count("attach"), 0);
 }
 
 TEST(InterruptContext, IsHeldWhileOpenAndLeftAfterManyCycles) {

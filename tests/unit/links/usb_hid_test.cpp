@@ -1,4 +1,4 @@
-// Finding, opening and closing the USB device.
+// What is the HID link's own: its log, and the order of its calls.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <libusb-1.0/libusb.h>
@@ -16,7 +16,7 @@ constexpr int kVid = 0xABCD;
 constexpr int kPid = 0x12EF;
 constexpr UsbDevice kTerminal{.vid = kVid, .pid = kPid};
 
-TEST(UsbOpen, TakesTheDeviceFromTheKernelAndClaimsItsInterface) {
+TEST(HidOpen, TakesTheDeviceFromTheKernelAndClaimsItsInterface) {
   ScriptedUsb usb;
   UsbDevice device = kTerminal;
   device.driver_active = 1;
@@ -33,7 +33,7 @@ TEST(UsbOpen, TakesTheDeviceFromTheKernelAndClaimsItsInterface) {
                                           "\nClose Device Begin", "Close Device Success! End\n"));
 }
 
-TEST(UsbOpen, LeavesAnInactiveKernelDriverAlone) {
+TEST(HidOpen, LeavesAnInactiveKernelDriverAlone) {
   for (const int active : {0, int{LIBUSB_ERROR_NOT_SUPPORTED}, 2}) {
     ScriptedUsb usb;
     UsbDevice device = kTerminal;
@@ -48,7 +48,7 @@ TEST(UsbOpen, LeavesAnInactiveKernelDriverAlone) {
   }
 }
 
-TEST(UsbOpen, GoesOnWhenTheKernelDriverCannotBeDetached) {
+TEST(HidOpen, GoesOnWhenTheKernelDriverCannotBeDetached) {
   ScriptedUsb usb;
   UsbDevice device = kTerminal;
   device.driver_active = 1;
@@ -60,7 +60,7 @@ TEST(UsbOpen, GoesOnWhenTheKernelDriverCannotBeDetached) {
   ICC_CloseLinuxHid();
 }
 
-TEST(UsbOpen, NoDeviceAtAllGivesMinus7) {
+TEST(HidOpen, NoDeviceAtAllGivesMinus7) {
   const ScriptedUsb usb;
   const LogCapture log;
   EXPECT_EQ(ICC_OpenLinuxHid(kVid, kPid), -7);
@@ -69,7 +69,7 @@ TEST(UsbOpen, NoDeviceAtAllGivesMinus7) {
   EXPECT_EQ(usb.Count("free_list"), 1) << "also an empty list is the caller's";
 }
 
-TEST(UsbOpen, ListingThatFailsGivesMinus7) {
+TEST(HidOpen, ListingThatFailsGivesMinus7) {
   ScriptedUsb usb;
   usb.Plug(kTerminal);
   usb.FailListing(LIBUSB_ERROR_NO_MEM);
@@ -81,7 +81,7 @@ TEST(UsbOpen, ListingThatFailsGivesMinus7) {
   EXPECT_EQ(ICC_CancelLinuxHidRead(), -7);
 }
 
-TEST(UsbOpen, DeviceThatIsNotThereGivesMinus7AndTheNextOpenListsAgain) {
+TEST(HidOpen, DeviceThatIsNotThereGivesMinus7AndTheNextOpenListsAgain) {
   ScriptedUsb usb;
   usb.Plug({.vid = 1, .pid = 2});
   const LogCapture log;
@@ -95,33 +95,7 @@ TEST(UsbOpen, DeviceThatIsNotThereGivesMinus7AndTheNextOpenListsAgain) {
   ICC_CloseLinuxHid();
 }
 
-TEST(UsbOpen, BothIdsMustMatchAndTheFirstSuchDeviceIsTaken) {
-  ScriptedUsb usb;
-  usb.Plug({.vid = kVid, .pid = kPid + 1}).Plug({.vid = kVid + 1, .pid = kPid});
-  usb.Plug({.vid = kPid, .pid = kVid}).Plug(kTerminal);
-  usb.Plug({.vid = kVid, .pid = kPid, .open_result = LIBUSB_ERROR_ACCESS});
-  EXPECT_EQ(ICC_OpenLinuxHid(kVid, kPid), 0);
-  ICC_CloseLinuxHid();
-  EXPECT_EQ(usb.Count("open"), 1);
-}
-
-TEST(UsbOpen, DeviceWhoseDescriptorCannotBeReadIsSkipped) {
-  ScriptedUsb usb;
-  usb.Plug({.vid = kVid, .pid = kPid, .descriptor_result = LIBUSB_ERROR_IO, .open_result = LIBUSB_ERROR_IO});
-  EXPECT_EQ(ICC_OpenLinuxHid(kVid, kPid), -7);
-  usb.Plug(kTerminal);
-  EXPECT_EQ(ICC_OpenLinuxHid(kVid, kPid), 0);
-  ICC_CloseLinuxHid();
-}
-
-TEST(UsbOpen, IdsBeyond16BitsMatchNothing) {
-  ScriptedUsb usb;
-  usb.Plug(kTerminal);
-  EXPECT_EQ(ICC_OpenLinuxHid(0x10000 | kVid, kPid), -7);
-  EXPECT_EQ(ICC_OpenLinuxHid(kVid, -kPid), -7);
-}
-
-TEST(UsbOpen, OpenThatFailsGivesMinus3AndLeavesNothing) {
+TEST(HidOpen, OpenThatFailsGivesMinus3AndLeavesNothing) {
   ScriptedUsb usb;
   UsbDevice device = kTerminal;
   device.open_result = LIBUSB_ERROR_ACCESS;
@@ -134,7 +108,7 @@ TEST(UsbOpen, OpenThatFailsGivesMinus3AndLeavesNothing) {
   EXPECT_EQ(ICC_WriteLinuxHid(nullptr, 0), -7);
 }
 
-TEST(UsbOpen, ClaimThatFailsGivesMinus3AndLeavesNothing) {
+TEST(HidOpen, ClaimThatFailsGivesMinus3AndLeavesNothing) {
   ScriptedUsb usb;
   UsbDevice device = kTerminal;
   device.claim_result = LIBUSB_ERROR_BUSY;
@@ -150,7 +124,7 @@ TEST(UsbOpen, ClaimThatFailsGivesMinus3AndLeavesNothing) {
   EXPECT_EQ(ICC_CancelLinuxHidRead(), -7);
 }
 
-TEST(UsbOpen, OpenDeviceIsKeptWhateverIdsAreAskedFor) {
+TEST(HidOpen, OpenDeviceIsKeptWhateverIdsAreAskedFor) {
   ScriptedUsb usb;
   usb.Plug(kTerminal).Plug({.vid = 1, .pid = 2});
   ASSERT_EQ(ICC_OpenLinuxHid(kVid, kPid), 0);
@@ -165,18 +139,7 @@ TEST(UsbOpen, OpenDeviceIsKeptWhateverIdsAreAskedFor) {
   EXPECT_EQ(usb.Count("open"), 1);
 }
 
-TEST(UsbClose, ReleasesAndAttachesNothing) {
-  ScriptedUsb usb;
-  UsbDevice device = kTerminal;
-  device.driver_active = 1;
-  usb.Plug(device);
-  ICC_OpenLinuxHid(kVid, kPid);
-  ICC_CloseLinuxHid();
-  EXPECT_EQ(usb.Count("release"), 0);
-  EXPECT_EQ(usb.Count("attach"), 0);
-}
-
-TEST(UsbClose, WithoutOpenSaysSoAndSucceeds) {
+TEST(HidClose, WithoutOpenSaysSoAndSucceeds) {
   const ScriptedUsb usb;
   const LogCapture log;
   EXPECT_EQ(ICC_CloseLinuxHid(), 0);
@@ -185,24 +148,28 @@ TEST(UsbClose, WithoutOpenSaysSoAndSucceeds) {
   EXPECT_TRUE(usb.Calls().empty());
 }
 
-TEST(UsbClose, SecondCloseTouchesNothing) {
-  ScriptedUsb usb;
-  usb.Plug(kTerminal);
-  ICC_OpenLinuxHid(kVid, kPid);
-  ICC_CloseLinuxHid();
-  const auto calls = usb.Calls();
-  EXPECT_EQ(ICC_CloseLinuxHid(), 0);
-  EXPECT_EQ(usb.Calls(), calls);
+TEST(HidClosed, EveryCallSaysSo) {
+  const ScriptedUsb usb;
+  unsigned char byte = 0;
+  EXPECT_EQ(ICC_WriteLinuxHid(&byte, 1), -7);
+  const LogCapture log;
+  EXPECT_EQ(ICC_CancelLinuxHidRead(), -7);
+  EXPECT_THAT(log.Messages(), ElementsAre("[ICC_CancelLinuxHidRead] begin s_bIsReading=0\n"));
+  EXPECT_TRUE(usb.Calls().empty());
 }
 
-TEST(UsbClose, OpenCloseManyTimesLeavesNothing) {
+TEST(HidCancel, LogsWhetherAReadIsRunning) {
   ScriptedUsb usb;
   usb.Plug(kTerminal);
-  for (int i = 0; i < 100; ++i) {
-    ASSERT_EQ(ICC_OpenLinuxHid(kVid, kPid), 0);
-    ASSERT_EQ(ICC_CloseLinuxHid(), 0);
-  }
-  EXPECT_EQ(usb.Count("free_list"), 100);
+  ASSERT_EQ(ICC_OpenLinuxHid(kVid, kPid), 0);
+  const LogCapture log;
+  usb.OnTransfer([](const Transfer&) { ICC_CancelLinuxHidRead(); });
+  unsigned char buffer[1024 + 3] = {};
+  ICC_ReadLinuxHid(buffer, 3, 60, nullptr);
+  ICC_CancelLinuxHidRead();
+  EXPECT_THAT(log.Messages(), ElementsAre("[ICC_CancelLinuxHidRead] begin s_bIsReading=1\n",
+                                          "[ICC_CancelLinuxHidRead] begin s_bIsReading=0\n"));
+  ICC_CloseLinuxHid();
 }
 
 }  // namespace
