@@ -4,35 +4,13 @@
 #include <gwq/pinpad/entry.h>
 #include <gwq/pinpad/keys.h>
 #include <gwq/pinpad/settings.h>
+#include "support/failing_memory.h"
 #include "unit/pinpad/pinpad_rig.h"
 
 namespace gwq::test {
 namespace {
 
 constexpr int kBaud = 9600;
-
-// How many zeroed blocks the library still gets; negative: all that it asks for.
-int g_blocks_left = -1;
-int g_blocks_refused = 0;
-
-bool NextBlockIsRefused() {
-  if (g_blocks_left < 0) return false;
-  if (g_blocks_left-- > 0) return false;
-  g_blocks_left = 0;
-  ++g_blocks_refused;
-  return true;
-}
-
-class OutOfMemory {
- public:
-  explicit OutOfMemory(int blocks_left) {
-    g_blocks_refused = 0;
-    g_blocks_left = blocks_left;
-  }
-  ~OutOfMemory() { g_blocks_left = -1; }
-  OutOfMemory(const OutOfMemory&) = delete;
-  OutOfMemory& operator=(const OutOfMemory&) = delete;
-};
 
 class MemoryRig : public PinPadRig {
  public:
@@ -51,10 +29,6 @@ struct Call {
   std::string_view last_line;
 };
 
-void PrintTo(const Call& call, std::ostream* out) {
-  *out << call.name;
-}
-
 class PinPadMemory : public MemoryRig, public testing::WithParamInterface<Call> {};
 
 // With the first block refused, then the second, and so on until the call needs no more.
@@ -63,7 +37,7 @@ TEST_P(PinPadMemory, ThatIsWantingEndsTheCallWithNothingSent) {
   for (int blocks = 0; blocks < 8; ++blocks) {
     const OutOfMemory wanting(blocks);
     const int result = GetParam().call(*this);
-    if (g_blocks_refused == 0) break;
+    if (OutOfMemory::Refused() == 0) break;
     ++refusals;
     EXPECT_EQ(result, GetParam().result) << blocks;
     EXPECT_EQ(usb_.Count("out"), 0) << blocks;
@@ -81,7 +55,7 @@ TEST_P(PinPadMemory, ForTheFrameIsAskedForInItsTurn) {
     const OutOfMemory wanting(blocks);
     const int opened = usb_.Count("open");
     GetParam().call(*this);
-    if (g_blocks_refused == 0) break;
+    if (OutOfMemory::Refused() == 0) break;
     drains = usb_.Count("open") - opened;
     lines = OwnMessages(log);
   }
@@ -131,17 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
                return PN_GetInNo(0, nullptr, kBaud, 30, 0, 0, rig.Text("text"), rig.out_.text());
              },
              -24, 1, "TransProcOnlyRead iRet="}),
-    [](const auto& each) { return std::string(each.param.name); });
+    kByName);
 
 }  // namespace
 }  // namespace gwq::test
-
-extern "C" {
-
-void* __real_calloc(std::size_t count, std::size_t size);
-
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return gwq::test::NextBlockIsRefused() ? nullptr : __real_calloc(count, size);
-}
-
-}  // extern "C"

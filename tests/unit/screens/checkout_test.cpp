@@ -1,9 +1,10 @@
-// The checkout screen. The library's memory can be made to run out.
+// The checkout screen.
 #include <gwq/screens/checkout.h>
 
 #include <climits>
 #include <cstdlib>
 
+#include "support/failing_memory.h"
 #include "support/iconv_text.h"
 #include "unit/screens/screens_rig.h"
 
@@ -13,17 +14,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-int g_allocations_left = -1;  // below 0: as many as wanted
-
-bool MemoryIsOut() {
-  if (g_allocations_left < 0) return false;
-  return g_allocations_left-- == 0;
-}
-
 class CheckOut : public FilesRig {
  protected:
-  ~CheckOut() override { g_allocations_left = -1; }
-
   int Run(const char* first = "<", const char* second = ">", int timeout = 30) {
     std::fill_n(result_.data(), result_.size(), std::uint8_t{0x55});
     return MP_CheckOut_All(nullptr, nullptr, 9600, timeout, first, second, result_.text());
@@ -50,6 +42,10 @@ struct ShortAnswer {
   int status;
 };
 
+std::string NameOf(const ShortAnswer& each) {
+  return Readable(BytesOf(each.answer));
+}
+
 class CheckOutFailures : public CheckOut, public testing::WithParamInterface<ShortAnswer> {};
 
 TEST_P(CheckOutFailures, AreTheTerminalsShortAnswers) {
@@ -72,6 +68,10 @@ struct Answer {
   std::string_view answer;
   std::string_view result;
 };
+
+std::string NameOf(const Answer& each) {
+  return Readable(BytesOf(each.answer));
+}
 
 class CheckOutAnswers : public CheckOut, public testing::WithParamInterface<Answer> {};
 
@@ -156,12 +156,16 @@ TEST_P(TextsOfSize, AreSentWhole) {
 INSTANTIATE_TEST_SUITE_P(Sizes, TextsOfSize, testing::Values(1, 497, 1024, 60U << 10U, 1U << 20U));
 
 TEST_F(CheckOut, NoMemoryIsMinus24AndNothingIsSent) {
-  for (int had = 0; had < 5; ++had) {
-    g_allocations_left = had;
-    EXPECT_EQ(Run(), -24) << had;
+  usb_.ExpectCommand(wire::kCheckOut).Answer(wire::kCheckedOut);
+  const int requests = RequestsOf([this] { EXPECT_EQ(Run(), 0); });
+  EXPECT_GT(requests, 0);
+  const int sent = usb_.Count("out");
+  for (int granted = 0; granted < requests; ++granted) {
+    const OutOfMemory wanting(granted);
+    EXPECT_EQ(Run(), -24) << granted;
     EXPECT_TRUE(result_.AllAre(0x55));
   }
-  EXPECT_THAT(usb_.Sent(), IsEmpty());
+  EXPECT_EQ(usb_.Count("out"), sent);
 }
 
 TEST_F(CheckOut, AbsentTerminalIsMinus3FromTheDrain) {
@@ -201,13 +205,3 @@ TEST_F(CheckOut, CommandThatCannotBeSentIsMinus10) {
 
 }  // namespace
 }  // namespace gwq::test
-
-extern "C" {
-
-void* __real_calloc(std::size_t count, std::size_t size);
-
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return gwq::test::MemoryIsOut() ? nullptr : __real_calloc(count, size);
-}
-
-}  // extern "C"

@@ -3,25 +3,15 @@
 #include <fcntl.h>
 
 #include <cstdarg>
-#include <cstdint>
 #include <cstdio>
 #include <utility>
 
 namespace gwq::test {
 namespace {
 
-std::size_t g_limit = SIZE_MAX;
 const FilesElsewhere* g_elsewhere = nullptr;
 
 }  // namespace
-
-NoMemoryFor::NoMemoryFor(std::size_t count) {
-  g_limit = count;
-}
-
-NoMemoryFor::~NoMemoryFor() {
-  g_limit = SIZE_MAX;
-}
 
 FilesElsewhere::FilesElsewhere(std::filesystem::path root, std::set<std::string> files)
     : root_(std::move(root)), files_(std::move(files)) {
@@ -43,14 +33,9 @@ using gwq::test::FilesElsewhere;
 
 extern "C" {
 
-void* __real_calloc(std::size_t count, std::size_t size);
 std::FILE* __real_fopen(const char* path, const char* mode);
 int __real_open(const char* path, int flags, ...);
 int __real_unlink(const char* path);
-
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return count >= gwq::test::g_limit ? nullptr : __real_calloc(count, size);
-}
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   return __real_fopen(FilesElsewhere::Place(path).c_str(), mode);

@@ -1,22 +1,13 @@
-// A system that has no memory for large blocks, and where some files are elsewhere. For programs that are linked with
-// --wrap for calloc, fopen, open and unlink.
+// A system where some files are elsewhere. For programs that are linked with --wrap for fopen, open and unlink.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <set>
 #include <string>
 
-namespace gwq::test {
+#include "support/failing_memory.h"
 
-// For its lifetime the library gets no block of so many elements or more.
-class NoMemoryFor {
- public:
-  explicit NoMemoryFor(std::size_t count);
-  ~NoMemoryFor();
-  NoMemoryFor(const NoMemoryFor&) = delete;
-  NoMemoryFor& operator=(const NoMemoryFor&) = delete;
-};
+namespace gwq::test {
 
 // For its lifetime these files, such as "/hw.data", are under `root` instead.
 class FilesElsewhere {

@@ -1,5 +1,4 @@
-// Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of the test here, and
-// its memory can be made to run out.
+// Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of the test here.
 #include <gwq/screens/html.h>
 
 #include <fcntl.h>
@@ -12,6 +11,7 @@
 #include <cstdlib>
 #include <functional>
 
+#include "support/failing_memory.h"
 #include "support/iconv_text.h"
 #include "unit/screens/screens_rig.h"
 
@@ -23,15 +23,9 @@ using testing::IsEmpty;
 
 constexpr char kPageName[] = "/tmp/infoviewerex.html";
 std::string g_page_file;
-int g_allocations_left = -1;  // below 0: as many as wanted
 
 const char* PlaceOf(const char* path) {
   return path != nullptr && std::string_view(path) == kPageName ? g_page_file.c_str() : path;
-}
-
-bool MemoryIsOut() {
-  if (g_allocations_left < 0) return false;
-  return g_allocations_left-- == 0;
 }
 
 constexpr int kUntouched = 77;
@@ -40,7 +34,6 @@ constexpr char kPage[] = "hi";
 class Html : public FilesRig {
  protected:
   Html() { g_page_file = Path("infoviewerex.html"); }
-  ~Html() override { g_allocations_left = -1; }
 
   int Show(int mode, const char* page = kPage, int timeout = 30, int countdown = 7) {
     return MP_StartInfoHtml(nullptr, nullptr, 9600, timeout, mode, page, &display_, countdown);
@@ -78,6 +71,10 @@ struct Key {
   int status;
   int display;
 };
+
+std::string NameOf(const Key& each) {
+  return Readable(BytesOf(each.answer));
+}
 
 class HtmlKeys : public Html, public testing::WithParamInterface<Key> {};
 
@@ -258,18 +255,27 @@ TEST_F(Html, ResultMayBeNull) {
 }
 
 TEST_F(Html, NoMemoryIsMinus24AndTheResult2UnlessTheFirstBufferFails) {
-  for (int had = 0; had < 3; ++had) {
+  ExpectAsked(wire::kKey0);
+  const int to_show = RequestsOf([this] { EXPECT_EQ(Show(1), 0); });
+  ExpectCaptured(wire::kKey1);
+  const int to_capture = RequestsOf([this] { EXPECT_EQ(Capture(1), 0); });
+  const int listed = usb_.Count("list");
+  EXPECT_GT(to_show, 1);
+  EXPECT_GT(to_capture, 1);
+  for (int granted = 0; granted < to_show; ++granted) {
+    const OutOfMemory wanting(granted);
     display_ = kUntouched;
     ExpectVersion();
-    g_allocations_left = had;
     EXPECT_EQ(Show(1), -24);
-    EXPECT_EQ(display_, had == 0 ? kUntouched : 2) << had;
-    display_ = kUntouched;
-    g_allocations_left = had;
-    EXPECT_EQ(Capture(1), -24);
-    EXPECT_EQ(display_, had == 0 ? kUntouched : 2) << had;
+    EXPECT_EQ(display_, granted == 0 ? kUntouched : 2) << granted;
   }
-  EXPECT_EQ(usb_.Count("list"), 3) << "the versions alone";
+  for (int granted = 0; granted < to_capture; ++granted) {
+    const OutOfMemory wanting(granted);
+    display_ = kUntouched;
+    EXPECT_EQ(Capture(1), -24);
+    EXPECT_EQ(display_, granted == 0 ? kUntouched : 2) << granted;
+  }
+  EXPECT_EQ(usb_.Count("list"), listed + to_show) << "the versions alone";
 }
 
 // Runs a call on a stack of 256 KB.
@@ -497,6 +503,10 @@ struct Extra {
   bool fits;
 };
 
+std::string NameOf(const Extra& each) {
+  return std::to_string(each.size);
+}
+
 class ExtraText : public HtmlFile, public testing::WithParamInterface<Extra> {};
 
 TEST_P(ExtraText, IsSentWholeOrNotAtAll) {
@@ -604,7 +614,6 @@ extern "C" {
 int __real_open(const char* path, int flags, ...);
 int __real_unlink(const char* path);
 std::FILE* __real_fopen(const char* path, const char* mode);
-void* __real_calloc(std::size_t count, std::size_t size);
 
 int __wrap_open(const char* path, int flags, ...) {
   va_list arguments;
@@ -620,10 +629,6 @@ int __wrap_unlink(const char* path) {
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   return __real_fopen(gwq::test::PlaceOf(path), mode);
-}
-
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return gwq::test::MemoryIsOut() ? nullptr : __real_calloc(count, size);
 }
 
 }  // extern "C"
