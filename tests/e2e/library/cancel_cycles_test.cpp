@@ -272,9 +272,8 @@ class Cancelled : public ScreenSession {
         ms(figures.slowest_current), figures.cuts, ms(figures.slowest_after_cut));
   }
 
-  decltype(&MP_CancleEvaluate) cancel_evaluate = lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate");
-  decltype(&MP_CancelCurrentOperation) cancel_current =
-      lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation");
+  decltype(&MP_CancleEvaluate) cancel_evaluate = lib.Get<MP_CancleEvaluate>();
+  decltype(&MP_CancelCurrentOperation) cancel_current = lib.Get<MP_CancelCurrentOperation>();
   int cycles_ = NumberIn("GWQ_TEST_CYCLES", 4);
   unsigned seed_ =
       static_cast<unsigned>(NumberIn("GWQ_TEST_SEED", static_cast<int>(std::random_device{}() >> 1U)));
@@ -296,24 +295,21 @@ std::string KeyUnderFactoryKey() {
 class CancelledTextScreens : public Cancelled {
  protected:
   Waiting Evaluator() {
-    return {"GWQ_StartEvaluator", "\x1B[4R",
-            [this, start = lib.Get<decltype(&GWQ_StartEvaluator)>("GWQ_StartEvaluator")] {
+    return {"GWQ_StartEvaluator", "\x1B[4R", [this, start = lib.Get<GWQ_StartEvaluator>()] {
               unsigned rating = 0;
               return start(port, kBaud, "n", "1", 1, nullptr, kPatience, &rating);
             }};
   }
 
   Waiting Info() {
-    return {"GWQ_StartInfo", "\x1B[2A\x02",
-            [this, start = lib.Get<decltype(&GWQ_StartInfo)>("GWQ_StartInfo")] {
+    return {"GWQ_StartInfo", "\x1B[2A\x02", [this, start = lib.Get<GWQ_StartInfo>()] {
               unsigned key = 0;
               return start(port, kBaud, kPatience, "message", &key);
             }};
   }
 
   Waiting Keyboard() {
-    return {"GWQ_StartKeyboard", "\x1BGM",
-            [this, start = lib.Get<decltype(&GWQ_StartKeyboard)>("GWQ_StartKeyboard")] {
+    return {"GWQ_StartKeyboard", "\x1BGM", [this, start = lib.Get<GWQ_StartKeyboard>()] {
               std::array<char, 2046> number{};
               return start(port, kBaud, kPatience, 0, number.data());
             }};
@@ -365,25 +361,23 @@ class CancelledPinBlocks : public Cancelled {
 
   // Without one the pad asks nobody for a PIN.
   void LoadWorkingKey() {
-    ASSERT_EQ(0, lib.Get<decltype(&PN_SetPinPadParameter)>("PN_SetPinPadParameter")(
-                     0, kLink, kBaud, kTripleDes, kDigits, 0, "F"));
+    ASSERT_EQ(0, lib.Get<PN_SetPinPadParameter>()(0, kLink, kBaud, kTripleDes, kDigits, 0, "F"));
     std::array<char, 4096> modulus{};
     std::array<char, 1024> factor{};
-    ASSERT_EQ(0, lib.Get<decltype(&PN_ObtainPublicKey)>("PN_ObtainPublicKey")(0, kLink, kBaud, 1, 2048,
-                                                                              modulus.data()));
-    ASSERT_EQ(0, lib.Get<decltype(&PN_ObtainFactor)>("PN_ObtainFactor")(0, kLink, kBaud, "1", factor.data()));
+    ASSERT_EQ(0, lib.Get<PN_ObtainPublicKey>()(0, kLink, kBaud, 1, 2048, modulus.data()));
+    ASSERT_EQ(0, lib.Get<PN_ObtainFactor>()(0, kLink, kBaud, "1", factor.data()));
     const example::Key key = example::NewKey();
-    ASSERT_EQ(0,
-              lib.Get<decltype(&PN_DownloadPinPadWK)>("PN_DownloadPinPadWK")(
-                  0, kLink, kBaud, factor.data(), "1", example::EncipherForRsa(key, modulus.data()).c_str(),
-                  example::VerifyKey(key, example::Algorithm::kTripleDes).c_str()));
+    ASSERT_EQ(
+        0, lib.Get<PN_DownloadPinPadWK>()(0, kLink, kBaud, factor.data(), "1",
+                                          example::EncipherForRsa(key, modulus.data()).c_str(),
+                                          example::VerifyKey(key, example::Algorithm::kTripleDes).c_str()));
   }
 };
 
 using CancelledPages = Cancelled;
 
 TEST_F(CancelledTexts, EvaluateEnds) {
-  const auto start = lib.Get<decltype(&MP_StartEvaluate)>("MP_StartEvaluate");
+  const auto start = lib.Get<MP_StartEvaluate>();
   CancelAgainAndAgain({"MP_StartEvaluate", "STARTEVALUTF8", [start] {
                          char value = 0;
                          return start(nullptr, nullptr, kBaud, kPatience, &value);
@@ -403,7 +397,7 @@ TEST_F(CancelledTexts, KeyboardEnds) {
 }
 
 TEST_F(CancelledPages, HtmlEnds) {
-  const auto start = lib.Get<decltype(&MP_StartInfoHtml)>("MP_StartInfoHtml");
+  const auto start = lib.Get<MP_StartInfoHtml>();
   CancelAgainAndAgain({"MP_StartInfoHtml", "\x1B[2AUTF8", [start] {
                          int result = 0;
                          return start(nullptr, nullptr, kBaud, kPatience, 1, "page", &result, 1);
@@ -411,7 +405,7 @@ TEST_F(CancelledPages, HtmlEnds) {
 }
 
 TEST_F(CancelledPages, ScreenshotEnds) {
-  const auto start = lib.Get<decltype(&MP_StartInfoHtmlScreenshot)>("MP_StartInfoHtmlScreenshot");
+  const auto start = lib.Get<MP_StartInfoHtmlScreenshot>();
   const std::string page(kLargePage, 'x');
   const std::string picture = Local("page.png");
   CancelAgainAndAgain({"MP_StartInfoHtmlScreenshot", "STARTSCREENSHOTUTF8", [start, page, picture] {
@@ -422,7 +416,7 @@ TEST_F(CancelledPages, ScreenshotEnds) {
 }
 
 TEST_F(CancelledPages, PageFileEnds) {
-  const auto start = lib.Get<decltype(&MP_StartInfoHtmlEx)>("MP_StartInfoHtmlEx");
+  const auto start = lib.Get<MP_StartInfoHtmlEx>();
   const std::string page(kLargeFile, 'x');
   CancelAgainAndAgain({"MP_StartInfoHtmlEx", "YCSTARTINFOHTMLEXUTF8", [start, page] {
                          std::array<char, 2048> result{};
@@ -431,7 +425,7 @@ TEST_F(CancelledPages, PageFileEnds) {
 }
 
 TEST_F(CancelledPages, CheckoutEnds) {
-  const auto start = lib.Get<decltype(&MP_CheckOut_All)>("MP_CheckOut_All");
+  const auto start = lib.Get<MP_CheckOut_All>();
   CancelAgainAndAgain({"MP_CheckOut_All", "YCCHECKOUTALLUTF8", [start] {
                          std::array<char, 2048> result{};
                          return start(nullptr, nullptr, kBaud, kPatience, "a", "b", result.data());
@@ -451,7 +445,7 @@ class CancelledDocuments : public Cancelled {
 using CancelledSignatures = CancelledDocuments;
 
 TEST_F(CancelledDocuments, ConfirmEndsUndecided) {
-  const auto confirm = lib.Get<decltype(&MP_ConfirmPDF)>("MP_ConfirmPDF");
+  const auto confirm = lib.Get<MP_ConfirmPDF>();
   CancelAgainAndAgain({"MP_ConfirmPDF", "YCNEWSTARTFILE", [this, confirm] {
                          int decision = 0;
                          const int status =
@@ -462,7 +456,7 @@ TEST_F(CancelledDocuments, ConfirmEndsUndecided) {
 }
 
 TEST_F(CancelledDocuments, SignEnds) {
-  const auto sign = lib.Get<decltype(&MP_SignPDF)>("MP_SignPDF");
+  const auto sign = lib.Get<MP_SignPDF>();
   CancelAgainAndAgain({"MP_SignPDF", "YCNEWSTARTSIGN",
                        [this, sign] {
                          return sign(nullptr, kLink, kBaud, kPatience, document.c_str(), "1", picture.c_str(),
@@ -472,7 +466,7 @@ TEST_F(CancelledDocuments, SignEnds) {
 }
 
 TEST_F(CancelledDocuments, HandSignatureEnds) {
-  const auto sign = lib.Get<decltype(&GWQ_StartSign)>("GWQ_StartSign");
+  const auto sign = lib.Get<GWQ_StartSign>();
   CancelAgainAndAgain({"GWQ_StartSign", "HANDSIGN",
                        [this, sign] {
                          return sign(0, kBaud, kPatience, document.c_str(), picture.c_str(),
@@ -482,7 +476,7 @@ TEST_F(CancelledDocuments, HandSignatureEnds) {
 }
 
 TEST_F(CancelledSignatures, VoiceEnds) {
-  const auto sign = lib.Get<decltype(&MP_SignPDF_Voice)>("MP_SignPDF_Voice");
+  const auto sign = lib.Get<MP_SignPDF_Voice>();
   CancelAgainAndAgain({"MP_SignPDF_Voice", "YCNEWSTARTSIGN",
                        [this, sign] {
                          return sign(nullptr, kLink, kBaud, kPatience, document.c_str(), "1", "v",
@@ -498,7 +492,7 @@ class CancelledPushes : public CancelledDocuments {
 };
 
 TEST_F(CancelledPushes, PushEnds) {
-  const auto push = lib.Get<decltype(&Z11DownLoadFile)>("Z11DownLoadFile");
+  const auto push = lib.Get<Z11DownLoadFile>();
   CancelAgainAndAgain(
       {.name = "Z11DownLoadFile",
        .question = "",
@@ -507,7 +501,7 @@ TEST_F(CancelledPushes, PushEnds) {
 }
 
 TEST_F(CancelledPushes, ShowEnds) {
-  const auto show = lib.Get<decltype(&MP_ShowPDF)>("MP_ShowPDF");
+  const auto show = lib.Get<MP_ShowPDF>();
   CancelAgainAndAgain(
       {.name = "MP_ShowPDF",
        .question = "",
@@ -517,7 +511,7 @@ TEST_F(CancelledPushes, ShowEnds) {
 
 // In this mode a wait without an answer counts as a failure, and nothing is fetched.
 TEST_F(CancelledSignatures, TzgEnds) {
-  const auto sign = lib.Get<decltype(&MP_Sign_With_TZG)>("MP_Sign_With_TZG");
+  const auto sign = lib.Get<MP_Sign_With_TZG>();
   CancelAgainAndAgain({"MP_Sign_With_TZG", "YCNEWSTARTZGTSIGN",
                        [this, sign] {
                          return sign(nullptr, kLink, kBaud, kPatience, document.c_str(), "1", "v",
@@ -532,7 +526,7 @@ constexpr char kShowingPinCommand[] = "403014";
 
 TEST_F(CancelledPinBlocks, PinEnds) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
-  const auto get = lib.Get<decltype(&PN_GetPin)>("PN_GetPin");
+  const auto get = lib.Get<PN_GetPin>();
   CancelAgainAndAgain({"PN_GetPin", kPinCommand, [get] {
                          int length = 0;
                          std::array<char, 1100> block{};
@@ -542,7 +536,7 @@ TEST_F(CancelledPinBlocks, PinEnds) {
 
 TEST_F(CancelledPinBlocks, PinBesideATextEnds) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
-  const auto get = lib.Get<decltype(&GetPinblockShowString)>("GetPinblockShowString");
+  const auto get = lib.Get<GetPinblockShowString>();
   CancelAgainAndAgain({"GetPinblockShowString", kShowingPinCommand, [get] {
                          int length = 0;
                          std::array<unsigned char, 1100> block{};
@@ -552,7 +546,7 @@ TEST_F(CancelledPinBlocks, PinBesideATextEnds) {
 
 TEST_F(CancelledPinBlocks, PinBlockEnds) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
-  const auto get = lib.Get<decltype(&PN_GetPinBlock)>("PN_GetPinBlock");
+  const auto get = lib.Get<PN_GetPinBlock>();
   CancelAgainAndAgain({"PN_GetPinBlock", kPinCommand, [get] {
                          int length = kDigits;
                          std::array<char, 1100> factor{};
@@ -565,7 +559,7 @@ TEST_F(CancelledPinBlocks, PinBlockEnds) {
 // A mode that could not be set is a bad argument to it.
 TEST_F(CancelledPinBlocks, PinBlockBesideATextEnds) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
-  const auto get = lib.Get<decltype(&PN_GetPinBlockShowString)>("PN_GetPinBlockShowString");
+  const auto get = lib.Get<PN_GetPinBlockShowString>();
   CancelAgainAndAgain({.name = "PN_GetPinBlockShowString",
                        .question = kShowingPinCommand,
                        .call =
@@ -585,7 +579,7 @@ using CancelledEnciphering = CancelledPinBlocks;
 TEST_F(CancelledEnciphering, Ends) {
   ASSERT_NO_FATAL_FAILURE(LoadWorkingKey());
   const HostFileTurn turn("/tmp/enctemp.data");
-  const auto encipher = lib.Get<decltype(&PN_GetStringBlock)>("PN_GetStringBlock");
+  const auto encipher = lib.Get<PN_GetStringBlock>();
   CancelAgainAndAgain({.name = "PN_GetStringBlock",
                        .question = "",
                        .call =
@@ -601,7 +595,7 @@ TEST_F(CancelledEnciphering, Ends) {
 }
 
 TEST_F(CancelledPad, NumberEnds) {
-  const auto get = lib.Get<decltype(&PN_GetInNo)>("PN_GetInNo");
+  const auto get = lib.Get<PN_GetInNo>();
   CancelAgainAndAgain({"PN_GetInNo", "GETINNO", [get] {
                          std::array<char, 1100> number{};
                          return get(0, kLink, kBaud, kPatience, 6, 0, "卡号", number.data());

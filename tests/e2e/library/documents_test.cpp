@@ -17,13 +17,12 @@ constexpr char kDrawnStrokes[] = "10,20,500,0\n300,90,0,8\n40,100,500,16\n60,100
 class Documents : public ScreenSession {
  protected:
   int Show(int seconds, const std::string& paths) {
-    return lib.Get<decltype(&MP_ShowPDF)>("MP_ShowPDF")(nullptr, nullptr, kBaud, seconds, paths.c_str());
+    return lib.Get<MP_ShowPDF>()(nullptr, nullptr, kBaud, seconds, paths.c_str());
   }
 
   void ExpectDecision(int status, int decision, const std::string& paths, int seconds = kSeconds) {
     int got = kUntouched;
-    EXPECT_EQ(status, lib.Get<decltype(&MP_ConfirmPDF)>("MP_ConfirmPDF")(nullptr, nullptr, kBaud, seconds,
-                                                                         paths.c_str(), &got));
+    EXPECT_EQ(status, lib.Get<MP_ConfirmPDF>()(nullptr, nullptr, kBaud, seconds, paths.c_str(), &got));
     EXPECT_EQ(decision, got);
   }
 
@@ -73,15 +72,14 @@ class Signatures : public Documents {
     const std::string picture = Local("sig.png");
     switch (how) {
       case How::kPlain:
-        return lib.Get<decltype(&MP_SignPDF)>("MP_SignPDF")(nullptr, kLink, kBaud, seconds, paths.c_str(),
-                                                            kPlace, picture.c_str(), strokes.data());
+        return lib.Get<MP_SignPDF>()(nullptr, kLink, kBaud, seconds, paths.c_str(), kPlace, picture.c_str(),
+                                     strokes.data());
       case How::kVoice:
-        return lib.Get<decltype(&MP_SignPDF_Voice)>("MP_SignPDF_Voice")(
-            nullptr, kLink, kBaud, seconds, paths.c_str(), kPlace, kSpoken, picture.c_str(), strokes.data());
+        return lib.Get<MP_SignPDF_Voice>()(nullptr, kLink, kBaud, seconds, paths.c_str(), kPlace, kSpoken,
+                                           picture.c_str(), strokes.data());
       default:
-        return lib.Get<decltype(&MP_Sign_With_TZG)>("MP_Sign_With_TZG")(
-            nullptr, kLink, kBaud, seconds, paths.c_str(), kPlace, kSpoken, picture.c_str(), 0, 3,
-            strokes.data());
+        return lib.Get<MP_Sign_With_TZG>()(nullptr, kLink, kBaud, seconds, paths.c_str(), kPlace, kSpoken,
+                                           picture.c_str(), 0, 3, strokes.data());
     }
   }
 
@@ -176,8 +174,8 @@ TEST_F(SignaturesWithoutTzg, AreThoseWithAVoice) {
 class HandSignatures : public Documents {
  protected:
   int Sign(const std::string& document, int seconds = kSeconds) {
-    return lib.Get<decltype(&GWQ_StartSign)>("GWQ_StartSign")(
-        5, kBaud, seconds, document.c_str(), Local("sig.png").c_str(), Local("sig.txt").c_str());
+    return lib.Get<GWQ_StartSign>()(5, kBaud, seconds, document.c_str(), Local("sig.png").c_str(),
+                                    Local("sig.txt").c_str());
   }
 
   void ExpectSigned(const std::string& name, const std::string& place) {

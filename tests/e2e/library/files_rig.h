@@ -36,15 +36,14 @@ class Files : public testing::Test {
   }
 
   int Push(const std::string& local, const std::string& place) {
-    return lib.Get<decltype(&Z11DownLoadFile)>("Z11DownLoadFile")(0, '9', kBaud, 255, local.c_str(),
-                                                                  place.c_str());
+    return lib.Get<Z11DownLoadFile>()(0, '9', kBaud, 255, local.c_str(), place.c_str());
   }
 
   int Pull(const std::string& place, const std::string& local, int timeout_ms = 3000) {
     std::string command = "\x1B[0PULLFILE\x02" + place + "\x03";
     std::string path = local;
-    return lib.Get<decltype(&PullFile)>("PullFile")(
-        0, '9', kBaud, timeout_ms, static_cast<int>(command.size()), command.data(), path.data());
+    return lib.Get<PullFile>()(0, '9', kBaud, timeout_ms, static_cast<int>(command.size()), command.data(),
+                               path.data());
   }
 
   std::string Local(const std::string& name) { return (directory / name).string(); }

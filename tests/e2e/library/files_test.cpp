@@ -41,7 +41,7 @@ TEST_F(FilesPushed, AsAListStandUnderTmpAndTheListNamesThem) {
   const std::string paper = LocalFile("合同 1.pdf", 3000);
   const std::string page = LocalFile("page.html", 10);
   std::string places(4096, '\0');
-  const auto push = lib.Get<decltype(&pushFileToZ11)>("pushFileToZ11");
+  const auto push = lib.Get<pushFileToZ11>();
   ASSERT_EQ(0, push((paper + "|" + page + "|").c_str(), places.data()));
   EXPECT_STREQ("/tmp/合同 1.pdf|/tmp/page.html", places.c_str());
   EXPECT_EQ(ReadFile(paper), ReadFile(OnTerminal("/tmp/合同 1.pdf")));
@@ -52,8 +52,7 @@ TEST_F(FilesPushed, AMissingFileOrADirectoryGivesItsStatus) {
   EXPECT_EQ(GWQ_BAD_ARGUMENT, Push(Local("nothing"), "/tmp/x"));
   EXPECT_EQ(GWQ_BAD_ARGUMENT, Push(directory.Path().string(), "/tmp/x"));
   std::string places(4096, '\0');
-  EXPECT_EQ(GWQ_NO_FILE,
-            lib.Get<decltype(&pushFileToZ11)>("pushFileToZ11")(Local("nothing").c_str(), places.data()));
+  EXPECT_EQ(GWQ_NO_FILE, lib.Get<pushFileToZ11>()(Local("nothing").c_str(), places.data()));
   EXPECT_STREQ("", places.c_str());
 }
 
@@ -99,8 +98,8 @@ TEST_F(FilesPulled, OntoAFullDiskDoNotPassForWhole) {
 }
 
 TEST_F(FilesListed, AreThoseThatWereAddedLessThoseThatWereDeleted) {
-  const auto change = lib.Get<decltype(&MP_DownloadFile)>("MP_DownloadFile");
-  const auto list = lib.Get<decltype(&MP_GetFileList)>("MP_GetFileList");
+  const auto change = lib.Get<MP_DownloadFile>();
+  const auto list = lib.Get<MP_GetFileList>();
   std::string pictures =
       LocalFile("一.jpg", 2000) + "|" + LocalFile("b.jpg", 1) + "|" + LocalFile("c.jpg", 300'000);
   ASSERT_EQ(0, change("", "", kBaud, "", 0, pictures.data(), 1));
@@ -115,7 +114,7 @@ TEST_F(FilesListed, AreThoseThatWereAddedLessThoseThatWereDeleted) {
 }
 
 TEST_F(FilesListed, OnlyTheMissingPictureIsAdded) {
-  const auto change = lib.Get<decltype(&MP_DownloadFile)>("MP_DownloadFile");
+  const auto change = lib.Get<MP_DownloadFile>();
   std::string nothing;
   ASSERT_EQ(0, change("", "", kBaud, "", 0, nothing.data(), 0));
   std::string first = LocalFile("a.jpg", 100);
@@ -128,9 +127,9 @@ TEST_F(FilesListed, OnlyTheMissingPictureIsAdded) {
 }
 
 TEST_F(FilesListed, HeadPhotosComeAndGo) {
-  const auto add = lib.Get<decltype(&MP_DownHeadFile)>("MP_DownHeadFile");
-  const auto find = lib.Get<decltype(&MP_FindHeadPhoto)>("MP_FindHeadPhoto");
-  const auto remove = lib.Get<decltype(&MP_DelHeadFile)>("MP_DelHeadFile");
+  const auto add = lib.Get<MP_DownHeadFile>();
+  const auto find = lib.Get<MP_FindHeadPhoto>();
+  const auto remove = lib.Get<MP_DelHeadFile>();
   ASSERT_EQ(0, add("", "9", kBaud, LocalFile("0123.jpg", 700).c_str(), nullptr));
   std::string list(101, '\0');
   int length = 100;
@@ -144,7 +143,7 @@ TEST_F(FilesListed, HeadPhotosComeAndGo) {
 }
 
 TEST_F(FilesListed, TheQrCodeIsReplacedAndRemoved) {
-  const auto set = lib.Get<decltype(&MP_SetBarcodePic)>("MP_SetBarcodePic");
+  const auto set = lib.Get<MP_SetBarcodePic>();
   const std::string picture = LocalFile("qr.png", 1234);
   ASSERT_EQ(0, set("", "", kBaud, picture.c_str()));
   EXPECT_EQ(ReadFile(picture), ReadFile(OnTerminal("/mnt/sdcard/media/file/QRcode.jpg")));
@@ -154,7 +153,7 @@ TEST_F(FilesListed, TheQrCodeIsReplacedAndRemoved) {
 }
 
 TEST_F(FirmwareUpdate, TheTerminalTellsItsNewVersionAfterwards) {
-  const auto change = lib.Get<decltype(&MP_DownloadFile)>("MP_DownloadFile");
+  const auto change = lib.Get<MP_DownloadFile>();
   std::string package = Local("fw.dat");
   WriteFile(package, "V2.0.0|20260101\n" + std::string(50'000, 'f'));
   ASSERT_EQ(0, change("", "", kBaud, "", 1, package.data(), 0));
@@ -280,7 +279,7 @@ TEST_F(EmptyPackets, OfTypes0And1BeforeTheDataDoNoHarm) {
 }
 
 TEST_F(CutPackets, TheDownloadThatCutsItsPacketsReachesItsEnd) {
-  const auto download = lib.Get<decltype(&HIDDownLoad)>("HIDDownLoad");
+  const auto download = lib.Get<HIDDownLoad>();
   EXPECT_EQ(0, download(LocalFile("x.bin", 40'000).c_str(), 0));
   EXPECT_EQ(-12, download(Local("nothing").c_str(), 0));
 }

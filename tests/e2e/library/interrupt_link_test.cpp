@@ -33,10 +33,10 @@ class InterruptLink : public testing::Test {
   Library lib_;
 
  private:
-  decltype(&ICC_OpenLinuxSdt) open_ = lib_.Get<decltype(&ICC_OpenLinuxSdt)>("ICC_OpenLinuxSdt");
-  decltype(&ICC_CloseLinuxSdt) close_ = lib_.Get<decltype(&ICC_CloseLinuxSdt)>("ICC_CloseLinuxSdt");
-  decltype(&ICC_WriteLinuxSdt) write_ = lib_.Get<decltype(&ICC_WriteLinuxSdt)>("ICC_WriteLinuxSdt");
-  decltype(&ICC_ReadLinuxSdt) read_ = lib_.Get<decltype(&ICC_ReadLinuxSdt)>("ICC_ReadLinuxSdt");
+  decltype(&ICC_OpenLinuxSdt) open_ = lib_.Get<ICC_OpenLinuxSdt>();
+  decltype(&ICC_CloseLinuxSdt) close_ = lib_.Get<ICC_CloseLinuxSdt>();
+  decltype(&ICC_WriteLinuxSdt) write_ = lib_.Get<ICC_WriteLinuxSdt>();
+  decltype(&ICC_ReadLinuxSdt) read_ = lib_.Get<ICC_ReadLinuxSdt>();
   std::array<unsigned char, 2 * kReportBytes> answer_{};
 };
 
@@ -69,7 +69,7 @@ TEST_F(InterruptLink, HoldsTheInterfaceAgainstTheTransactions) {
 }
 
 TEST_F(InterruptLink, FindsNoDeviceOfOtherIds) {
-  const auto open = lib_.Get<decltype(&ICC_OpenLinuxSdt)>("ICC_OpenLinuxSdt");
+  const auto open = lib_.Get<ICC_OpenLinuxSdt>();
   for (int i = 0; i < 20; ++i) ASSERT_EQ(open(0xFFFF, 0xFFFF), -7);
   EXPECT_FALSE(BuildDate().empty());
 }

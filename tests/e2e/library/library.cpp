@@ -19,31 +19,15 @@ void* Load(const TempDir& directory, const std::string& ini) {
 
 }  // namespace
 
-Library::Library(const std::string& ini) : handle_(Load(directory_, ini)) {
-  trans_proc = Get<decltype(trans_proc)>("TransProc");
-  trans_proc_by_end = Get<decltype(trans_proc_by_end)>("TransProcByEnd");
-  trans_proc_only_read = Get<decltype(trans_proc_only_read)>("TransProcOnlyRead");
-  cancel_read = Get<decltype(cancel_read)>("CancelRead");
-  end_of_read2 = Get<decltype(end_of_read2)>("EndOfRead2");
-  set_pin_len = Get<decltype(set_pin_len)>("GWQ_SetPinLen");
-  update_master_key = Get<decltype(update_master_key)>("GWQ_UpdateMKey");
-  reset_key = Get<decltype(reset_key)>("GWQ_ResetKey");
-  load_working_key = Get<decltype(load_working_key)>("GWQ_DownLoadWKey");
-  activate_working_key = Get<decltype(activate_working_key)>("GWQ_ActiveWKey");
-  read_pin = Get<decltype(read_pin)>("GWQ_ReadPin");
-  read_pin_des = Get<decltype(read_pin_des)>("GWQ_ReadPinDES");
-  read_pin_ansi = Get<decltype(read_pin_ansi)>("GWQ_ReadPinAnsi");
-  build_date = Get<decltype(build_date)>("GWQ_GetVerBuildDate");
-  takes_utf8 = Get<decltype(takes_utf8)>("CheckUtf8version");
-}
+Library::Library(const std::string& ini) : handle_(Load(directory_, ini)) {}
 
 Library::~Library() {
   dlclose(handle_);
 }
 
-void* Library::Find(const char* name) const {
-  void* symbol = dlsym(handle_, name);
-  if (symbol == nullptr) throw std::runtime_error(std::string("not exported: ") + name);
+void* Library::Find(const std::string& name) const {
+  void* symbol = dlsym(handle_, name.c_str());
+  if (symbol == nullptr) throw std::runtime_error("not exported: " + name);
   return symbol;
 }
 

@@ -2,12 +2,23 @@
 // log stands there.
 #pragma once
 
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include <gwq/gwq.h>
 #include "support/temp_dir.h"
 
 namespace gwq::test {
+
+// What a function of C is called. GCC writes "... [with auto function = Name; ...", Clang "... [function = &Name]".
+template <auto function>
+std::string NameOfFunction() {
+  std::string_view name = __PRETTY_FUNCTION__;
+  name.remove_prefix(name.find("function = ") + std::strlen("function = "));
+  name.remove_prefix(name.find_first_not_of("(& "));
+  return std::string(name.substr(0, name.find_first_of(");] ")));
+}
 
 class Library {
  public:
@@ -17,37 +28,38 @@ class Library {
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
 
-  // A function of the library by its declaration and name: Get<decltype(&GWQ_ResetKey)>("GWQ_ResetKey").
-  template <typename Function>
-  Function Get(const char* name) const {
-    return reinterpret_cast<Function>(Find(name));
+  // The library's own of a declared function: Get<GWQ_ResetKey>().
+  template <auto function>
+  decltype(function) Get() const {
+    return reinterpret_cast<decltype(function)>(Find(NameOfFunction<function>()));
   }
 
   // Today's log as it stands.
   [[nodiscard]] std::string Log() const;
 
-  // The calls that the sessions make.
-  decltype(&TransProc) trans_proc;
-  decltype(&TransProcByEnd) trans_proc_by_end;
-  decltype(&TransProcOnlyRead) trans_proc_only_read;
-  decltype(&CancelRead) cancel_read;
-  decltype(&EndOfRead2) end_of_read2;
-  decltype(&GWQ_SetPinLen) set_pin_len;
-  decltype(&GWQ_UpdateMKey) update_master_key;
-  decltype(&GWQ_ResetKey) reset_key;
-  decltype(&GWQ_DownLoadWKey) load_working_key;
-  decltype(&GWQ_ActiveWKey) activate_working_key;
-  decltype(&GWQ_ReadPin) read_pin;
-  decltype(&GWQ_ReadPinDES) read_pin_des;
-  decltype(&GWQ_ReadPinAnsi) read_pin_ansi;
-  decltype(&GWQ_GetVerBuildDate) build_date;
-  decltype(&CheckUtf8version) takes_utf8;
-
  private:
-  [[nodiscard]] void* Find(const char* name) const;
+  [[nodiscard]] void* Find(const std::string& name) const;
 
   TempDir directory_;
   void* handle_;
+
+ public:
+  // The calls that the sessions make.
+  decltype(&TransProc) trans_proc = Get<TransProc>();
+  decltype(&TransProcByEnd) trans_proc_by_end = Get<TransProcByEnd>();
+  decltype(&TransProcOnlyRead) trans_proc_only_read = Get<TransProcOnlyRead>();
+  decltype(&CancelRead) cancel_read = Get<CancelRead>();
+  decltype(&EndOfRead2) end_of_read2 = Get<EndOfRead2>();
+  decltype(&GWQ_SetPinLen) set_pin_len = Get<GWQ_SetPinLen>();
+  decltype(&GWQ_UpdateMKey) update_master_key = Get<GWQ_UpdateMKey>();
+  decltype(&GWQ_ResetKey) reset_key = Get<GWQ_ResetKey>();
+  decltype(&GWQ_DownLoadWKey) load_working_key = Get<GWQ_DownLoadWKey>();
+  decltype(&GWQ_ActiveWKey) activate_working_key = Get<GWQ_ActiveWKey>();
+  decltype(&GWQ_ReadPin) read_pin = Get<GWQ_ReadPin>();
+  decltype(&GWQ_ReadPinDES) read_pin_des = Get<GWQ_ReadPinDES>();
+  decltype(&GWQ_ReadPinAnsi) read_pin_ansi = Get<GWQ_ReadPinAnsi>();
+  decltype(&GWQ_GetVerBuildDate) build_date = Get<GWQ_GetVerBuildDate>();
+  decltype(&CheckUtf8version) takes_utf8 = Get<CheckUtf8version>();
 };
 
 }  // namespace gwq::test

@@ -110,7 +110,7 @@ TEST_F(PadRefusesKeys, ThatItCannotDecipher) {
 
 TEST_F(PadRefusesKeys, WhenTheyAreNull) {
   const auto load = [this](const char* encrypted, const char* verify) {
-    return Call<decltype(&PN_DownloadPinPadWK)>("PN_DownloadPinPadWK", "", "1", encrypted, verify);
+    return Call<PN_DownloadPinPadWK>("", "1", encrypted, verify);
   };
   EXPECT_EQ(GWQ_BAD_ARGUMENT, load(nullptr, "000000"));
   EXPECT_EQ(GWQ_BAD_ARGUMENT, load("1234", nullptr));
@@ -127,8 +127,7 @@ class PadDigests : public Pad {
  protected:
   int Digest(int algorithm, const std::string& text, std::string& digest) {
     std::array<char, 1024> bytes{};
-    const int status =
-        Call<decltype(&PN_ObtainDigest)>("PN_ObtainDigest", algorithm, text.c_str(), bytes.data());
+    const int status = Call<PN_ObtainDigest>(algorithm, text.c_str(), bytes.data());
     digest.assign(bytes.data(), bytes.size());
     return status;
   }

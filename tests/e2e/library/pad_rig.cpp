@@ -88,15 +88,15 @@ std::pair<example::Key, std::string> NewKeyUnderMaster(Algorithm algorithm) {
 Pad::Entry Pad::GetPin(int seconds) {
   std::array<char, 1024> block{};
   int length = 0;
-  const int status = Call<decltype(&PN_GetPin)>("PN_GetPin", seconds, &length, block.data());
+  const int status = Call<PN_GetPin>(seconds, &length, block.data());
   return {status, "", Taken(status, block, length)};
 }
 
 Pad::Entry Pad::GetPinShowing(const char* shown, int seconds) {
   std::array<char, 1024> block{};
   int length = 0;
-  const int status = Call<decltype(&GetPinblockShowString)>(
-      "GetPinblockShowString", reinterpret_cast<unsigned char*>(block.data()), &length, seconds, shown);
+  const int status =
+      Call<GetPinblockShowString>(reinterpret_cast<unsigned char*>(block.data()), &length, seconds, shown);
   return {status, "", Taken(status, block, length)};
 }
 
@@ -104,9 +104,9 @@ Pad::Entry Pad::GetPinBlock(const Request& request) {
   std::array<char, 1024> factor{};
   std::array<char, 1024> block{};
   int length = request.length;
-  const int status = Call<decltype(&PN_GetPinBlock)>(
-      "PN_GetPinBlock", kSeconds, static_cast<int>(request.algorithm), request.sound_mode, request.type,
-      request.account, factor.data(), static_cast<void*>(block.data()), &length);
+  const int status =
+      Call<PN_GetPinBlock>(kSeconds, static_cast<int>(request.algorithm), request.sound_mode, request.type,
+                           request.account, factor.data(), static_cast<void*>(block.data()), &length);
   return {status, factor.data(), Taken(status, block, length)};
 }
 
@@ -114,9 +114,9 @@ Pad::Entry Pad::GetPinBlockShowing(const Request& request) {
   std::array<char, 1024> factor{};
   std::array<char, 1024> block{};
   int length = request.length;
-  const int status = Call<decltype(&PN_GetPinBlockShowString)>(
-      "PN_GetPinBlockShowString", kSeconds, static_cast<int>(request.algorithm), request.sound_mode,
-      request.type, request.account, factor.data(), static_cast<void*>(block.data()), &length, request.shown);
+  const int status = Call<PN_GetPinBlockShowString>(
+      kSeconds, static_cast<int>(request.algorithm), request.sound_mode, request.type, request.account,
+      factor.data(), static_cast<void*>(block.data()), &length, request.shown);
   return {status, factor.data(), Taken(status, block, length)};
 }
 
@@ -124,15 +124,15 @@ int Pad::StringBlock(int algorithm, const std::string& text, std::string& file, 
   const HostFileTurn turn(kHostFile);
   file.assign(kRoom, '\0');
   int length = static_cast<int>(text.size());
-  const int status = CallFor<decltype(&PN_GetStringBlock)>(answer, "PN_GetStringBlock", kSeconds, algorithm,
-                                                           text.data(), file.data(), &length);
+  const int status =
+      CallFor<PN_GetStringBlock>(answer, kSeconds, algorithm, text.data(), file.data(), &length);
   file.resize(status == 0 ? static_cast<std::size_t>(length) : file.find('\0'));
   return status;
 }
 
 int Pad::AskNumber(int digits, std::string& number, int seconds) {
   constexpr int kShown = 0;
-  return CallFor<decltype(&PN_GetInNo)>(number, "PN_GetInNo", seconds, digits, kShown, "请输入手机号码");
+  return CallFor<PN_GetInNo>(number, seconds, digits, kShown, "请输入手机号码");
 }
 
 Pad::Answer Pad::Frame(const std::string& body) {
@@ -141,14 +141,14 @@ Pad::Answer Pad::Frame(const std::string& body) {
   std::array<char, 2048> answer{};
   std::array<unsigned char, 1024> data{};
   int length = 1024;
-  const int size = lib.Get<decltype(&PackData)>("PackData")(Bytes(body), static_cast<int>(body.size()),
-                                                            reinterpret_cast<unsigned char*>(frame.data()));
+  const int size = lib.Get<PackData>()(Bytes(body), static_cast<int>(body.size()),
+                                       reinterpret_cast<unsigned char*>(frame.data()));
   const int status = lib.trans_proc_by_end(port, kBaud, frame.data(), size, answer.data(), &length,
                                            lib.end_of_read2, kTimeoutMs);
   if (status != 0) return {status, ""};
   int count = 0;
-  const int word = lib.Get<decltype(&UnPackData)>("UnPackData")(
-      reinterpret_cast<unsigned char*>(answer.data()), length, data.data(), &count);
+  const int word =
+      lib.Get<UnPackData>()(reinterpret_cast<unsigned char*>(answer.data()), length, data.data(), &count);
   return {word, {data.begin(), data.begin() + count}};
 }
 

@@ -39,54 +39,48 @@ class Pad : public testing::Test {
   explicit Pad(const std::string& ini = "") : lib(ini) {}
 
   // One of the pad's functions, all of which begin with the same arguments.
-  template <typename Function, typename... Args>
-  int Call(const char* name, Args... args) {
-    return lib.Get<Function>(name)(port, nullptr, kBaud, args...);
+  template <auto function, typename... Args>
+  int Call(Args... args) {
+    return lib.Get<function>()(port, nullptr, kBaud, args...);
   }
   // ... that gives a text.
-  template <typename Function, typename... Args>
-  int CallFor(std::string& text, const char* name, Args... args) {
+  template <auto function, typename... Args>
+  int CallFor(std::string& text, Args... args) {
     text.assign(kRoom, '\0');
-    const int status = Call<Function>(name, args..., text.data());
+    const int status = Call<function>(args..., text.data());
     text.resize(text.find('\0'));
     return status;
   }
 
-  int GetType(int& type) { return Call<decltype(&PN_GetEnType)>("PN_GetEnType", &type); }
-  int SetType(int type) { return Call<decltype(&PN_SetEnType)>("PN_SetEnType", type); }
-  int GetLength(int& length) { return Call<decltype(&PN_GetPinLen)>("PN_GetPinLen", &length); }
-  int SetLength(int length) { return Call<decltype(&PN_SetPinLen)>("PN_SetPinLen", length); }
-  int SetEndRule(int rule) { return Call<decltype(&PN_SetEndRule)>("PN_SetEndRule", rule); }
-  int SetFill(const char* fill) { return Call<decltype(&PN_SetFillType)>("PN_SetFillType", fill); }
-  int SetMode(int mode) { return Call<decltype(&PN_SetPinMoe)>("PN_SetPinMoe", mode); }
-  int SetSound(int sound) { return Call<decltype(&PN_SetSoundType)>("PN_SetSoundType", sound); }
+  int GetType(int& type) { return Call<PN_GetEnType>(&type); }
+  int SetType(int type) { return Call<PN_SetEnType>(type); }
+  int GetLength(int& length) { return Call<PN_GetPinLen>(&length); }
+  int SetLength(int length) { return Call<PN_SetPinLen>(length); }
+  int SetEndRule(int rule) { return Call<PN_SetEndRule>(rule); }
+  int SetFill(const char* fill) { return Call<PN_SetFillType>(fill); }
+  int SetMode(int mode) { return Call<PN_SetPinMoe>(mode); }
+  int SetSound(int sound) { return Call<PN_SetSoundType>(sound); }
   int SetAccount(const std::string& account) {
-    return Call<decltype(&PN_SetAccount)>("PN_SetAccount",
-                                          reinterpret_cast<const unsigned char*>(account.data()),
-                                          static_cast<int>(account.size()));
+    return Call<PN_SetAccount>(reinterpret_cast<const unsigned char*>(account.data()),
+                               static_cast<int>(account.size()));
   }
   int SetParameters(int type, int length, int rule, const char* fill) {
-    return Call<decltype(&PN_SetPinPadParameter)>("PN_SetPinPadParameter", type, length, rule, fill);
+    return Call<PN_SetPinPadParameter>(type, length, rule, fill);
   }
-  int ReadDeviceId(std::string& id) { return CallFor<decltype(&PN_ReadDeviceId)>(id, "PN_ReadDeviceId"); }
-  int WriteDeviceId(const char* id) { return Call<decltype(&PN_WriteDeviceId)>("PN_WriteDeviceId", id); }
+  int ReadDeviceId(std::string& id) { return CallFor<PN_ReadDeviceId>(id); }
+  int WriteDeviceId(const char* id) { return Call<PN_WriteDeviceId>(id); }
 
-  int ReadFactor(std::string& factor) {
-    return CallFor<decltype(&PN_GetPinPadFactor)>(factor, "PN_GetPinPadFactor");
-  }
+  int ReadFactor(std::string& factor) { return CallFor<PN_GetPinPadFactor>(factor); }
   int CreateFactor(int type, std::string& factor) {
-    return CallFor<decltype(&PN_CreateAndGetPinPadFactor)>(factor, "PN_CreateAndGetPinPadFactor", type);
+    return CallFor<PN_CreateAndGetPinPadFactor>(factor, type);
   }
-  int ObtainFactor(const char* type, std::string& factor) {
-    return CallFor<decltype(&PN_ObtainFactor)>(factor, "PN_ObtainFactor", type);
-  }
+  int ObtainFactor(const char* type, std::string& factor) { return CallFor<PN_ObtainFactor>(factor, type); }
   int PublicKey(int algorithm, int bits, std::string& hex) {
-    return CallFor<decltype(&PN_ObtainPublicKey)>(hex, "PN_ObtainPublicKey", algorithm, bits);
+    return CallFor<PN_ObtainPublicKey>(hex, algorithm, bits);
   }
   int LoadKey(const std::string& factor, const char* type, const std::string& enciphered,
               const std::string& verify) {
-    return Call<decltype(&PN_DownloadPinPadWK)>("PN_DownloadPinPadWK", factor.c_str(), type,
-                                                enciphered.c_str(), verify.c_str());
+    return Call<PN_DownloadPinPadWK>(factor.c_str(), type, enciphered.c_str(), verify.c_str());
   }
 
   // What a function that reads a PIN gives.

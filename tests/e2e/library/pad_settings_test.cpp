@@ -119,7 +119,7 @@ TEST_F(PadOnSerial, FunctionsThatUseUsbGiveNotOpened) {
   EXPECT_EQ(GWQ_NOT_OPENED, SetParameters(0, 6, 0, "F"));
   EXPECT_EQ(GWQ_NOT_OPENED, ObtainFactor("1", text));
   EXPECT_EQ(GWQ_NOT_OPENED, PublicKey(1, 1024, text));
-  EXPECT_EQ(GWQ_NOT_OPENED, CallFor<decltype(&PN_ObtainDigest)>(text, "PN_ObtainDigest", 1, "abc"));
+  EXPECT_EQ(GWQ_NOT_OPENED, CallFor<PN_ObtainDigest>(text, 1, "abc"));
   EXPECT_EQ(GWQ_NOT_OPENED, LoadKey("", "1", std::string(32, '1'), "000000"));
   EXPECT_EQ(GWQ_NOT_OPENED, StringBlock(kSm4, "text", file, text));
   EXPECT_EQ(GWQ_NOT_OPENED, AskNumber(6, text));

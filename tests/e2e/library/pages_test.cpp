@@ -21,20 +21,19 @@ class Pages : public ScreenSession {
  protected:
   int Show(int seconds, int mode, const std::string& page, int& result) {
     result = kUntouched;
-    return lib.Get<decltype(&MP_StartInfoHtml)>("MP_StartInfoHtml")(nullptr, nullptr, kBaud, seconds, mode,
-                                                                    page.c_str(), &result, 3);
+    return lib.Get<MP_StartInfoHtml>()(nullptr, nullptr, kBaud, seconds, mode, page.c_str(), &result, 3);
   }
 
   int Capture(int seconds, int mode, const std::string& page, const std::string& picture, int& result) {
     result = kUntouched;
-    return lib.Get<decltype(&MP_StartInfoHtmlScreenshot)>("MP_StartInfoHtmlScreenshot")(
-        nullptr, kLink, kBaud, seconds, mode, page.c_str(), picture.c_str(), &result);
+    return lib.Get<MP_StartInfoHtmlScreenshot>()(nullptr, kLink, kBaud, seconds, mode, page.c_str(),
+                                                 picture.c_str(), &result);
   }
 
   std::string ShowFile(int seconds, const std::string& page, int status) {
     std::array<char, 2048> result{"untouched"};
-    EXPECT_EQ(status, lib.Get<decltype(&MP_StartInfoHtmlEx)>("MP_StartInfoHtmlEx")(
-                          nullptr, nullptr, kBaud, seconds, "补充 more", page.c_str(), result.data()));
+    EXPECT_EQ(status, lib.Get<MP_StartInfoHtmlEx>()(nullptr, nullptr, kBaud, seconds, "补充 more",
+                                                    page.c_str(), result.data()));
     return result.data();
   }
 

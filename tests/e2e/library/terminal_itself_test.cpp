@@ -34,11 +34,10 @@ class TerminalTells : public ScreenSession {
   }
 
   int FirmwareVersion() {
-    return lib.Get<decltype(&MP_GetFirmwareVersion)>("MP_GetFirmwareVersion")(nullptr, nullptr, 1, 2,
-                                                                              common.data(), own.data());
+    return lib.Get<MP_GetFirmwareVersion>()(nullptr, nullptr, 1, 2, common.data(), own.data());
   }
 
-  decltype(&DEV_CommCall) comm_call = lib.Get<decltype(&DEV_CommCall)>("DEV_CommCall");
+  decltype(&DEV_CommCall) comm_call = lib.Get<DEV_CommCall>();
   std::array<char, 2048> common{"untouched"};
   std::array<char, 2048> own{"untouched"};
 };
@@ -82,8 +81,8 @@ TEST_F(TerminalItself, TellsTheTwoPartsOfItsFirmwareVersion) {
 
 TEST_F(TerminalItself, ClosesWhatItShowsAndTakesTheNextCall) {
   const std::string document = Document("a.pdf");
-  EXPECT_EQ(0, lib.Get<decltype(&MP_ShowPDF)>("MP_ShowPDF")(nullptr, nullptr, kBaud, 60, document.c_str()));
-  const auto cancel = lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation");
+  EXPECT_EQ(0, lib.Get<MP_ShowPDF>()(nullptr, nullptr, kBaud, 60, document.c_str()));
+  const auto cancel = lib.Get<MP_CancelCurrentOperation>();
   EXPECT_EQ(0, cancel(nullptr, nullptr, kBaud, 0));
   EXPECT_EQ(0, cancel(nullptr, nullptr, kBaud, 0)) << "with nothing shown";
   EXPECT_EQ(1, lib.takes_utf8());
@@ -106,26 +105,21 @@ TEST_F(WithoutTerminal, ShownTextsAndPagesAreNotOpened) {
   int result = kUntouched;
   std::array<char, 2048> text{"untouched"};
   char value = '#';
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_StartElectronicCard)>("MP_StartElectronicCard")(
-                    nullptr, nullptr, kBaud, 1, "n", "1", 1, nullptr));
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_SetEvaluateInfo)>("MP_SetEvaluateInfo")(nullptr, nullptr, kBaud, "n",
-                                                                             "1", 1, nullptr));
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_StartEvaluate)>("MP_StartEvaluate")(nullptr, nullptr, kBaud, 1, &value));
-  EXPECT_EQ(0, lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate")(nullptr, nullptr, kBaud));
+  EXPECT_EQ(-3, lib.Get<MP_StartElectronicCard>()(nullptr, nullptr, kBaud, 1, "n", "1", 1, nullptr));
+  EXPECT_EQ(-3, lib.Get<MP_SetEvaluateInfo>()(nullptr, nullptr, kBaud, "n", "1", 1, nullptr));
+  EXPECT_EQ(-3, lib.Get<MP_StartEvaluate>()(nullptr, nullptr, kBaud, 1, &value));
+  EXPECT_EQ(0, lib.Get<MP_CancleEvaluate>()(nullptr, nullptr, kBaud));
   for (const int port : {0, 200}) {
-    EXPECT_EQ(-3, lib.Get<decltype(&GWQ_StartEvaluator)>("GWQ_StartEvaluator")(port, kBaud, "n", "1", 1,
-                                                                               nullptr, 1, &number));
-    EXPECT_EQ(-3, lib.Get<decltype(&GWQ_StartInfo)>("GWQ_StartInfo")(port, kBaud, 1, "m", &number));
-    EXPECT_EQ(-3, lib.Get<decltype(&GWQ_StartKeyboard)>("GWQ_StartKeyboard")(port, kBaud, 1, 0, text.data()));
+    EXPECT_EQ(-3, lib.Get<GWQ_StartEvaluator>()(port, kBaud, "n", "1", 1, nullptr, 1, &number));
+    EXPECT_EQ(-3, lib.Get<GWQ_StartInfo>()(port, kBaud, 1, "m", &number));
+    EXPECT_EQ(-3, lib.Get<GWQ_StartKeyboard>()(port, kBaud, 1, 0, text.data()));
   }
   for (const int mode : {0, 1}) {
-    EXPECT_EQ(-3, lib.Get<decltype(&MP_StartInfoHtml)>("MP_StartInfoHtml")(nullptr, nullptr, kBaud, 1, mode,
-                                                                           "p", &result, 1));
-    EXPECT_EQ(-3, lib.Get<decltype(&MP_StartInfoHtmlScreenshot)>("MP_StartInfoHtmlScreenshot")(
-                      nullptr, kLink, kBaud, 1, mode, "p", Local("p.png").c_str(), &result));
+    EXPECT_EQ(-3, lib.Get<MP_StartInfoHtml>()(nullptr, nullptr, kBaud, 1, mode, "p", &result, 1));
+    EXPECT_EQ(-3, lib.Get<MP_StartInfoHtmlScreenshot>()(nullptr, kLink, kBaud, 1, mode, "p",
+                                                        Local("p.png").c_str(), &result));
   }
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_CheckOut_All)>("MP_CheckOut_All")(nullptr, nullptr, kBaud, 1, "a", "b",
-                                                                       text.data()));
+  EXPECT_EQ(-3, lib.Get<MP_CheckOut_All>()(nullptr, nullptr, kBaud, 1, "a", "b", text.data()));
   EXPECT_EQ('#', value);
   EXPECT_EQ(static_cast<unsigned>(kUntouched), number);
   EXPECT_EQ(kUntouched, result);
@@ -137,19 +131,16 @@ TEST_F(WithoutTerminal, DocumentsAndTheVersionAreNotOpened) {
   const std::string picture = Local("sig.png");
   int decision = kUntouched;
   std::array<char, 64> data{"untouched"};
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_ShowPDF)>("MP_ShowPDF")(nullptr, nullptr, kBaud, 1, document.c_str()));
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_ConfirmPDF)>("MP_ConfirmPDF")(nullptr, nullptr, kBaud, 1,
-                                                                   document.c_str(), &decision));
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_SignPDF)>("MP_SignPDF")(nullptr, kLink, kBaud, 1, document.c_str(), "1",
-                                                             picture.c_str(), data.data()));
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_SignPDF_Voice)>("MP_SignPDF_Voice")(
-                    nullptr, kLink, kBaud, 1, document.c_str(), "1", "v", picture.c_str(), data.data()));
-  EXPECT_EQ(-3,
-            lib.Get<decltype(&MP_Sign_With_TZG)>("MP_Sign_With_TZG")(
-                nullptr, kLink, kBaud, 1, document.c_str(), "1", "v", picture.c_str(), 0, 3, data.data()));
+  EXPECT_EQ(-3, lib.Get<MP_ShowPDF>()(nullptr, nullptr, kBaud, 1, document.c_str()));
+  EXPECT_EQ(-3, lib.Get<MP_ConfirmPDF>()(nullptr, nullptr, kBaud, 1, document.c_str(), &decision));
+  EXPECT_EQ(-3, lib.Get<MP_SignPDF>()(nullptr, kLink, kBaud, 1, document.c_str(), "1", picture.c_str(),
+                                      data.data()));
+  EXPECT_EQ(-3, lib.Get<MP_SignPDF_Voice>()(nullptr, kLink, kBaud, 1, document.c_str(), "1", "v",
+                                            picture.c_str(), data.data()));
+  EXPECT_EQ(-3, lib.Get<MP_Sign_With_TZG>()(nullptr, kLink, kBaud, 1, document.c_str(), "1", "v",
+                                            picture.c_str(), 0, 3, data.data()));
   EXPECT_EQ(-3, FirmwareVersion());
-  EXPECT_EQ(-3, lib.Get<decltype(&MP_CancelCurrentOperation)>("MP_CancelCurrentOperation")(nullptr, nullptr,
-                                                                                           kBaud, 0));
+  EXPECT_EQ(-3, lib.Get<MP_CancelCurrentOperation>()(nullptr, nullptr, kBaud, 0));
   EXPECT_EQ(kUntouched, decision);
   EXPECT_STREQ("untouched", data.data());
   EXPECT_STREQ("untouched", common.data());
@@ -159,15 +150,14 @@ TEST_F(WithoutTerminal, DocumentsAndTheVersionAreNotOpened) {
 // These push a file before anything else: the push tells.
 TEST_F(WithoutTerminal, APageFileAndAHandSignatureFailLikeTheirPush) {
   const std::string document = Document("a.pdf");
-  const auto push = lib.Get<decltype(&Z11DownLoadFile)>("Z11DownLoadFile");
+  const auto push = lib.Get<Z11DownLoadFile>();
   const int pushed = push(0, '9', kBaud, 255, document.c_str(), "/tmp/infoviewer.pdf");
   EXPECT_GT(0, pushed);
   std::array<char, 2048> text{"untouched"};
-  EXPECT_EQ(pushed, lib.Get<decltype(&MP_StartInfoHtmlEx)>("MP_StartInfoHtmlEx")(nullptr, nullptr, kBaud, 1,
-                                                                                 "", "page", text.data()));
+  EXPECT_EQ(pushed, lib.Get<MP_StartInfoHtmlEx>()(nullptr, nullptr, kBaud, 1, "", "page", text.data()));
   EXPECT_STREQ("untouched", text.data());
-  EXPECT_EQ(pushed, lib.Get<decltype(&GWQ_StartSign)>("GWQ_StartSign")(
-                        0, kBaud, 1, document.c_str(), Local("s.png").c_str(), Local("s").c_str()));
+  EXPECT_EQ(pushed, lib.Get<GWQ_StartSign>()(0, kBaud, 1, document.c_str(), Local("s.png").c_str(),
+                                             Local("s").c_str()));
 }
 
 }  // namespace

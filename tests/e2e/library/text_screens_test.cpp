@@ -19,22 +19,21 @@ class TextScreens : public ScreenSession {
  protected:
   Expected Rate(int seconds) {
     unsigned rating = kUntouched;
-    const int status = lib.Get<decltype(&GWQ_StartEvaluator)>("GWQ_StartEvaluator")(
-        port, kBaud, kTeller, "0123", 5, nullptr, seconds, &rating);
+    const int status =
+        lib.Get<GWQ_StartEvaluator>()(port, kBaud, kTeller, "0123", 5, nullptr, seconds, &rating);
     return {status, rating};
   }
 
   Expected Inform(int seconds, const std::string& message) {
     unsigned key = kUntouched;
-    const int status =
-        lib.Get<decltype(&GWQ_StartInfo)>("GWQ_StartInfo")(port, kBaud, seconds, message.c_str(), &key);
+    const int status = lib.Get<GWQ_StartInfo>()(port, kBaud, seconds, message.c_str(), &key);
     return {status, key};
   }
 
   // The number and what stands behind it in a buffer of "#".
   std::string KeyNumber(int seconds, int mode, int status) {
     std::string number(2046, '#');
-    const auto start = lib.Get<decltype(&GWQ_StartKeyboard)>("GWQ_StartKeyboard");
+    const auto start = lib.Get<GWQ_StartKeyboard>();
     EXPECT_EQ(status, start(port, kBaud, seconds, mode, number.data()));
     return number.substr(0, number.find("##"));
   }
@@ -107,19 +106,16 @@ class Rating : public ScreenSession {
  protected:
   char Rate(int seconds) {
     std::array<char, 2> value{'#', '\0'};
-    EXPECT_EQ(0, lib.Get<decltype(&MP_StartEvaluate)>("MP_StartEvaluate")(nullptr, nullptr, kBaud, seconds,
-                                                                          value.data()));
+    EXPECT_EQ(0, lib.Get<MP_StartEvaluate>()(nullptr, nullptr, kBaud, seconds, value.data()));
     return value[0];
   }
 
   int ShowCard(const char* name, int stars, const char* photo) {
-    return lib.Get<decltype(&MP_StartElectronicCard)>("MP_StartElectronicCard")(
-        nullptr, nullptr, kBaud, kSeconds, name, "0123", stars, photo);
+    return lib.Get<MP_StartElectronicCard>()(nullptr, nullptr, kBaud, kSeconds, name, "0123", stars, photo);
   }
 
   int SetCard(const char* name, int stars, const char* photo) {
-    return lib.Get<decltype(&MP_SetEvaluateInfo)>("MP_SetEvaluateInfo")(nullptr, nullptr, kBaud, name, "0123",
-                                                                        stars, photo);
+    return lib.Get<MP_SetEvaluateInfo>()(nullptr, nullptr, kBaud, name, "0123", stars, photo);
   }
 };
 
@@ -135,7 +131,7 @@ TEST_F(Rating, GivesEveryAnswerBehindTheTellersCard) {
   EXPECT_EQ('4', Rate(1)) << "time-out of the customer";
   EXPECT_EQ('#', Rate(kSeconds)) << "no key";
   EXPECT_EQ('#', Rate(kSeconds)) << "an answer of one byte";
-  EXPECT_EQ(0, lib.Get<decltype(&MP_CancleEvaluate)>("MP_CancleEvaluate")(nullptr, nullptr, kBaud));
+  EXPECT_EQ(0, lib.Get<MP_CancleEvaluate>()(nullptr, nullptr, kBaud));
   EXPECT_EQ(0, OpenLinks());
 }
 
@@ -144,8 +140,8 @@ class Checkout : public ScreenSession {
   std::string CheckOut(int seconds, int status, const std::string& first = "开户 Account opening",
                        const std::string& second = "工本费 5.00") {
     std::array<char, 2048> result{"untouched"};
-    EXPECT_EQ(status, lib.Get<decltype(&MP_CheckOut_All)>("MP_CheckOut_All")(
-                          nullptr, nullptr, kBaud, seconds, first.c_str(), second.c_str(), result.data()));
+    EXPECT_EQ(status, lib.Get<MP_CheckOut_All>()(nullptr, nullptr, kBaud, seconds, first.c_str(),
+                                                 second.c_str(), result.data()));
     return result.data();
   }
 };
