@@ -1,4 +1,5 @@
-/* An exchange with the terminal as one would write it by hand, without checks: the limit for the library's. */
+/* An exchange with the terminal as one would write it by hand, without checks: the limit for the
+ * library's. */
 #ifndef GWQ_BENCH_BARE_EXCHANGE_H
 #define GWQ_BENCH_BARE_EXCHANGE_H
 

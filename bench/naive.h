@@ -1,4 +1,5 @@
-// The codecs as plain loops, a byte at a time: what the library must beat, and never fall behind on short texts.
+// The codecs as plain loops, a byte at a time: what the library must beat, and never fall behind on
+// short texts.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-/* Finds the library only when it runs, so that the program starts without it. The types come from the headers. */
+/* Finds the library only when it runs, so that the program starts without it. The types come from
+ * the headers. */
 #include <dlfcn.h>
 #include <gwq/gwq.h>
 #include <stdio.h>

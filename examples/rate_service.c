@@ -9,7 +9,8 @@ static int Failed(const char* function, int status) {
   return 0;
 }
 
-/* A character "1" to "3" as keyed, "4" for a customer who does not rate, or nothing. Returns 1 when it was asked for. */
+/* A character "1" to "3" as keyed, "4" for a customer who does not rate, or nothing. Returns 1 when
+ * it was asked for. */
 static int Rate(char rating[2]) {
   int status = MP_SetEvaluateInfo(NULL, NULL, kBaud, "王芳", "0123", kStars, NULL);
   if (status != GWQ_OK) return Failed("MP_SetEvaluateInfo", status);

@@ -1,5 +1,6 @@
-// A teller application that copes with what happens at a counter: customers who cancel, mistype or walk away, a cable
-// that is pulled, a terminal that is full, old, without keys or without TZG mode. docs/scenarios.md puts it to the test.
+// A teller application that copes with what happens at a counter: customers who cancel, mistype or
+// walk away, a cable that is pulled, a terminal that is full, old, without keys or without TZG
+// mode. docs/scenarios.md puts it to the test.
 //
 //   robust_teller [--tzg | --pin] DOCUMENT PICTURE SECONDS
 //
@@ -148,7 +149,8 @@ bool IsWholePin(const std::string& block, const example::Key& key) {
   return pin && pin->size() == kPinDigits;
 }
 
-// A terminal without keys refuses to ask, and one whose customer cancels answers the same: the keys are loaded once.
+// A terminal without keys refuses to ask, and one whose customer cancels answers the same: the keys
+// are loaded once.
 void ReadPin(const Visit& visit) {
   std::optional<example::Key> key;
   for (int attempt = 0; attempt <= kAttempts; ++attempt) {

@@ -2,7 +2,8 @@
  *
  *   sign_document DOCUMENT PICTURE
  *
- * The signature's picture goes to PICTURE, its strokes to "hw.data" beside it. Exit status 0 when it was signed. */
+ * The signature's picture goes to PICTURE, its strokes to "hw.data" beside it. Exit status 0 when
+ * it was signed. */
 #include <gwq/gwq.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -6,8 +6,8 @@
 
 namespace gwq::fuzz {
 
-// One byte of how (bits 0 to 2 the kind, 4 a wrong length, 5 a wrong check, 6 zeros up to a whole report, 7 eight times the
-// content), then the content.
+// One byte of how (bits 0 to 2 the kind, 4 a wrong length, 5 a wrong check, 6 zeros up to a whole
+// report, 7 eight times the content), then the content.
 Bytes ComposeAnswer(Input input);
 
 }  // namespace gwq::fuzz

@@ -226,7 +226,8 @@ struct IntInOut {
     return value;
   }
 };
-// The output whose size the contract does not pass: with room for any file, or with exactly as much as the caller tells.
+// The output whose size the contract does not pass: with room for any file, or with exactly as much
+// as the caller tells.
 struct FileOut {
   static char* Make(Arguments& a) {
     const unsigned null = a.input().Byte();

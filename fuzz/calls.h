@@ -51,7 +51,8 @@ struct Call {
 
 std::span<const Call> Calls();
 
-// What the host's predicates do in the next call: the first bytes of the call's input, one for each time they are asked.
+// What the host's predicates do in the next call: the first bytes of the call's input, one for each
+// time they are asked.
 void BeHost(Arguments& arguments);
 
 }  // namespace gwq::fuzz

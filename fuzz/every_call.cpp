@@ -1,5 +1,5 @@
-// Runs every call of the table on a thread with little stack, each with some answers and failures at random, with the log
-// off and on: every_call STACK SEED. Tells which calls took the most.
+// Runs every call of the table on a thread with little stack, each with some answers and failures
+// at random, with the log off and on: every_call STACK SEED. Tells which calls took the most.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

@@ -1,8 +1,10 @@
-// The machine around the library while a fuzzer runs it: USB, serial lines, files, memory and the clock, all in the input's
-// hand and without a second of real time. For programs linked with the --wrap options of fuzz/CMakeLists.txt; what another
-// thread calls, or this one while no Machine is alive, goes to the system.
+// The machine around the library while a fuzzer runs it: USB, serial lines, files, memory and the
+// clock, all in the input's hand and without a second of real time. For programs linked with the
+// --wrap options of fuzz/CMakeLists.txt; what another thread calls, or this one while no Machine is
+// alive, goes to the system.
 //
-// Whatever must never happen (a double close, a read that outlives its time-out, something left open) ends the process.
+// Whatever must never happen (a double close, a read that outlives its time-out, something left
+// open) ends the process.
 #pragma once
 
 #include <cstdint>
@@ -66,7 +68,8 @@ struct Held {
 
 class Machine {
  public:
-  // `present` says what is plugged in: bits 0 and 1 the terminal under its two identities, bit 2 the serial lines.
+  // `present` says what is plugged in: bits 0 and 1 the terminal under its two identities, bit 2
+  // the serial lines.
   explicit Machine(unsigned present);
   ~Machine();
   Machine(const Machine&) = delete;
@@ -76,7 +79,8 @@ class Machine {
   // Nothing of what this thread calls from now on is the library's.
   static void Leave();
 
-  // How the loader tells where the library is: by its whole path, by a relative one, not at all, by one that is too long.
+  // How the loader tells where the library is: by its whole path, by a relative one, not at all, by
+  // one that is too long.
   void LoadFrom(unsigned manner) { loaded_from_ = manner; }
   [[nodiscard]] unsigned LoadedFrom() const { return loaded_from_; }
 
@@ -97,8 +101,8 @@ class Machine {
   void ForgetContexts(int contexts) { contexts_ = contexts; }
   void RequireNothingHeld() const;
 
-  // Fake milliseconds that went by, without those in which the device took no bytes, and without the pause after a cancel
-  // of a link that hosts drive themselves.
+  // Fake milliseconds that went by, without those in which the device took no bytes, and without
+  // the pause after a cancel of a link that hosts drive themselves.
   [[nodiscard]] std::int64_t SpentMs() const { return spent_ms_; }
   [[nodiscard]] std::int64_t WallMs() const { return wall_ms_; }
   [[nodiscard]] std::int64_t Reads() const { return reads_; }

@@ -43,8 +43,8 @@ class Overlap {
   Exact<std::uint8_t> block_;
 };
 
-// Runs convert(in, out) apart, and then in place and shifted. Nothing may leave the block; what is promised of overlapping
-// buffers (`same`) gives the same bytes as apart.
+// Runs convert(in, out) apart, and then in place and shifted. Nothing may leave the block; what is
+// promised of overlapping buffers (`same`) gives the same bytes as apart.
 enum class Promise { kNone, kInPlace, kAnyOverlap };
 
 template <typename In, typename Out, typename Convert>

@@ -1,5 +1,6 @@
-// Runs a fuzzer's inputs once, for builds without libFuzzer: files, and directories of files. With -stack=BYTES they run on
-// a thread with so much stack, and how much of it was in use at most is told.
+// Runs a fuzzer's inputs once, for builds without libFuzzer: files, and directories of files. With
+// -stack=BYTES they run on a thread with so much stack, and how much of it was in use at most is
+// told.
 #include <unistd.h>
 
 #include <charconv>

@@ -2,9 +2,9 @@
 //
 //   seed=7,drop=1,delay=2,cut=1,repeat=1,flip=1,length=1,checksum=1,garbage=1,silence=1,stall=1,unplug=0.1
 //
-// The numbers are per cent: of the answers, and for `stall` and `unplug` of the transfers. A list that names
-// no kind of fault has all of them at their usual frequency; one that names any has only those. Without a seed there
-// is a new one each time.
+// The numbers are per cent: of the answers, and for `stall` and `unplug` of the transfers. A list
+// that names no kind of fault has all of them at their usual frequency; one that names any has only
+// those. Without a seed there is a new one each time.
 #pragma once
 
 #include <array>

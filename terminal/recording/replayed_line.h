@@ -31,8 +31,8 @@ class ReplayedLine final : public StandIn {
   [[nodiscard]] std::optional<Time> NextDeadline() const override;
   [[nodiscard]] std::optional<Bytes> TakeAnswer() override;
 
-  // Reports how it went, unless that has been done. True when the host did all that is recorded. May be called
-  // on any thread.
+  // Reports how it went, unless that has been done. True when the host did all that is recorded.
+  // May be called on any thread.
   bool Finish();
 
  private:

@@ -12,8 +12,8 @@
 //   {"pin_asked": true}  {"pin_keyed": true}  {"unplugged": true}
 //   {"last_screen": "idle"}                      what the customer still sees at the end
 //
-// Those from "screen" to "unplugged" are counted: "times": 2, "at_least": 2, "at_most": 2, "never": true; without any,
-// at least once.
+// Those from "screen" to "unplugged" are counted: "times": 2, "at_least": 2, "at_most": 2, "never":
+// true; without any, at least once.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// What happened on the terminal while a command ran: written down by the process that is the terminal, read by the
-// one that judges. PINs, numbers and keys are never in it.
+// What happened on the terminal while a command ran: written down by the process that is the
+// terminal, read by the one that judges. PINs, numbers and keys are never in it.
 #pragma once
 
 #include <cstdint>

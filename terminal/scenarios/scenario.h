@@ -1,5 +1,6 @@
-// A run of a command with a terminal: what the terminal is like, what the customer and the cable do, and what must have
-// happened. docs/scenarios.md tells the format, shipped/scenario.schema.json is its schema.
+// A run of a command with a terminal: what the terminal is like, what the customer and the cable
+// do, and what must have happened. docs/scenarios.md tells the format, shipped/scenario.schema.json
+// is its schema.
 #pragma once
 
 #include <chrono>
@@ -61,7 +62,8 @@ struct Scenario {
   std::set<std::string> secrets;  // not to be shown
 };
 
-// `directory` is where the files lie that the scenario names. Throws std::runtime_error, telling what is wrong, and where.
+// `directory` is where the files lie that the scenario names. Throws std::runtime_error, telling
+// what is wrong, and where.
 [[nodiscard]] Scenario ParseScenario(const std::string& text, const std::string& directory);
 
 // The same from a file, which the message names.

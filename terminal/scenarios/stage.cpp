@@ -168,8 +168,8 @@ std::optional<Time> Stage::NextDeadline() {
   return next->first;
 }
 
-// In the order of their times, and of the script where those are the same. The lock is free while an event comes,
-// because what it does is noted.
+// In the order of their times, and of the script where those are the same. The lock is free while
+// an event comes, because what it does is noted.
 void Stage::Advance(Time now) {
   while (true) {
     const ScriptedEvent* event = nullptr;
@@ -198,7 +198,8 @@ void Stage::Do(const ScriptedEvent& event) {
   }
 }
 
-// What the customer was about to do they do not do any more; a first key takes back what they were going to key.
+// What the customer was about to do they do not do any more; a first key takes back what they were
+// going to key.
 void Stage::WalkAway() {
   away_ = true;
   hands_.use([](Device& device, Time now) {

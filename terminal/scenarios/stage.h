@@ -1,5 +1,5 @@
-// Where a scenario is played: gives the terminals their customer, files and faults, makes the scripted events come, and
-// writes down what happens.
+// Where a scenario is played: gives the terminals their customer, files and faults, makes the
+// scripted events come, and writes down what happens.
 #pragma once
 
 #include <atomic>
@@ -28,8 +28,8 @@ class Stage {
     std::function<void(const std::function<void(Device&, Time)>&)> use;  // with each device
   };
 
-  // `now` tells the time on any thread; `wake` is called, on any, when NextDeadline has moved. Throws when the history
-  // file cannot be written.
+  // `now` tells the time on any thread; `wake` is called, on any, when NextDeadline has moved.
+  // Throws when the history file cannot be written.
   Stage(Scenario scenario, const std::string& history_file, std::function<Time()> now,
         std::function<void()> wake);
   Stage(const Stage&) = delete;

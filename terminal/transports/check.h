@@ -18,7 +18,8 @@ struct CheckRequest {
   std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
 };
 
-// Prints what came of each. Returns the exit status: 0 if all passed, 1 if one failed, 2 if nothing could be run.
+// Prints what came of each. Returns the exit status: 0 if all passed, 1 if one failed, 2 if nothing
+// could be run.
 int RunCheck(const CheckRequest& request);
 
 // Prints names and descriptions of those that come with the program.

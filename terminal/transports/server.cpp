@@ -202,8 +202,8 @@ bool Server::Run(ControlChannel& control) {
   return done_;
 }
 
-// The testbed's thread may outlive the loop by a moment. OpenSSL, when it cleans up at exit, loses what that thread
-// has of it; without, the thread itself gives it back.
+// The testbed's thread may outlive the loop by a moment. OpenSSL, when it cleans up at exit, loses
+// what that thread has of it; without, the thread itself gives it back.
 void LeaveOpenSslToItsThreads() {
   OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 }

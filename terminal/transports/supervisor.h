@@ -30,7 +30,8 @@ struct CommandOutcome {
 // The signals that a supervisor has to see. One watch serves any number of runs.
 [[nodiscard]] SignalWatch WatchSignals();
 
-// The same for one of several runs, with the directory for what it leaves on disk. Throws when the terminal fails.
+// The same for one of several runs, with the directory for what it leaves on disk. Throws when the
+// terminal fails.
 [[nodiscard]] CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals,
                                         const PrivateDir& dir);
 

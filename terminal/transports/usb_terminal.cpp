@@ -20,7 +20,8 @@ void Abandon(Urb& urb, int status) {
   urb.Finish(status, std::max(urb.Collected(), urb.Moved()));
 }
 
-// Whatever a host calls its transfers, the endpoints are interrupt endpoints, and so does the kernel see them.
+// Whatever a host calls its transfers, the endpoints are interrupt endpoints, and so does the
+// kernel see them.
 void RecordBegin(Recorder* recorder, const UsbClient& client, const Urb& urb) {
   if (recorder == nullptr) return;
   const bool control = urb.Type() == USBDEVFS_URB_TYPE_CONTROL;

@@ -1,5 +1,5 @@
-/* A host that is linked against the library alone and uses cJSON: one implementation serves it, the library's own JSON
- * call and a libcjson that is loaded beside it. */
+/* A host that is linked against the library alone and uses cJSON: one implementation serves it, the
+ * library's own JSON call and a libcjson that is loaded beside it. */
 #include <cjson/cJSON.h>
 #include <dlfcn.h>
 #include <stdio.h>

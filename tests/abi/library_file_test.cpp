@@ -64,7 +64,8 @@ std::string Readelf(const std::string& option, const std::string& file) {
   return readelf.standard_output;
 }
 
-// One range check that the compiler keeps would bring it in, with an initialiser that runs after the load hook.
+// One range check that the compiler keeps would bring it in, with an initialiser that runs after
+// the load hook.
 TEST(LibraryFile, HoldsNothingOfTheCxxRuntime) {
   if (!GWQ_FORTIFIED) GTEST_SKIP() << "in an optimised build only";
   const std::string symbols = Readelf("--symbols", GWQ_LIBRARY);
@@ -72,7 +73,8 @@ TEST(LibraryFile, HoldsNothingOfTheCxxRuntime) {
   EXPECT_EQ(symbols.find("__cxa_throw"), std::string::npos);
 }
 
-// Compiled as the library is: the C library grants level 3 only to compilers that can measure buffers at run time.
+// Compiled as the library is: the C library grants level 3 only to compilers that can measure
+// buffers at run time.
 #if GWQ_FORTIFIED
 static_assert(__USE_FORTIFY_LEVEL == 3);
 #endif

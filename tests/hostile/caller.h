@@ -1,5 +1,6 @@
-// Calls functions of the loaded library with random and extreme arguments. Every buffer is a heap block exactly as
-// large as the headers say, so that AddressSanitizer sees the first byte beside it.
+// Calls functions of the loaded library with random and extreme arguments. Every buffer is a heap
+// block exactly as large as the headers say, so that AddressSanitizer sees the first byte beside
+// it.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +26,8 @@ struct Scene {
   std::string directory;      // for local files
 };
 
-// The longest that a call may take: its time-outs, each to the change of the clock's second and the end of the
-// transfer that is under way, and its pauses.
+// The longest that a call may take: its time-outs, each to the change of the clock's second and the
+// end of the transfer that is under way, and its pauses.
 struct Limit {
   std::int64_t ms = 0;
   std::int64_t ms_per_report = 0;  // and this for each report that the terminal sends

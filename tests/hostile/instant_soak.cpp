@@ -1,5 +1,5 @@
-// instant_soak calls N SEED          random calls against a hostile terminal
-// instant_soak transactions N        the same transaction over and over: memory and descriptors stay as they are
+// instant_soak calls N SEED          random calls against a hostile terminal instant_soak
+// transactions N        the same transaction over and over: memory and descriptors stay as they are
 //
 // The terminal is in this process, and the time is the test clock's.
 #include <cstdio>

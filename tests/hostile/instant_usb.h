@@ -1,5 +1,5 @@
-// A libusb of the program's own, with one terminal behind it: transfers take no real time, only the test clock's. The
-// library finds it in the place of the real one, because the program exports it.
+// A libusb of the program's own, with one terminal behind it: transfers take no real time, only the
+// test clock's. The library finds it in the place of the real one, because the program exports it.
 #pragma once
 
 #include <cstdint>

@@ -30,8 +30,8 @@ struct SoakPlan {
 void* LoadLibrary();
 void* Find(void* library, const char* name);
 
-// What they lead to, pipes without their numbers. Sockets are left out: the library opens none, and those of the
-// testbed's preload library outlive an unplugging.
+// What they lead to, pipes without their numbers. Sockets are left out: the library opens none, and
+// those of the testbed's preload library outlive an unplugging.
 std::multiset<std::string> OpenDescriptors();
 std::int64_t ResidentKilobytes();
 

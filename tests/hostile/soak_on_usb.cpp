@@ -14,8 +14,8 @@
 namespace gwq::test {
 namespace {
 
-// What the line did is not seen from here. A transfer out may take its whole second five times over; the files that
-// are pulled have a few reports.
+// What the line did is not seen from here. A transfer out may take its whole second five times
+// over; the files that are pulled have a few reports.
 constexpr Traffic kMostTraffic = {.stalled_ms = 10'000, .reports = 10};
 
 std::int64_t NowMs() {

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Checks every source file that git knows: check_sources.py ROOT
 
-Each names its licence in one of its first three lines, and no line of C or C++ is wider than clang-format's limit, which does not
-apply to comments.
+Each names its licence in one of its first three lines. No comment of C or C++ is wider than clang-format's limit, which does not
+apply to comments; drawings may be.
 """
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -12,6 +13,8 @@ LICENCE = 'SPDX-License-Identifier: MIT'
 SOURCES = {'.c', '.h', '.cpp', '.hpp', '.py', '.sh', '.js', '.java', '.cmake'}
 WIDTH = 110
 WIDE = {'.c', '.h', '.cpp', '.hpp'}
+COMMENT = re.compile(r'\s*(//|/?\*)')
+DRAWING = re.compile(r'\S {2,}\S')
 
 
 def problems(path, text):
@@ -21,7 +24,7 @@ def problems(path, text):
         yield f'{path}: no "{LICENCE}" in its first three lines'
     if path.suffix in WIDE:
         for number, line in enumerate(lines, 1):
-            if len(line) > WIDTH:
+            if len(line) > WIDTH and COMMENT.match(line) and not DRAWING.search(line):
                 yield f'{path}:{number}: {len(line)} columns'
 
 

@@ -13,7 +13,7 @@ class CheckSources(unittest.TestCase):
         return list(check_sources.problems(pathlib.Path(name), text))
 
     def test_a_file_in_order_has_no_problem(self):
-        self.assertEqual(self.problems('a.cpp', LICENCE + 'x' * 110), [])
+        self.assertEqual(self.problems('a.cpp', LICENCE + '//' + 'x' * 108), [])
         self.assertEqual(self.problems('a.py', '#!/usr/bin/env python3\n' + LICENCE + 'x' * 200), [])
 
     def test_finds_a_missing_licence(self):
@@ -21,8 +21,13 @@ class CheckSources(unittest.TestCase):
         self.assertEqual(len(self.problems('a.py', '\n\n\n' + LICENCE)), 1, 'too far down')
 
     def test_finds_a_wide_line_and_counts_characters(self):
-        self.assertEqual(self.problems('a.h', LICENCE + '字' * 111), ['a.h:2: 111 columns'])
-        self.assertEqual(self.problems('a.h', LICENCE + '字' * 110), [])
+        self.assertEqual(self.problems('a.h', LICENCE + '//' + '字' * 109), ['a.h:2: 111 columns'])
+        self.assertEqual(self.problems('a.h', LICENCE + ' * ' + '字' * 107), [])
+        self.assertEqual(self.problems('a.h', LICENCE + ' * ' + '字' * 108), ['a.h:2: 111 columns'])
+
+    def test_lets_drawings_and_code_be_wide(self):
+        self.assertEqual(self.problems('a.h', LICENCE + '// field   ' + 'x' * 120), [])
+        self.assertEqual(self.problems('a.h', LICENCE + 'x' * 120), [])
 
 
 if __name__ == '__main__':

@@ -33,7 +33,8 @@ bool WaitReadable(int fd) {
   return poll(&wait, 1, kArrivalMs) == 1;
 }
 
-// The kernel's TCGETA, TCSETA and TCSETAF by way of termios: an emulated program's termio does not arrive whole.
+// The kernel's TCGETA, TCSETA and TCSETAF by way of termios: an emulated program's termio does not
+// arrive whole.
 int PassOn(int fd, unsigned long request, void* argument) {
   if (request != TCGETA && request != TCSETA && request != TCSETAF) {
     return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));

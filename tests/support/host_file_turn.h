@@ -1,5 +1,5 @@
-// A turn with a file of the host whose name the library fixes. Every process that uses such files has its turn; the lock
-// is on the directory, so that nothing is left.
+// A turn with a file of the host whose name the library fixes. Every process that uses such files
+// has its turn; the lock is on the directory, so that nothing is left.
 #pragma once
 
 #include <fcntl.h>

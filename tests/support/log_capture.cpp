@@ -94,8 +94,8 @@ void LogCapture::Clear() {
   RemoveLogs();
 }
 
-// glob, not a directory_iterator: ThreadSanitizer sees a directory being closed, but not opened, and takes its descriptor
-// for another thread's of the same number.
+// glob, not a directory_iterator: ThreadSanitizer sees a directory being closed, but not opened,
+// and takes its descriptor for another thread's of the same number.
 std::string LogCapture::Raw() const {
   glob_t found{};
   std::string all;

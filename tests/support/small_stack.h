@@ -2,8 +2,8 @@
 //
 //     canary | guard page | stack
 //
-// A frame that goes beyond the stack faults at the guard page; one that is larger than the guard page and is not touched
-// page by page jumps over it, and writes to the canary.
+// A frame that goes beyond the stack faults at the guard page; one that is larger than the guard
+// page and is not touched page by page jumps over it, and writes to the canary.
 #pragma once
 
 #include <pthread.h>

@@ -54,8 +54,9 @@ class TerminalRig : public testing::Test {
     usb_.PlugTerminal();
   }
 
-  // The exchange that sends the report of this number, from 0, fails so. Before the first report, it is the drain that
-  // a cancel ends; a terminal that cannot be opened vanishes in the read before the exchange.
+  // The exchange that sends the report of this number, from 0, fails so. Before the first report,
+  // it is the drain that a cancel ends; a terminal that cannot be opened vanishes in the read
+  // before the exchange.
   void Fail(Failure how, int report) {
     failed_ = false;
     usb_.OnTransfer([this, how, report](const Transfer& transfer) {

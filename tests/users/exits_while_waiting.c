@@ -6,7 +6,8 @@
  *         child_exits      main forks a child that exits; the call goes on, until it is cancelled
  *   CALL  pin, push, pull; FILE on the host is what is pushed, or where the terminal's /tmp/large.bin is pulled to
  *
- * Exits with 7, after telling when: the milliseconds of the monotonic clock. With 1 when the call has not waited. */
+ * Exits with 7, after printing when: the milliseconds of the monotonic clock. With 1 when the call has
+ * not waited. */
 #define _GNU_SOURCE
 #include <pthread.h>
 #include <stdatomic.h>

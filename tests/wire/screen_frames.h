@@ -1,5 +1,5 @@
-// The frames of the customer's screens, once, with one example each; see wire/frames.h. A split text has every byte as
-// two characters, nibble + 0x30.
+// The frames of the customer's screens, once, with one example each; see wire/frames.h. A split
+// text has every byte as two characters, nibble + 0x30.
 #pragma once
 
 #include <string>

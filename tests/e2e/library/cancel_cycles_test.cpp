@@ -1,5 +1,5 @@
-// Every function that waits for the customer, cancelled from a second thread: while it is known to wait, and then by one
-// cancel at a random moment of its life, again and again.
+// Every function that waits for the customer, cancelled from a second thread: while it is known to
+// wait, and then by one cancel at a random moment of its life, again and again.
 //
 //   GWQ_TEST_CYCLES       random moments of each function
 //   GWQ_TEST_SEED         repeats a run's moments
@@ -236,8 +236,8 @@ class Cancelled : public ScreenSession {
     EXPECT_EQ(opens ? GWQ_OK : GWQ_NOT_OPENED, cancel.status);
   }
 
-  // An exchange that was cancelled may have left its answer, of which a drain takes a report, and the terminal waits a
-  // second for the rest of a command.
+  // An exchange that was cancelled may have left its answer, of which a drain takes a report, and
+  // the terminal waits a second for the rest of a command.
   void ExpectNextCallWorksOnceItIsQuiet(bool cut) {
     constexpr milliseconds kPatienceOfTerminal{1100};
     if (cut) std::this_thread::sleep_for(kPatienceOfTerminal);
@@ -624,7 +624,8 @@ class CancelledOnSerial : public CancelledTextScreens {
     has_usb = false;
   }
 
-  // Nothing is drained there: what comes before the wait are a few short commands, each with the port open for less.
+  // Nothing is drained there: what comes before the wait are a few short commands, each with the
+  // port open for less.
   void AwaitWaiting() override {
     constexpr milliseconds kPoll{10};
     constexpr int kPollsInAWait = 30;

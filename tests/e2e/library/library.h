@@ -11,7 +11,8 @@
 
 namespace gwq::test {
 
-// What a function of C is called. GCC writes "... [with auto function = Name; ...", Clang "... [function = &Name]".
+// What a function of C is called. GCC writes "... [with auto function = Name; ...", Clang "...
+// [function = &Name]".
 template <auto function>
 std::string NameOfFunction() {
   std::string_view name = __PRETTY_FUNCTION__;

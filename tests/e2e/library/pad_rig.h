@@ -1,4 +1,5 @@
-// PIN-pad functions of the built library against the virtual terminal, with the bank's side of the cryptography.
+// PIN-pad functions of the built library against the virtual terminal, with the bank's side of the
+// cryptography.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -28,7 +29,8 @@ std::string ToHex(const std::string& bytes);
 std::string Deciphered(const EVP_CIPHER* cipher, const example::Key& key, const std::string& data,
                        const std::string& vector = "");
 
-// A new key whose form under the pad's first master key, as from the factory, holds no zero byte; and that form.
+// A new key whose form under the pad's first master key, as from the factory, holds no zero byte;
+// and that form.
 std::pair<example::Key, std::string> NewKeyUnderMaster(Algorithm algorithm);
 
 class Pad : public testing::Test {
@@ -114,7 +116,8 @@ class Pad : public testing::Test {
   };
   Answer Frame(const std::string& body);
 
-  // Sets the pad to `algorithm` and `digits`, and loads a new working key: in the frames that the library sends.
+  // Sets the pad to `algorithm` and `digits`, and loads a new working key: in the frames that the
+  // library sends.
   void Prepare(Algorithm algorithm, int digits);
   // The block of a PIN of the present length, keyed now.
   std::string Block();

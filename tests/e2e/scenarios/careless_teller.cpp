@@ -1,5 +1,6 @@
-// A teller application that does all wrong: it has something signed without waiting for it, leaves the teller's card on
-// the screen, and says that all is well. With an argument it stays a while instead of showing the card.
+// A teller application that does all wrong: it has something signed without waiting for it, leaves
+// the teller's card on the screen, and says that all is well. With an argument it stays a while
+// instead of showing the card.
 #include <gwq/gwq.h>
 #include <unistd.h>
 

@@ -92,7 +92,8 @@ TEST_F(PrivateFile, IsNotCreatedInPlaceOfADirectory) {
   EXPECT_TRUE(std::filesystem::is_directory(path_));
 }
 
-// A place whose name another user holds, with this process as an ordinary user; not all machines have two users.
+// A place whose name another user holds, with this process as an ordinary user; not all machines
+// have two users.
 TEST_F(PrivateFile, NameThatAnotherUserHoldsIsLeftToItAndAFileOfAnotherNameStandsInForAWhile) {
   if (geteuid() != 0) return;
   WriteFile(path_, "another's");

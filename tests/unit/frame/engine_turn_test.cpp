@@ -1,4 +1,5 @@
-// What happens to the turn when a thread leaves an exchange by a way of its own, and to exchanges within exchanges.
+// What happens to the turn when a thread leaves an exchange by a way of its own, and to exchanges
+// within exchanges.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -65,8 +66,9 @@ class EngineTurn : public testing::Test {
 // ------------------------------------------------------------------ threads that end
 
 #ifdef GWQ_TEST_HAS_ASAN
-// A cancelled thread leaves its frames without AddressSanitizer's knowledge, which takes what runs on its stack afterwards for
-// overflows. Destructors run in the order of their keys, and this one comes before the library's.
+// A cancelled thread leaves its frames without AddressSanitizer's knowledge, which takes what runs
+// on its stack afterwards for overflows. Destructors run in the order of their keys, and this one
+// comes before the library's.
 void ForgetFrames(void* /*none*/) {
   pthread_attr_t attributes;
   void* lowest = nullptr;

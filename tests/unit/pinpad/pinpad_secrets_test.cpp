@@ -1,5 +1,6 @@
-// PIN blocks, keys, factors and account numbers stay neither on the stack, nor in released heap blocks, nor in static
-// storage once a call of the framed PIN-pad functions has returned, whatever its outcome.
+// PIN blocks, keys, factors and account numbers stay neither on the stack, nor in released heap
+// blocks, nor in static storage once a call of the framed PIN-pad functions has returned, whatever
+// its outcome.
 #include <memory>
 
 #include <gwq/pinpad/entry.h>
@@ -252,8 +253,8 @@ TEST(RegisterCaptures, FindWhatIsLeft) {
   EXPECT_EQ(CapturesThatHold("xx345678xx", 8), 0);
 }
 
-// Whoever the library calls, libusb first of all, may save the registers in memory of its own. With the log on the text is
-// on the disk anyway.
+// Whoever the library calls, libusb first of all, may save the registers in memory of its own. With
+// the log on the text is on the disk anyway.
 TEST_F(PinPadRig, BytesToBeEncipheredStayInNoRegister) {
 #ifndef GWQ_CLEARS_REGISTERS
   GTEST_SKIP() << "this compiler cannot clear registers";

@@ -25,8 +25,8 @@ std::array<Capture, kMostCaptures> g_captures;
 }  // namespace
 }  // namespace gwq::test
 
-// Where the next capture goes, where there is no room any more, and whether the conversion fills the registers: for the
-// code below.
+// Where the next capture goes, where there is no room any more, and whether the conversion fills
+// the registers: for the code below.
 extern "C" {
 [[gnu::visibility("hidden"), gnu::used]] int gwq_fill_registers = 0;
 [[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_next_capture =
@@ -35,7 +35,8 @@ extern "C" {
     gwq::test::g_captures.data() + gwq::test::kMostCaptures;
 }
 
-// Each entry stores the registers, with those alone that no argument is in, and goes on to the function itself.
+// Each entry stores the registers, with those alone that no argument is in, and goes on to the
+// function itself.
 #if defined(__x86_64__)
 asm(R"(
         .macro store_registers

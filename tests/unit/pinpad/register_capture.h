@@ -1,5 +1,5 @@
-// What the library leaves in the vector registers: whoever it calls next may save them, in memory that nobody wipes. A
-// program that uses it is linked with
+// What the library leaves in the vector registers: whoever it calls next may save them, in memory
+// that nobody wipes. A program that uses it is linked with
 //     -Wl,--wrap=libusb_get_device_list,--wrap=libusb_open,--wrap=libusb_bulk_transfer,--wrap=GetHexString
 // so that the calls of libusb are seen before any other instruction runs.
 #pragma once
@@ -10,8 +10,8 @@
 
 namespace gwq::test {
 
-// While it lives, the conversion to hexadecimal text leaves the first 16 bytes of its input in every vector register that it
-// may use, as another compiler, or another way of converting, could.
+// While it lives, the conversion to hexadecimal text leaves the first 16 bytes of its input in
+// every vector register that it may use, as another compiler, or another way of converting, could.
 class FullRegisters {
  public:
   FullRegisters();
@@ -20,8 +20,8 @@ class FullRegisters {
   FullRegisters& operator=(const FullRegisters&) = delete;
 };
 
-// The registers are captured while it lives, and the captures forgotten with it: they hold what other tests look for in
-// the program's memory.
+// The registers are captured while it lives, and the captures forgotten with it: they hold what
+// other tests look for in the program's memory.
 class RegisterCapture {
  public:
   RegisterCapture();

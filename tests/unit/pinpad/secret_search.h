@@ -1,5 +1,5 @@
-// Looks for secrets that a call of the library left behind: on its stack, in the heap blocks that it released, and in
-// the program's writable segments. A program that uses it is linked with
+// Looks for secrets that a call of the library left behind: on its stack, in the heap blocks that
+// it released, and in the program's writable segments. A program that uses it is linked with
 //     -Wl,--wrap=free,--wrap=_ZdlPv,--wrap=_ZdlPvm
 // so that releases pass through here.
 #pragma once
@@ -20,8 +20,8 @@ struct SecretFindings {
   int in_released_blocks;
 };
 
-// Runs the call on a stack of its own and tells which of the secrets it left. Secrets must stand on the heap alone
-// while it runs.
+// Runs the call on a stack of its own and tells which of the secrets it left. Secrets must stand on
+// the heap alone while it runs.
 SecretFindings SearchFor(const std::vector<Bytes>& secrets, const std::function<void()>& call);
 
 inline void ExpectClean(const SecretFindings& findings) {

@@ -1,4 +1,5 @@
-// Cancelling from a second thread: the canceller's own exchange comes after the cancelled one has closed its link.
+// Cancelling from a second thread: the canceller's own exchange comes after the cancelled one has
+// closed its link.
 #include <atomic>
 #include <optional>
 #include <thread>

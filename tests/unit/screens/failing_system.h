@@ -1,4 +1,5 @@
-// A system where some files are elsewhere. For programs that are linked with --wrap for fopen, open and unlink.
+// A system where some files are elsewhere. For programs that are linked with --wrap for fopen, open
+// and unlink.
 #pragma once
 
 #include <filesystem>

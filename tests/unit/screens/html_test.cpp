@@ -1,4 +1,5 @@
-// Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of the test here.
+// Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of
+// the test here.
 #include <gwq/screens/html.h>
 
 #include <fcntl.h>

@@ -162,7 +162,8 @@ TEST(PageMessages, WrongTypesAreNotTaken) {
                                 R"({"a":{"b":null}})", "[\"1\"]"}) {
         nlohmann::json changed = right;
         changed[name] = nlohmann::json::parse(other);
-        // A screen or an entry that is none counts as no. 0, which nothing waits for; so does a key without a name.
+        // A screen or an entry that is none counts as no. 0, which nothing waits for; so does a key
+        // without a name.
         const bool harmless = name == "screen" || name == "entry" || name == "text";
         EXPECT_EQ(ReadPageRequest(changed.dump()).has_value(), harmless) << changed;
       }

@@ -1,4 +1,5 @@
-// Reading scenarios: every member, and what is said of those that are no good. schema_test.py spoils all the others.
+// Reading scenarios: every member, and what is said of those that are no good. schema_test.py
+// spoils all the others.
 #include "scenarios/scenario.h"
 
 #include <gmock/gmock.h>
