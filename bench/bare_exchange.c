@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "bare_exchange.h"
 
 #include <libusb-1.0/libusb.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* An exchange with the terminal as one would write it by hand, without checks: the limit for the
  * library's. */
 #ifndef GWQ_BENCH_BARE_EXCHANGE_H

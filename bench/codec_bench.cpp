@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codecs against plain loops, against other libraries, and against copying or reading the same memory.
 #include <glib.h>
 #include <iconv.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Loads what the library loads and initialises libusb as its hooks do; nothing else. */
 #include <libusb-1.0/libusb.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an exchange costs beside its libusb calls, which are instant here: a difference, not a ratio, says it.
 #include <array>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A libusb that costs nothing: one terminal is plugged in, every transfer succeeds at once, and
  * each read brings the same short answer. What is left is the work of the program that calls it. */
 #ifndef GWQ_BENCH_INSTANT_USB_H

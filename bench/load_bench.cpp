@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading and unloading the library. libusb_init starts a thread, whose time counts as well.
 #include <dlfcn.h>
 #include <sys/wait.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines of the log, against the bare calls that bring the same bytes to the file and against stdio.
 // The library is loaded from a directory of its own, where its log is written.
 #include <dlfcn.h>

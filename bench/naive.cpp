@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "naive.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codecs as plain loops, a byte at a time: what the library must beat, and never fall behind on
 // short texts.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A line of the table of results: the same work done by the library and by a peer, under names such as
 // "hex encode/65536/gwq" and "hex encode/65536/Boost".
 #pragma once

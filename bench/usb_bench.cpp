@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library over the real libusb, with the virtual terminal on the other side; run under
 // gwq-terminal. The terminal is another process: an exchange is measured by this process's own
 // time, a push, which never waits long, by the clock's.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Builds for 64-bit Arm with Debian's cross compiler and arm64 libraries (scripts/setup arm64).
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings for all targets of this tree. None of them reaches a parent project.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

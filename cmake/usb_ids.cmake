@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Validates GWQ_USB_IDS and splits it for the generated table.
 list(LENGTH GWQ_USB_IDS gwq_usb_id_count)
 if(NOT gwq_usb_id_count EQUAL 2)

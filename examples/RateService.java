@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import com.sun.jna.Library;
 import com.sun.jna.Native;
 import com.sun.jna.Pointer;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bank_keys.h"
 
 #include <openssl/evp.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // The bank's side of a counter session, as its security module would hold it: the keys that the terminal is
 // given, and the way back from a PIN block to the PIN. An example only: real keys never stand in a program.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bank_pad.h"
 
 #include <openssl/core_names.h>

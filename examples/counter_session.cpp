@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A teller's session at the counter, from the terminal's version to an encrypted PIN.
 //
 //   counter_session [PORT [ACCOUNT]]     PORT 0 is USB (the default), n is /dev/ttyS(n-1)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A customer's visit to the counter, from the teller's card to the rating: an information page is
 // confirmed, a PIN is keyed, an agreement is shown, agreed to and signed, the business is checked
 // out.

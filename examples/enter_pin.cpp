@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets the customer on USB key a PIN and prints its block for the bank.
 //
 //   enter_pin KEY VERIFY ACCOUNT

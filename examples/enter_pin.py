@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Lets the customer on USB key a PIN and prints its block for the bank: enter_pin.py KEY VERIFY ACCOUNT.
 
 KEY is the working key as the bank prepared it for this pad, in hexadecimal; VERIFY is what the pad checks it by.

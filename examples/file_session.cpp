@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents travel to the terminal and the customer's signature comes back.
 //
 //   file_session FILES OUT [STORAGE]

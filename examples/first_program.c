@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Asks the terminal on USB for its build date. */
 #include <gwq/gwq.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Finds the library only when it runs, so that the program starts without it. The types come from
  * the headers. */
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pin_entry.h"
 
 #include <cstring>

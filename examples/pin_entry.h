@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // PINs by way of working keys that are prepared for one pad.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a bank buys the PIN pad for: a working key is prepared for this very pad, the customer keys
 // a PIN, and the bank recovers it from the PIN block. Once with RSA and triple DES, once with SM2
 // and SM4; at the end the terminal enciphers a text, and the customer keys a number.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Asks the customer on USB how the service was. Exit status 0 when there is a rating. */
 #include <gwq/gwq.h>
 #include <stdio.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Asks the customer on USB how the service was; a teller who does not want to wait presses Ctrl-C."""
 import sys
 from concurrent.futures import ThreadPoolExecutor

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A teller application that copes with what happens at a counter: customers who cancel, mistype or
 // walk away, a cable that is pulled, a terminal that is full, old, without keys or without TZG
 // mode. docs/scenarios.md puts it to the test.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Has the customer sign a document on the terminal on USB.
  *
  *   sign_document DOCUMENT PICTURE

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Has the customer agree to a document and sign it, on the terminal on USB: sign_document.py DOCUMENT PICTURE."""
 import sys
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // How the example programs tell of their steps.
 #pragma once
 

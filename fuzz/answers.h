@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a terminal may say, well-formed or not, made from a fuzzer's input.
 #pragma once
 

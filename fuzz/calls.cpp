@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calls.h"
 
 #include <algorithm>

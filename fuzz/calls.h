@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every device function, callable with arguments from a fuzzer's input.
 #pragma once
 

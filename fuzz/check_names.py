@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fails for an exported function that no fuzzer calls: check_names.py EXPORTS SOURCE...."""
 
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The device description: its request, and the terminal's five answers.
 #include <cjson/cJSON.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs every call of the table on a thread with little stack, each with some answers and failures
 // at random, with the log off and on: every_call STACK SEED. Tells which calls took the most.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Buffers of exactly a given size on the heap, so that AddressSanitizer sees the byte beside them.
 #pragma once
 

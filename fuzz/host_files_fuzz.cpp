@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library reads on the host: INI files, names of log files, lists of paths.
 #include <cstring>
 

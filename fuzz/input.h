@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A fuzzer's input, taken apart from its beginning; behind its end stand zeros.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine around the library while a fuzzer runs it: USB, serial lines, files, memory and the
 // clock, all in the input's hand and without a second of real time. For programs linked with the
 // --wrap options of fuzz/CMakeLists.txt; what another thread calls, or this one while no Machine is

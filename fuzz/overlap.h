@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Input and output of one function in one block, as callers that convert in place have them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's packets and the checks of short answers.
 #include <algorithm>
 #include <string>

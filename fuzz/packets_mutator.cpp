@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes answer frames by their fields; most of what it makes has the right length and check again.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reception of pulled files from reports of any content.
 #include "exact.h"
 #include "files/internal/pull_reception.h"

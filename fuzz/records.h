@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A session as a fuzzer's input: records of a type, a 16-bit length (low byte first) and so many bytes.
 #pragma once
 

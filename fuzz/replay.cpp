@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzzer's inputs once, for builds without libFuzzer: files, and directories of files. With
 // -stack=BYTES they run on a thread with so much stack, and how much of it was in use at most is
 // told.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a session: a script of calls, with what the terminal says and what goes wrong.
 #pragma once
 

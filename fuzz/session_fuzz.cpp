@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sessions of any calls with any terminal.
 #include "session.h"
 

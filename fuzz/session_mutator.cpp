@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes sessions by whole records, so that most of what it makes is a session again.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text forms, Base64 and the character sets; and the sequences that are made of numbers alone.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What of other packages is in a built program or library: compiled in, embedded, linked."""
 import functools
 import os

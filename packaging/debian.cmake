@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The Debian packages: scripts/package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

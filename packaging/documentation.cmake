@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What can be read: the package libgwq-doc with guides, examples, the reference manual and a manual page for each function,
 # and the page of gwq-terminal. Its files are laid out as in the repository, so that links between them hold.
 find_program(GWQ_DOXYGEN doxygen REQUIRED)

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Copies guides for the package: their links to headers lead to the reference manual beside them.
 install_guides.py OUTPUT FILE..., the files by their names in the repository"""
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes a program's manual page from what its --help says, and that of its subcommands:
 make_command_page.py PROGRAM VERSION OUTPUT-DIRECTORY"""
 import pathlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes a manual page for each function, from the XML of the reference manual:
 make_function_pages.py XML-DIRECTORY VERSION OUTPUT-DIRECTORY"""
 import pathlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Says what the packages are made of: make_sbom.py BUILD-DIRECTORY
 
 Writes Built-Using into each package that holds something of others, and the bill of materials, gwq-VERSION.spdx.json (SPDX 2.3),

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the manual pages have in common: letters, sections, and the file."""
 import datetime
 import gzip

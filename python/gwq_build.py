@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds the module's wheel and source archive by the standard library alone, so that `pip install` needs neither an
 index nor a package for building (PEP 517, PEP 660)."""
 

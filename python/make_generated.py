@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes gwq/_generated.py: the version and the status texts, as CMakeLists.txt and the library's headers have them.
 
 make_generated.py [--check]   with --check it writes nothing and fails if the file is another one
@@ -35,7 +36,7 @@ def generated():
     value = status(*status_texts.initializer(SOURCE, 'GwqStatusText value')[1:])
     unknown = status(*status_texts.initializer(SOURCE, 'GwqStatusText unknown')[1:])
     return '\n'.join([
-        '"""Made by make_generated.py from the headers of the library; not to be edited."""', '',
+        '# SPDX-License-Identifier: MIT', '"""Made by make_generated.py from the headers of the library; not to be edited."""', '',
         'from typing import NamedTuple', '', '',
         'class Status(NamedTuple):',
         '    name: str', '    cause: str', '    cause_zh: str', '    remedy: str', '    remedy_zh: str', '', '',

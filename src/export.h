@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Linkage of everything that libgwq.so exports: plain C names.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Additions to the interface, which every host may ignore: one that uses none of them sees no

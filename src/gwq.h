@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * gwq: drives the customer terminal at a bank counter. Includes the whole interface.

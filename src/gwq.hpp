@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal as an object, for programs in C++17 and later: strings, paths and exceptions over
 // the functions of gwq.h. Each call names its function; the header that declares it documents
 // arguments and statuses.

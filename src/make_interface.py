@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Generates these files in OUTPUT_DIR from the declarations in the public headers:
 
     interface.json  all exports of libgwq.so and the texts of the statuses

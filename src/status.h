@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * What a status means and what to do about it, in English and Chinese (UTF-8).
@@ -297,7 +298,7 @@ static inline const struct GwqFunctionText* GwqFindFunctionText(const char* func
        "MP_DownloadFile",
        {"The terminal could not store the file: it reported a failure, or its answer was empty.",
         "终端未能保存文件：终端报告失败，或应答为空。"},
-       {"Check the terminal's storage, and that the file's path is absolute: its name is what stands behind "
+       {"Check the terminal's storage, and that the file's path is absolute: its name is what follows "
         "the last \"/\".",
         "请检查终端的存储空间，并确认文件路径为绝对路径：最后一个“/”之后为文件名。"}},
       {GWQ_NO_ANSWER,

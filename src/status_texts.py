@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the texts of the statuses from status.h, for the generators."""
 import ast
 import re

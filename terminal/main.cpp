@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // gwq-terminal: a customer terminal that exists only in software.
 #include <cstdio>
 #include <exception>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compares the manual with what the library exports: check_manual.py INTERFACE XML-DIRECTORY"""
 import json
 import pathlib

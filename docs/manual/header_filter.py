@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Adds to a public header's comments what Doxygen cannot know, for its INPUT_FILTER: header_filter.py HEADER
 
 Each exported name gets its place in the manual; each function gets the remarks and warnings of its header's head comment

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the manual's pages that are not a header's: the entrance, the groups, the statuses.  make_pages.py OUTPUT"""
 import html
 import pathlib

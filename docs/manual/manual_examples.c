@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The manual's examples, one for each group: compiled, and run against the virtual terminal by the tests. */
 #include <gwq/extra.h>
 #include <gwq/gwq.h>

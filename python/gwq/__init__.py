@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Drives the customer terminal at a bank counter.
 
     from gwq import Cancelled, Rating, Terminal, TimedOut

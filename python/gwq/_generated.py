@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Made by make_generated.py from the headers of the library; not to be edited."""
 
 from typing import NamedTuple
@@ -54,7 +55,7 @@ OF_FUNCTIONS = [
     (-2, ("MP_StartInfoHtmlEx",), Status("GWQ_NO_ANSWER", "The customer did not answer the page in time, or the terminal could not store the page.", "客户未在规定时间内应答页面，或终端未能保存页面。", "Ask the customer again.", "请重新请客户操作。")),
     (-2, ("GWQ_StartSign",), Status("GWQ_NO_ANSWER", "The terminal could not store the document.", "终端未能保存文件。", "Check the document and the terminal's storage.", "请检查文件以及终端的存储空间。")),
     (-2, ("PN_GetPin", "GetPinblockShowString", "PN_GetPinBlock", "PN_GetPinBlockShowString",), Status("GWQ_NO_ANSWER", "The customer's time for the PIN ran out, or the PIN pad refused the entry (its refusal 2).", "客户密码输入超时，或密码键盘拒绝了输入（拒绝码 2）。", "Ask for the PIN again.", "请重新输入密码。")),
-    (-2, ("Z11DownLoadFile", "Z11DownLoadHead", "pushFileToZ11", "MP_ShowPDF", "MP_DownHeadFile", "MP_SetBarcodePic", "MP_DownloadFile",), Status("GWQ_NO_ANSWER", "The terminal could not store the file: it reported a failure, or its answer was empty.", "终端未能保存文件：终端报告失败，或应答为空。", "Check the terminal's storage, and that the file's path is absolute: its name is what stands behind the last \"/\".", "请检查终端的存储空间，并确认文件路径为绝对路径：最后一个“/”之后为文件名。")),
+    (-2, ("Z11DownLoadFile", "Z11DownLoadHead", "pushFileToZ11", "MP_ShowPDF", "MP_DownHeadFile", "MP_SetBarcodePic", "MP_DownloadFile",), Status("GWQ_NO_ANSWER", "The terminal could not store the file: it reported a failure, or its answer was empty.", "终端未能保存文件：终端报告失败，或应答为空。", "Check the terminal's storage, and that the file's path is absolute: its name is what follows the last \"/\".", "请检查终端的存储空间，并确认文件路径为绝对路径：最后一个“/”之后为文件名。")),
     (-2, ("GetBase46FromFile",), Status("GWQ_NO_ANSWER", "An argument is NULL, the buffer is too small, or nothing could be read.", "参数为空，缓冲区太小，或未能读到数据。", "Check the arguments and the file.", "请检查参数和文件。")),
     (-2, ("WriteBase64ToFile",), Status("GWQ_NO_ANSWER", "An argument is NULL, or the length is negative.", "参数为空，或长度为负数。", "Check the arguments.", "请检查参数。")),
     (-8, ("PN_DownloadPinPadWK",), Status("GWQ_BAD_FRAME", "The PIN pad refused the key (its result 2 or 3), or its answer is damaged.", "密码键盘拒绝了密钥（结果 2 或 3），或其应答数据已损坏。", "Check that the key was prepared for this pad's type and factor, and that the verify key belongs to it.", "请确认密钥符合该密码键盘的加密类型和因子，且校验值与密钥匹配。")),

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The cancels of this process. The library has one link, so that a cancel ends whatever call is running."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Statuses as exceptions."""
 
 from __future__ import annotations

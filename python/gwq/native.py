@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The library itself: the functions that the module uses, with their types."""
 
 from __future__ import annotations

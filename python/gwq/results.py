@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What calls return."""
 
 from __future__ import annotations

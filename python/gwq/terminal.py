@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The terminal as an object."""
 
 from __future__ import annotations

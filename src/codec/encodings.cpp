@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/codec/encodings.h>
 
 #include <iconv.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <iterator>
 
 #include <gwq/codec/encodings.h>

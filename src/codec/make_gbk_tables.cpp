@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the two character tables as C++ initialisers, from the mapping of iconv. Runs on the build
 // machine, also when cross-compiling.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/codec/packet.h>
 
 #include <algorithm>

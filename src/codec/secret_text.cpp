@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/internal/secret_text.h"
 
 #include <cstring>

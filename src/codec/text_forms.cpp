@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/codec/text_forms.h>
 
 #include <algorithm>

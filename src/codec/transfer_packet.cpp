@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "codec/internal/transfer_packet.h"
 
 #include "codec/internal/xor_fold.h"

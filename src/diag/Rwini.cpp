@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Preconditions are checked in every build: glibc declares __assert_fail only without NDEBUG.
 #undef NDEBUG
 

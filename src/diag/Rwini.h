@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Reads one value from an INI file, and trims text. White space is blank, tab, CR, LF, vertical tab

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "diag/internal/clock_text.h"
 
 #include <cstddef>

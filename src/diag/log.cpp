@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/diag/log.h>
 
 #include <fcntl.h>

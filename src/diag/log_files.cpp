@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "diag/internal/log_files.h"
 
 #include <dirent.h>

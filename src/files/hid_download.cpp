@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The download of a file or firmware image to the terminal's boot program.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/files/host_files.h>
 
 #include <climits>

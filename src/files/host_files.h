@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Files on the host: names, whole-file reading and writing, Base64 of files.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The media that the terminal stores, for any use: list, send as text in pieces, delete.
 // What the idle screen, the teller's card and the firmware make of it is in media_functions.cpp.
 #include <gwq/files/media.h>

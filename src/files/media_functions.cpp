@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the terminal shows of its files: the teller's head photo, the QR code, the pictures of the
 // idle screen, and the firmware. The commands for stored media as such are in media.cpp.
 #include <gwq/files/media_functions.h>

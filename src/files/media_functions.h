@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The files that the terminal shows: head photos of the tellers, the QR code, the pictures of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/internal/output_room.h"
 
 #include <gwq/extra.h>

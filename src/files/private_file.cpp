@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/internal/private_file.h"
 
 #include <fcntl.h>

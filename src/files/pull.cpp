@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/files/pull.h>
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "files/internal/pull_reception.h"
 
 #include <algorithm>

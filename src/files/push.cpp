@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/files/push.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/internal/cancel.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * What happens when the library is loaded and unloaded, without any call from the host.

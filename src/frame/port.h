@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The port descriptor, and the calls that work on the link that it opened, of either type.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/frame/transaction.h>
 
 #include <gwq/status_codes.h>

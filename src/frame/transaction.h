@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Transactions: open the link of a port, send a command, read the answer, close the link.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "links/internal/aux_dialect.h"
 
 #include <algorithm>

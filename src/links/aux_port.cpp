@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/links/aux_port.h>
 
 #include <termio.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The auxiliary-port link: the device is connected to the auxiliary port of the text terminal that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/links/serial.h>
 
 #include <gwq/diag/log.h>

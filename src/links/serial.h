@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The serial link: one open port per process, raw 8N1, no flow control.

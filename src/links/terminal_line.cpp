@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "links/internal/terminal_line.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "links/internal/usb_device.h"
 
 #include <memory>

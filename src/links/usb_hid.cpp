@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/links/usb_hid.h>
 
 #include <libusb-1.0/libusb.h>

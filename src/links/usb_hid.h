@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The USB HID link through libusb: interface 0, 1024-byte transfers, endpoint 0x02 out, 0x81 in.

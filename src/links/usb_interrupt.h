@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * A USB link of its own beside the HID link, for host programs that drive a device directly:

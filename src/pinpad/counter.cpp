@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/pinpad/counter.h>
 
 #include <algorithm>

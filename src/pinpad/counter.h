@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Counter PIN-pad commands: PIN length, master and working keys, PIN entry in clear, as a DES and

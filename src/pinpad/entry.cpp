@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/pinpad/entry.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * PIN entry: the customer enters a PIN and the host gets its PIN block (ISO 9564, or what the pad

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/pinpad/keys.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Keys of the PIN pad: its factor and public key, digests, and working keys prepared by the host.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A number keyed by the customer, with a prompt.
 #include <cstring>
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pinpad/internal/pad_command.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/pinpad/settings.h>
 
 #include <cstring>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Settings of the PIN pad: encryption type, PIN length, end rule, fill type, entry mode, key sound,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A text enciphered by the terminal, which hands the result over as a file.
 #include <algorithm>
 #include <cstdio>

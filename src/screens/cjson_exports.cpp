@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // cJSON under its own names, for hosts that link only this library. Each name calls the shared
 // libcjson, which DEV_CommCall uses as well: one implementation, with one set of hooks.
 #define CJSON_API_VISIBILITY

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/comm_call.h>
 
 #include <cjson/cJSON.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "screens/internal/document_steps.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/documents.h>
 
 #include <string_view>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * Documents on the customer's screen: showing them, and asking for agreement. On USB.

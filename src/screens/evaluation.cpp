@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/evaluation.h>
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/html.h>
 
 #include <array>

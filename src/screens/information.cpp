@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/information.h>
 
 #include <array>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the functions under which libgwq.so exports cJSON: one for each that cJSON's header declares.
 
 make_cjson_exports.py CJSON_H OUTPUT_NAMES OUTPUT_FUNCTIONS

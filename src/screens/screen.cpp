@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "screens/internal/screen.h"
 
 #include "codec/internal/split_form.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gwq/screens/terminal_control.h>
 
 #include <string_view>

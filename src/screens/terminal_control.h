@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file
  * The firmware version of the terminal, and an end to what it is doing. On USB.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The part of the command line that is about recordings.
 #pragma once
 

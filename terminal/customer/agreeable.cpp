@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/agreeable.h"
 
 #include <algorithm>

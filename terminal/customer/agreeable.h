@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customer that stands there unless another is scripted: quick, happy to key a
 // PIN, or the same digits as a number, whenever asked, and to agree to every screen.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/drawing.h"
 
 #include <numbers>

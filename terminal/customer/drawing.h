@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture to draw on, and text to set on it.
 #pragma once
 

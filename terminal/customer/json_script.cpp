@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/json_script.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the JSON scripts of customers. What is wrong is thrown as a
 // std::runtime_error that tells it.
 #pragma once

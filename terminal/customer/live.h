@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A customer who is a person: does nothing by themselves, and everything by Device::Act
 // and Device::Press once they have seen what the terminal shows.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a page says, line by line, ready to be set. HTML is read as a person would want to see it on
 // a small screen: whatever is wrong with it, some text comes out.
 #pragma once

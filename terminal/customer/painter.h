@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Draws the pictures that the terminal keeps, as PNG.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/screen_script.h"
 
 #include <algorithm>

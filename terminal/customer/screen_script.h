@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a scripted customer does at the screens, a step for each screen that offers
 // a key:
 //

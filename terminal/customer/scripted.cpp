@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/scripted.h"
 
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/signature.h"
 
 #include <cstddef>

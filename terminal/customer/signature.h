@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The picture of what a customer writes on the pad.
 #pragma once
 

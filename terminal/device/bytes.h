@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes with a meaning of their own on the line.
 #pragma once
 

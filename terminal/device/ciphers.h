@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The block ciphers of the PIN pad's working keys, each in the modes it is used in.
 #pragma once
 

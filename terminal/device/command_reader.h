@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cuts what the host sends into commands.
 //
 //   ESC text                 ends at zero padding, at a short USB report, at the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The counter command set: version, PIN length, master and working keys, and
 // PINs in clear or as a block. Each is a row of the table of text commands.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/customer.h"
 
 namespace gwq::terminal {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The person in front of the terminal, as the device sees them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/des.h"
 
 #include <openssl/evp.h>

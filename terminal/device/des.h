@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // DES and triple DES in electronic-code-book mode, the only mode in which keys
 // and PIN blocks travel.
 #pragma once

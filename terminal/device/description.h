@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the terminal tells of itself, item by item; what it does not know is refused.
 //
 //   GETVERSION 5              STX version|build date ETX

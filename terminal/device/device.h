@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The virtual terminal's behaviour, without any I/O: bytes in, bytes out, and a
 // clock that the owner moves. Transports (USB by umockdev, pseudo-terminals)
 // and tests own a Device and feed it; nothing in here opens, reads, sleeps or

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands about files: sending, fetching, listing, deleting, asking for them,
 // and the firmware update. Those that are answered:
 //

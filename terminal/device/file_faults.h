@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ways in which the terminal's files can be made to go wrong, so that a host can
 // see every failure. What goes wrong is named by steps:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/file_names.h"
 
 #include <iconv.h>

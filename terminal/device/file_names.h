@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of files on their way between host and terminal.
 //
 // The terminal names its files in GBK. Hosts, however, are not of one mind: some

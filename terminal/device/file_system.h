@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal's files, as the device sees them. Paths are those of the
 // terminal ("/tmp/hw.png"), in UTF-8; what keeps them safe inside some store is
 // the store's own affair.

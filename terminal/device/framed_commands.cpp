@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/framed_commands.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of commands that come in a PIN-pad frame; the rooms that know framed
 // commands add them here, as the rooms of text commands do.
 #pragma once

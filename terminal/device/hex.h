@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes as hexadecimal text.
 #pragma once
 

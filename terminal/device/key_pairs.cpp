@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/key_pairs.h"
 
 #include <openssl/bio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's key pairs, under which a host sends working keys. A pair is made
 // when its public key is first asked for, and kept as a PEM file if there is
 // a place for it, so that it is the same one the next time:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/key_store.h"
 
 #include <openssl/crypto.h>

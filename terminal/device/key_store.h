@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The keys in the terminal: sixteen master keys, each with up to sixteen working
 // keys under it, of which one at a time is active. All are wiped on release.
 #pragma once

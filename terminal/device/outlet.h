@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the rooms of the terminal share: the time, the way back to the host, and
 // the trace.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pad_data.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GETENCDATA algorithm|length|hex: enciphers data under the working key of that
 // algorithm (ciphers.h), and keeps the result as a file to be pulled, as
 // hexadecimal text: the vector of one block, then the data in cipher-block-

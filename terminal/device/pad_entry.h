@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Entries of a PIN under the PIN pad's working key, and of other numbers. The
 // answer comes when the customer is done.
 //

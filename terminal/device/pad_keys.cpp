@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pad_keys.h"
 
 #include <openssl/evp.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's working keys and what a host needs to send one: the public key
 // and the factor. There is one working key for each encryption type; a load is
 // for the type that is set.

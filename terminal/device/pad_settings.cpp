@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pad_settings.h"
 
 #include <algorithm>

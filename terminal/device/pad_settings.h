@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the host can set in the PIN pad, and ask back. A value out of range is
 // refused by kStatusBadArgument and changes nothing.
 //

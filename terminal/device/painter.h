@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes the pictures that the terminal keeps. Encoding them is no affair of the device.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shapes of commands, written as one sees them on the wire:
 //   %d  a decimal number (one to six digits)
 //   %1  one decimal digit

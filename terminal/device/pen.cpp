@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pen.h"
 
 #include <cmath>

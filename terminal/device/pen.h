@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a customer writes on the pad.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Clear PIN blocks of ISO 9564: 16 nibbles in 8 bytes.
 //
 //   format 1 (no account)   1 L P P P P r r ...   r: random filler

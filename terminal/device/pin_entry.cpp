@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pin_entry.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One entry of a PIN or another number at a time: the prompt on the screen, the
 // customer's keys, and the terminal's own time-out.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The virtual PIN pad: the rooms that speak its framed commands, put together.
 #pragma once
 

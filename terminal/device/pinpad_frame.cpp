@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/pinpad_frame.h"
 
 #include <functional>

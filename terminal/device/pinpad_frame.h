@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN-pad frame. Between its marks every byte is in split form:
 //
 //   STX | length hi, lo | body ... | LRC (XOR of the body) | ETX

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that the host fetches: data packets and an end packet, each of which the
 // host acknowledges before the next is sent.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/push.h"
 
 #include <string_view>

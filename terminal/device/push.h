@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that the host sends: mode change, start packet, data packets, end packet
 // with the file's type and name, each answered before the next comes.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the customer sees, as data: enough to draw it, and to answer it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/screen_commands.h"
 
 #include <algorithm>

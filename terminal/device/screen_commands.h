@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands that put something in front of the customer. What the host is told:
 //
 //   evaluation                B1F, B2F, B3F; B0F for no rating and for the time-out

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The screen that is shown, from its appearance to its end.
 //
 //               Show          acts, time-out: answers, as the screen says

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Buffers for keys and PINs: whatever memory they used is wiped before it goes
 // back to the heap, also when a vector grows or an exception passes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/split_form.h"
 
 namespace gwq::terminal {

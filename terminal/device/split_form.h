@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The printable form in which raw bytes travel: each byte as two characters,
 // high nibble + 0x30 and low nibble + 0x30, so "0".."9" and then ":;<=>?".
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "device/text_commands.h"
 
 #include <algorithm>

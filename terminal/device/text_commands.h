@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of commands that are text or single control bytes. A room of the
 // terminal adds its rows once; the first row that fits a command is carried out.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text that the host sends in pieces, each a command of its own. The piece is a
 // record in split form:
 //

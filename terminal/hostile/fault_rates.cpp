@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile/fault_rates.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How badly a terminal behaves, as the command line says it.
 //
 //   seed=7,drop=1,delay=2,cut=1,repeat=1,flip=1,length=1,checksum=1,garbage=1,silence=1,stall=1,unplug=0.1

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What becomes of answers and transfers on a hostile line. The same seed gives the same faults: for
 // the nth answer, and for the nth transfer in each direction, whenever they come.
 #pragma once

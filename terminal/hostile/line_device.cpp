@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile/line_device.h"
 
 #include <algorithm>

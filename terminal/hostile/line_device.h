@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A device as the transports see it: at the end of a line that may be hostile.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads captures, whoever made them: pcapng, and pcap of either byte order with micro- or nanoseconds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers in the byte order of the files that we write.
 #pragma once
 

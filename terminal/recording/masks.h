@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds keys, PINs and numbers in what passes on the wire. It looks at each byte as it comes,
 // and where it cannot be sure, it takes the byte for a secret.
 //

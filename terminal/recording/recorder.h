@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records what passes on the wires of a process's terminals.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A recording, or a capture of a real unit, to be replayed.
 #pragma once
 

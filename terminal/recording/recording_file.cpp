@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/recording_file.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file that a recording goes to. What has been appended is there even if this process is killed.
 #pragma once
 

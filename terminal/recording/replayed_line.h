@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal that answers as one did that was recorded.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A transfer as a line of text:
 //
 //   TIME usb out 02 1024 1b "[0GETVERSION" 00*1011

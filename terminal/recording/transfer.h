@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What passes on the wire between host and terminal, as recordings have it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/usb_capture.h"
 
 #include <algorithm>

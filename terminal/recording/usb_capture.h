@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes transfers of what the kernel captured on a bus.
 #pragma once
 

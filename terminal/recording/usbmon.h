@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record that the kernel makes of a USB transfer (usbmon), and that LINKTYPE_USB_LINUX has as 48
 // bytes and LINKTYPE_USB_LINUX_MMAPPED as 64, the data behind it:
 //

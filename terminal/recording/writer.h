@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The forms that a recording is written in.
 #pragma once
 

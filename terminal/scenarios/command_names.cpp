@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "scenarios/command_names.h"
 
 #include <algorithm>

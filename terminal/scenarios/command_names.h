@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names by which scenarios know the host's commands. They are the beginnings of what the trace says.
 #pragma once
 

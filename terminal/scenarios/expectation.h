@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What must have happened in a run, as a scenario says it.
 //
 //   {"exit_status": 0}                           or "failure": 1 to 125

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "scenarios/happening.h"
 
 #include <sstream>

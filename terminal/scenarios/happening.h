@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happened on the terminal while a command ran: written down by the process that is the
 // terminal, read by the one that judges. PINs, numbers and keys are never in it.
 #pragma once

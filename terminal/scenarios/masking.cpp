@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "scenarios/masking.h"
 
 #include <algorithm>

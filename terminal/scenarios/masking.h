@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps secrets out of reports.
 #pragma once
 

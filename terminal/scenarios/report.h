@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What came of scenarios, for people and for build servers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A run of a command with a terminal: what the terminal is like, what the customer and the cable
 // do, and what must have happened. docs/scenarios.md tells the format, shipped/scenario.schema.json
 // is its schema.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "scenarios/shipped.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scenarios that come with the program.
 #pragma once
 

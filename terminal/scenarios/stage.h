@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where a scenario is played: gives the terminals their customer, files and faults, makes the
 // scripted events come, and writes down what happens.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/fault_script.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Faults of the terminal's files, from a JSON file. All members may be missing.
 //
 //   {

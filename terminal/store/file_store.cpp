@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/file_store.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal's files in a directory of the host: the path /tmp/hw.png of the
 // terminal is DIR/tmp/hw.png.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/initial_files.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is in the terminal when it is switched on:
 //
 //   /tmp/hw.png       the default customer's signature

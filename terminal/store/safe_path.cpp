@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "store/safe_path.h"
 
 #include <dirent.h>

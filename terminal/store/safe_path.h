@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ways inside a directory that cannot lead out of it.
 #pragma once
 

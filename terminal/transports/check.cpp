@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/check.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Puts a command to the test of scenarios.
 #pragma once
 

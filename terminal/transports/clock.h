@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminals' time: milliseconds since this process's terminals were switched on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/control_channel.h"
 
 #include <sys/socket.h>

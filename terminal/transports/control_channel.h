@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line between the supervisor, which runs the command, and the server, which
 // is the terminal. Either side learns from it that the other has died.
 //

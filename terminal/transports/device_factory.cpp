@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/device_factory.h"
 
 #include <algorithm>

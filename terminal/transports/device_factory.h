@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes the terminals that a command line asks for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Failed system calls as exceptions.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/event_loop.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One thread's loop over readable descriptors and the terminals' deadlines.
 #pragma once
 

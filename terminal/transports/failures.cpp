@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/failures.h"
 
 #include <fcntl.h>

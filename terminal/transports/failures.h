@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Failures, told so that the reader knows what to do.
 #pragma once
 

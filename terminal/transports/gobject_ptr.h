@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The owner of a reference to a GLib object.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The USB cable of a hostile terminal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/private_dir.h"
 
 #include <fcntl.h>

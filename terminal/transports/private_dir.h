@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A directory of our own for everything that a run leaves on disk.
 #pragma once
 

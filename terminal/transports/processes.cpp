@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/processes.h"
 
 #include <dirent.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signals, and starting and ending other processes.
 #pragma once
 

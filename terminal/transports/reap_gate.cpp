@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/reap_gate.h"
 
 #include <fcntl.h>

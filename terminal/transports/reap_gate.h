@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What poll sees on the device node.
 //
 // A host waits on its device node until it is "writable", which for usbfs means

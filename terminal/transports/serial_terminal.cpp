@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/serial_terminal.h"
 
 #include <fcntl.h>

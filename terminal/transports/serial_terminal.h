@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal at the end of a serial line, which is a pseudo-terminal.
 #pragma once
 

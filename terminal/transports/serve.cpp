@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/serve.h"
 
 #include <csignal>

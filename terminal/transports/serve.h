@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Serves terminals to whoever comes, until interrupted.
 #pragma once
 

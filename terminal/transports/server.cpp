@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/server.h"
 
 #include <openssl/crypto.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The process that is the terminal, while another one runs the command.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/serving.h"
 
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the ways to serve a terminal have in common.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/supervisor.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a command that sees the terminal.
 //
 //   gwq-terminal exec         the supervisor: without preload, so that it survives

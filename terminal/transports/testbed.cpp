@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/testbed.h"
 
 #include <sys/un.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The umockdev testbed: a /dev and a /sys of the command's own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/trace_writer.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The readable record of what passes between host and terminal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // For builds under ThreadSanitizer: GLib and the testbed are not instrumented, so
 // that their own locking, by futex, is invisible and everything that their
 // threads hand to each other looks like a race; so does the first use, on the

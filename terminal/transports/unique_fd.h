@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The owner of a file descriptor.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A transfer that a host has submitted, and its copy in this process.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/usb_control.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal's answers on its control endpoint.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the terminal says of itself when a host asks which USB device it is.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who drives the terminal's one interface: the kernel's HID driver, a host, or nobody.
 //
 //             Detach                Claim

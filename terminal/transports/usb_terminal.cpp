@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/usb_terminal.h"
 
 #include <linux/usbdevice_fs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal at the end of a USB cable, as usbfs shows it to hosts.
 #pragma once
 

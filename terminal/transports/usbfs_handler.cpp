@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/usbfs_handler.h"
 
 #include <linux/usbdevice_fs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Serves the requests that hosts make on the USB device node.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The messages of USB/IP, version 1.1.1, as bytes. Numbers travel with the highest byte first.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The USB/IP server: the terminal for the kernel of this machine, on the loopback interface.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "transports/usbip_session.h"
 
 #include <linux/usbdevice_fs.h>

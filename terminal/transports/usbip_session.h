@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A USB/IP client's conversation with the terminal, without any I/O: bytes in, bytes out.
 #pragma once
 

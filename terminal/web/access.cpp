@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/access.h"
 
 #include <openssl/crypto.h>

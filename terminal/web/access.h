@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who may see the customer's page. It answers for a person, so that only the one who was
 // told its address may; other programs' web pages in the same browser may not.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The page on which a person is the customer: a small web server on the loopback interface.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the terminal and the customer's page tell each other: JSON texts with a "type".
 //
 //   terminal -> page

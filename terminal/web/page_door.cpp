@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/page_door.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who gets in to the customer's page: few connections, and briefly those that have not shown the token.
 #pragma once
 

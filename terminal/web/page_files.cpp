@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/page_files.h"
 
 #include <gio/gio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the customer's page is made of, and what it shows of the terminal's files.
 #pragma once
 

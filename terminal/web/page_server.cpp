@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customer's page, served by libsoup.
 #include <libsoup/soup.h>
 #include <linux/tcp.h>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # compare_with_baseline.sh LIBRARY HEADERS BASELINE: fails on what was removed or changed. Exit status 77: skipped.
 # The processors' interfaces are the same, but for the name that the baseline has at its beginning.
 set -eu

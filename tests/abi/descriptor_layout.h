@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The port descriptor's layout, for C and C++: programs in both fill the same record. */
 #ifndef TESTS_ABI_DESCRIPTOR_LAYOUT_H
 #define TESTS_ABI_DESCRIPTOR_LAYOUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library exports: the library file, the headers and the baseline agree.
 #include <gtest/gtest.h>
 
@@ -62,7 +63,8 @@ Names InBaseline() {
   const std::string baseline = ReadFile(fs::path(GWQ_SOURCE_DIR) / "tests/abi/baseline.abi");
   const std::regex symbol("<elf-symbol name='([^']*)'");
   Names names;
-  for (std::sregex_iterator at(baseline.begin(), baseline.end(), symbol); at != std::sregex_iterator(); ++at) {
+  for (std::sregex_iterator at(baseline.begin(), baseline.end(), symbol); at != std::sregex_iterator();
+       ++at) {
     names.insert((*at)[1]);
   }
   return names;

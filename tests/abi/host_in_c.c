@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A host in C that is linked against the library: it can name every function, and shares its data. */
 #include <stdio.h>
 #include <string.h>

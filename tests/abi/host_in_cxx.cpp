@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host in C++ that is linked against the library: it names the functions that only C++ can call.
 #include <cstdio>
 

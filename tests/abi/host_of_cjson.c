@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A host that is linked against the library alone and uses cJSON: one implementation serves it, the
  * library's own JSON call and a libcjson that is loaded beside it. */
 #include <cjson/cJSON.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads and unloads a library: host_that_loads LIBRARY [TIMES [DIRECTORY]], which
 // it moves to once the library is loaded. Tells on standard output what happened in
 // which order; the library's calls of libusb_init and libusb_exit arrive here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exports functions of its own under every name that the library exports, loads the library and makes it call
 // itself; prints which of the host's functions were called instead.
 #include <dlfcn.h>

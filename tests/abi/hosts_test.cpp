@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hosts of other kinds: written in C and linked against the library, or with names that collide with its own.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C++ half of the layout checks; host_in_c.c holds the C half. Both are made by the compiler.
 #include <gtest/gtest.h>
 

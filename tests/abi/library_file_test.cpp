@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library file itself: names, links, what it needs, and what it gives away.
 #include <gtest/gtest.h>
 

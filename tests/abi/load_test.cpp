@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading and unloading the built library, by a host that tells what it sees.
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Turns the list of exports into what the host programs and the tests are compiled from or read.
 
 make_tables.py INTERFACE CJSON_NAMES OUTPUT_DIR

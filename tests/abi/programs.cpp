@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "abi/programs.h"
 
 #include <fcntl.h>

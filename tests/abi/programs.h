@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running programs and reading what they print.
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // The texts as a program in C gets them.
 #include "abi/status_in_c.h"
 

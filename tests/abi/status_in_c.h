@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // status.h, compiled as C.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts of the statuses: one for each, and a sensible one for anything else.
 #include <gwq/status.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customer's page in Chromium, with the library and a teller application on the other side.
 import assert from "node:assert/strict";
 import { createDecipheriv } from "node:crypto";

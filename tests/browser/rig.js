@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A browser, and a counter: gwq-terminal with a teller application that does as it is told.
 import assert from "node:assert/strict";
 import { spawn } from "node:child_process";

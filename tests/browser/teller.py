@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A teller application that does as a test tells it: a call of gwq.Terminal as a JSON line in, its outcome as one out."""
 
 import base64

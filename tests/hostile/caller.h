@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls functions of the loaded library with random and extreme arguments. Every buffer is a heap
 // block exactly as large as the headers say, so that AddressSanitizer sees the first byte beside
 // it.

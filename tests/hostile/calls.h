@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every exported function that talks to the terminal, and how to call it.
 #pragma once
 

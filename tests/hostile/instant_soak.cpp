@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // instant_soak calls N SEED          random calls against a hostile terminal instant_soak
 // transactions N        the same transaction over and over: memory and descriptors stay as they are
 //

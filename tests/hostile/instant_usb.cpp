@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile/instant_usb.h"
 
 #include <libusb-1.0/libusb.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A libusb of the program's own, with one terminal behind it: transfers take no real time, only the
 // test clock's. The library finds it in the place of the real one, because the program exports it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile/soak.h"
 
 #include <dlfcn.h>

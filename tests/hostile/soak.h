@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random calls, one after the other, and what must hold after each and at the end.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Run under gwq-terminal exec --hostile: soak_on_usb CALLS SECONDS SEED [STACK]
 // With STACK the calls are made on a thread with so many bytes of it.
 // The real libusb and the real time; the serial port is 78.

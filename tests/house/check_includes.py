@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds every include of src/ and terminal/ against the allowed arrows: check_includes.py ROOT
 
 A room includes rooms before it in ROOMS, and a header outside the rooms includes none of them. Public headers are included as

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The check finds each kind of wrong include, in a copy of its own."""
 import pathlib
 import tempfile

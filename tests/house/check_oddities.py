@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks that docs/oddities.md lists each source file with a "Contract:" tag, and no other: check_oddities.py ROOT"""
 import pathlib
 import re

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks every source file that git knows: check_sources.py ROOT
 
 Each names its licence in one of its first three lines. No comment of C or C++ is wider than clang-format's limit, which does not

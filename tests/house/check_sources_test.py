@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The check finds what it is for."""
 import pathlib
 import unittest

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # build_again.sh DIRECTORY: builds the packages once more, from a copy in another directory, at another time and by another
 # user's habits; each file must be the one in DIRECTORY, byte for byte. SOURCE_DATE_EPOCH is that of the first build.
 set -eu

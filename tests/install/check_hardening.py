@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks how every program and library below a directory is hardened: check_hardening.py [--without-fortify] DIRECTORY
 
 READELF and OBJDUMP in the environment name the tools for another machine's files.

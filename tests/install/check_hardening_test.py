@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The check of hardening finds each weakness in a library made to have it; CC names the compiler."""
 import os
 import pathlib

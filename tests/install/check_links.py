@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Every relative link in the pages below some directories leads somewhere: check_links.py [--root ROOT] PATH...
 An absolute link leads below ROOT."""
 import argparse

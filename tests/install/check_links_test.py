@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The check of links finds what leads nowhere, and nothing else."""
 import pathlib
 import tempfile

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The bill of materials is what SPDX 2.3 demands, and tells of the packages beside it: check_sbom.py DIRECTORY"""
 import hashlib
 import json

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # on_a_copy.sh COMMAND...: runs a command as root on this machine's files, below a layer that takes all changes and is thrown
 # away: packages may be installed and users made.
 set -eu

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Where all is installed, scripts/setup needs no network: it asks neither apt nor for root, and says nothing.
 set -eu
 cd "$(dirname "$0")/../.."

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # subproject.sh SOURCE WORK: adds the library to a parent project, which gets the library and nothing else: its own build type,
 # flags, packaging, tests and headers stay as they are.
 set -eu

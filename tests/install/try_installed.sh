@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # try_installed.sh ROOT PREFIX WORK: checks what stands installed below ROOT at PREFIX as an integrator would, with the
 # README's own program: found by pkg-config and by CMake, compiled, and run under the installed virtual terminal.
 set -eu

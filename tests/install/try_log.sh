@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # try_log.sh GUIDE PACKAGE PROGRAM: installs the library's package alone, and takes a log of a program as the guide says, as an
 # ordinary user; purging takes the logs away, and nothing else. It changes the machine: run it by on_a_copy.sh.
 set -eu

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # try_wheel.sh WHEEL LIBRARY WORK: installs the wheel by Debian's pip, without the network, and loads the library by it.
 set -eu
 wheel=$1 library=$2 work=$3

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Waits for a customer's PIN until somebody unplugs the terminal, and goes on once it is plugged in again. */
 #include <gwq/gwq.h>
 #include <stdio.h>

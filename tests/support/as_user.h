@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Permissions mean nothing to root: for its lifetime the process is an ordinary user, if it was root.
 #pragma once
 

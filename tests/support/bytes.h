@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte strings of the tests.
 #pragma once
 

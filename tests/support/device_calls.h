@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The functions that talk to the terminal, what each of their arguments is, and how long a call may
 // wait: one table for all programs that call them at random. Each program says how it draws an
 // argument of each kind.

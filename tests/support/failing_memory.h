@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A system that has no memory. For programs that link gwq_failing_memory, whose library objects
 // then ask here for their cleared blocks and for what they ask of `new (std::nothrow)`. Plain
 // malloc, with which the log alone builds its lines, goes on.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C library's own inline versions would stand in the way of the definitions below.
 #undef _FORTIFY_SOURCE
 

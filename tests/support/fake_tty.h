@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A serial device in the test's hand: a pseudo-terminal, with the program's own open, close, read, write,
 // ioctl and tcflush in front of it. They pass everything on, except that a FakeTty
 //   - is also found under a name such as "/dev/ttyS41",

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A heap buffer of exactly the given size, so that AddressSanitizer sees the first byte beside it; without
 // the sanitizer, marks on both sides tell of a write.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A turn with a file of the host whose name the library fixes. Every process that uses such files
 // has its turn; the lock is on the directory, so that nothing is left.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts in other encodings, as the platform's iconv has them.
 #pragma once
 

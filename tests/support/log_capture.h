@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The diagnostic log of this test process. A program that links gwq_test_support has its own dladdr, which
 // places the library in a fresh directory of the process: log and INI file are looked for there, and tests
 // that run at the same time do not see each other's.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a test's parameter is called: shown in place of its bytes, and a part of the test's name.
 #pragma once
 
@@ -10,7 +11,9 @@
 namespace gwq::test {
 
 template <typename T>
-  requires requires(const T& parameter) { std::string(parameter.name); }
+requires requires(const T& parameter) {
+  std::string(parameter.name);
+}
 std::string NameOf(const T& parameter) {
   return std::string(parameter.name);
 }
@@ -22,7 +25,7 @@ std::string NameOf(T number) {
 
 // What has a member `name`, or a NameOf of its own.
 template <typename T>
-concept Named = (std::is_class_v<T> || std::is_enum_v<T>) && requires(const T& parameter) {
+concept Named = (std::is_class_v<T> || std::is_enum_v<T>)&&requires(const T& parameter) {
   { NameOf(parameter) } -> std::same_as<std::string>;
 };
 

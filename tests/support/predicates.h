@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Predicates that end a read, as hosts give them to the links.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The machine's USB in the test's hand: a program that links gwq_scripted_usb defines the libusb functions
 // that the library calls. What is plugged in, what each call answers, and the account of what the library
 // holds open stand in the ScriptedUsb that is alive; without one the bus is empty.

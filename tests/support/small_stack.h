@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A thread with little stack, as programs with hundreds of threads have them.
 //
 //     canary | guard page | stack

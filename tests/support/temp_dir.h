@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A fresh directory that goes away with its object.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal on USB, with the clock in hand, and the ways in which an exchange with it fails.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A clock in the test's hand. A program that links gwq_test_support has its own time, sleep, usleep and
 // nanosleep, which the library under test (and std::this_thread::sleep_for) then calls: no sleep is ever
 // slept, each is recorded and moves the clock instead.

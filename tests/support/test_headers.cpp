@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Its headers are compiled for the tests to share.
 int main() {
   return 0;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What tests with two threads at the engine look at.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // USB/IP as a client speaks it, byte by byte.
 #pragma once
 

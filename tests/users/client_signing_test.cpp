@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What gwq.hpp itself does about signatures, above a library that the test plays.
 #include <gmock/gmock.h>
 #include <gwq/gwq.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every call of gwq.hpp, against the virtual terminal.
 #include <gmock/gmock.h>
 #include <gwq/gwq.hpp>

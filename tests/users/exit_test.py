@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Hosts that exit while a call waits: exit_test.py HOST HOST_IN_PYTHON TEST...
 
 GWQ_TEST_STORAGE is where the terminal keeps its files; GWQ_TEST_CYCLES exits of each kind, at random moments that

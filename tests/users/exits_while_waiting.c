@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A host that exits while one of its calls waits: exits_while_waiting WAY CALL FILE MILLISECONDS
  *
  *   WAY   main_returns     main does, the call is in another thread

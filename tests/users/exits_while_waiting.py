@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A host that exits while a daemon thread of it waits: exits_while_waiting.py CALL FILE MILLISECONDS, as in
 exits_while_waiting.c."""
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What README and getting-started show a new user is what they get: first_steps_test.py ROOT LIBRARY TERMINAL WORK"""
 import pathlib
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Code in a guide that names a file stands in that file just so: guide_test.py ROOT GUIDE"""
 import pathlib
 import re

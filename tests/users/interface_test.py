@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What interface.json has of the statuses: interface_test.py INTERFACE"""
 import json
 import sys

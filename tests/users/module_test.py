@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What gwq does itself, above a library that a test plays."""
 import copy
 import ctypes

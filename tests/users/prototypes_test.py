@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The types that the Python module gives to functions are those of the headers: prototypes_test.py INTERFACE"""
 import ctypes
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every call of gwq.Terminal, against the virtual terminal: terminal_test.py FILES TEST..."""
 import os
 import pathlib

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # try_pip.sh PYTHON_DIR LIBRARY VERSION WORK: installs the module by Debian's pip into an environment of its own, as the guide
 # says, without any network and without setuptools, and loads the library by it; then makes a wheel and installs that. 77 where
 # pip is not there.

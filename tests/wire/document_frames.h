@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frames of documents, signatures and the terminal's description, once, with one example each.
 #pragma once
 

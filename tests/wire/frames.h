@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every frame that goes over the wire, once, with one example each: what the host must send and what the
 // terminal answers. On USB each of the host's frames travels in whole 1024-byte reports, the rest of the last
 // one zero.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The frames of the customer's screens, once, with one example each; see wire/frames.h. A split
 // text has every byte as two characters, nibble + 0x30.
 #pragma once

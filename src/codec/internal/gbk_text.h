@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Chinese texts of the log. Sources are UTF-8, the log is GBK: Gbk("...") converts a literal at
 // compile time, and a character that GBK lacks does not compile.
 #pragma once

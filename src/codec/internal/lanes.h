@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sixteen bytes at a time, in the vector types of GCC and Clang: SSE2 on x86-64, NEON on 64-bit
 // Arm. A rule for one character is written once, as a template for a byte and for a block.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes to pairs of characters and back, for the text forms with one character per nibble: a form's
 // digit or value is a rule as in lanes.h. Reads and writes stay within the spans; joining in place
 // is allowed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Storage for PINs, keys and the buffers they pass through: zeroed on construction, wiped on
 // destruction.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The length of a text that may be secret.
 #pragma once
 

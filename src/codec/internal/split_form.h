@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The split form inside the library: takes spans, and reads and writes nothing beyond them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds text in a buffer of fixed size, which is wiped on destruction.
 #pragma once
 

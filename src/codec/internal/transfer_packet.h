@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The packet that carries files in both directions:
 //
 //     offset  0    1     2                3..5                          6

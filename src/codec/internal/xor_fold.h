@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // XOR of all bytes, the checksum of every frame and packet.
 #pragma once
 

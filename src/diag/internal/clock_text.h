@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Local time in the log's formats.
 #pragma once
 

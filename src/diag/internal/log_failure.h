@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The error that cost the log its first line.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The log files' directory and today's file.
 #pragma once
 

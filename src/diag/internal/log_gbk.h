@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Log lines with Chinese text: LogGbk(Gbk("..."), arguments).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sleeps that signals do not shorten.
 #pragma once
 

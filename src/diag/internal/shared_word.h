@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Atomic access to words that two threads share and whose type is fixed by the interface or by a
 // record's layout, so that they cannot be std::atomic. Stores release, loads acquire.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host files; an open one is closed by its owner.
 #pragma once
 

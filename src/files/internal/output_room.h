@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The size of a caller's output buffer where no argument of the interface tells it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Paths, and "|"-separated lists of them.
 #pragma once
 

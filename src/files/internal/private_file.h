@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files with fixed names in a directory that every user may write to.
 #pragma once
 

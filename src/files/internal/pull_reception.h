@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Assembles a pulled file from the terminal's 1024-byte reports.
 //
 // A transfer packet begins with a report and continues through the next ones:

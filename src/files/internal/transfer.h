@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files to the terminal and from it. A call that transfers has an Operation
 // (frame/internal/operation.h).
 #pragma once

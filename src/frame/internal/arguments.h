@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Argument checks shared by the exported functions.
 #pragma once
 

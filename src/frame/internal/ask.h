@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every device function does: drain the link, send a command, check the answer.
 #pragma once
 

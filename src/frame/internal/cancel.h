@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The engine's cancel flag: set by CancelRead in any thread, cleared when an exchange starts,
 // checked between the reports of a command.
 #pragma once

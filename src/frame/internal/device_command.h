@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands that begin with ESC. Most have one of these forms, with fields in decimal or as
 // text:
 //

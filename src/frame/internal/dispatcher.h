@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The link in use and its parameters.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one path that every exchange with the terminal takes:
 //
 //   wait for the turn -> open the port's link -> send the command -> receive -> close the link

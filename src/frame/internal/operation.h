@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls of several exchanges, which another thread may cancel as a whole.
 //
 // CancelRead reaches the exchange that runs; between two exchanges it would be lost. A cancel of a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The turn: the right to exchange with the terminal, for one thread at a time. The links' state is
 // process-wide, and a second exchange would close the device while a transfer runs.
 //

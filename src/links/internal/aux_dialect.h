@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The escape sequences by which terminals switch their auxiliary port on and off.
 #pragma once
 

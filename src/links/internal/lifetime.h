@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the links survive fork and exit.
 //
 // After a fork, libusb's locks, its thread and the open devices remain the parent's. At exit,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A link: the way to one kind of device. A process has at most one device of a kind open.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The links' writes with an end, as an exchange calls them.
 #pragma once
 

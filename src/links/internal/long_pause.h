@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The end of a cancelled read on the links that hosts drive themselves.
 #pragma once
 

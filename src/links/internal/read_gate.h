@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets other threads cancel a read.
 //
 //            Reading begins           Reading ends

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loop of every link's read.
 #pragma once
 

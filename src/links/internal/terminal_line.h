@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal line in raw mode, for the serial link and the auxiliary port.
 #pragma once
 

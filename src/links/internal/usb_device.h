@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A USB terminal: interface 0, endpoints 0x02 (out) and 0x81 (in), reports of 1024 bytes. Each of
 // the two USB links has one, with its own libusb transfer function and log texts.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's device id.
 #pragma once
 

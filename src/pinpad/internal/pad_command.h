@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's framed commands: a body is sent packed; a status word with data comes back.
 #pragma once
 

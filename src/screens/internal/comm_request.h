@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The parts of DEV_CommCall that need no terminal.
 #pragma once
 

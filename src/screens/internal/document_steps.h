@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The steps that showing, confirming and signing documents share. All use USB.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the screens share: each is set up, shows something, waits for the customer, and is closed.
 #pragma once
 

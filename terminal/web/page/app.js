@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The page's connection to the terminal, and what is shown at the moment.
 import { button, byId, make } from "./dom.js";
 import { entryView } from "./pads.js";

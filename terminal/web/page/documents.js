@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents of the terminal: PDF page by page, pictures, and HTML that can do nothing.
 import { button, fileUrl, make, pageUrl } from "./dom.js";
 import { t } from "./texts.js";

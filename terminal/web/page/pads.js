@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The keys of the PIN pad and of the keypad.
 import { button, make } from "./dom.js";
 import { t } from "./texts.js";

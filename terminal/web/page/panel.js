@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the developer wants to know and to do, beside the terminal.
 import { button, byId, fileUrl, make } from "./dom.js";
 import { t } from "./texts.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The area to write on: 480 by 160 points, whatever its size on the page.
 
 const WIDTH = 480;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What each kind of screen looks like. A view has an element, and may have a title, a way to take
 // keys of the keyboard, and something to stop when it goes.
 import { documentsView, frame } from "./documents.js";

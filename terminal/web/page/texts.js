@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The page in two languages. What the host sends is shown as it is.
 
 const chinese = {

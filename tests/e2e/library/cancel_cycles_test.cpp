@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every function that waits for the customer, cancelled from a second thread: while it is known to
 // wait, and then by one cancel at a random moment of its life, again and again.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cancelling from a second thread while the customer lets the first one wait.
 #include <gtest/gtest.h>
 

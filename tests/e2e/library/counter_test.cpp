@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The counter commands against the virtual terminal, with keys and blocks really computed on both sides.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

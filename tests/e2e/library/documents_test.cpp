@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents and signatures with everything that the customer can do.
 #include <gtest/gtest.h>
 

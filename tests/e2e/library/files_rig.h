@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File functions of the built library against the virtual terminal, whose files stand in a directory that the
 // test can look into.
 #pragma once

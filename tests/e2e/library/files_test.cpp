@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that travel to the terminal and back, and what each failure on the way gives.
 #include <gmock/gmock.h>
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The interrupt-transfer link on the real libusb, as a host program drives it.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "e2e/library/library.h"
 
 #include <dlfcn.h>

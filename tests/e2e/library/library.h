@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The built library, loaded as a teller application loads it: a copy in a directory of its own, so that its
 // log stands there.
 #pragma once

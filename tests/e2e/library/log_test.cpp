@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a session leaves in the log when it is on.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PINs and numbers that the customer keys on the PIN pad.
 #include <gtest/gtest.h>
 

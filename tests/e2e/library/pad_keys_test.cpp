@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Working keys, digests and data of the PIN pad, checked by what the bank computes itself.
 #include <gtest/gtest.h>
 

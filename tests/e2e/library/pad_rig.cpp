@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "e2e/library/pad_rig.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN-pad functions of the built library against the virtual terminal, with the bank's side of the
 // cryptography.
 #pragma once

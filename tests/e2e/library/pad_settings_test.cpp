@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's settings: read back, or seen in what the pad does.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // HTML pages with every answer that the customer can give.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "e2e/library/png.h"
 
 #include <png.h>

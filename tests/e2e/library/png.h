@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures that came from the terminal, decoded by libpng.
 #pragma once
 

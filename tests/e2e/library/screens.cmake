@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sessions of the customer screens, and of cancelling what waits for the customer.
 find_package(PNG REQUIRED)
 find_package(nlohmann_json REQUIRED)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customer screens of the built library against the virtual terminal, whose customer takes the steps of a
 // file one after the other: each test goes through all of its session's steps.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the terminal tells of itself, the end of what it shows, and calls without a terminal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ratings, messages, keyed numbers and checkouts, with every answer that the customer can give.
 #include <gtest/gtest.h>
 

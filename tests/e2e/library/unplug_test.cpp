@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal that vanishes under a call, and comes back.
 #include <gtest/gtest.h>
 

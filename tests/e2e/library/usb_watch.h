@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks at the library's USB transfers on their way to the real libusb, and makes its drains short.
 //
 // The program defines libusb_open, libusb_bulk_transfer and time itself; the library finds these

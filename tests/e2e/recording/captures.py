@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads and makes captures of USB by the published layouts, without any code of the terminal's."""
 import struct
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A session with the terminal on USB or, with --serial PATH, at a line. The same keys each time, so that
 // recordings can be compared; says on standard output what was answered.
 //

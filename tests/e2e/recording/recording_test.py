@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sessions of recorded_host, recorded and replayed.
 
     recording_test.py GWQ_TERMINAL RECORDED_HOST [TEST...]

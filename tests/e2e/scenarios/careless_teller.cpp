@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A teller application that does all wrong: it has something signed without waiting for it, leaves
 // the teller's card on the screen, and says that all is well. With an argument it stays a while
 // instead of showing the card.

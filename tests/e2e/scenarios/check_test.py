@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """gwq-terminal check, seen from outside: check_test.py SUITE GWQ_TERMINAL CARELESS_TELLER SHIPPED."""
 import json
 import subprocess

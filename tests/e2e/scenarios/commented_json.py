@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """JSON with comments in the manner of C++, as scenarios are written."""
 import json
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The scenarios' schema: schema_test.py GWQ_TERMINAL SHIPPED DOCUMENT.
 
 It takes what the program takes, and refuses what that refuses: a scenario with everything in it, and each of its values

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A program run by a test, its output kept, and never left behind.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // However a run ends, nothing stays: no files, no processes.
 #include <gtest/gtest.h>
 

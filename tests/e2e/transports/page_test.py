@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A person at the customer's page, played over its WebSocket; the host is a serial line.
 
 Run as: page_test.py GWQ_TERMINAL

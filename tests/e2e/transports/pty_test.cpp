@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // gwq-terminal pty: a terminal for anyone who opens the path.
 #include <gtest/gtest.h>
 

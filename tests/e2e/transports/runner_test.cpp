@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of gwq-terminal, and what it does for its command.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a host sees at serial port 78. Runs as the command of gwq-terminal.
 #include "serial_line.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host on the serial side: System V terminal settings and plain reads.
 #pragma once
 

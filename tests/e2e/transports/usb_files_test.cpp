@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files through libusb alone: what a push stored a pull brings back, and nothing
 // of a transfer that ended early reaches the next command.
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host on the USB side: libusb with owners, and the few steps that tests share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a libusb host sees of the terminal. Runs as the command of gwq-terminal.
 #include <sys/resource.h>
 

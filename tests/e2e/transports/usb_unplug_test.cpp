@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cable is pulled and put back. Runs as the command of gwq-terminal.
 #include <sys/types.h>
 

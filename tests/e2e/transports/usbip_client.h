@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A USB/IP client of its own, without a kernel.
 #pragma once
 

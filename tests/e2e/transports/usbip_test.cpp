@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // gwq-terminal serve: the terminal for the whole machine, as a client of its server meets it.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 against OpenSSL's, and the decoder's own way of counting.
 #include <gtest/gtest.h>
 #include <openssl/evp.h>

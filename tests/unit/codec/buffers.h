@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Buffers of exactly the size that a function may touch, so that AddressSanitizer sees a byte read or written
 // too far, filled with a mark, so that every build sees one written too many.
 #pragma once

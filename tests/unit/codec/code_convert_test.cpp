@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The conversions by name: their outputs, and that no descriptor of iconv is left behind.
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames put together byte by byte, the long way.
 #pragma once
 

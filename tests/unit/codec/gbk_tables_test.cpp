@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two character tables and what is made of them, against the platform's own mapping.
 #include <gtest/gtest.h>
 

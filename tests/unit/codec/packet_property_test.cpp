@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames against a plain reading of them, on random and on damaged input.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's request and answer frames: the cases one writes by hand.
 #include <gwq/codec/packet.h>
 

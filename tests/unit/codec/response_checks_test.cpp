@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Judging short answers, PIN-block answers and device ids.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The conversions against plain loops over one byte after the other, on random input and for every capacity.
 #include <gtest/gtest.h>
 

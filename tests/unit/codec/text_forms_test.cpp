@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions between bytes, hexadecimal text and split form: the cases one writes by hand.
 #include <gwq/codec/text_forms.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GbkToUnicode and UnicodeToGbk: what they pass, drop and count.
 #include <gtest/gtest.h>
 

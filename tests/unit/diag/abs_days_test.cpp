@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Day numbers, against the table, a count day by day and the standard library's calendar.
 #include <gtest/gtest.h>
 

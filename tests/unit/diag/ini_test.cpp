@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looking up one value in an INI file.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one call writes to the log.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the library believes its files to be.
 #include <gtest/gtest.h>
 

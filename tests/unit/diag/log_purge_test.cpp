@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The removal of old log files. The order in which a directory is read matters here, so this program's
 // readdir follows a script when there is one.
 #include <dirent.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the other tests build on: the test clock and the log capture.
 #include <gtest/gtest.h>
 #include <time.h>

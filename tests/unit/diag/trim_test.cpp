@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Trimming white space, and what the trim functions insist on.
 #include <gtest/gtest.h>
 

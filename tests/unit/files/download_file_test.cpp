@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The firmware package and the pictures of the idle screen.
 #include <gwq/files/media_functions.h>
 #include <gwq/frame/transaction.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal on USB for everything that moves files, with the clock in hand and a directory of files.
 #pragma once
 

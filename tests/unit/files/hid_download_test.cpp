@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The download of a file or firmware image: each packet travels up to its first zero byte.
 #include <gwq/files/media.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files on the host: names, sizes, whole-file reading and writing, Base64 of files.
 #include <gwq/files/host_files.h>
 

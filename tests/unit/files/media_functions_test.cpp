@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Head photos, the QR code and the lists of the terminal's files.
 #include <gwq/files/media_functions.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Listing, deleting and sending media with the exchanges of their own.
 #include <gwq/files/media.h>
 

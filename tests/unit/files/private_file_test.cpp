@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files at well-known places.
 #include "files/internal/private_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reception of pulled packets against a plain model of it, over random streams.
 #include <gtest/gtest.h>
 

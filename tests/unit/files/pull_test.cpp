@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pulling a file from the terminal, over the wire and onto the disk.
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sending a list of files, and pulling one by its port-style name.
 #include <sys/resource.h>
 

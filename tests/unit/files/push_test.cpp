@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sending one file to the terminal, byte for byte.
 #include <gwq/files/push.h>
 

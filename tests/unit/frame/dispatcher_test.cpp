@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The descriptor, and how the calls without one find their link.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // When a cancel takes effect, and when it is lost.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

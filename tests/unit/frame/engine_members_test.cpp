@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What distinguishes the members of the exchange family.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

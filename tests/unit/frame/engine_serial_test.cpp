@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges on a serial port.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

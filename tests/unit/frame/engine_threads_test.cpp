@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two threads at the engine: exchanges take turns, a cancel never waits.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happens to the turn when a thread leaves an exchange by a way of its own, and to exchanges
 // within exchanges.
 #include <gmock/gmock.h>

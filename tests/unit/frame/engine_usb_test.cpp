@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges on the USB link: identities, reports, answers, time-outs.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

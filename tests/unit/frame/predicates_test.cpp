@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The end-of-answer predicates, on buffers whose neighbours must not be looked at.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening the terminal on standard output, and switching its auxiliary port on and off.
 #include <fcntl.h>
 #include <gmock/gmock.h>

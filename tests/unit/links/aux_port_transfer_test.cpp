@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is the auxiliary port's own: what is written around the data, its log, and its pause after a cancel.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

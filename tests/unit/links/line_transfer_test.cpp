@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing, reading and cancelling on the links over a terminal line.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -82,8 +83,7 @@ class LineTransfer : public testing::TestWithParam<LineLink> {
 
   FakeTty tty_;
 };
-INSTANTIATE_TEST_SUITE_P(Links, LineTransfer, testing::ValuesIn(kLineLinks),
-                         kByName);
+INSTANTIATE_TEST_SUITE_P(Links, LineTransfer, testing::ValuesIn(kLineLinks), kByName);
 
 TEST_P(LineTransfer, WriteGoesOnAfterPartialWrites) {
   tty_.NextWritesMove({3, 0, 1});

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening, setting up, restoring and closing the serial device.
 #include <fcntl.h>
 #include <gmock/gmock.h>

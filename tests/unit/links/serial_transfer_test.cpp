@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is the serial link's own: its statuses and log, and what signals do to it.
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is the HID link's own: its log, and the order of its calls.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finding, opening and closing the device of the interrupt-transfer link.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

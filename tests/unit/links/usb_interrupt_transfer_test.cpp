@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is the interrupt-transfer link's own: its log, its pause after a cancel, and what its reports may be.
 #include "support/guarded_buffer.h"
 #include "support/log_capture.h"

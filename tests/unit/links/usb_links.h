@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two USB links, of which most tests are the same.
 #pragma once
 

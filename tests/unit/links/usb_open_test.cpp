@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finding, opening and closing the device of the two USB links.
 #include "unit/links/usb_links.h"
 

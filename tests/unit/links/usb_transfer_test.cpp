@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing, reading and cancelling on the two USB links.
 #include "unit/links/usb_links.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN length and key commands.
 #include <climits>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the PIN as a DES and as an ANSI PIN block.
 #include <climits>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading the PIN in clear.
 #include <climits>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PINs, keys and PIN blocks stay neither on the stack nor in released heap blocks once a call has returned.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal's build date, and what follows from it.
 #include <gwq/pinpad/counter.h>
 #include "support/guarded_buffer.h"

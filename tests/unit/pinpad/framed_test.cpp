@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the commands that are one framed exchange have in common, and how each of them takes its answer.
 #include <functional>
 #include <tuple>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Factor, public key, digest and working keys.
 #include <gwq/pinpad/keys.h>
 

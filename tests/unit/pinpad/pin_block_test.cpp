@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN block with the pad's settings checked and made in front of it, by both functions that do so.
 #include <climits>
 #include <tuple>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customer's PIN as a PIN block, without the settings in front of it, and a number in clear.
 #include <climits>
 #include <functional>

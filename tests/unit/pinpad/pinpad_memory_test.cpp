@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Without memory for a command's buffers the call fails and sends nothing.
 #include <functional>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal on USB for the framed PIN-pad commands, with the clock in hand.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN blocks, keys, factors and account numbers stay neither on the stack, nor in released heap
 // blocks, nor in static storage once a call of the framed PIN-pad functions has returned, whatever
 // its outcome.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/pinpad/register_capture.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library leaves in the vector registers: whoever it calls next may save them, in memory
 // that nobody wipes. A program that uses it is linked with
 //     -Wl,--wrap=libusb_get_device_list,--wrap=libusb_open,--wrap=libusb_bulk_transfer,--wrap=GetHexString

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/pinpad/secret_search.h"
 
 #include <fcntl.h>

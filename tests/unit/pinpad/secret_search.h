@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks for secrets that a call of the library left behind: on its stack, in the heap blocks that
 // it released, and in the program's writable segments. A program that uses it is linked with
 //     -Wl,--wrap=free,--wrap=_ZdlPv,--wrap=_ZdlPvm

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of the settings, the terminal's serial number, and the four settings in one call.
 #include <gwq/pinpad/settings.h>
 

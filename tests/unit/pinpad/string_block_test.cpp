@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes enciphered by the terminal and fetched as a file, by way of a file of a fixed name on the host.
 #include <fcntl.h>
 #include <sys/stat.h>

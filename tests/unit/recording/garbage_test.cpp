@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Recordings that are damaged, or were never any.
 #include <gtest/gtest.h>
 

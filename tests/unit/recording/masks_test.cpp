@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/masks.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/replayed_line.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes and transfers for the tests of recordings.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/text_form.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "recording/writer.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cancelling from a second thread: the canceller's own exchange comes after the cancelled one has
 // closed its link.
 #include <atomic>

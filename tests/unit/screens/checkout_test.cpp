@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The checkout screen.
 #include <gwq/screens/checkout.h>
 

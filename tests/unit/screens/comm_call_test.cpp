@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal's description as JSON.
 #include <gwq/screens/comm_call.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Showing documents, and asking for agreement.
 #include <gwq/screens/documents.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The teller's card and the rating, on USB and on a serial port.
 #include <gwq/screens/evaluation.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "unit/screens/failing_system.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A system where some files are elsewhere. For programs that are linked with --wrap for fopen, open
 // and unlink.
 #pragma once

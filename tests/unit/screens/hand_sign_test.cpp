@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signing one page by hand.
 #include <climits>
 

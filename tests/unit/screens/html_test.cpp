@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pages on the information screen. What the library opens as "/tmp/infoviewerex.html" is a file of
 // the test here.
 #include <gwq/screens/html.h>

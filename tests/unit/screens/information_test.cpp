@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Messages with answer keys, and numbers keyed by the customer.
 #include <gwq/screens/information.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal on USB for the customer's screens, with the clock in hand.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal on USB with documents to show, and with a signature to be fetched.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signing documents, with and without a spoken prompt.
 #include <gwq/screens/signing.h>
 

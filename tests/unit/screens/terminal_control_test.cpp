@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The firmware's version, and closing what the terminal shows. Two threads: cancel_threads_test.cpp.
 #include <gwq/screens/terminal_control.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signing documents in TZG mode.
 #include <sys/stat.h>
 

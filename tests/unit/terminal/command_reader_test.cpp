@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the host's bytes are cut into commands, however they arrive.
 #include "device/command_reader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The customers: the agreeable one, and those that a file scripts.
 #include <gtest/gtest.h>
 #include <stdlib.h>

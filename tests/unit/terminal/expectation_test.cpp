@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What runs are expected to be: each expectation fulfilled, and failed.
 #include "scenarios/expectation.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Listing, deleting, asking for files, text in pieces, the firmware update.
 #include <gtest/gtest.h>
 

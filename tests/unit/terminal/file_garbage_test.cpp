@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hosts gone mad about files: the terminal goes on, within its limits, and a
 // proper transfer still works afterwards.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names, faults, and strokes.
 #include <gtest/gtest.h>
 

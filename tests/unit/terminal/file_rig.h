@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal with files in memory, and a host that sends and fetches files. The
 // host is written without the code under test.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store in a real directory, with everything that could lead out of it.
 #include "store/file_store.h"
 #include "support/as_user.h"

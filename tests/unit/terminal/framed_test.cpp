@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN-pad frames: damaged ones, unknown ones, and a table with a command in it.
 #include "device/framed_commands.h"
 

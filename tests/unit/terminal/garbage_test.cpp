@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hosts gone mad: whatever arrives, the terminal goes on, in bounded memory, and
 // still knows its commands afterwards.
 #include <gtest/gtest.h>

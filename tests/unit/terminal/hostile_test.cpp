@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile/hostility.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading, activating and resetting keys, byte for byte.
 #include <gtest/gtest.h>
 

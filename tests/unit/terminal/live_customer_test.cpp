@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a person does at the terminal while it waits, instead of a script.
 #include <gtest/gtest.h>
 

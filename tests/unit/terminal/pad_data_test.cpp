@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Data that the terminal enciphers, deciphered here with the same key.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Entries that the PIN pad answers later: PINs under its working key, and numbers.
 #include <gtest/gtest.h>
 

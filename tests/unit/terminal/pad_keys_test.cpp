@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIN pad's keys: a host makes a working key ready under the pad's public key,
 // and the pad deciphers it for real.
 #include <gtest/gtest.h>

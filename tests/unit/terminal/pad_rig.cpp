@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pad_rig.h"
 
 #include <openssl/core_names.h>

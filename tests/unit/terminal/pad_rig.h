@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's side of the PIN pad: frames, and working keys made ready for it. It
 // is written without the code under test.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a host sets in the PIN pad, and the refusals of values out of range.
 #include <gtest/gtest.h>
 

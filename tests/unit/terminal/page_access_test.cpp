@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who may see the customer's page, and what a page may ask for.
 #include <gtest/gtest.h>
 

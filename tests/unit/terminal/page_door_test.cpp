@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who gets in to the customer's page, and for how long.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

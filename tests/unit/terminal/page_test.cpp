@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/page.h"
 
 #include <gtest/gtest.h>

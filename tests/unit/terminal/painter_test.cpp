@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "customer/painter.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The small parts that every command goes through.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN blocks: deciphered here with the same key by other means, they must give
 // back the PIN.
 #include "device/pin_block.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PIN entries in clear, and how entries end.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that the host fetches.
 #include <gtest/gtest.h>
 

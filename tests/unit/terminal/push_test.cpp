@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that the host sends.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calls deprecated in OpenSSL 3 are what makes the deciphering independent
 // of the way the terminal enciphers.
 #define OPENSSL_SUPPRESS_DEPRECATED

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal under test, with a clock that the test moves, a customer whose
 // deeds the test lists, and its trace kept.
 #pragma once

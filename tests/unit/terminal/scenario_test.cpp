@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading scenarios: every member, and what is said of those that are no good. schema_test.py
 // spoils all the others.
 #include "scenarios/scenario.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents that are shown, agreed to and signed.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "screen_rig.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A terminal whose customer, files and pictures the test sees.
 #pragma once
 

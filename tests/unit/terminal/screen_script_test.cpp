@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What scripts say about screens, and the agreeable customer's way with them.
 #include <gtest/gtest.h>
 

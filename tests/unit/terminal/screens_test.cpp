@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Evaluation, information, HTML, keypad and checkout screens: what is shown, and
 // what the host is told.
 #include <gtest/gtest.h>

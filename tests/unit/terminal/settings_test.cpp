@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Version, the settings of a PIN entry, and what is no command at all.
 #include <gtest/gtest.h>
 

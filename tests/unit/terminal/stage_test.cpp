@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scenarios as they are played, with a clock that the test moves.
 #include "scenarios/stage.h"
 

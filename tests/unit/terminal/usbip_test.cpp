@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The terminal as a USB/IP client meets it: bytes in, bytes out.
 #include "support/usbip_messages.h"
 
