@@ -65,7 +65,7 @@ if [ -d "$examples" ]; then
     cmake -S "$examples" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" && cmake --build "$work/examples" --parallel 2
   }
   build_examples >"$work/examples.txt" 2>&1 || { cat "$work/examples.txt"; fail "the examples"; }
-  for source in "$examples"/*.c; do
+  for source in "$examples"/c/*.c; do
     [ -x "$work/examples/$(basename "$source" .c)" ] || fail "$source was not built"
   done
   LD_LIBRARY_PATH="$library_dir" "$prefix/bin/gwq-terminal" exec -- "$work/examples/sign_document" \

@@ -28,7 +28,7 @@ class FirstSteps(unittest.TestCase):
     def test_the_first_program_is_the_example_and_prints_what_is_shown(self):
         shown = blocks('README.md')
         program, = (code for language, code in shown if language == 'c')
-        self.assertIn(program, (ROOT / 'examples/first_program.c').read_text())
+        self.assertIn(program, (ROOT / 'examples/c/first_program.c').read_text())
         output, = (code for language, code in shown if not language)
         self.assertEqual(run('first', program).replace(str(LIBRARY.parent), '/.../lib'), output)
 

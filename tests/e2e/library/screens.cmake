@@ -12,10 +12,10 @@ add_executable(e2e_screens
   terminal_itself_test.cpp
   text_screens_test.cpp
   usb_watch.cpp
-  ${PROJECT_SOURCE_DIR}/examples/bank_keys.cpp
-  ${PROJECT_SOURCE_DIR}/examples/bank_pad.cpp)
+  ${PROJECT_SOURCE_DIR}/examples/demo/bank_keys.cpp
+  ${PROJECT_SOURCE_DIR}/examples/demo/bank_pad.cpp)
 target_include_directories(e2e_screens PRIVATE ${PROJECT_SOURCE_DIR}/tests ${PROJECT_BINARY_DIR}/include ${PROJECT_SOURCE_DIR}/src
-  ${PROJECT_SOURCE_DIR}/examples ${PROJECT_BINARY_DIR}/generated)
+  ${PROJECT_SOURCE_DIR}/examples/demo ${PROJECT_BINARY_DIR}/generated)
 target_link_libraries(e2e_screens PRIVATE gwq_temp_dir OpenSSL::Crypto PNG::PNG nlohmann_json::nlohmann_json GTest::gmock
   GTest::gtest_main ${CMAKE_DL_LIBS})
 target_compile_definitions(e2e_screens PRIVATE GWQ_LIBRARY_FILE="$<TARGET_FILE:gwq>")

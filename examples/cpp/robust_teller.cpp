@@ -20,8 +20,8 @@
 #include <string>
 #include <string_view>
 
-#include "bank_keys.h"
-#include "steps.h"
+#include "demo/bank_keys.h"
+#include "demo/steps.h"
 
 namespace {
 
