@@ -13,7 +13,6 @@
 //
 // Exit status 0 when the customer has done it; 1, with the reason on standard error, when not.
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -110,23 +109,12 @@ void Sign(const Visit& visit) {
 
 // ---- PIN
 
-// An enciphered key must not hold a zero byte, which would cut it short.
-example::Key NewWorkingKey(const example::Key& master) {
-  while (true) {
-    const example::Key key = example::NewKey();
-    const example::Key sent = example::Encipher(key, master);
-    bool zero = false;
-    for (const auto byte : sent) zero = zero || byte == 0;
-    if (!zero) return key;
-  }
-}
-
 example::Key LoadKeys() {
   Check("GWQ_ResetKey", GWQ_ResetKey(0, kBaud), "resetting the keys");
   const example::Key master = example::NewKey();
   Check("GWQ_UpdateMKey", GWQ_UpdateMKey(0, kBaud, kMaster, example::Hex(master).c_str(), kFactoryKey),
         "loading the master key");
-  const example::Key working = NewWorkingKey(master);
+  const example::Key working = example::NewWorkingKey(master);
   const std::string sent = example::Hex(example::Encipher(working, master));
   Check("GWQ_DownLoadWKey", GWQ_DownLoadWKey(0, kBaud, kMaster, kWorking, sent.c_str()),
         "loading the working key");
@@ -183,6 +171,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   return example::Run("robust_teller", [&] {
-    Serve({fs::absolute(argv[first]), fs::absolute(argv[first + 1]), std::atoi(argv[first + 2]), tzg, pin});
+    Serve({fs::absolute(argv[first]), fs::absolute(argv[first + 1]),
+           example::Number("SECONDS", argv[first + 2]), tzg, pin});
   });
 }

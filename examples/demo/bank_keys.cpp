@@ -58,14 +58,20 @@ Key NewKey() {
   return key;
 }
 
+Key NewWorkingKey(const Key& master) {
+  Key key = NewKey();
+  while (HasZero(Encipher(key, master))) key = NewKey();
+  return key;
+}
+
 Key Encipher(const Key& key, const Key& master) {
   return TripleDes(key, master, true);
 }
 
-std::string Hex(const Key& key) {
+std::string Hex(std::span<const std::uint8_t> bytes) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
   std::string text;
-  for (const std::uint8_t byte : key) {
+  for (const std::uint8_t byte : bytes) {
     text += kDigits[byte >> 4U];
     text += kDigits[byte & 0x0FU];
   }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace example {
@@ -16,11 +17,15 @@ using Block = std::array<std::uint8_t, 8>;
 // A new random key.
 Key NewKey();
 
+// A new random key whose enciphered form under `master` has no zero byte either: the terminal would
+// end it there.
+Key NewWorkingKey(const Key& master);
+
 // `key` enciphered under `master`, block by block, as it travels to the terminal.
 Key Encipher(const Key& key, const Key& master);
 
 // Upper-case hexadecimal text.
-std::string Hex(const Key& key);
+std::string Hex(std::span<const std::uint8_t> bytes);
 
 // Deciphers a PIN block given as 16 hexadecimal digits.
 std::optional<Block> Decipher(const std::string& block_hex, const Key& key);

@@ -43,16 +43,6 @@ Bytes FromHex(const std::string& text) {
   return bytes;
 }
 
-std::string ToHex(const Bytes& bytes) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += kDigits[byte >> 4U];
-    text += kDigits[byte & 0x0FU];
-  }
-  return text;
-}
-
 PublicKey KeyFrom(const char* type, OSSL_PARAM_BLD* build) {
   const Params params(OSSL_PARAM_BLD_to_param(build));
   const KeyContext context(EVP_PKEY_CTX_new_from_name(nullptr, type, nullptr));
@@ -165,20 +155,20 @@ std::string EncipherForRsa(const Key& key, const std::string& modulus) {
   const PublicKey pad = RsaKey(modulus);
   Bytes out = EncipherUnder(pad.get(), key);
   while (std::find(out.begin(), out.end(), 0) != out.end()) out = EncipherUnder(pad.get(), key);
-  return ToHex(out);
+  return Hex(out);
 }
 
 std::string EncipherForSm2(const Key& key, const std::string& point) {
   const PublicKey pad = Sm2Key(point);
   Bytes record = Sm2Record(EncipherUnder(pad.get(), key));
   while (HasZeroToSend(record)) record = Sm2Record(EncipherUnder(pad.get(), key));
-  return ToHex(record);
+  return Hex(record);
 }
 
 std::string VerifyKey(const Key& key, Algorithm algorithm) {
   constexpr std::size_t kDigits = 6;
   const Bytes zeros(algorithm == Algorithm::kSm4 ? 16 : 8);
-  return ToHex(Crypt(zeros, key, algorithm, true)).substr(0, kDigits);
+  return Hex(Crypt(zeros, key, algorithm, true)).substr(0, kDigits);
 }
 
 std::optional<std::string> PinInPadBlock(std::span<const unsigned char> block, const Key& key,

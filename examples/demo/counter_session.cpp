@@ -4,7 +4,6 @@
 //   counter_session [PORT [ACCOUNT]]     PORT 0 is USB (the default), n is /dev/ttyS(n-1)
 //
 // Exit status 0 when every step went as it should and the PIN came back out of both blocks.
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -51,17 +50,6 @@ void ShowBuildDate(const Counter& session) {
   Say("build date", std::string(date) + (CheckUtf8version() == 1 ? ", takes UTF-8 text" : ", GBK text only"));
 }
 
-// The enciphered key travels like any key: a zero byte in it would cut it short.
-example::Key NewWorkingKey(const example::Key& master) {
-  while (true) {
-    const example::Key key = example::NewKey();
-    const std::string sent = example::Hex(example::Encipher(key, master));
-    bool zero = false;
-    for (std::size_t i = 0; i < sent.size(); i += 2) zero = zero || sent.compare(i, 2, "00") == 0;
-    if (!zero) return key;
-  }
-}
-
 void LoadKeys(Counter& session) {
   Check("GWQ_ResetKey", GWQ_ResetKey(session.port, kBaud), "resetting the keys");
   const example::Key master = example::NewKey();
@@ -70,7 +58,7 @@ void LoadKeys(Counter& session) {
   Check("GWQ_UpdateMKey", GWQ_UpdateMKey(session.port, kBaud, kMaster, new_key.data(), old_key.data()),
         "loading the master key");
   Say("new master key", "accepted in place 3");
-  session.working = NewWorkingKey(master);
+  session.working = example::NewWorkingKey(master);
   std::string sent = example::Hex(example::Encipher(session.working, master));
   Check("GWQ_DownLoadWKey", GWQ_DownLoadWKey(session.port, kBaud, kMaster, kWorking, sent.data()),
         "loading the working key");
@@ -125,6 +113,6 @@ void Session(Counter session) {
 
 int main(int argc, char** argv) {
   return example::Run("counter_session", [&] {
-    Session({argc > 1 ? std::atoi(argv[1]) : 0, argc > 2 ? argv[2] : "6225880123456789"});
+    Session({argc > 1 ? example::Number("PORT", argv[1]) : 0, argc > 2 ? argv[2] : "6225880123456789"});
   });
 }

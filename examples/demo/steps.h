@@ -4,6 +4,7 @@
 
 #include <gwq/gwq.h>
 
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -25,6 +26,15 @@ inline void Check(const char* call, int status, const std::string& step) {
 // Before the customer is asked: whether the file can be written into which something of theirs goes.
 inline void CheckWritable(const std::filesystem::path& file) {
   if (!std::ofstream(file, std::ios::app)) throw std::runtime_error("cannot write " + file.string());
+}
+
+// An argument of the command line that must be a number.
+inline int Number(const std::string& name, const std::string& text) {
+  int number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stopped != end) throw std::runtime_error(name + " is no number: " + text);
+  return number;
 }
 
 inline void Say(const std::string& asked, const std::string& came_back) {
