@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Writes gwq/_generated.py: the version and the status texts, as CMakeLists.txt and the library's headers have them.
+"""Writes gwq/_generated.py: version, statuses and prototypes, as CMakeLists.txt and the library's headers have them.
 
 make_generated.py [--check]   with --check it writes nothing and fails if the file is another one
 """
 import json
 import pathlib
 import re
+import subprocess
 import sys
+import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 SOURCE = HERE.parent / 'src'
@@ -29,6 +31,31 @@ def of_functions(names):
         yield f'    ({number}, ({listed},), {status(names[number], *texts)}),'
 
 
+def interface(version):
+    """What src/make_interface.py reads out of the public headers."""
+    listed = re.search(r'set\(GWQ_PUBLIC_HEADERS\n(.*?)\)', status_texts.source(SOURCE / 'CMakeLists.txt'), re.DOTALL)[1]
+    with tempfile.TemporaryDirectory() as directory:
+        subprocess.run([sys.executable, SOURCE / 'make_interface.py', version, SOURCE, directory, *listed.split()], check=True)
+        return json.loads((pathlib.Path(directory) / 'interface.json').read_text(encoding='utf-8'))
+
+
+def without_name(parameter):
+    return re.sub(r'\s*\b\w+$', '', parameter.strip())
+
+
+def prototypes(exports):
+    for entry in exports:
+        if entry['kind'] == 'function' and entry['linkage'] == 'C':
+            result, parameters = re.fullmatch(rf'(.*?)\b{entry["name"]} ?\((.*)\)', entry['signature']).groups()
+            types = [] if parameters == 'void' else [without_name(p) for p in parameters.split(',')]
+            listed = ', '.join(f'"{text}"' for text in (result.strip(), *types))
+            yield f'    "{entry["name"]}": ({listed},),'
+
+
+def code(number, name):
+    return f'    {name.removeprefix("GWQ_")} = {number}'
+
+
 def generated():
     version = re.search(r'project\(gwq VERSION ([\d.]+)', status_texts.source(HERE.parent / 'CMakeLists.txt'))[1]
     known = status_texts.general(SOURCE)
@@ -37,13 +64,20 @@ def generated():
     unknown = status(*status_texts.initializer(SOURCE, 'GwqStatusText unknown')[1:])
     return '\n'.join([
         '# SPDX-License-Identifier: MIT', '"""Made by make_generated.py from the headers of the library; not to be edited."""', '',
+        'from __future__ import annotations', '',
+        'from enum import IntEnum',
         'from typing import NamedTuple', '', '',
         'class Status(NamedTuple):',
         '    name: str', '    cause: str', '    cause_zh: str', '    remedy: str', '    remedy_zh: str', '', '',
+        'class StatusCode(IntEnum):',
+        '    """What the library returns, without its prefix GWQ_."""', '',
+        *(code(number, name) for number, name in names.items()), '', '',
         f'VERSION = "{version}"', '',
         'STATUSES = {', *(f'    {number}: {status(*texts)},' for number, *texts in known), '}', '',
         'OF_FUNCTIONS = [', *of_functions(names), ']', '',
-        f'VALUE = {value}', f'UNKNOWN = {unknown}', ''])
+        f'VALUE = {value}', f'UNKNOWN = {unknown}', '',
+        '# Of each function of the library the types of its result and its arguments, as C has them.',
+        'PROTOTYPES: dict[str, tuple[str, ...]] = {', *prototypes(interface(version)['exports']), '}', ''])
 
 
 def main(check):

@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Made by make_generated.py from the headers of the library; not to be edited."""
 
+from __future__ import annotations
+
+from enum import IntEnum
 from typing import NamedTuple
 
 
@@ -10,6 +13,34 @@ class Status(NamedTuple):
     cause_zh: str
     remedy: str
     remedy_zh: str
+
+
+class StatusCode(IntEnum):
+    """What the library returns, without its prefix GWQ_."""
+
+    OK = 0
+    BAD_ARGUMENT = -1
+    NO_ANSWER = -2
+    NOT_OPENED = -3
+    LINK_TIMEOUT = -4
+    LINK_WRITE = -5
+    LINK_READ = -6
+    LINK_NO_DEVICE = -7
+    BAD_FRAME = -8
+    EVALUATION_READ = -9
+    SEND_FAILED = -10
+    READ_FAILED = -11
+    NO_LOCAL_FILE = -12
+    REFUSED = -14
+    NO_FILE = -15
+    PIN_REFUSAL_1 = -18
+    BAD_ACCOUNT = -21
+    PIN_REFUSAL_3 = -22
+    CANCELLED = -23
+    TOO_SMALL = -24
+    LINK_CANCELLED = -27
+    NO_VERSION_ANSWER = -401
+    NO_ENCRYPTION_KEY = -406
 
 
 VERSION = "1.0.0.36"
@@ -87,3 +118,207 @@ OF_FUNCTIONS = [
 
 VALUE = Status("GWQ_VALUE", "Not a failure: a count, a choice, or the PIN pad's own status word.", "不是错误：为计数、选择结果或密码键盘自身的状态字。", "See the function's declaration.", "请参阅函数声明。")
 UNKNOWN = Status("GWQ_UNKNOWN", "A status that this header does not know.", "本头文件未定义的状态码。", "See the function's declaration; header and library may be of different versions.", "请参阅函数声明；头文件与库的版本可能不一致。")
+
+# Of each function of the library the types of its result and its arguments, as C has them.
+PROTOTYPES: dict[str, tuple[str, ...]] = {
+    "ANSIToUTF8": ("int", "const char*", "int", "char*",),
+    "AsciiToHex": ("int", "const char*", "int", "unsigned char*",),
+    "BCDToHex": ("int", "const char*", "int", "char*", "int",),
+    "CancelRead": ("int",),
+    "CancelWrite": ("void",),
+    "CheckAndGetResponse": ("int", "const unsigned char*", "int",),
+    "CheckAndGetResponseForTY": ("int", "unsigned char", "unsigned char", "const unsigned char*", "int", "unsigned char*", "int*",),
+    "CheckDeviceId": ("int", "const char*",),
+    "CheckUtf8version": ("int",),
+    "ClearInvisibleCharInStr": ("void", "char*",),
+    "ClearReceiveBuffer": ("void",),
+    "DEV_CommCall": ("int", "const char*", "int", "char*", "int*",),
+    "DecryptBase64": ("int", "const char*", "int", "unsigned char*", "int",),
+    "DelAllVideoFile": ("int", "int", "char", "int", "int",),
+    "DelOutTimeLogFile": ("void",),
+    "DelVideoFile": ("int", "int", "char", "int", "int", "const char*",),
+    "DeleteMediaFile": ("int", "int", "char", "int", "int", "const char*",),
+    "DownFile": ("int", "int", "int", "int", "const unsigned char*", "int", "const char*",),
+    "DownVideoFile": ("int", "int", "char", "int", "int", "const char*",),
+    "DownVideoInfo": ("int", "int", "char", "int", "int", "const char*", "const char*",),
+    "EncryptBase64": ("int", "const unsigned char*", "int", "char*", "int",),
+    "EndOfCondition4": ("int", "unsigned char*", "int",),
+    "EndOfConditionD": ("int", "unsigned char*", "int",),
+    "EndOfRead": ("int", "unsigned char*", "int",),
+    "EndOfRead2": ("int", "unsigned char*", "int",),
+    "EndOfRead3": ("int", "unsigned char*", "int",),
+    "Endian_intToChar": ("unsigned char*", "int", "unsigned char*",),
+    "GWQ_ActiveWKey": ("int", "int", "int", "int", "int",),
+    "GWQ_DownLoadWKey": ("int", "int", "int", "int", "int", "const char*",),
+    "GWQ_GetVerBuildDate": ("int", "int", "char", "int", "char*",),
+    "GWQ_ReadPin": ("int", "int", "int", "int", "int", "char*", "int",),
+    "GWQ_ReadPinAnsi": ("int", "int", "int", "int", "int", "int", "const char*", "char*",),
+    "GWQ_ReadPinDES": ("int", "int", "int", "int", "int", "int", "char*",),
+    "GWQ_ResetKey": ("int", "int", "int",),
+    "GWQ_SetOutputRoom": ("int", "int",),
+    "GWQ_SetPinLen": ("int", "int", "int", "int",),
+    "GWQ_StartEvaluator": ("int", "int", "int", "const char*", "const char*", "int", "const char*", "int", "unsigned int*",),
+    "GWQ_StartInfo": ("int", "int", "int", "int", "const char*", "unsigned int*",),
+    "GWQ_StartKeyboard": ("int", "int", "int", "int", "int", "char*",),
+    "GWQ_StartSign": ("int", "int", "int", "int", "const char*", "const char*", "const char*",),
+    "GWQ_UpdateMKey": ("int", "int", "int", "int", "const char*", "const char*",),
+    "GbkToUnicode": ("int", "const unsigned char*", "unsigned short*", "int",),
+    "GetAbsDays": ("int", "int", "int", "int",),
+    "GetAsciStr": ("int", "const char*", "int", "unsigned char*", "int",),
+    "GetAsciString": ("int", "const char*", "int", "unsigned char*", "int",),
+    "GetBase46FromFile": ("int", "const char*", "char*", "int*",),
+    "GetDataLRC": ("int", "const unsigned char*", "int",),
+    "GetDownParam3": ("int", "int", "int", "const unsigned char*", "int", "unsigned char*",),
+    "GetFileExtenName": ("void", "const char*", "char*",),
+    "GetFileExtendName": ("void", "const char*", "char*",),
+    "GetFileName": ("void", "const char*", "char*",),
+    "GetFileNameEx": ("void", "const char*", "char*",),
+    "GetFullPath": ("int", "const char*", "char*", "int",),
+    "GetHexStr": ("int", "const unsigned char*", "int", "char*", "int",),
+    "GetHexString": ("int", "const unsigned char*", "int", "char*", "int",),
+    "GetIndexFromBase64Table": ("int", "char",),
+    "GetModuleCurPath": ("void", "char*",),
+    "GetPacketBody": ("int", "unsigned char", "unsigned char", "const unsigned char*", "int", "unsigned char*",),
+    "GetPinblockShowString": ("int", "int", "const char*", "int", "unsigned char*", "int*", "int", "const char*",),
+    "GetProfileString": ("int", "const char*", "const char*", "const char*", "char*",),
+    "GetTempPath": ("void", "int", "char*",),
+    "GetVideoList": ("int", "int", "char", "int", "int", "char*", "int",),
+    "GetXorValue": ("unsigned char", "unsigned char", "const unsigned char*", "int",),
+    "HIDDownLoad": ("int", "const char*", "int",),
+    "HexAsc1Merge": ("int", "const char*", "int", "unsigned char*", "int",),
+    "HexAsc1Split": ("int", "const unsigned char*", "int", "char*", "int",),
+    "HexStrToAscii": ("int", "const char*", "int", "unsigned char*", "int",),
+    "HexToAscii": ("int", "const unsigned char*", "int", "char*",),
+    "HexToBCD": ("int", "const char*", "int", "char*", "int",),
+    "ICC_CancelLinuxAuxRead": ("int",),
+    "ICC_CancelLinuxComRead": ("int",),
+    "ICC_CancelLinuxHidRead": ("int",),
+    "ICC_CancelLinuxSdtRead": ("int",),
+    "ICC_CancelReadLinuxTransPort": ("int",),
+    "ICC_CancelReadTransPort": ("int",),
+    "ICC_ChangeLinuxTermParam": ("int", "TransMssionLinux_t*",),
+    "ICC_ChangeTermParam": ("int", "TransMssionLinux_t*",),
+    "ICC_CloseLinux": ("int",),
+    "ICC_CloseLinuxAux": ("int", "int",),
+    "ICC_CloseLinuxCom": ("int",),
+    "ICC_CloseLinuxHid": ("int",),
+    "ICC_CloseLinuxSdt": ("int",),
+    "ICC_CloseLinuxTransPort": ("int",),
+    "ICC_CloseTransPort": ("int",),
+    "ICC_DPrintDataHexToFile": ("void", "const char*", "const unsigned char*", "int",),
+    "ICC_DPrintLogToFile": ("int", "const char*", "...",),
+    "ICC_INIT_LIBUSB": ("int",),
+    "ICC_OpenLinux": ("int", "const char*", "int",),
+    "ICC_OpenLinuxAux": ("int", "int", "int", "int", "int",),
+    "ICC_OpenLinuxCom": ("int", "const char*", "int",),
+    "ICC_OpenLinuxHid": ("int", "int", "int",),
+    "ICC_OpenLinuxSdt": ("int", "int", "int",),
+    "ICC_OpenLinuxTransPort": ("int", "TransMssionLinux_t*",),
+    "ICC_OpenTransPort": ("int", "TransMssionLinux_t*",),
+    "ICC_ReadDataFromLinuxTransPort": ("int", "unsigned char*", "int",),
+    "ICC_ReadDataFromTransPort": ("int", "unsigned char*", "int",),
+    "ICC_ReadLinux": ("int", "unsigned char*", "int", "int", "GwqEndOfRead",),
+    "ICC_ReadLinuxAux": ("int", "unsigned char*", "int", "int", "GwqEndOfRead",),
+    "ICC_ReadLinuxCom": ("int", "unsigned char*", "int", "int", "GwqEndOfRead",),
+    "ICC_ReadLinuxHid": ("int", "unsigned char*", "int", "int", "GwqEndOfRead",),
+    "ICC_ReadLinuxSdt": ("int", "unsigned char*", "int", "int", "GwqEndOfRead",),
+    "ICC_UINIT_LIBUSB": ("int",),
+    "ICC_WriteDataToLinuxTransPort": ("int", "unsigned char*", "int",),
+    "ICC_WriteDataToTransPort": ("int", "unsigned char*", "int",),
+    "ICC_WriteLinux": ("int", "unsigned char*", "int",),
+    "ICC_WriteLinuxAux": ("int", "unsigned char*", "int",),
+    "ICC_WriteLinuxCom": ("int", "unsigned char*", "int",),
+    "ICC_WriteLinuxHid": ("int", "unsigned char*", "int",),
+    "ICC_WriteLinuxSdt": ("int", "unsigned char*", "int",),
+    "MP_CancelCurrentOperation": ("int", "void*", "void*", "int", "int",),
+    "MP_CancleEvaluate": ("int", "void*", "void*", "int",),
+    "MP_CheckOut_All": ("int", "void*", "void*", "int", "int", "const char*", "const char*", "char*",),
+    "MP_ConfirmPDF": ("int", "void*", "void*", "int", "int", "const char*", "int*",),
+    "MP_DelHeadFile": ("int", "const char*", "const char*", "int", "const char*",),
+    "MP_DownHeadFile": ("int", "const char*", "const char*", "int", "const char*", "const char*",),
+    "MP_DownloadFile": ("int", "const char*", "const char*", "int", "const char*", "int", "char*", "int",),
+    "MP_FindHeadPhoto": ("int", "const char*", "const char*", "int", "char*", "int*",),
+    "MP_GetFileList": ("int", "const char*", "const char*", "int", "const char*", "int", "char*",),
+    "MP_GetFirmwareVersion": ("int", "void*", "void*", "int", "int", "char*", "char*",),
+    "MP_SetBarcodePic": ("int", "const char*", "const char*", "int", "const char*",),
+    "MP_SetEvaluateInfo": ("int", "void*", "void*", "int", "const char*", "const char*", "int", "const char*",),
+    "MP_ShowPDF": ("int", "void*", "void*", "int", "int", "const char*",),
+    "MP_SignPDF": ("int", "void*", "const char*", "int", "int", "const char*", "const char*", "const char*", "char*",),
+    "MP_SignPDF_Voice": ("int", "void*", "const char*", "int", "int", "const char*", "const char*", "const char*", "const char*", "char*",),
+    "MP_Sign_With_TZG": ("int", "void*", "const char*", "int", "int", "const char*", "const char*", "const char*", "const char*", "int", "int", "char*",),
+    "MP_StartElectronicCard": ("int", "void*", "void*", "int", "int", "const char*", "const char*", "int", "const char*",),
+    "MP_StartEvaluate": ("int", "void*", "void*", "int", "int", "char*",),
+    "MP_StartInfoHtml": ("int", "void*", "void*", "int", "int", "int", "const char*", "int*", "int",),
+    "MP_StartInfoHtmlEx": ("int", "void*", "void*", "int", "int", "const char*", "const char*", "char*",),
+    "MP_StartInfoHtmlScreenshot": ("int", "void*", "const char*", "int", "int", "int", "const char*", "const char*", "int*",),
+    "Merge": ("int", "const char*", "int", "unsigned char*", "int",),
+    "PN_CreateAndGetPinPadFactor": ("int", "int", "const char*", "int", "int", "char*",),
+    "PN_DownloadPinPadWK": ("int", "int", "const char*", "int", "const char*", "const char*", "const char*", "const char*",),
+    "PN_GetEnType": ("int", "int", "const char*", "int", "int*",),
+    "PN_GetInNo": ("int", "int", "const char*", "int", "int", "int", "int", "const char*", "char*",),
+    "PN_GetPin": ("int", "int", "const char*", "int", "int", "int*", "char*",),
+    "PN_GetPinBlock": ("int", "int", "const char*", "int", "int", "int", "int", "int", "const char*", "char*", "void*", "int*",),
+    "PN_GetPinBlockShowString": ("int", "int", "const char*", "int", "int", "int", "int", "int", "const char*", "char*", "void*", "int*", "const char*",),
+    "PN_GetPinLen": ("int", "int", "const char*", "int", "int*",),
+    "PN_GetPinPadFactor": ("int", "int", "const char*", "int", "char*",),
+    "PN_GetStringBlock": ("int", "int", "const char*", "int", "int", "int", "const char*", "char*", "int*", "char*",),
+    "PN_ObtainDigest": ("int", "int", "const char*", "int", "int", "const char*", "char*",),
+    "PN_ObtainFactor": ("int", "int", "const char*", "int", "const char*", "char*",),
+    "PN_ObtainPublicKey": ("int", "int", "const char*", "int", "int", "int", "char*",),
+    "PN_ReadDeviceId": ("int", "int", "const char*", "int", "char*",),
+    "PN_SetAccount": ("int", "int", "const char*", "int", "const unsigned char*", "int",),
+    "PN_SetEnType": ("int", "int", "const char*", "int", "int",),
+    "PN_SetEndRule": ("int", "int", "const char*", "int", "int",),
+    "PN_SetFillType": ("int", "int", "const char*", "int", "const char*",),
+    "PN_SetPinLen": ("int", "int", "const char*", "int", "int",),
+    "PN_SetPinMoe": ("int", "int", "const char*", "int", "int",),
+    "PN_SetPinPadParameter": ("int", "int", "const char*", "int", "int", "int", "int", "const char*",),
+    "PN_SetSoundType": ("int", "int", "const char*", "int", "int",),
+    "PN_WriteDeviceId": ("int", "int", "const char*", "int", "const char*",),
+    "PSBC_MergeData": ("void", "const unsigned char*", "int", "unsigned char*",),
+    "PSBC_SplitData": ("void", "const unsigned char*", "int", "unsigned char*",),
+    "PackData": ("int", "const unsigned char*", "int", "unsigned char*",),
+    "PullFile": ("int", "int", "char", "int", "int", "int", "char*", "char*",),
+    "ReadFileData": ("int", "unsigned char*", "const char*", "const char*",),
+    "ResetAux": ("int", "int",),
+    "RestoreComAttr": ("int", "int",),
+    "SendDataToTransPort": ("int", "unsigned char*", "int",),
+    "SetAuxFd": ("void", "int",),
+    "SetBackUpParam": ("void", "TransMssionLinux_t*",),
+    "SetComAttr": ("int", "int", "int",),
+    "SetComFd": ("void", "int",),
+    "SetDebugFlag": ("void", "unsigned int",),
+    "SetTerm": ("int", "int", "int",),
+    "SplitChar": ("int", "const unsigned char*", "int", "char*", "int",),
+    "SplitData": ("char*", "const char*", "char*", "const char*",),
+    "TransProc": ("int", "int", "int", "char*", "int", "char*", "int*", "int",),
+    "TransProcByEnd": ("int", "int", "int", "char*", "int", "char*", "int*", "GwqEndOfRead", "int",),
+    "TransProcForEva": ("int", "int", "int", "char*", "int", "char*", "int*", "int",),
+    "TransProcForInfo": ("int", "int", "int", "char*", "int", "char*", "int*", "int",),
+    "TransProcHW": ("int", "int", "char*", "int", "char*",),
+    "TransProcOnlyRead": ("int", "int", "int", "char*", "int*", "int",),
+    "TransProcOnlySend": ("int", "int", "int", "char*", "int", "int",),
+    "TransProcOnlyWrite": ("int", "int", "int", "char*", "int", "char*", "int*", "int",),
+    "UnPackData": ("int", "const unsigned char*", "int", "unsigned char*", "int*",),
+    "UnicodeToGbk": ("int", "const unsigned short*", "unsigned char*", "int",),
+    "VK_CloseAuxPort": ("int", "int",),
+    "VK_OpenAuxPort": ("int", "int", "int", "int", "int",),
+    "VK_SendDataToTransPort": ("int", "unsigned char*", "int",),
+    "WriteBase64ToFile": ("int", "const char*", "const char*", "int",),
+    "WriteData": ("int", "int", "unsigned char*",),
+    "WriteFileData": ("int", "const char*", "const unsigned char*", "int",),
+    "Z11DownLoadFile": ("int", "int", "char", "int", "int", "const char*", "const char*",),
+    "Z11DownLoadHead": ("int", "int", "char", "int", "int", "const char*", "const char*",),
+    "a_trim": ("char*", "char*", "const char*",),
+    "code_convert": ("int", "const char*", "const char*", "const char*", "int", "char*", "int",),
+    "g2u": ("int", "const char*", "int", "char*", "int",),
+    "getLRC": ("unsigned char", "const unsigned char*", "int",),
+    "get_file_size": ("int", "const char*",),
+    "l_trim": ("char*", "char*", "const char*",),
+    "pGetLogPath": ("char*",),
+    "pushFileToZ11": ("int", "const char*", "char*",),
+    "r_trim": ("char*", "char*", "const char*",),
+    "test_deinit": ("int",),
+    "test_init": ("int",),
+    "u2g": ("int", "const char*", "int", "char*", "int",),
+}

@@ -1,59 +1,53 @@
 # SPDX-License-Identifier: MIT
-"""The library itself: the functions that the module uses, with their types."""
+"""The library itself: its functions, with their types."""
 
 from __future__ import annotations
 
 import ctypes
 import os
-from ctypes import POINTER, c_char, c_char_p, c_int, c_uint, c_void_p
+from ctypes import POINTER
+from typing import Any
 
-# A text that is read, and a buffer that is written.
-_text = c_char_p
-_room = POINTER(c_char)
-_number = POINTER(c_int)
+from ._generated import PROTOTYPES
 
-_Types = list[type[object]]
-_LINE: _Types = [c_int, c_int]  # port, baud
-_PIN_PAD: _Types = [c_int, _text, c_int]  # port, reserved, baud
-_SCREEN: _Types = [c_void_p, c_void_p, c_int]  # ignored, ignored, baud
-_MEDIA: _Types = [_text, _text, c_int]  # ignored, ignored, baud
-_ENTRY: _Types = [*_PIN_PAD, c_int, c_int, c_int, c_int, _text, _room, c_void_p, _number]
 
-# Every one returns an int.
-FUNCTIONS: dict[str, _Types] = {
-    "DEV_CommCall": [_text, c_int, _room, _number],
-    "GWQ_GetVerBuildDate": [c_int, c_char, c_int, _room],
-    "GWQ_StartEvaluator": [*_LINE, _text, _text, c_int, _text, c_int, POINTER(c_uint)],
-    "GWQ_StartInfo": [*_LINE, c_int, _text, POINTER(c_uint)],
-    "GWQ_StartKeyboard": [*_LINE, c_int, c_int, _room],
-    "GetVideoList": [c_int, c_char, c_int, c_int, _room, c_int],
-    "MP_CancelCurrentOperation": [*_SCREEN, c_int],
-    "MP_CancleEvaluate": _SCREEN,
-    "MP_CheckOut_All": [*_SCREEN, c_int, _text, _text, _room],
-    "MP_ConfirmPDF": [*_SCREEN, c_int, _text, _number],
-    "MP_DelHeadFile": [*_MEDIA, _text],
-    "MP_DownHeadFile": [*_MEDIA, _text, _text],
-    "MP_DownloadFile": [*_MEDIA, _text, c_int, _room, c_int],
-    "MP_GetFirmwareVersion": [*_SCREEN, c_int, _room, _room],
-    "MP_SetBarcodePic": [*_MEDIA, _text],
-    "MP_SetEvaluateInfo": [*_SCREEN, _text, _text, c_int, _text],
-    "MP_ShowPDF": [*_SCREEN, c_int, _text],
-    "MP_SignPDF": [c_void_p, _text, c_int, c_int, _text, _text, _text, _room],
-    "MP_SignPDF_Voice": [c_void_p, _text, c_int, c_int, _text, _text, _text, _text, _room],
-    "MP_StartElectronicCard": [*_SCREEN, c_int, _text, _text, c_int, _text],
-    "MP_StartEvaluate": [*_SCREEN, c_int, _room],
-    "MP_StartInfoHtml": [*_SCREEN, c_int, c_int, _text, _number, c_int],
-    "MP_StartInfoHtmlScreenshot": [c_void_p, _text, c_int, c_int, c_int, _text, _text, _number],
-    "PN_DownloadPinPadWK": [*_PIN_PAD, _text, _text, _text, _text],
-    "PN_GetInNo": [*_PIN_PAD, c_int, c_int, c_int, _text, _room],
-    "PN_GetPinBlock": _ENTRY,
-    "PN_GetPinBlockShowString": [*_ENTRY, _text],
-    "PN_ObtainFactor": [*_PIN_PAD, _text, _room],
-    "PN_ObtainPublicKey": [*_PIN_PAD, c_int, c_int, _room],
-    "PN_ReadDeviceId": [*_PIN_PAD, _room],
-    "PN_SetPinPadParameter": [*_PIN_PAD, c_int, c_int, c_int, _text],
-    "PullFile": [c_int, c_char, c_int, c_int, c_int, _room, _room],
-    "pushFileToZ11": [_text, _room],
+class Buffer:
+    """The type of what a function reads or writes by a pointer to characters: None, something of ctypes, or bytes, of
+    which it gets a copy."""
+
+    @classmethod
+    def from_param(cls, value: object) -> Any:
+        if isinstance(value, bytes):
+            return ctypes.create_string_buffer(value)
+        if isinstance(value, (str, int)):
+            raise TypeError(f"a buffer or bytes instead of {type(value).__name__} expected")
+        return ctypes.c_void_p.from_param(value)
+
+
+_TYPES: dict[str, Any] = {
+    "void": None,
+    "int": ctypes.c_int,
+    "unsigned int": ctypes.c_uint,
+    "char": ctypes.c_char,
+    "unsigned char": ctypes.c_ubyte,
+    "void*": ctypes.c_void_p,
+    "const char*": ctypes.c_char_p,
+    "char*": Buffer,
+    "unsigned char*": Buffer,
+    "const unsigned char*": Buffer,
+    "int*": POINTER(ctypes.c_int),
+    "unsigned int*": POINTER(ctypes.c_uint),
+    "unsigned short*": POINTER(ctypes.c_ushort),
+    "const unsigned short*": POINTER(ctypes.c_ushort),
+    "GwqEndOfRead": ctypes.c_void_p,
+    "TransMssionLinux_t*": ctypes.c_void_p,
+}
+_RESULTS: dict[str, Any] = {**_TYPES, "char*": ctypes.c_char_p, "unsigned char*": ctypes.c_void_p}
+
+# The types of the arguments; a function of C's "..." takes more.
+FUNCTIONS: dict[str, list[Any]] = {
+    name: [_TYPES[parameter] for parameter in parameters if parameter != "..."]
+    for name, (_, *parameters) in PROTOTYPES.items()
 }
 
 
@@ -69,10 +63,11 @@ def _opened() -> ctypes.CDLL:
 
 
 def load() -> ctypes.CDLL:
-    """The library, with the types of the functions above set."""
+    """The library, with the types of its functions set. An older one may lack some of them."""
     library = _opened()
     for name, arguments in FUNCTIONS.items():
-        function = getattr(library, name)
-        function.argtypes = arguments
-        function.restype = c_int
+        function = getattr(library, name, None)
+        if function is not None:
+            function.argtypes = arguments
+            function.restype = _RESULTS[PROTOTYPES[name][0]]
     return library

@@ -10,32 +10,77 @@ from ctypes import POINTER
 from gwq import native
 
 with open(sys.argv.pop(1), encoding='utf-8') as file:
-    INTERFACE = {e['name']: e['signature'] for e in json.load(file)['exports'] if e['linkage'] == 'C'}
-TYPES = {
-    'int': ctypes.c_int, 'char': ctypes.c_char, 'void*': ctypes.c_void_p, 'const char*': ctypes.c_char_p,
-    'char*': POINTER(ctypes.c_char), 'int*': POINTER(ctypes.c_int), 'unsigned int*': POINTER(ctypes.c_uint),
-}
+    INTERFACE = {e['name']: e['signature'] for e in json.load(file)['exports'] if e['linkage'] == 'C' and e['kind'] == 'function'}
+VALUES = {'int': ctypes.c_int, 'unsigned int': ctypes.c_uint, 'char': ctypes.c_char, 'unsigned char': ctypes.c_ubyte}
+POINTERS = {'int': POINTER(ctypes.c_int), 'unsigned int': POINTER(ctypes.c_uint), 'unsigned short': POINTER(ctypes.c_ushort),
+            'char': native.Buffer, 'unsigned char': native.Buffer, 'void': ctypes.c_void_p, 'TransMssionLinux_t': ctypes.c_void_p}
+
+
+def type_of(text):
+    """That of a parameter without its name."""
+    if text == 'const char*':
+        return ctypes.c_char_p
+    if text == 'GwqEndOfRead':  # a function
+        return ctypes.c_void_p
+    return POINTERS[text.removeprefix('const ').removesuffix('*')] if text.endswith('*') else VALUES[text]
 
 
 def types_of(signature):
     parameters = re.search(r'\((.*)\)', signature)[1]
     names = [] if parameters == 'void' else [re.sub(r'\s*\b\w+$', '', p.strip()) for p in parameters.split(',')]
-    return [TYPES[name] for name in names]
+    return [type_of(name) for name in names if name != '...']
 
 
 class Prototypes(unittest.TestCase):
     def test_are_those_of_the_headers(self):
-        self.assertGreater(len(native.FUNCTIONS), 30)
+        self.assertGreaterEqual(len(INTERFACE), 200)
+        self.assertEqual(native.FUNCTIONS.keys(), INTERFACE.keys())
         for name, arguments in native.FUNCTIONS.items():
             with self.subTest(name):
                 self.assertEqual(arguments, types_of(INTERFACE[name]))
-                self.assertTrue(INTERFACE[name].startswith('int '), INTERFACE[name])
 
     def test_are_set_on_the_library(self):
         library = native.load()
         for name, arguments in native.FUNCTIONS.items():
-            self.assertEqual(getattr(library, name).argtypes, arguments)
-            self.assertIs(getattr(library, name).restype, ctypes.c_int)
+            function = getattr(library, name)
+            self.assertEqual(function.argtypes, arguments)
+            if INTERFACE[name].startswith('int '):
+                self.assertIs(function.restype, ctypes.c_int)
+            if INTERFACE[name].startswith('void '):
+                self.assertIsNone(function.restype)
+
+
+class Buffers(unittest.TestCase):
+    def setUp(self):
+        self.library = native.load()
+
+    def test_are_written(self):
+        text = ctypes.create_string_buffer(8)
+        self.assertEqual((self.library.HexToAscii(b'\x12\xab', 2, text), text.value), (4, b'12AB'))
+        characters = (ctypes.c_ubyte * 2)()
+        self.assertEqual((self.library.AsciiToHex(b'12ab', 4, characters), bytes(characters)), (2, b'\x12\xab'))
+
+    def test_bytes_are_handed_over_as_a_copy(self):
+        text = b'a b'
+        self.library.ClearInvisibleCharInStr(text)
+        self.assertEqual(text, b'a b')
+        buffer = ctypes.create_string_buffer(text)
+        self.library.ClearInvisibleCharInStr(buffer)
+        self.assertEqual(buffer.value, b'ab')
+
+    def test_are_no_texts_and_no_numbers(self):
+        for wrong in ('text', 5):
+            with self.assertRaises(ctypes.ArgumentError):
+                self.library.ClearInvisibleCharInStr(wrong)
+
+    def test_an_older_library_may_lack_a_function(self):
+        class Older:
+            CancelRead = self.library.CancelRead
+
+        opened = native._opened
+        native._opened = Older
+        self.addCleanup(setattr, native, '_opened', opened)
+        self.assertFalse(hasattr(native.load(), 'HexToAscii'))
 
 
 if __name__ == '__main__':
