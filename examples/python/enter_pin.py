@@ -6,17 +6,17 @@ KEY is the working key as the bank prepared it for this pad, in hexadecimal; VER
 """
 import sys
 
-from gwq import GwqError, Terminal
+from gwq import Algorithm, GwqError, Terminal
 
-TRIPLE_DES = 0
 DIGITS = 6
 
 
 def main(key: str, verify: str, account: str) -> None:
     terminal = Terminal()
-    terminal.set_pin_entry(TRIPLE_DES, DIGITS)
+    terminal.set_pin_entry(Algorithm.TRIPLE_DES, DIGITS)
     terminal.load_working_key(bytes.fromhex(key), terminal.new_factor(), verify)
-    block = terminal.pin_block(account, algorithm=TRIPLE_DES, digits=DIGITS, prompt="Please key your PIN")
+    block = terminal.pin_block(account, algorithm=Algorithm.TRIPLE_DES, digits=DIGITS,
+                               prompt="Please key your PIN")
     print(f"PIN block: {block.hex().upper()}")
 
 

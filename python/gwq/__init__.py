@@ -12,16 +12,19 @@
 Calls that wait for the customer block, without holding the interpreter's lock; another thread ends them with
 Terminal.cancel(). Otherwise one thread at a time calls. What a customer answers comes back as Answer or Rating; a
 customer who cancels what they should key, sign or pay raises Cancelled, and one whose time runs out TimedOut. Any other
-call that fails raises GwqError, whose `status` is the library's.
+call that fails raises GwqError, whose `status` is the library's, by name in StatusCode; NoAnswer is the GwqError of a
+terminal that refused or did not answer.
 
 The library is found as the loader finds it; the environment variable GWQ_LIBRARY names another file. What Terminal
 lacks can be called on gwq.native.load(), which is the library itself.
 """
 
 from ._generated import VERSION as __version__
-from .errors import Cancelled, GwqError, OldSignature, TimedOut
+from ._generated import StatusCode
+from .errors import Cancelled, GwqError, NoAnswer, OldSignature, TimedOut
 from .results import Answer, Name, Rating, Signature
+from .settings import Algorithm, Display, EndRule, PublicKeyType
 from .terminal import Teller, Terminal
 
-__all__ = ["Answer", "Cancelled", "GwqError", "Name", "OldSignature", "Rating", "Signature", "Teller", "Terminal",
-           "TimedOut", "__version__"]
+__all__ = ["Algorithm", "Answer", "Cancelled", "Display", "EndRule", "GwqError", "Name", "NoAnswer", "OldSignature",
+           "PublicKeyType", "Rating", "Signature", "StatusCode", "Teller", "Terminal", "TimedOut", "__version__"]

@@ -3,12 +3,11 @@
 
 from __future__ import annotations
 
-from ._generated import OF_FUNCTIONS, STATUSES, UNKNOWN, VALUE, Status
+from ._generated import OF_FUNCTIONS, STATUSES, UNKNOWN, VALUE, Status, StatusCode
 
-_NO_ANSWER, _READ_FAILED, _REFUSED, _PIN_REFUSAL_1, _CANCELLED = -2, -11, -14, -18, -23
 _OF_FUNCTION = {(function, status): text for status, functions, text in OF_FUNCTIONS for function in functions}
 _PIN_ENTRIES = ("PN_GetPinBlock", "PN_GetPinBlockShowString")
-_TELL_THE_TIME_OUT = (*_PIN_ENTRIES, "MP_CheckOut_All", "MP_ConfirmPDF", "MP_SignPDF", "MP_SignPDF_Voice")
+_WAIT_FOR_THE_CUSTOMER = (*_PIN_ENTRIES, "MP_CheckOut_All", "MP_ConfirmPDF", "MP_SignPDF", "MP_SignPDF_Voice")
 
 
 def status_text(status: int, call: str = "") -> Status:
@@ -21,15 +20,15 @@ class GwqError(Exception):
     """A call failed.
 
     call     the library's function
-    status   what it returned; a positive one is the PIN pad's own status word
+    status   what it returned, as in StatusCode; a positive one is the PIN pad's own status word
     text     its name, and cause and remedy for this function (`cause_zh` and `remedy_zh` in Chinese)
     """
 
     def __init__(self, call: str, status: int) -> None:
         self.call = call
-        self.status = status
+        self.status = int(status)
         self.text = status_text(status, call)
-        super().__init__(f"{call}: {self._cause()} ({self.text.name}, status {status})")
+        super().__init__(f"{call}: {self._cause()} ({self.text.name}, status {self.status})")
 
     def _cause(self) -> str:
         return self.text.cause
@@ -41,6 +40,19 @@ class GwqError(Exception):
 class TimedOut(GwqError):
     """The customer's time ran out. `status` is -2, or -11 where the terminal leaves it to the library to notice."""
 
+    def _cause(self) -> str:
+        return "The customer's time ran out."
+
+
+class NoAnswer(GwqError):
+    """The terminal refused, or answered nothing, or could not store a file. `status` is -2. Not the customer's doing:
+    where the library has the same status for a customer whose time ran out, that time was not over."""
+
+    def _cause(self) -> str:
+        if (self.call, self.status) in _TIME_OUTS:
+            return "The terminal refused or failed before the customer's time was over."
+        return super()._cause()
+
 
 class Cancelled(GwqError):
     """The customer pressed Cancel, or Terminal.cancel() ended the call. `status` is -23, or -18 from the PIN pad."""
@@ -49,38 +61,37 @@ class Cancelled(GwqError):
 class OldSignature(GwqError):
     """Nobody signed: the terminal kept silent and gave back the signature that it had given before."""
 
-    def __init__(self, call: str, status: int = _REFUSED) -> None:
+    def __init__(self, call: str, status: int = StatusCode.REFUSED) -> None:
         super().__init__(call, status)
 
     def _cause(self) -> str:
         return "The terminal kept silent and gave back the signature that it had given before."
 
 
-def _kinds() -> dict[tuple[str, int], type[GwqError]]:
-    kinds: dict[tuple[str, int], type[GwqError]] = {("GWQ_StartKeyboard", _READ_FAILED): TimedOut}
-    for call in _TELL_THE_TIME_OUT:
-        kinds[call, _NO_ANSWER] = TimedOut
-    for call in _PIN_ENTRIES:
-        kinds[call, _READ_FAILED] = TimedOut
-        kinds[call, _PIN_REFUSAL_1] = Cancelled
-    return kinds
-
-
-_KINDS = _kinds()
+# What the library returns both when the customer's time runs out and when the exchange fails earlier.
+_TIME_OUTS = {("GWQ_StartKeyboard", StatusCode.READ_FAILED),
+              *((call, StatusCode.READ_FAILED) for call in _PIN_ENTRIES),
+              *((call, StatusCode.NO_ANSWER) for call in _WAIT_FOR_THE_CUSTOMER)}
 
 
 def timed_out(call: str) -> TimedOut:
     """For an answer, not a status, by which the terminal says that the customer's time ran out."""
-    return TimedOut(call, _NO_ANSWER)
+    return TimedOut(call, StatusCode.NO_ANSWER)
 
 
 def cancelled(call: str) -> Cancelled:
-    return Cancelled(call, _CANCELLED)
+    return Cancelled(call, StatusCode.CANCELLED)
 
 
-def check(call: str, status: int) -> None:
-    """Raises what a status stands for, unless it is success."""
-    if status == _CANCELLED:
-        raise cancelled(call)
-    if status != 0:
-        raise _KINDS.get((call, status), GwqError)(call, status)
+def _kind(call: str, status: int, time_is_over: bool) -> type[GwqError]:
+    if time_is_over and (call, status) in _TIME_OUTS:
+        return TimedOut
+    if status == StatusCode.CANCELLED or (status == StatusCode.PIN_REFUSAL_1 and call in _PIN_ENTRIES):
+        return Cancelled
+    return NoAnswer if status == StatusCode.NO_ANSWER else GwqError
+
+
+def check(call: str, status: int, time_is_over: bool = False) -> None:
+    """Raises what a status stands for, unless it is success. `time_is_over`: the customer's time has passed."""
+    if status != StatusCode.OK:
+        raise _kind(call, status, time_is_over)(call, status)

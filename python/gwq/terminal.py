@@ -6,6 +6,7 @@ from __future__ import annotations
 import ctypes
 import hashlib
 import json
+import math
 import os
 import re
 import stat
@@ -13,38 +14,60 @@ import time
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager
 from dataclasses import dataclass
+from enum import IntEnum
 from pathlib import Path
 from typing import Union
 
+from ._generated import StatusCode
 from .cancelling import Cancels
 from .errors import OldSignature, cancelled, check, timed_out
 from .native import load
 from .results import Answer, Name, Rating, Signature, is_utf8, text_of
+from .settings import Algorithm, Display, EndRule, PublicKeyType
 
 PathLike = Union[str, "os.PathLike[str]"]
 Paths = Union[PathLike, Iterable[PathLike]]
 FileName = Union[str, bytes]
 
-_ROOM = 4096  # more than any answer that comes as text
-_DESCRIPTION_ROOM = 1 << 16
-_LONGEST_LIST = 1023
-_LONGEST_MESSAGE = 30720
+_TEXT_SIZE = 4096  # more than any answer that comes as text
+_DESCRIPTION_SIZE = 1 << 16
+_MAX_LIST = 1023
+_MAX_MESSAGE = 30720
 _PULL_MS = 3000
 _CHANNEL = b"9"
-_PICTURES, _PHOTOS = 0, 2
-_FIRMWARE = 1
-_DELETE_ALL, _REPLACE, _ADD, _ADD_MISSING, _DELETE = range(5)
-_UNBOUND, _BOUND = 5, 1
 _INFORM_TIME_OUT, _HTML_TIME_OUT = 3, 2
-# What a call may come to by a cancel, and the close command of a cancel when the terminal does not answer.
-_BY_CANCEL = (-2, -9, -10, -11, -14, -23, -401)
-_UNANSWERED = (-2, -10, -11, -23)
+# What the close command of a cancel comes to when the terminal does not answer, and a call by a cancel.
+_UNANSWERED = (StatusCode.NO_ANSWER, StatusCode.SEND_FAILED, StatusCode.READ_FAILED, StatusCode.CANCELLED)
+_BY_CANCEL = (*_UNANSWERED, StatusCode.EVALUATION_READ, StatusCode.REFUSED, StatusCode.NO_VERSION_ANSWER)
 # The library waits this much longer than the customer has, and one second of that is for rounding.
 _SILENCE_S = 2
+# The terminal's clock may be a little faster than this machine's.
+_MOST_OF_THE_TIME = 0.9
 # GBK characters may hold the byte of "|".
 _GBK_NAME = re.compile(rb"(?:[\x81-\xfe].|[^|])+", re.DOTALL)
 
 _cancels = Cancels()
+
+
+class _FileType(IntEnum):
+    PICTURES = 0
+    FIRMWARE = 1
+    PHOTOS = 2
+
+
+class _Change(IntEnum):
+    """What MP_DownloadFile does with the pictures of the idle screen."""
+
+    DELETE_ALL = 0
+    REPLACE = 1
+    ADD = 2
+    ADD_MISSING = 3
+    DELETE = 4
+
+
+class _PinType(IntEnum):
+    BOUND = 1
+    UNBOUND = 5
 
 
 @dataclass(frozen=True)
@@ -113,12 +136,12 @@ def _paths(documents: Paths, longest: int | None = None) -> bytes:
     return paths
 
 
-def _room(size: int = _ROOM) -> ctypes.Array[ctypes.c_char]:
+def _buffer(size: int = _TEXT_SIZE) -> ctypes.Array[ctypes.c_char]:
     return ctypes.create_string_buffer(size)
 
 
-def _text(room: ctypes.Array[ctypes.c_char]) -> str:
-    return text_of(room.value)
+def _text(buffer: ctypes.Array[ctypes.c_char]) -> str:
+    return text_of(buffer.value)
 
 
 def _remove(files: Iterable[Path]) -> None:
@@ -177,54 +200,58 @@ class Terminal:
         self._port = port
         self._baud = baud
 
-    def _call(self, name: str, *arguments: object) -> None:
+    def _call(self, name: str, *arguments: object, seconds: float = math.inf) -> float:
+        """How long the call lasted; `seconds` is the customer's time, if it waits for them."""
         mark = _cancels.mark()
+        begun = time.monotonic()
         status = getattr(self._library, name)(*arguments)
+        lasted = time.monotonic() - begun
         if status in _BY_CANCEL and _cancels.came_since(mark):
             raise cancelled(name)
-        check(name, status)
+        check(name, status, time_is_over=lasted >= _MOST_OF_THE_TIME * seconds)
+        return lasted
 
-    def _on_line(self, name: str, *arguments: object) -> None:
-        self._call(name, self._port, self._baud, *arguments)
+    def _on_line(self, name: str, *arguments: object, seconds: float = math.inf) -> None:
+        self._call(name, self._port, self._baud, *arguments, seconds=seconds)
 
     def _require_usb(self, name: str) -> None:
         if self._port != 0:
             raise ValueError(f"{name} works on USB only, and this is the terminal at serial port {self._port}")
 
-    def _on_usb(self, name: str, *arguments: object) -> None:
+    def _on_usb(self, name: str, *arguments: object, seconds: float = math.inf) -> None:
         self._require_usb(name)
-        self._call(name, *arguments)
+        self._call(name, *arguments, seconds=seconds)
 
-    def _screen(self, name: str, *arguments: object) -> None:
-        self._on_usb(name, None, None, self._baud, *arguments)
+    def _screen(self, name: str, *arguments: object, seconds: float = math.inf) -> None:
+        self._on_usb(name, None, None, self._baud, *arguments, seconds=seconds)
 
-    def _pin_pad(self, name: str, *arguments: object) -> None:
-        self._on_usb(name, 0, None, self._baud, *arguments)
+    def _pin_pad(self, name: str, *arguments: object, seconds: float = math.inf) -> None:
+        self._on_usb(name, 0, None, self._baud, *arguments, seconds=seconds)
 
     # ---- the terminal itself
 
     def description(self) -> dict[str, str]:
         """DeviceBrand, DllVersion, DeviceVersion, ProductionDate, DeviceSN and DeviceModel; ErrorMessage says which
         of them could not be read."""
-        room = _room(_DESCRIPTION_ROOM)
-        length = ctypes.c_int(len(room))
-        self._on_usb("DEV_CommCall", json.dumps({"RequestBaudRate": self._baud}).encode(), 0, room, length)
-        return {key: str(value) for key, value in json.loads(_text(room)).items()}
+        text = _buffer(_DESCRIPTION_SIZE)
+        length = ctypes.c_int(len(text))
+        self._on_usb("DEV_CommCall", json.dumps({"RequestBaudRate": self._baud}).encode(), 0, text, length)
+        return {key: str(value) for key, value in json.loads(_text(text)).items()}
 
     def firmware_version(self) -> tuple[str, str]:
         """The common and the private part."""
-        common, private = _room(), _room()
+        common, private = _buffer(), _buffer()
         self._on_usb("MP_GetFirmwareVersion", None, None, 0, 0, common, private)
         return _text(common), _text(private)
 
     def build_date(self) -> str:
         """The date of the terminal's software, such as "20231114"."""
-        date = _room(9)
+        date = _buffer(9)
         self._on_usb("GWQ_GetVerBuildDate", 0, b"\0", self._baud, date)
         return _text(date)
 
     def serial_number(self) -> str:
-        number = _room()
+        number = _buffer()
         self._pin_pad("PN_ReadDeviceId", number)
         return _text(number)
 
@@ -258,7 +285,7 @@ class Terminal:
         who presses Cancel from one whose time runs out: both are Rating.NONE."""
         if teller is not None:
             return self._rate_teller(teller, seconds)
-        value = _room(8)
+        value = _buffer(8)
         self._screen("MP_StartEvaluate", seconds, value)
         return Rating(int(value.value or b"0"))
 
@@ -271,8 +298,8 @@ class Terminal:
     def inform(self, message: str, seconds: int = 30) -> Answer:
         """Shows a message and waits for a key. The terminal's key 3 stands for a customer whose time ran out."""
         text = _bytes(message)
-        if len(text) > _LONGEST_MESSAGE:
-            raise ValueError(f"the message is longer than {_LONGEST_MESSAGE} bytes")
+        if len(text) > _MAX_MESSAGE:
+            raise ValueError(f"the message is longer than {_MAX_MESSAGE} bytes")
         key = ctypes.c_uint()
         self._on_line("GWQ_StartInfo", seconds, text, key)
         if key.value == _INFORM_TIME_OUT:
@@ -311,32 +338,33 @@ class Terminal:
             raise timed_out(call)
         return Answer(key)
 
-    def ask_digits(self, seconds: int = 30, mode: int = 0) -> str:
-        """What the customer keys on the screen's keypad; `mode` 0 or 1 is the terminal's. The terminal does not tell
-        a customer who presses Cancel from one who keys nothing: both are Cancelled."""
-        digits = _room()
-        self._on_line("GWQ_StartKeyboard", seconds, mode, digits)
+    def ask_digits(self, seconds: int = 30, mode: Display | int = Display.SHOWN) -> str:
+        """What the customer keys on the screen's keypad, SHOWN or as STARS. The terminal does not tell a customer who
+        presses Cancel from one who keys nothing: both are Cancelled."""
+        digits = _buffer()
+        self._on_line("GWQ_StartKeyboard", seconds, mode, digits, seconds=seconds)
         return self._keyed("GWQ_StartKeyboard", digits)
 
-    def ask_number(self, prompt: str, seconds: int = 30, most_digits: int = 0, display: int = 0) -> str:
-        """The number that the customer keys under a prompt, of 0 to 20 digits (0 leaves it to the terminal);
-        `display` 0 to 2 is the terminal's. The library passes on only the digits, so that a customer who presses
-        Cancel, one who keys nothing and one whose time runs out look alike: all are Cancelled."""
-        number = _room()
+    def ask_number(self, prompt: str, seconds: int = 30, most_digits: int = 0,
+                   display: Display | int = Display.SHOWN) -> str:
+        """The number that the customer keys under a prompt, of at most 20 digits (0 leaves it to the terminal). The
+        library passes on only the digits, so that a customer who presses Cancel, one who keys nothing and one whose
+        time runs out look alike: all are Cancelled."""
+        number = _buffer()
         self._pin_pad("PN_GetInNo", seconds, most_digits, display, _bytes(prompt), number)
         return self._keyed("PN_GetInNo", number)
 
     @staticmethod
-    def _keyed(call: str, room: ctypes.Array[ctypes.c_char]) -> str:
-        text = _text(room)
+    def _keyed(call: str, answer: ctypes.Array[ctypes.c_char]) -> str:
+        text = _text(answer)
         if not text:
             raise cancelled(call)
         return text
 
     def check_out(self, first: str, second: str, seconds: int = 60) -> str:
         """Shows the checkout screen with its two texts; the terminal's answer once the customer confirms."""
-        result = _room()
-        self._screen("MP_CheckOut_All", seconds, _bytes(first), _bytes(second), result)
+        result = _buffer()
+        self._screen("MP_CheckOut_All", seconds, _bytes(first), _bytes(second), result, seconds=seconds)
         return _text(result)
 
     # ---- documents
@@ -345,12 +373,12 @@ class Terminal:
         """Shows one or several documents and returns once they are on the terminal. The paths are at most 1023 bytes
         together, here and in the next two. The terminal gets the files' names as the host has them, and lists them on
         the screen in GBK."""
-        self._screen("MP_ShowPDF", seconds, _paths(documents, _LONGEST_LIST))
+        self._screen("MP_ShowPDF", seconds, _paths(documents, _MAX_LIST))
 
     def confirm_documents(self, documents: Paths, seconds: int = 60) -> Answer:
         """Shows documents and asks whether the customer agrees: CONFIRMED, REFUSED, or OTHER for any other answer."""
         decision = ctypes.c_int(Answer.OTHER)
-        self._screen("MP_ConfirmPDF", seconds, _paths(documents, _LONGEST_LIST), decision)
+        self._screen("MP_ConfirmPDF", seconds, _paths(documents, _MAX_LIST), decision, seconds=seconds)
         return Answer(decision.value)
 
     def sign_documents(self, documents: Paths, picture: PathLike, *, place: str, voice: str | None = None,
@@ -368,7 +396,7 @@ class Terminal:
         after a cancel that was not made by cancel(), a signature that the terminal had before this process began, or
         that another program fetched."""
         target = Path(picture).absolute()
-        head = (None, _CHANNEL, self._baud, seconds, _paths(documents, _LONGEST_LIST), _bytes(place))
+        head = (None, _CHANNEL, self._baud, seconds, _paths(documents, _MAX_LIST), _bytes(place))
         strokes = target.parent / "hw.data"
         # The strokes are read from their file, for their size is not known before.
         name = "MP_SignPDF" if voice is None else "MP_SignPDF_Voice"
@@ -380,9 +408,7 @@ class Terminal:
 
     def _signed(self, name: str, arguments: tuple[object, ...], strokes: Path, seconds: int) -> bytes:
         mark = _cancels.mark_when_idle()
-        begun = time.monotonic()
-        self._call(name, *arguments)
-        lasted = time.monotonic() - begun
+        lasted = self._call(name, *arguments, seconds=seconds)
         signed = strokes.read_bytes()
         same = _last_signature.replace(signed)
         if _cancels.came_since(mark):
@@ -399,28 +425,27 @@ class Terminal:
         return [self._push_one(file) for file in every]
 
     def _push_one(self, file: PathLike) -> str:
-        place = _room()
-        self._on_usb("pushFileToZ11", _paths(file, _LONGEST_LIST), place)
+        place = _buffer()
+        self._on_usb("pushFileToZ11", _paths(file, _MAX_LIST), place)
         return _text(place)
 
     def pull(self, place: FileName, file: PathLike) -> None:
         """Fetches a file of the terminal, such as "/tmp/hw.png"; `file` is overwritten. The place goes in UTF-8; for
         one with a name out of the terminal's lists give its bytes, `b"/tmp/" + name.raw`."""
-        command = ctypes.create_string_buffer(b"\x1b[0PULLFILE\x02" + _name(place, "utf-8") + b"\x03")
-        self._on_usb("PullFile", 0, _CHANNEL, self._baud, _PULL_MS, len(command.value), command,
-                   ctypes.create_string_buffer(_path(file)))
+        command = b"\x1b[0PULLFILE\x02" + _name(place, "utf-8") + b"\x03"
+        self._on_usb("PullFile", 0, _CHANNEL, self._baud, _PULL_MS, len(command), command, _path(file))
 
     def photos(self) -> list[Name]:
         """The head photos on the terminal."""
-        return self._list(_PHOTOS)
+        return self._list(_FileType.PHOTOS)
 
     def pictures(self) -> list[Name]:
         """The pictures of the idle screen."""
-        return self._list(_PICTURES)
+        return self._list(_FileType.PICTURES)
 
-    def _list(self, kind: int) -> list[Name]:
-        names = _room(_ROOM + 1)
-        self._call("GetVideoList", self._port, _CHANNEL, self._baud, kind, names, _ROOM)
+    def _list(self, kind: _FileType) -> list[Name]:
+        names = _buffer(_TEXT_SIZE + 1)
+        self._call("GetVideoList", self._port, _CHANNEL, self._baud, kind, names, _TEXT_SIZE)
         return _names(names.value)
 
     def add_photo(self, photo: PathLike, name: FileName = "") -> None:
@@ -435,22 +460,21 @@ class Terminal:
     def add_pictures(self, pictures: Paths, only_missing: bool = False) -> None:
         """Adds pictures to the idle screen, or only those whose names the terminal lacks. The terminal gets the
         files' names as the host has them, as with replace_pictures()."""
-        self._change_pictures(_paths(pictures), _ADD_MISSING if only_missing else _ADD)
+        self._change_pictures(_paths(pictures), _Change.ADD_MISSING if only_missing else _Change.ADD)
 
     def replace_pictures(self, pictures: Paths) -> None:
-        self._change_pictures(_paths(pictures), _REPLACE)
+        self._change_pictures(_paths(pictures), _Change.REPLACE)
 
     def delete_pictures(self, names: Iterable[FileName] | None = None) -> None:
         """Deletes pictures by names out of pictures(), or by those of the files that were added; or all. `bytes` go
         as they are."""
         if names is None:
-            self._change_pictures(b"", _DELETE_ALL)
+            self._change_pictures(b"", _Change.DELETE_ALL)
         else:
-            self._change_pictures(b"|".join(_picture_name(name) for name in names), _DELETE)
+            self._change_pictures(b"|".join(_picture_name(name) for name in names), _Change.DELETE)
 
-    def _change_pictures(self, names: bytes, how: int) -> None:
-        listed = ctypes.create_string_buffer(names)
-        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _PICTURES, listed, how)
+    def _change_pictures(self, names: bytes, change: _Change) -> None:
+        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _FileType.PICTURES, names, change)
 
     def set_qr_code(self, picture: PathLike | None) -> None:
         """Replaces the QR code's picture, or removes it."""
@@ -458,24 +482,25 @@ class Terminal:
 
     def update_firmware(self, package: PathLike) -> None:
         """Sends a firmware package, whose extension begins with "dat", and has it installed."""
-        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _FIRMWARE,
-                     ctypes.create_string_buffer(_path(package)), 0)
+        self._on_usb("MP_DownloadFile", None, None, self._baud, None, _FileType.FIRMWARE, _path(package), 0)
 
     # ---- PIN pad
 
-    def set_pin_entry(self, algorithm: int, digits: int, end_rule: int = 0, fill: str = "F") -> None:
-        """Sets encryption type, PIN length, end rule and fill type, whose values are the pad's."""
+    def set_pin_entry(self, algorithm: Algorithm | int, digits: int, end_rule: EndRule | int = EndRule.ENTER,
+                      fill: str = "F") -> None:
+        """Sets encryption type, PIN length, end rule, and what a PIN block is filled with: "F", or else
+        zeros."""
         self._pin_pad("PN_SetPinPadParameter", algorithm, digits, end_rule, _bytes(fill))
 
-    def public_key(self, algorithm: int, bits: int) -> bytes:
-        """The pad's public key: the modulus for algorithm 1 (RSA), X and Y for 2 (SM2)."""
-        key = _room()
+    def public_key(self, algorithm: PublicKeyType | int, bits: int) -> bytes:
+        """The pad's public key: the modulus for RSA, X and Y for SM2."""
+        key = _buffer()
         self._pin_pad("PN_ObtainPublicKey", algorithm, bits, key)
         return bytes.fromhex(_text(key))
 
     def new_factor(self, key_type: int = 1) -> str:
-        """Has the pad make a new factor, for which the bank prepares a working key."""
-        factor = _room()
+        """Has the pad make a new factor, for which the bank prepares a working key of type 1 or 2."""
+        factor = _buffer()
         self._pin_pad("PN_ObtainFactor", str(key_type).encode(), factor)
         return _text(factor)
 
@@ -484,17 +509,18 @@ class Terminal:
         self._pin_pad("PN_DownloadPinPadWK", _bytes(factor), str(key_type).encode(), enciphered.hex().upper().encode(),
                       _bytes(verify_key))
 
-    def pin_block(self, account: str | None, *, algorithm: int, digits: int, prompt: str | None = None,
-                  sound: int = 0, seconds: int = 60) -> bytes:
+    def pin_block(self, account: str | None, *, algorithm: Algorithm | int, digits: int,
+                  prompt: str | None = None, sound: int = 0, seconds: int = 60) -> bytes:
         """The PIN block of the PIN that the customer keys, bound to an account of 12 digits or more, or to none.
-        Encryption type and length are those that set_pin_entry() set. The pad's refusal 1 is taken for a customer who
-        cancels, its refusal 2 for one whose time ran out."""
-        kind = _UNBOUND if account is None else _BOUND
-        factor, block = _room(), _room()
+        Algorithm and digits are those that set_pin_entry() set. The pad's refusal 1 is taken for a customer who
+        cancels, and its refusal 2, once their time is over, for one whose time ran out."""
+        kind = _PinType.UNBOUND if account is None else _PinType.BOUND
+        its_seconds = seconds & 0xFF  # all that the pad gets of it
+        factor, block = _buffer(), _buffer()
         length = ctypes.c_int(digits)
         arguments = (seconds, algorithm, sound, kind, _optional(account), factor, block, length)
         if prompt is None:
-            self._pin_pad("PN_GetPinBlock", *arguments)
+            self._pin_pad("PN_GetPinBlock", *arguments, seconds=its_seconds)
         else:
-            self._pin_pad("PN_GetPinBlockShowString", *arguments, _bytes(prompt))
+            self._pin_pad("PN_GetPinBlockShowString", *arguments, _bytes(prompt), seconds=its_seconds)
         return block.raw[: length.value]

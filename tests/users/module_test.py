@@ -12,7 +12,8 @@ import unittest
 from unittest import mock
 
 import gwq
-from gwq import Answer, Cancelled, Name, OldSignature, Rating, Terminal, native
+from gwq import (Algorithm, Answer, Cancelled, Display, EndRule, GwqError, Name, NoAnswer, OldSignature, PublicKeyType, Rating,
+                 StatusCode, Terminal, TimedOut, native)
 from gwq import terminal as module
 
 PAPER = pathlib.Path(__file__)
@@ -84,9 +85,17 @@ class Signing(WithLibrary):
     def test_that_fails_leaves_no_signature_of_an_earlier_customer(self):
         (self.out / 'signature.png').write_text('earlier')
         (self.out / 'hw.data').write_text('earlier')
-        with self.assertRaises(gwq.TimedOut):
+        with self.assertRaises(NoAnswer):
             self.sign(self.terminal(Library(-2)))
         self.assertEqual(self.files(), [])
+
+    def test_is_timed_out_only_when_the_customers_time_is_over(self):
+        for lasted, kind, cause in ((0, NoAnswer, 'refused or failed before'), (53, NoAnswer, 'refused or failed before'),
+                                    (60, TimedOut, "The customer's time ran out")):
+            with self.subTest(lasted), self.assertRaisesRegex(GwqError, cause) as caught:
+                self.sign(self.terminal(self.lasting(Library(-2), lasted)))
+            self.assertIs(type(caught.exception), kind)
+            self.assertEqual(str(pickle.loads(pickle.dumps(caught.exception))), str(caught.exception))
 
     def test_does_not_begin_where_the_files_cannot_be_written(self):
         library = Library(NEW)
@@ -164,6 +173,31 @@ class Cancelling(WithLibrary):
         self.assertEqual(library.calls, ['MP_CancleEvaluate'])
 
 
+class Entering(WithLibrary):
+    def failure(self, status, lasted=0, seconds=60):
+        """What a PIN entry comes to, by the type of its exception."""
+        library = mock.Mock()
+        library.PN_GetPinBlock = lambda *_: self.pass_time(lasted, status)
+        with self.assertRaises(GwqError) as caught:
+            self.terminal(library).pin_block(None, algorithm=Algorithm.TRIPLE_DES, digits=6, seconds=seconds)
+        return type(caught.exception)
+
+    def pass_time(self, seconds, status):
+        self.now += seconds
+        return status
+
+    def test_a_pin_is_cancelled_by_the_pads_refusal_1(self):
+        self.assertIs(self.failure(StatusCode.PIN_REFUSAL_1), Cancelled)
+        self.assertIs(self.failure(StatusCode.PIN_REFUSAL_3), GwqError)
+
+    def test_a_pin_is_timed_out_only_when_the_time_that_the_pad_got_is_over(self):
+        self.assertIs(self.failure(StatusCode.NO_ANSWER), NoAnswer)
+        self.assertIs(self.failure(StatusCode.READ_FAILED), GwqError)
+        for status in (StatusCode.NO_ANSWER, StatusCode.READ_FAILED):
+            self.assertIs(self.failure(status, 60), TimedOut)
+            self.assertIs(self.failure(status, 44, seconds=300), TimedOut)
+
+
 class Ports(WithLibrary):
     def test_other_than_usb_are_refused_where_only_usb_is_known(self):
         terminal = self.terminal(Library(), port=78)
@@ -186,6 +220,37 @@ class Ports(WithLibrary):
         with self.assertRaises(ValueError):
             terminal.ask_html('page', screenshot=self.out / 'signature.png')
         self.assertEqual((self.out / 'signature.png').read_text(), 'stays')
+
+
+class Numbers(WithLibrary):
+    """The library and a teller that gives plain numbers see no enumerations."""
+
+    def test_go_to_the_library_as_they_are(self):
+        library = mock.Mock()
+        library.PN_SetPinPadParameter.return_value = 0
+        terminal = self.terminal(library)
+        for algorithm, rule in ((Algorithm.SM4, EndRule.LAST_DIGIT), (1, 1)):
+            terminal.set_pin_entry(algorithm, 6, rule)
+            self.assertEqual(library.PN_SetPinPadParameter.call_args.args, (0, None, 115200, 1, 6, 1, b'F'))
+
+    def test_are_those_of_the_terminal(self):
+        self.assertEqual((*Algorithm, *PublicKeyType, *EndRule, *Display), (0, 1, 1, 2, 0, 1, 0, 1, 2))
+
+    def test_a_status_has_its_name(self):
+        library = mock.Mock()
+        library.MP_ShowPDF.return_value = -15
+        with self.assertRaises(GwqError) as caught:
+            self.terminal(library).show_documents(PAPER)
+        self.assertIs(type(caught.exception.status), int)
+        self.assertEqual(caught.exception.status, StatusCode.NO_FILE)
+        self.assertIn('(GWQ_NO_FILE, status -15)', str(caught.exception))
+
+    def test_a_status_of_the_pad_itself_has_none(self):
+        library = mock.Mock()
+        library.PN_SetPinPadParameter.return_value = 0x6A80
+        with self.assertRaises(GwqError) as caught:
+            self.terminal(library).set_pin_entry(Algorithm.SM4, 6)
+        self.assertEqual((caught.exception.status, caught.exception.text.name), (0x6A80, 'GWQ_VALUE'))
 
 
 class Results(unittest.TestCase):

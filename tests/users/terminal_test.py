@@ -9,13 +9,13 @@ import tempfile
 import threading
 import unittest
 
-from gwq import Answer, Cancelled, GwqError, Name, OldSignature, Rating, Teller, Terminal, TimedOut
+from gwq import (Algorithm, Answer, Cancelled, Display, EndRule, GwqError, NoAnswer, OldSignature, PublicKeyType, Rating, Teller,
+                 Terminal, TimedOut)
 
 FILES = pathlib.Path(sys.argv.pop(1))
 PAPER = FILES / 'agreement.pdf'
 PAGE = '<html><body>您好</body></html>'
 CLERK = Teller('王芳', '0123', 5)
-TRIPLE_DES = 0
 DIGITS = 6
 WORKING_KEY = bytes.fromhex('7ABD7E083CCCB5C4DF133F577FA1BAED')
 VERIFY_KEY = 'A3CEBD6AB1EDF262'
@@ -51,7 +51,8 @@ class Agreeable(unittest.TestCase):
         self.assertIs(self.terminal.ask_html(PAGE, screenshot=self.out / 'page.png'), Answer.CONFIRMED)
         self.assertEqual((self.out / 'page.png').read_bytes()[1:4], b'PNG')
         self.assertEqual(self.terminal.ask_digits(), '1234')
-        self.assertEqual(self.terminal.ask_number('请输入手机号码', most_digits=11), '123456')
+        self.assertEqual(self.terminal.ask_digits(mode=Display.STARS), '1234')
+        self.assertEqual(self.terminal.ask_number('请输入手机号码', most_digits=11, display=Display.HIDDEN), '123456')
         self.assertEqual(self.terminal.check_out('开户', '5.00'), 'ok')
 
     def test_documents(self):
@@ -122,9 +123,9 @@ class Agreeable(unittest.TestCase):
         self.terminal.update_firmware(package)
 
     def test_without_a_working_key_there_is_no_block(self):
-        self.terminal.set_pin_entry(0, 6)
-        self.assertEqual(len(self.terminal.public_key(1, 2048)), 256)
-        self.assertEqual(len(self.terminal.public_key(2, 256)), 64)
+        self.terminal.set_pin_entry(Algorithm.TRIPLE_DES, 6, EndRule.ENTER)
+        self.assertEqual(len(self.terminal.public_key(PublicKeyType.RSA, 2048)), 256)
+        self.assertEqual(len(self.terminal.public_key(PublicKeyType.SM2, 256)), 64)
         self.assertEqual(len(self.terminal.new_factor()), 16)
         self.assertEqual(self.status_of(self.terminal.pin_block, None, algorithm=0, digits=6), -22)
         self.assertEqual(self.status_of(self.terminal.pin_block, 'no number', algorithm=0, digits=6, prompt='PIN'), -21)
@@ -153,9 +154,9 @@ class Scripted(unittest.TestCase):
         return self.terminal.sign_documents(PAPER, self.out / 'signature.png', place='1,300,100', seconds=seconds)
 
     def pin_block(self, seconds):
-        self.terminal.set_pin_entry(TRIPLE_DES, DIGITS)
+        self.terminal.set_pin_entry(Algorithm.TRIPLE_DES, DIGITS)
         self.terminal.load_working_key(WORKING_KEY, self.terminal.new_factor(), VERIFY_KEY)
-        return self.terminal.pin_block(None, algorithm=TRIPLE_DES, digits=DIGITS, seconds=seconds)
+        return self.terminal.pin_block(None, algorithm=Algorithm.TRIPLE_DES, digits=DIGITS, seconds=seconds)
 
     def assert_nothing_left(self):
         self.assertEqual(list(self.out.iterdir()), [])
@@ -196,6 +197,18 @@ class Leaving(Scripted):
         self.assertIs(self.terminal.rate(seconds=1), Rating.NONE)
         with self.assertRaises(Cancelled):
             self.terminal.ask_number('请输入手机号码', seconds=1)
+
+
+class Full(Scripted):
+    """A terminal that cannot store a file says so at once: not a customer whose time ran out."""
+
+    def test_a_file_that_it_cannot_store_is_no_time_out(self):
+        for call, arguments in ((self.terminal.push, (PAPER,)), (self.terminal.show_documents, (PAPER,)),
+                                (self.terminal.confirm_documents, (PAPER,)), (self.sign, ())):
+            with self.subTest(call.__name__), self.assertRaises(NoAnswer) as caught:
+                call(*arguments)
+            self.assertEqual(caught.exception.status, -2)
+        self.assert_nothing_left()
 
 
 class Silent(Scripted):
