@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 // The bank's side of the PIN pad's key management: working keys prepared for one pad's public key,
 // and the way back from its PIN blocks to the PIN. How keys and blocks are laid out is the pad's
-// affair; this is the virtual terminal's way (docs/virtual-terminal.md). An example only: real keys
+// affair; this is the virtual terminal's way (docs/terminal-behaviour.md). An example only: real keys
 // never stand in a program.
 #pragma once
 
