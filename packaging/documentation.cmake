@@ -8,7 +8,8 @@ set(gwq_doc_build ${CMAKE_CURRENT_BINARY_DIR}/documentation)
 set(gwq_run_python ${CMAKE_COMMAND} -E env PYTHONDONTWRITEBYTECODE=1 ${Python3_EXECUTABLE})
 
 file(GLOB gwq_guides CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
-  ${PROJECT_SOURCE_DIR}/*.md ${PROJECT_SOURCE_DIR}/docs/*.md)
+  ${PROJECT_SOURCE_DIR}/*.md ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/bench/results/*.md
+  ${PROJECT_SOURCE_DIR}/terminal/README.md)
 list(TRANSFORM gwq_guides PREPEND ${PROJECT_SOURCE_DIR}/ OUTPUT_VARIABLE gwq_guide_files)
 file(GLOB gwq_manual_tools CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/manual/* ${PROJECT_SOURCE_DIR}/packaging/*.py)
 list(TRANSFORM GWQ_PUBLIC_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/src/ OUTPUT_VARIABLE gwq_headers)
