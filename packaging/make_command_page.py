@@ -36,7 +36,7 @@ def main(program, version, output):
                                                'without hardware and without root.') + prose(foot)
     body += section('OPTIONS') + as_list(entries(lists['Options'])) + section('SUBCOMMANDS')
     body += ''.join(subcommand(program, n) for n in names)
-    body += section('SEE ALSO') + paragraph('virtual\\-terminal.md, scenarios.md and recording.md in '
+    body += section('SEE ALSO') + paragraph('virtual\\-terminal.md, terminal\\-behaviour.md, scenarios.md and recording.md in '
                                             '/usr/share/doc/libgwq\\-doc/docs (package libgwq\\-doc)')
     write_page(pathlib.Path(output), name, 1, version, body)
 
