@@ -356,17 +356,21 @@ constexpr auto kCalls = std::apply(
     },
     std::tuple_cat(kTerminalCalls, kFileCalls, kTransactionCalls, kLaterCalls));
 
+constexpr std::int64_t MsOf(int seconds) {
+  return std::int64_t{seconds} * 1000;
+}
+
 Limit LimitOf(const Waits& waits, int seconds) {
   Limit limit = Pause(waits.pause_ms);
   for (int i = 0; i < waits.drains; ++i) limit = limit + Drained();
   for (int i = 0; i < waits.sends; ++i) limit = limit + Exchange(0);
   for (const int ask_s : waits.asks_s) {
-    if (ask_s > 0) limit = limit + Exchange(std::min(ask_s, 999) * 1000);
+    if (ask_s > 0) limit = limit + Exchange(MsOf(std::min(ask_s, 999)));
   }
   if (waits.customer_s) limit = limit + Customer(seconds, *waits.customer_s);
   for (int i = 0; i < waits.pushes; ++i) limit = limit + PushedFile();
-  for (int i = 0; i < waits.pulls; ++i) limit = limit + Pulled(kPullS * 1000);
-  for (int i = 0; i < waits.most_reads; ++i) limit = limit + Exchange(waits.each_read_s * 1000);
+  for (int i = 0; i < waits.pulls; ++i) limit = limit + Pulled(MsOf(kPullS));
+  for (int i = 0; i < waits.most_reads; ++i) limit = limit + Exchange(MsOf(waits.each_read_s));
   return limit;
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <ostream>
 #include <string>
 
 #include <gwq/codec/packet.h>
@@ -76,10 +75,6 @@ struct Conversion {
   int (*room)(const ByteVector& in, int capacity);
   int (*count)(const ByteVector& written);
 };
-
-std::ostream& operator<<(std::ostream& out, const Conversion& conversion) {
-  return out << conversion.name;
-}
 
 int AllBytes(const ByteVector& written) {
   return static_cast<int>(written.size());

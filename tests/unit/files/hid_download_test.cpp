@@ -3,8 +3,8 @@
 #include <gwq/files/media.h>
 
 #include <gwq/frame/transaction.h>
+#include "support/failing_memory.h"
 #include "unit/files/files_rig.h"
-#include "unit/screens/failing_system.h"
 
 namespace gwq::test {
 namespace {

@@ -209,7 +209,7 @@ TEST_P(LineTransfer, ReadErrorBehindSomeBytesGivesMinus6) {
 
 TEST_P(LineTransfer, CancelEndsTheReadAtItsNextPass) {
   int reads = 0;
-  tty_.OnRead([this, &reads](int index) {
+  tty_.OnRead([&reads](int index) {
     reads = index + 1;
     if (index == 2) {
       EXPECT_EQ(Cancel(), 0);
@@ -239,7 +239,7 @@ TEST_P(LineTransfer, CancelBeforeTheReadStartsIsDropped) {
 }
 
 TEST_P(LineTransfer, CancelOfOneReadDoesNotReachTheNext) {
-  tty_.OnRead([this](int index) {
+  tty_.OnRead([](int index) {
     if (index == 0) Cancel();
   });
   unsigned char byte = 0;
@@ -251,7 +251,7 @@ TEST_P(LineTransfer, CancelOfOneReadDoesNotReachTheNext) {
 TEST_P(LineTransfer, CancelFromAnotherThreadEndsTheRead) {
   std::atomic<int> reads = 0;
   tty_.OnRead([&reads](int index) { reads = index + 1; });
-  std::thread canceller([this, &reads] {
+  std::thread canceller([&reads] {
     while (reads == 0) std::this_thread::yield();
     EXPECT_EQ(Cancel(), 0);
   });

@@ -242,7 +242,7 @@ TEST_P(UsbTransfer, FailedTransferIsFollowedByAPause) {
 }
 
 TEST_P(UsbTransfer, CancelEndsTheReadAtItsNextPass) {
-  usb_.OnTransfer([this](const Transfer& transfer) {
+  usb_.OnTransfer([](const Transfer& transfer) {
     if (transfer.index == 2) {
       EXPECT_EQ(Cancel(), 0);
     }
@@ -255,7 +255,7 @@ TEST_P(UsbTransfer, CancelEndsTheReadAtItsNextPass) {
 
 TEST_P(UsbTransfer, AnswerThatComesWithTheCancelStillCounts) {
   usb_.Answer("abc");
-  usb_.OnTransfer([this](const Transfer&) { Cancel(); });
+  usb_.OnTransfer([](const Transfer&) { Cancel(); });
   unsigned char buffer[1024 + 3] = {};
   EXPECT_EQ(Read(buffer, 3, 60, nullptr), 3);
   EXPECT_THAT(SleptMs(), IsEmpty());
@@ -269,7 +269,7 @@ TEST_P(UsbTransfer, CancelBeforeTheReadStartsIsDropped) {
 }
 
 TEST_P(UsbTransfer, CancelOfOneReadDoesNotReachTheNext) {
-  usb_.OnTransfer([this](const Transfer& transfer) {
+  usb_.OnTransfer([](const Transfer& transfer) {
     if (transfer.index == 0) Cancel();
   });
   unsigned char buffer[1024 + 3] = {};
@@ -281,7 +281,7 @@ TEST_P(UsbTransfer, CancelOfOneReadDoesNotReachTheNext) {
 TEST_P(UsbTransfer, CancelFromAnotherThreadEndsTheRead) {
   std::atomic<int> transfers = 0;
   usb_.OnTransfer([&transfers](const Transfer&) { ++transfers; });
-  std::thread canceller([this, &transfers] {
+  std::thread canceller([&transfers] {
     while (transfers == 0) std::this_thread::yield();
     EXPECT_EQ(Cancel(), 0);
   });
