@@ -36,7 +36,9 @@ set(CMAKE_SKIP_INSTALL_RPATH ON)
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(GWQ_SANITIZE)
-  add_compile_options(-fsanitize=${GWQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
+  # Reports need lines alone. More would also make Clang refer to each function that is a template's argument, which a
+  # program that loads the library cannot resolve.
+  add_compile_options(-fsanitize=${GWQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
   add_link_options(-fsanitize=${GWQ_SANITIZE})
 else()
   # -U first: a distribution's compiler may predefine _FORTIFY_SOURCE.
