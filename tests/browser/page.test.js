@@ -78,6 +78,23 @@ async function pdfIsDrawn(page, number, pages) {
   });
 }
 
+// How many objects of a kind the page keeps, once the browser has collected what nothing refers to.
+async function aliveOf(page, kind) {
+  const session = await page.context().newCDPSession(page);
+  const { result } = await session.send("Runtime.evaluate", { expression: `${kind}.prototype` });
+  const { objects } = await session.send("Runtime.queryObjects", { prototypeObjectId: result.objectId });
+  const count = await session.send("Runtime.callFunctionOn",
+    { objectId: objects.objectId, functionDeclaration: "function () { return this.length; }" });
+  await session.detach();
+  return count.result.value;
+}
+
+// What was stopped a moment ago may still hold on to its objects.
+async function keeps(page, kind, count) {
+  for (let tries = 20; tries > 0 && (await aliveOf(page, kind)) !== count; tries--) await page.waitForTimeout(100);
+  assert.equal(await aliveOf(page, kind), count);
+}
+
 together("idle", () => {
   visit("welcomes the customer, and then shows the bank's pictures", async ({ counter, customer, page }) => {
     await page.getByText("Welcome", { exact: true }).last().waitFor();
@@ -227,6 +244,29 @@ together("documents", () => {
     await customer.shows("documents");
     await customer.button("Refuse").click();
     assert.deepEqual(await agreed, { value: 1 });
+  });
+
+  visit("leave nothing behind, a hundred of them", async ({ counter, customer, page }) => {
+    const before = await aliveOf(page, "ResizeObserver");
+    const agreed = counter.call("confirm_documents", [[files.at("agreement-协议.pdf"), files.at("terms.pdf")]]);
+    await customer.sees("Please read and agree");
+    await pdfIsDrawn(page, 1, 3);
+    await page.evaluate(async () => {
+      const tabs = document.querySelectorAll(".tab");
+      for (let shown = 1; shown <= 100; shown++) {
+        tabs[shown % 2].click();
+        const wanted = shown % 10 === 0 ? "1 / 3" : "";  // the others go while they load
+        do await new Promise(requestAnimationFrame);
+        while (!document.querySelector(".turns output").value.startsWith(wanted));
+      }
+    });
+    await pdfIsDrawn(page, 1, 3);
+    assert.equal(page.workers().length, 1);
+    await keeps(page, "ResizeObserver", before + 1);
+    await customer.button("Agree").click();
+    assert.deepEqual(await agreed, { value: 0 });
+    await customer.waits();
+    assert.equal(page.workers().length, 0);
   });
 });
 

@@ -2,7 +2,7 @@
 // A browser, and a counter: gwq-terminal with a teller application that does as it is told.
 import assert from "node:assert/strict";
 import { spawn } from "node:child_process";
-import { mkdirSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
+import { copyFileSync, mkdirSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { dirname, join } from "node:path";
 import { createInterface } from "node:readline";
@@ -52,6 +52,7 @@ export async function makeFiles(browser) {
   await page.pdf({ path: join(directory, "agreement-协议.pdf"), format: "A4", margin: { top: 60, left: 60, right: 60 } });
   await page.close();
   const at = (name) => join(directory, name);
+  copyFileSync(at("agreement-协议.pdf"), at("terms.pdf"));
   return { at, remove: () => rmSync(directory, { recursive: true }) };
 }
 

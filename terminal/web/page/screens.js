@@ -118,18 +118,23 @@ const information = (screen, act) => ({
 });
 
 function html(screen, act) {
-  const shown = screen.documents.length ? documentsView(screen.documents) : frame(`screen/${screen.number}`);
+  const shown = screen.documents.length ? documentsView(screen.documents) : { element: frame(`screen/${screen.number}`) };
   return {
-    element: make("div.column", {}, shown, screen.second_text && make("p.extra", {}, screen.second_text),
+    element: make("div.column", {}, shown.element, screen.second_text && make("p.extra", {}, screen.second_text),
       screen.keys.length ? keysRow(screen, act) : null),
     onkey: confirmKeys(act),
+    stop: shown.stop,
   };
 }
 
-const documents = (screen, act) => ({
-  element: make("div.column", {}, documentsView(screen.documents), screen.keys.length ? keysRow(screen, act) : null),
-  onkey: confirmKeys(act),
-});
+function documents(screen, act) {
+  const shown = documentsView(screen.documents);
+  return {
+    element: make("div.column", {}, shown.element, screen.keys.length ? keysRow(screen, act) : null),
+    onkey: confirmKeys(act),
+    stop: shown.stop,
+  };
+}
 
 function signing(screen, act) {
   const canvas = make("canvas.ink", { role: "img", "aria-label": t("Signature area: write with mouse, finger or pen") });
@@ -141,9 +146,10 @@ function signing(screen, act) {
   const sign = button("confirm", t("Sign"), () => act("sign", "", pen.points), { disabled: true });
   const clear = button("plain", t("Clear"), () => pen.clear(), { disabled: true });
   canvas.addEventListener("pointerdown", () => (hint.hidden = true));
+  const shown = documentsView(screen.documents);
   return {
     element: make("div.column.signing", {},
-      documentsView(screen.documents),
+      shown.element,
       make("div.writing", {},
         screen.location && make("p.extra", {}, `${t("Place")}: ${screen.location}`),
         make("div.area", {}, hint, canvas),
@@ -154,6 +160,7 @@ function signing(screen, act) {
           button("cancel", t("Cancel"), () => act("cancel")),
           sign))),
     onkey: (event) => event.key === "Escape" && act("cancel"),
+    stop: shown.stop,
   };
 }
 
