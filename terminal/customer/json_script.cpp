@@ -39,7 +39,11 @@ Json ParseScript(const std::string& text) {
       Fail("member " + Quoted(parsed.get<std::string>()) + " stands there twice");
     return true;
   };
-  return Json::parse(text, look, true, true);
+  try {
+    return Json::parse(text, look, true, true);
+  } catch (const Json::exception& error) {
+    Fail(error.what());
+  }
 }
 
 std::string ReadScriptFile(const std::string& path) {

@@ -1,42 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "store/fault_script.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <initializer_list>
-#include <iterator>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <stdexcept>
-#include <string_view>
 #include <vector>
+
+#include "customer/json_script.h"
 
 namespace gwq::terminal {
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr std::uint64_t kMostLength = 0xFFFFFF;
 constexpr std::uint64_t kMostReports = 1'000'000;
 constexpr std::uint64_t kMostEmptyPackets = 16;
-
-[[noreturn]] void Fail(const std::string& what) {
-  throw std::runtime_error(what);
-}
-
-std::string Quoted(const std::string& text) {
-  return std::string("\"").append(text).append("\"");
-}
-
-void CheckMembers(const Json& object, std::initializer_list<std::string_view> known) {
-  if (!object.is_object()) Fail("must be an object");
-  for (const auto& member : object.items()) {
-    if (std::find(known.begin(), known.end(), member.key()) == known.end())
-      Fail("unknown member " + Quoted(member.key()));
-  }
-}
 
 const Json& ListOf(const Json& object, const char* name) {
   static const Json empty = Json::array();
@@ -76,6 +53,7 @@ bool ReadFlag(const Json& object, const char* name) {
 }
 
 PullFaults ReadPull(const Json& object) {
+  if (!object.is_object()) Fail("must be an object");
   CheckMembers(object,
                {"bad_check", "announce_length", "packet_type", "stop_after_reports", "empty_packets_first"});
   PullFaults pull;
@@ -93,6 +71,7 @@ PullFaults ReadPull(const Json& object) {
 FaultScript Read(const Json& script) {
   const std::string steps =
       "HIDCHANGE|start|data|end|PULLFILE|GETFILELIST|DELETE|DOWNLOAD|SPECQUERYFILE|QRCODEDELETE|UPDATE";
+  if (!script.is_object()) Fail("must be an object");
   CheckMembers(script, {"refuse", "fail", "ignore", "storage_limit", "accept_cut_packets", "pull"});
   FaultScript result;
   result.faults.refuse = ReadSteps(script, "refuse", steps);
@@ -105,26 +84,15 @@ FaultScript Read(const Json& script) {
   return result;
 }
 
-std::string Content(const std::string& path) {
-  if (std::filesystem::is_directory(path)) Fail("is a directory");
-  std::ifstream file(path, std::ios::binary);
-  if (!file) Fail("cannot be read");
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 }  // namespace
 
 FaultScript ParseFaults(const std::string& json) {
-  try {
-    return Read(Json::parse(json, nullptr, true, true));
-  } catch (const Json::exception& error) {
-    Fail(error.what());
-  }
+  return Read(ParseScript(json));
 }
 
 FaultScript LoadFaults(const std::string& path) {
   try {
-    return ParseFaults(Content(path));
+    return ParseFaults(ReadScriptFile(path));
   } catch (const std::exception& error) {
     throw std::runtime_error("faults file " + path + ": " + error.what());
   }

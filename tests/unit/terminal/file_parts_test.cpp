@@ -86,6 +86,12 @@ TEST(FaultScript, WithAMistakeIsRefused) {
     EXPECT_THROW((void)ParseFaults(json), std::runtime_error) << json;
 }
 
+TEST(FaultScript, NamesNoMemberTwice) {
+  for (const char* json :
+       {R"({"refuse": ["HIDCHANGE"], "refuse": []})", R"({"pull": {"packet_type": 1, "packet_type": 2}})"})
+    EXPECT_THROW((void)ParseFaults(json), std::runtime_error) << json;
+}
+
 TEST(FaultScript, FromAFileNamesTheFile) {
   const gwq::test::TempDir dir;
   gwq::test::WriteFile(dir / "faults.json", R"({"refuse": ["nothing"]})");
