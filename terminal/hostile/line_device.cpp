@@ -26,7 +26,9 @@ void LineDevice::Use(const std::function<void(Device&, Time)>& action, Time now)
   Collect();
 }
 
+// What is replayed was recorded with its faults.
 void LineDevice::SetRates(const FaultRates& rates) {
+  if (stand_in_) return;
   if (hostility_) return hostility_->SetRates(rates);
   hostility_.emplace(rates, 0);
   Collect();

@@ -210,6 +210,20 @@ TEST(LineDevice, CanBecomeHostileAndAgreeableAgain) {
   EXPECT_EQ(device.NextIn().fate, TransferFate::kPasses);
 }
 
+TEST(LineDevice, OfAStandInStaysAsRecorded) {
+  class OneAnswer final : public StandIn {
+    void Receive(std::span<const std::uint8_t> /*bytes*/, Time /*now*/) override {}
+    void Advance(Time /*now*/) override {}
+    [[nodiscard]] std::optional<Time> NextDeadline() const override { return std::nullopt; }
+    [[nodiscard]] std::optional<Bytes> TakeAnswer() override { return kAnswer; }
+  };
+  LineDevice device(std::make_unique<OneAnswer>());
+  device.SetRates(ParseRates("drop=100,stall=100"));
+  EXPECT_EQ(device.NextOut().fate, TransferFate::kPasses);
+  EXPECT_EQ(device.NextIn().fate, TransferFate::kPasses);
+  EXPECT_EQ(device.TakeAnswer(), kAnswer);
+}
+
 TEST(LineDevice, AnswersLateWhenItsLineDelays) {
   ListedCustomer customer;
   LineDevice device(Device(Line::kUsb, customer), Certain("delay"));
