@@ -16,7 +16,6 @@
 #include "scenarios/expectation.h"
 #include "scenarios/happening.h"
 #include "store/fault_script.h"
-#include "transports/options.h"
 
 namespace gwq::terminal {
 

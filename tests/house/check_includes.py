@@ -11,6 +11,7 @@ import re
 import sys
 
 ROOMS = ['codec', 'diag', 'links', 'frame', 'files', 'pinpad', 'screens']
+TERMINALS_CORE = {'device', 'customer', 'hostile', 'scenarios'}
 SHARED = {'export.h', 'status_codes.h'}
 UMBRELLAS = {'gwq.h', 'gwq.hpp'}
 INCLUDE = re.compile(r'^#include ([<"])([^">]+)[">]', re.MULTILINE)
@@ -35,8 +36,10 @@ def wrong(source, path, mark, included):
     return None if ROOMS.index(other) <= ROOMS.index(room) else f'{room} may not include {other}'
 
 
-def wrong_in_terminal(source, included):
+def wrong_in_terminal(source, path, included):
     """What is wrong with one include of the terminal's, or None."""
+    if path.parts[0] in TERMINALS_CORE and included.startswith('transports/'):
+        return f'{path.parts[0]} may not include transports'
     if included.startswith('gwq/') or (source / included).exists():
         return 'the terminal shares nothing with the library'
     return None
@@ -51,10 +54,11 @@ def main(root):
             problem = wrong(source, path.relative_to(source), mark, included)
             if problem:
                 found.append(f'{path.relative_to(root)}: {included}: {problem}')
-    for path in sorted(p for p in (pathlib.Path(root) / 'terminal').rglob('*') if p.suffix in ('.h', '.cpp')):
+    terminal = pathlib.Path(root) / 'terminal'
+    for path in sorted(p for p in terminal.rglob('*') if p.suffix in ('.h', '.cpp')):
         for _, included in INCLUDE.findall(path.read_text(encoding='utf-8')):
             checked += 1
-            problem = wrong_in_terminal(source, included)
+            problem = wrong_in_terminal(source, path.relative_to(terminal), included)
             if problem:
                 found.append(f'{path.relative_to(root)}: {included}: {problem}')
     print('\n'.join(found) or f'{checked} includes follow the arrows')

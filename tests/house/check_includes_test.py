@@ -20,6 +20,9 @@ class CheckIncludes(unittest.TestCase):
     def problem(self, path, mark, included):
         return check_includes.wrong(self.source, pathlib.Path(path), mark, included)
 
+    def problem_in_terminal(self, path, included):
+        return check_includes.wrong_in_terminal(self.source, pathlib.Path(path), included)
+
     def test_lets_arrows_point_down(self):
         self.assertIsNone(self.problem('frame/exchange.cpp', '"', 'links/internal/link.h'))
         self.assertIsNone(self.problem('frame/port.h', '<', 'gwq/links/serial.h'))
@@ -42,9 +45,13 @@ class CheckIncludes(unittest.TestCase):
 
     def test_finds_a_terminal_that_shares_with_the_library(self):
         for included in ('gwq/export.h', 'export.h', 'links/internal/link.h'):
-            self.assertIn('shares nothing', check_includes.wrong_in_terminal(self.source, included))
+            self.assertIn('shares nothing', self.problem_in_terminal('web/page.cpp', included))
         for included in ('usb_ids.h', 'scenarios/stage.h', 'vector'):
-            self.assertIsNone(check_includes.wrong_in_terminal(self.source, included))
+            self.assertIsNone(self.problem_in_terminal('web/page.cpp', included))
+
+    def test_finds_transports_in_the_core_of_the_terminal(self):
+        self.assertIn('may not include', self.problem_in_terminal('scenarios/stage.h', 'transports/clock.h'))
+        self.assertIsNone(self.problem_in_terminal('web/page.cpp', 'transports/clock.h'))
 
 
 if __name__ == '__main__':
