@@ -12,7 +12,9 @@ namespace gwq::terminal {
 
 class AgreeableCustomer : public Customer {
  public:
-  explicit AgreeableCustomer(std::string pin = "123456", std::chrono::milliseconds after = kUsualDelay);
+  static constexpr const char* kPin = "123456";
+
+  explicit AgreeableCustomer(std::string pin = kPin, std::chrono::milliseconds after = kUsualDelay);
 
   // Keys as much of the PIN as there is room for.
   PinAction KeyPin(const PinRequest& request) override;

@@ -4,12 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "customer/agreeable.h"
+
 namespace gwq::terminal {
 namespace {
 
 constexpr std::size_t kLeastKey = 16;  // digits
 constexpr std::size_t kLeastSecret = 4;
-constexpr const char* kUsualPin = "123456";
 
 void CoverKeys(std::string& text) {
   constexpr const char* kHex = "0123456789abcdefABCDEF";
@@ -36,7 +37,7 @@ std::string AsUtf8(const std::string& text) {
 
 // Whatever else a script is, its parser says.
 std::set<std::string> SecretsOf(const Json& customer) {
-  std::set<std::string> secrets{kUsualPin};
+  std::set<std::string> secrets{AgreeableCustomer::kPin};
   const Json flat = customer.flatten();
   for (const auto& leaf : flat.items()) {
     const std::string& path = leaf.key();

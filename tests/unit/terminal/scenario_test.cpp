@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "customer/agreeable.h"
 #include "scenarios/command_names.h"
 #include "scenarios/masking.h"
 #include "support/temp_dir.h"
@@ -260,6 +261,12 @@ TEST(Masking, covers_pins_and_keys_and_what_cannot_be_printed) {
   EXPECT_THAT(SecretsOf(Json::parse(R"({"screens": [{"digits": "98765"}, {"digits": "42"}], "number_entries":
       [{"number": "310115"}]})")),
               ElementsAre("123456", "310115", "98765"));
+}
+
+TEST(Masking, covers_what_the_agreeable_customer_keys) {
+  PinRequest request;
+  request.max_digits = 14;
+  EXPECT_TRUE(SecretsOf(Json()).contains(AgreeableCustomer().KeyPin(request).digits));
 }
 
 }  // namespace
