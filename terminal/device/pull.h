@@ -35,7 +35,6 @@ class Pull {
 
   // `name` is for the trace.
   void Start(std::unique_ptr<FileReader> file, const std::string& name);
-  [[nodiscard]] bool IsOn() const { return transfer_ != nullptr; }
   void TakeResponse(bool accepted);
   void Stop(const std::string& why);
 

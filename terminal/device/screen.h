@@ -58,8 +58,6 @@ struct Screen {
   std::string voice;                       // spoken while the screen is there
   std::string location;                    // of the signature, in the host's words
   int countdown = 0;                       // seconds shown on the confirm key
-  int sign_mode = 0;                       // 2 to 4 in TZG signing
-  int oper_flag = 0;                       // of TZG signing
   bool hides_digits = false;               // the keypad shows stars
   bool keeps_picture = false;              // the terminal keeps a picture of it once it is answered
   std::chrono::milliseconds time_left{0};  // when it appeared; 0 for the idle screen, which stays

@@ -284,10 +284,7 @@ void ScreenCommands::StartSigning(int seconds, std::string_view fields) {
 void ScreenCommands::StartTzgSigning(const Match& match) {
   outlet_.Heard("YCNEWSTARTZGTSIGN, mode " + std::to_string(match.numbers[3]));
   if (!settings_.tzg) return AnswerRefusal(outlet_);
-  Screen screen = MakeScreen(ScreenKind::kSigning, "Please sign", Seconds(match.numbers[1]));
-  screen.oper_flag = match.numbers[2];
-  screen.sign_mode = match.numbers[3];
-  Sign(std::move(screen), match.text);
+  Sign(MakeScreen(ScreenKind::kSigning, "Please sign", Seconds(match.numbers[1])), match.text);
 }
 
 void ScreenCommands::Sign(Screen screen, std::string_view fields) {

@@ -72,7 +72,6 @@ class Words {
   explicit Words(std::string_view line) : rest_(line) { SkipSpace(); }
 
   [[nodiscard]] bool AtEnd() const { return rest_.empty(); }
-  [[nodiscard]] bool Begins(std::string_view start) const { return rest_.starts_with(start); }
 
   std::string_view Next(const char* what) {
     if (rest_.empty()) Fail(std::string("there is no ") + what);
