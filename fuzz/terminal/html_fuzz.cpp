@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pages of a host, as HTML and as plain text.
 #include <string_view>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a page says to the terminal.
 #include <string_view>
 #include <variant>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What must be true whatever the input is.
 #pragma once
 

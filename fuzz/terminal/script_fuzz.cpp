@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scripts of customers, faults and scenarios; the first byte says which.
 #include <stdexcept>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A USB/IP client that sends anything, in pieces of any size.
 #include "customer/agreeable.h"
 #include "input.h"

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kLeastPinDigits = 4;
 constexpr int kLongestTimeout = 999;
+constexpr const char* kDamaged = ", damaged record";
 constexpr std::uint8_t kShortBlockMark = 0x10;  // before a block of 8 bytes
 
 std::span<const std::uint8_t> AsBytes(std::string_view text) {
@@ -54,38 +55,35 @@ CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, const Settings
     : outlet_(outlet), entry_(entry), settings_(settings) {}
 
 void CounterCommands::AddTo(TextCommands& table) {
-  table.Add({"\033[0GETVERSION", [this](const Match&) { TellVersion(); }});
-  table.Add({"\033[1GETFIRMVERSION", [this](const Match&) { TellFirmwareVersion(); }});
-  table.Add({"\033[1;%dL", [this](const Match& match) { SetPinLength(match.numbers[0]); }});
-  table.Add({"\033[1;%dX", [this](const Match& match) { SetDisplay(match.numbers[0]); }});
-  table.Add({"\033[1;%dT", [this](const Match& match) { SetTimeout(match.numbers[0]); }});
-  table.Add({"\033M%s\r\n", [this](const Match& match) { LoadMasterKey(match.text); }});
-  table.Add({"\033S%s\r\n", [this](const Match& match) { LoadWorkingKey(match.text); }});
-  table.Add({"\033A%s\r\n", [this](const Match& match) { ActivateWorkingKey(match.text); }});
-  table.Add({"\033R\r\n", [this](const Match&) { ResetKeys(); }});
-  table.Add({"\x82", [this](const Match&) { StartClearEntry(false); }});
-  table.Add({"\x81", [this](const Match&) { StartClearEntry(true); }});
-  table.Add({"\x83", [this](const Match&) { EndEntry(); }});
-  table.Add({"\033F%1%1\r\n", [this](const Match& match) {
-               StartBlockEntry("DES PIN block", match, PinBlockWithoutAccount);
-             }});
-  table.Add({"\033I%1%1%s\r\n", [this](const Match& match) {
-               const auto build = [account = std::string(match.text)](std::span<const std::uint8_t> digits) {
-                 return PinBlockWithAccount(digits, account);
-               };
-               StartBlockEntry("ANSI PIN block", match, build);
-             }});
+  table.Add(Row("GETVERSION"), [this](const Match&) { TellVersion(); });
+  table.Add(Row("GETFIRMVERSION"), [this](const Match&) { TellFirmwareVersion(); });
+  table.Add(Row("PIN length"), [this](const Match& match) { SetPinLength(match.numbers[0]); });
+  table.Add(Row("PIN display style"), [this](const Match& match) { SetDisplay(match.numbers[0]); });
+  table.Add(Row("PIN entry time-out"), [this](const Match& match) { SetTimeout(match.numbers[0]); });
+  table.Add(Row("load master key"), [this](const Match& match) { LoadMasterKey(match.text); });
+  table.Add(Row("load working key"), [this](const Match& match) { LoadWorkingKey(match.text); });
+  table.Add(Row("activate working key"), [this](const Match& match) { ActivateWorkingKey(match.text); });
+  table.Add(Row("reset keys"), [this](const Match&) { ResetKeys(); });
+  table.Add(Row("PIN entry"), [this](const Match&) { StartClearEntry(false); });
+  table.Add(Row("PIN entry", "again"), [this](const Match&) { StartClearEntry(true); });
+  table.Add(Row("end of PIN entry"), [this](const Match&) { EndEntry(); });
+  table.Add(Row("DES PIN block"),
+            [this](const Match& match) { StartBlockEntry(match, PinBlockWithoutAccount); });
+  table.Add(Row("ANSI PIN block"), [this](const Match& match) {
+    const auto build = [account = std::string(match.text)](std::span<const std::uint8_t> digits) {
+      return PinBlockWithAccount(digits, account);
+    };
+    StartBlockEntry(match, build);
+  });
 }
 
 void CounterCommands::TellVersion() {
-  outlet_.Heard("GETVERSION");
   const std::string text = settings_.version + "|" + settings_.build_date;
   AnswerText(outlet_, text, "version " + text);
 }
 
 // The common version and the private one.
 void CounterCommands::TellFirmwareVersion() {
-  outlet_.Heard("GETFIRMVERSION");
   const std::string text = settings_.version + "|P" + settings_.build_date;
   AnswerText(outlet_, text, "version " + text);
 }
@@ -93,52 +91,49 @@ void CounterCommands::TellFirmwareVersion() {
 // The settings of a PIN entry are not answered, unless their value is impossible.
 
 void CounterCommands::SetPinLength(int digits) {
-  const std::string heard = "PIN length " + std::to_string(digits);
-  if (digits < 1 || digits > static_cast<int>(kMostPinDigits)) return RefuseAs(heard);
-  outlet_.Heard(heard);
+  outlet_.Describe(" " + std::to_string(digits));
+  if (digits < 1 || digits > static_cast<int>(kMostPinDigits)) return AnswerRefusal(outlet_);
   pin_digits_ = digits;
 }
 
 // How the digits are shown while they are keyed. Only style 0, a star for each
 // digit, makes sense for a PIN.
 void CounterCommands::SetDisplay(int style) {
-  const std::string heard = "PIN display style " + std::to_string(style);
-  if (style != 0) return RefuseAs(heard);
-  outlet_.Heard(heard);
+  outlet_.Describe(" " + std::to_string(style));
+  if (style != 0) AnswerRefusal(outlet_);
 }
 
 void CounterCommands::SetTimeout(int seconds) {
-  const std::string heard = "PIN entry time-out " + std::to_string(seconds) + " s";
-  if (seconds < 1 || seconds > kLongestTimeout) return RefuseAs(heard);
-  outlet_.Heard(heard);
+  outlet_.Describe(" " + std::to_string(seconds) + " s");
+  if (seconds < 1 || seconds > kLongestTimeout) return AnswerRefusal(outlet_);
   timeout_ = std::chrono::seconds(seconds);
 }
 
 void CounterCommands::LoadMasterKey(std::string_view split_record) {
   const auto record = ReadRecord(split_record, 1);
-  if (!record) return Accept(false, "load master key, damaged record");
+  if (!record) return Accept(false, kDamaged);
   const std::size_t slot = record->index[0];
   const std::size_t old_size = std::min(keys_.MasterSize(slot), record->key.size());
-  const std::string heard = "load master key " + std::to_string(slot) + Size(record->key.size() - old_size);
-  Accept(keys_.ReplaceMaster(slot, record->key), heard);
+  const std::string detail = " " + std::to_string(slot) + Size(record->key.size() - old_size);
+  Accept(keys_.ReplaceMaster(slot, record->key), detail);
 }
 
 void CounterCommands::LoadWorkingKey(std::string_view split_record) {
   const auto record = ReadRecord(split_record, 2);
-  if (!record) return Accept(false, "load working key, damaged record");
-  const std::string heard = "load working key " + Place(*record) + Size(record->key.size());
-  Accept(keys_.LoadWorking(record->index[0], record->index[1], record->key), heard);
+  if (!record) return Accept(false, kDamaged);
+  const std::string detail = " " + Place(*record) + Size(record->key.size());
+  Accept(keys_.LoadWorking(record->index[0], record->index[1], record->key), detail);
 }
 
 void CounterCommands::ActivateWorkingKey(std::string_view split_record) {
   const auto record = ReadRecord(split_record, 2);
-  if (!record || !record->key.empty()) return Accept(false, "activate working key, damaged record");
-  Accept(keys_.Activate(record->index[0], record->index[1]), "activate working key " + Place(*record));
+  if (!record || !record->key.empty()) return Accept(false, kDamaged);
+  Accept(keys_.Activate(record->index[0], record->index[1]), " " + Place(*record));
 }
 
 void CounterCommands::ResetKeys() {
   keys_.Reset();
-  Accept(true, "reset keys");
+  Accept(true, {});
 }
 
 // Mode 0 asks for the PIN; mode 1 asks for it once more, as when a new PIN is
@@ -146,8 +141,7 @@ void CounterCommands::ResetKeys() {
 // up to a CR for the PIN. The refusal has none, so the host runs into its own
 // time-out instead of taking it for an empty PIN.
 void CounterCommands::StartClearEntry(bool again) {
-  const std::string mode = again ? "PIN entry, mode 1, " : "PIN entry, mode 0, ";
-  outlet_.Heard(mode + Seconds(timeout_));
+  outlet_.Describe((again ? ", mode 1, " : ", mode 0, ") + Seconds(timeout_));
   entry_.Start(Request(again, false), [this](std::span<const std::uint8_t> digits) {
     Bytes answer;
     answer.reserve(digits.size() + 1);
@@ -164,14 +158,12 @@ void CounterCommands::StartClearEntry(bool again) {
 //           1  asks for it once more      Enter ends the entry
 //           2  asks for the PIN           also ends by itself with the last digit
 //           3  asks for it once more      also ends by itself with the last digit
-void CounterCommands::StartBlockEntry(const std::string& what, const Match& match, Build build) {
+void CounterCommands::StartBlockEntry(const Match& match, Build build) {
   const int cipher = match.numbers[0];
   const int prompt = match.numbers[1];
-  const std::string heard =
-      what + ", " + std::to_string(cipher) + " " + std::to_string(prompt) + ", " + Seconds(timeout_);
+  outlet_.Describe(", " + std::to_string(cipher) + " " + std::to_string(prompt) + ", " + Seconds(timeout_));
   const bool account_fits = match.text.find_first_not_of("0123456789") == std::string_view::npos;
-  if (cipher > 1 || prompt > 3 || !account_fits || !HasKeyFor(cipher)) return RefuseAs(heard);
-  outlet_.Heard(heard);
+  if (cipher > 1 || prompt > 3 || !account_fits || !HasKeyFor(cipher)) return AnswerRefusal(outlet_);
   const auto on_keyed = [this, made = std::move(build)](std::span<const std::uint8_t> digits) {
     AnswerBlock(digits, made);
   };
@@ -210,18 +202,12 @@ PinRequest CounterCommands::Request(bool again, bool ends_when_full) const {
 }
 
 void CounterCommands::EndEntry() {
-  outlet_.Heard("end of PIN entry");
   entry_.Stop();
 }
 
-void CounterCommands::Accept(bool accepted, const std::string& heard) {
-  outlet_.Heard(heard);
+void CounterCommands::Accept(bool accepted, const std::string& detail) {
+  outlet_.Describe(detail);
   AnswerKeyCommand(outlet_, accepted);
-}
-
-void CounterCommands::RefuseAs(const std::string& heard) {
-  outlet_.Heard(heard);
-  AnswerRefusal(outlet_);
 }
 
 }  // namespace gwq::terminal

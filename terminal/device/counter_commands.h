@@ -46,14 +46,14 @@ class CounterCommands {
   void ResetKeys();
 
   void StartClearEntry(bool again);
-  void StartBlockEntry(const std::string& what, const Match& match, Build build);
+  void StartBlockEntry(const Match& match, Build build);
   void AnswerBlock(std::span<const std::uint8_t> digits, const Build& build);
   [[nodiscard]] bool HasKeyFor(int cipher) const;
   [[nodiscard]] PinRequest Request(bool again, bool ends_when_full) const;
   void EndEntry();
 
-  void Accept(bool accepted, const std::string& heard);
-  void RefuseAs(const std::string& heard);
+  // Tells the trace what it was.
+  void Accept(bool accepted, const std::string& detail);
 
   Outlet& outlet_;
   PinEntry& entry_;

@@ -121,7 +121,7 @@ class Device::Impl : private Outlet {
   [[nodiscard]] Time Now() const override { return now_; }
 
   void Answer(Bytes answer, const std::string& what) override {
-    Trace(TraceEvent::Direction::kToHost, "answer: " + what);
+    Trace(Answered{what});
     answers_.push_back(std::move(answer));
     if (answers_.size() <= kMostAnswers) return;
     Wipe(answers_.front());
@@ -137,35 +137,56 @@ class Device::Impl : private Outlet {
 
   void LetAnswersLapse() override { answers_lapse_ = true; }
 
-  void Trace(TraceEvent::Direction direction, const std::string& text) override {
-    if (trace_) trace_({direction, now_, text});
+  void Trace(TraceEvent::What what) override {
+    Announce({});
+    Emit(std::move(what));
+  }
+
+  void Describe(const std::string& detail) override { Announce(detail); }
+
+  void Emit(TraceEvent::What what) {
+    if (trace_) trace_({std::move(what), now_});
+  }
+
+  void Announce(const std::string& detail) {
+    if (const CommandRow* command = std::exchange(unannounced_, nullptr))
+      Emit(CommandReceived{command, detail});
   }
 
   void CarryOut(const Command& command) {
     if (std::exchange(answers_lapse_, false)) Withdraw();
-    files_.Hear(AsText(command.bytes));
+    if (!KeepsPull(AsText(command.bytes))) files_.StopPull();
+    Dispatch(command);
+    Announce({});
+  }
+
+  void Dispatch(const Command& command) {
     switch (command.kind) {
       case Command::Kind::kText:
         return CarryOutText(AsText(command.bytes));
       case Command::Kind::kFrame:
         return CarryOutFrame(command.bytes);
       case Command::Kind::kNoise:
-        Heard("noise (" + std::to_string(command.noise_size) + " bytes)");
-        return AnswerRefusal(*this);
+        return Refuse(Row("noise"), " (" + std::to_string(command.noise_size) + " bytes)");
     }
   }
 
   void CarryOutText(std::string_view command) {
-    if (text_commands_.Run(command)) return;
-    Heard("unknown command " + NameOf(command) + " (" + std::to_string(command.size()) + " bytes)");
+    if (text_commands_.CarryOut(command, [this](const CommandRow& row) { unannounced_ = &row; })) return;
+    Refuse(Row("unknown command"), " " + NameOf(command) + " (" + std::to_string(command.size()) + " bytes)");
+  }
+
+  void Refuse(const CommandRow& command, const std::string& detail) {
+    Emit(CommandReceived{&command, detail});
     AnswerRefusal(*this);
   }
 
   // A framed command is a question of its own, so it ends an entry that waits.
   void CarryOutFrame(std::span<const std::uint8_t> frame) {
-    Heard("PIN-pad frame (" + std::to_string(frame.size()) + " bytes)");
+    Emit(CommandReceived{&Row("PIN-pad frame"), " (" + std::to_string(frame.size()) + " bytes)"});
     entry_.Stop();
-    if (auto answer = framed_commands_.Run(frame)) AnswerFrame(*this, std::move(*answer));
+    const auto on_command = [this](const CommandRow& row) { unannounced_ = &row; };
+    if (auto answer = framed_commands_.CarryOut(frame, on_command)) AnswerFrame(*this, std::move(*answer));
   }
 
   Settings settings_;
@@ -174,6 +195,7 @@ class Device::Impl : private Outlet {
   std::deque<Bytes> answers_;
   bool withdrawn_ = false;
   bool answers_lapse_ = false;
+  const CommandRow* unannounced_ = nullptr;  // is carried out, and the trace does not have it yet
   NoFiles no_files_;
   FileSystem* storage_;
   CommandReader reader_;

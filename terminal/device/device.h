@@ -5,9 +5,7 @@
 // looks at a clock.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -19,27 +17,16 @@
 #include "device/file_faults.h"
 #include "device/file_system.h"
 #include "device/painter.h"
+#include "device/trace.h"
 
 namespace gwq::terminal {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Time since the terminal was switched on, given from outside.
-using Time = std::chrono::milliseconds;
-
 // How the bytes of the host arrive, which decides where a command without an
 // end mark of its own ends: at the zero padding of a USB report, or where a
 // serial line falls silent for a moment.
 enum class Line { kUsb, kSerial };
-
-// What passes on the line, in readable form. Key material and PINs are masked.
-struct TraceEvent {
-  enum class Direction { kFromHost, kToHost, kCustomer, kNote };
-  Direction direction;
-  Time time;
-  std::string text;
-};
-using TraceSink = std::function<void(const TraceEvent&)>;
 
 struct Settings {
   std::string version = "V1.0.0";       // answered by GETVERSION, before the "|"

@@ -10,11 +10,10 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::string_view kResponse = "\033[0RESPONSE";
 constexpr std::size_t kMostVersionLine = 64;
 
 std::string TypeAndName(int type, std::string_view name) {
-  return std::string("type ") + std::to_string(type) + " " + ShownName(name);
+  return " type " + std::to_string(type) + " " + ShownName(name);
 }
 
 std::string Joined(const std::vector<std::string>& names) {
@@ -55,39 +54,37 @@ FileCommands::FileCommands(Outlet& outlet, CommandReader& reader, FileSystem& fi
       text_download_(files) {}
 
 void FileCommands::AddTo(TextCommands& table) {
-  table.Add({"\033[0HIDCHANGE", [this](const Match&) { push_.ChangeMode(); }});
-  table.Add({"\033[0PULLFILE\x02%s\x03", [this](const Match& match) { PullFile(match.text); }});
-  table.Add({"\033[0RESPONSE\x02%s\x03", [this](const Match& match) { TakeResponse(match.text); }});
-  table.Add({"\033[0GETFILELIST\x02%d\x03", [this](const Match& match) { ListFiles(match.numbers[0]); }});
-  table.Add(
-      {"\033[0DELETE\x02%d|%s\x03", [this](const Match& match) { Delete(match.numbers[0], match.text); }});
-  table.Add({"\033[0DOWNLOAD\x02%d|%s\x03",
-             [this](const Match& match) { TakePiece(match.numbers[0], match.text); }});
-  table.Add({"\033[0SPECQUERYFILE\x02%s\x03", [this](const Match& match) { Query(match.text); }});
-  table.Add({"\033[4QRCODEDELETE", [this](const Match&) { DeleteQrCode(); }});
-  table.Add({"\033[0UPDATE\x02%s\x03", [this](const Match& match) { Update(match.text); }});
+  table.Add(Row("push: mode change"), [this](const Match&) { push_.ChangeMode(); });
+  table.Add(Row("PULLFILE"), [this](const Match& match) { PullFile(match.text); });
+  table.Add(Row("RESPONSE"), [this](const Match& match) { TakeResponse(match.text); });
+  table.Add(Row("GETFILELIST"), [this](const Match& match) { ListFiles(match.numbers[0]); });
+  table.Add(Row("DELETE"), [this](const Match& match) { Delete(match.numbers[0], match.text); });
+  table.Add(Row("DOWNLOAD"), [this](const Match& match) { TakePiece(match.numbers[0], match.text); });
+  table.Add(Row("SPECQUERYFILE"), [this](const Match& match) { Query(match.text); });
+  table.Add(Row("QRCODEDELETE"), [this](const Match&) { DeleteQrCode(); });
+  table.Add(Row("UPDATE"), [this](const Match& match) { Update(match.text); });
 }
 
-void FileCommands::Hear(std::string_view command) {
-  if (!command.starts_with(kResponse)) pull_.Stop("the host goes on to something else");
+void FileCommands::StopPull() {
+  pull_.Stop("the host goes on to something else");
 }
 
-void FileCommands::Do(const std::string& step, const std::string& heard, const std::function<void()>& run) {
-  outlet_.Heard(heard.empty() ? step : step + " " + heard);
+void FileCommands::Do(const std::string& step, const std::string& detail, const std::function<void()>& run) {
+  outlet_.Describe(detail);
   const Verdict verdict = faults_.Next(step);
   if (verdict != Verdict::kNone) return AnswerVerdict(outlet_, verdict);
   run();
 }
 
-void FileCommands::DoQuietly(const std::string& step, const std::string& heard,
+void FileCommands::DoQuietly(const std::string& step, const std::string& detail,
                              const std::function<void()>& run) {
-  outlet_.Heard(heard.empty() ? step : step + " " + heard);
+  outlet_.Describe(detail);
   if (faults_.Next(step) != Verdict::kNone) return outlet_.Note("nothing is done, as scripted");
   run();
 }
 
 void FileCommands::PullFile(std::string_view name) {
-  Do("PULLFILE", ShownName(name), [&] {
+  Do("PULLFILE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
     auto file = path ? files_.Open(*path) : nullptr;
     if (!file) return AnswerRefusal(outlet_);
@@ -97,12 +94,12 @@ void FileCommands::PullFile(std::string_view name) {
 
 void FileCommands::TakeResponse(std::string_view text) {
   const bool accepted = text == "0";
-  outlet_.Heard(accepted ? "RESPONSE, accepted" : "RESPONSE, rejected");
+  outlet_.Describe(accepted ? ", accepted" : ", rejected");
   pull_.TakeResponse(accepted);
 }
 
 void FileCommands::ListFiles(int type) {
-  Do("GETFILELIST", std::string("type ") + std::to_string(type), [&] {
+  Do("GETFILELIST", " type " + std::to_string(type), [&] {
     const auto names = files_.List(MediaDirectory(type));
     AnswerText(outlet_, Joined(names),
                std::to_string(names.size()) + (names.size() == 1 ? " name" : " names"));
@@ -148,7 +145,7 @@ void FileCommands::TakePiece(int type, std::string_view name_and_record) {
 
 // The path comes back as it came, so that the host knows it again.
 void FileCommands::Query(std::string_view name) {
-  Do("SPECQUERYFILE", ShownName(name), [&] {
+  Do("SPECQUERYFILE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
     if (!path || !files_.Open(*path)) return AnswerRefusal(outlet_);
     AnswerText(outlet_, name, "it is there");
@@ -165,7 +162,7 @@ void FileCommands::DeleteQrCode() {
 // A firmware image whose first line is "version|build date" changes what the
 // terminal tells of itself; any other one is taken without a visible effect.
 void FileCommands::Update(std::string_view name) {
-  DoQuietly("UPDATE", ShownName(name), [&] {
+  DoQuietly("UPDATE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
     const auto firmware = path ? files_.Open(*path) : nullptr;
     if (!firmware) return outlet_.Note("there is no such firmware");

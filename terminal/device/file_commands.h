@@ -40,17 +40,17 @@ class FileCommands {
   // This object must outlive the table.
   void AddTo(TextCommands& table);
 
-  // To be called before any command is carried out.
-  void Hear(std::string_view command);
+  // Before any command that ends a pull.
+  void StopPull();
 
   void Advance(Time now) { pull_.Advance(now); }
   [[nodiscard]] std::optional<Time> NextDeadline() const { return pull_.NextDeadline(); }
 
  private:
   // Has `run` answer unless the script of faults says otherwise.
-  void Do(const std::string& step, const std::string& heard, const std::function<void()>& run);
+  void Do(const std::string& step, const std::string& detail, const std::function<void()>& run);
   // The same for a command that is never answered.
-  void DoQuietly(const std::string& step, const std::string& heard, const std::function<void()>& run);
+  void DoQuietly(const std::string& step, const std::string& detail, const std::function<void()>& run);
 
   void PullFile(std::string_view name);
   void TakeResponse(std::string_view text);

@@ -18,15 +18,17 @@ std::string Hex(std::uint16_t word) {
 
 }  // namespace
 
-std::optional<FramedAnswer> FramedCommands::Run(std::span<const std::uint8_t> frame) const {
+std::optional<FramedAnswer> FramedCommands::CarryOut(std::span<const std::uint8_t> frame,
+                                                     const OnCommand& on_command) const {
   const auto body = ReadFrame(frame);
   if (!body) return FramedAnswer{kStatusDamagedFrame, {}};
   if (body->size() < 2) return FramedAnswer{kStatusUnknownCommand, {}};
   const int code = ((*body)[0] << 8) | (*body)[1];
-  const auto has_code = [code](const FramedCommand& row) { return row.code == code; };
-  const auto row = std::find_if(rows_.begin(), rows_.end(), has_code);
-  if (row == rows_.end()) return FramedAnswer{kStatusUnknownCommand, {}};
-  return row->run(Arguments(*body).subspan(2));
+  const auto has_code = [code](const Handler& handler) { return handler.row->code == code; };
+  const auto handler = std::find_if(handlers_.begin(), handlers_.end(), has_code);
+  if (handler == handlers_.end()) return FramedAnswer{kStatusUnknownCommand, {}};
+  on_command(*handler->row);
+  return handler->run(Arguments(*body).subspan(2));
 }
 
 void AnswerFrame(Outlet& outlet, FramedAnswer answer) {

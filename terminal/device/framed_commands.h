@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The table of commands that come in a PIN-pad frame; the rooms that know framed
-// commands add them here, as the rooms of text commands do.
+// What is done for the commands that come in a PIN-pad frame; the parts that know framed
+// commands add theirs here, as for text commands.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,7 @@
 
 #include "device/device.h"
 #include "device/outlet.h"
+#include "device/text_commands.h"
 
 namespace gwq::terminal {
 
@@ -34,22 +35,25 @@ inline std::uint8_t ArgumentAt(Arguments arguments, std::size_t index) {
   return index < arguments.size() ? arguments[index] : std::uint8_t{0};
 }
 
-struct FramedCommand {
-  std::uint16_t code = 0;  // the body's first two bytes
-  // Nothing when the row answers by itself, now or later.
-  std::function<std::optional<FramedAnswer>(Arguments arguments)> run;
-};
-
 class FramedCommands {
  public:
-  void Add(FramedCommand row) { rows_.push_back(std::move(row)); }
+  // Nothing when it answers by itself, now or later.
+  using Run = std::function<std::optional<FramedAnswer>(Arguments arguments)>;
 
-  // Carries out the command in a frame as it came. A damaged frame and a code
-  // that no row has are answered by a status word too.
-  [[nodiscard]] std::optional<FramedAnswer> Run(std::span<const std::uint8_t> frame) const;
+  // The row outlives this object.
+  void Add(const CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
+
+  // Carries out the command in a frame as it came, and tells `on_command` before. A damaged frame
+  // and a code that no row has are answered by a status word too.
+  [[nodiscard]] std::optional<FramedAnswer> CarryOut(std::span<const std::uint8_t> frame,
+                                                     const OnCommand& on_command) const;
 
  private:
-  std::vector<FramedCommand> rows_;
+  struct Handler {
+    const CommandRow* row;
+    Run run;
+  };
+  std::vector<Handler> handlers_;
 };
 
 // Wipes the data.

@@ -25,10 +25,12 @@ class Outlet {
   // The same, when the host sends its next command: for answers that some hosts
   // do not read.
   virtual void LetAnswersLapse() = 0;
-  virtual void Trace(TraceEvent::Direction direction, const std::string& text) = 0;
+  virtual void Trace(TraceEvent::What what) = 0;
+  // Announces the command that is carried out, with what the trace says behind its name. A command that is not described
+  // before anything else is traced, or shown to the customer, is announced by its name alone.
+  virtual void Describe(const std::string& detail) = 0;
 
-  void Heard(const std::string& text) { Trace(TraceEvent::Direction::kFromHost, text); }
-  void Note(const std::string& text) { Trace(TraceEvent::Direction::kNote, text); }
+  void Note(const std::string& text) { Trace(Noted{text}); }
 };
 
 // The answers that many commands have in common.

@@ -16,13 +16,13 @@ constexpr const char* kPath = "/tmp/encdata.txt";
 }  // namespace
 
 void PadData::AddTo(TextCommands& table) {
-  table.Add({"\033[1GETENCDATA\x02%d|%d|%s\x03", [this](const Match& match) { Encipher(match); }});
+  table.Add(Row("GETENCDATA"), [this](const Match& match) { Encipher(match); });
 }
 
 void PadData::Encipher(const Match& match) {
   const auto number = static_cast<std::size_t>(match.numbers[0]);
-  outlet_.Heard("GETENCDATA, algorithm " + std::to_string(number) + " (" + std::to_string(match.text.size()) +
-                " characters, masked)");
+  outlet_.Describe(", algorithm " + std::to_string(number) + " (" + std::to_string(match.text.size()) +
+                   " characters, masked)");
   files_.Remove(kPath);
   const auto data = ReadHexText(match.text);
   const bool fits = number < kAlgorithms && static_cast<std::size_t>(match.numbers[1]) == match.text.size();

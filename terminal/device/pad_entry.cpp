@@ -46,21 +46,21 @@ std::optional<NumberRequest> ReadNumberRequest(const Match& match) {
 }  // namespace
 
 void PadEntry::AddTo(TextCommands& texts, FramedCommands& frames) {
-  frames.Add({0x3005, [this](Arguments arguments) {
-                StartPin(ArgumentAt(arguments, 0), {});
-                return std::nullopt;
-              }});
-  frames.Add({0x4030, [this](Arguments arguments) {
-                StartPin(ArgumentAt(arguments, 0), arguments.empty() ? arguments : arguments.subspan(1));
-                return std::nullopt;
-              }});
-  texts.Add({"\033[5GETINNO\x02%d|%d|%d|%s\x03", [this](const Match& match) { StartNumber(match); }});
+  frames.Add(Row("PIN entry", "framed"), [this](Arguments arguments) {
+    StartPin(ArgumentAt(arguments, 0), {});
+    return std::nullopt;
+  });
+  frames.Add(Row("PIN entry", "framed, with a text"), [this](Arguments arguments) {
+    StartPin(ArgumentAt(arguments, 0), arguments.empty() ? arguments : arguments.subspan(1));
+    return std::nullopt;
+  });
+  texts.Add(Row("GETINNO"), [this](const Match& match) { StartNumber(match); });
 }
 
 void PadEntry::StartPin(int seconds, Arguments shown) {
   const std::string text = shown.empty() ? "" : ", with a text of " + std::to_string(shown.size()) + " bytes";
-  outlet_.Heard("PIN entry, mode " + std::to_string(values_.pin_mode) + ", " + std::to_string(seconds) +
-                " s" + text);
+  outlet_.Describe(", mode " + std::to_string(values_.pin_mode) + ", " + std::to_string(seconds) + " s" +
+                   text);
   if (keys_.Working(values_.CurrentAlgorithm()) == nullptr) return RefusePin();
   entry_.Start(
       Request(seconds, shown), [this](std::span<const std::uint8_t> digits) { AnswerBlock(digits); },
@@ -104,7 +104,7 @@ void PadEntry::RefusePin() {
 }
 
 void PadEntry::StartNumber(const Match& match) {
-  outlet_.Heard("GETINNO, " + std::to_string(match.numbers[0]) + " s");
+  outlet_.Describe(", " + std::to_string(match.numbers[0]) + " s");
   const auto request = ReadNumberRequest(match);
   if (!request) return AnswerNumber('R', {}, "refused");
   entry_.Start(

@@ -63,22 +63,20 @@ bool Verifies(Algorithm algorithm, const SecretBytes& key, std::string_view veri
 }  // namespace
 
 void PadKeys::AddTo(FramedCommands& table) {
-  table.Add({0x3002, [this](Arguments arguments) { return TellPublicKey(arguments); }});
-  table.Add({0x3015, [this](Arguments arguments) { return TellDigest(arguments); }});
-  table.Add({0x3019, [this](Arguments) {
-               outlet_.Heard("read factor");
-               return factor_.empty() ? MakeFactor() : TellFactor();
-             }});
-  table.Add({0x3003, [this](Arguments) {
-               outlet_.Heard("make factor, type 1");
-               return FramedAnswer{MakeFactor().status, {}};
-             }});
-  table.Add({0x303A, [this](Arguments) {
-               outlet_.Heard("make factor, type 2");
-               return MakeFactor();
-             }});
-  for (const std::uint16_t code : {std::uint16_t{0x3004}, std::uint16_t{0x3039}})
-    table.Add({code, [this, code](Arguments arguments) { return Load(code, arguments); }});
+  table.Add(Row("read public key"), [this](Arguments arguments) { return TellPublicKey(arguments); });
+  table.Add(Row("digest"), [this](Arguments arguments) { return TellDigest(arguments); });
+  table.Add(Row("read factor"), [this](Arguments) { return factor_.empty() ? MakeFactor() : TellFactor(); });
+  table.Add(Row("make factor"), [this](Arguments) {
+    outlet_.Describe(", type 1");
+    return FramedAnswer{MakeFactor().status, {}};
+  });
+  table.Add(Row("make factor", "type 2"), [this](Arguments) {
+    outlet_.Describe(", type 2");
+    return MakeFactor();
+  });
+  for (const CommandRow* row :
+       {&Row("load working key", "framed"), &Row("load working key", "framed, type 2")})
+    table.Add(*row, [this, row](Arguments arguments) { return Load(row->code, arguments); });
 }
 
 const SecretBytes* PadKeys::Working(Algorithm algorithm) const {
@@ -87,7 +85,7 @@ const SecretBytes* PadKeys::Working(Algorithm algorithm) const {
 }
 
 FramedAnswer PadKeys::TellPublicKey(Arguments arguments) {
-  outlet_.Heard("read public key, algorithm " + std::to_string(ArgumentAt(arguments, 0)));
+  outlet_.Describe(", algorithm " + std::to_string(ArgumentAt(arguments, 0)));
   const auto kind = PairFor(ArgumentAt(arguments, 0), ArgumentAt(arguments, 1));
   auto key = kind ? pairs_.PublicKey(*kind) : std::nullopt;
   if (!key) return {kStatusNoSuchKey, {}};
@@ -97,8 +95,8 @@ FramedAnswer PadKeys::TellPublicKey(Arguments arguments) {
 FramedAnswer PadKeys::TellDigest(Arguments arguments) {
   const EVP_MD* algorithm = DigestFor(ArgumentAt(arguments, 0));
   const Arguments data = arguments.subspan(std::min<std::size_t>(arguments.size(), 2));
-  outlet_.Heard("digest " + std::to_string(ArgumentAt(arguments, 0)) + " of " + std::to_string(data.size()) +
-                " bytes");
+  outlet_.Describe(" " + std::to_string(ArgumentAt(arguments, 0)) + " of " + std::to_string(data.size()) +
+                   " bytes");
   if (algorithm == nullptr || data.size() != ArgumentAt(arguments, 1)) return {kStatusBadArgument, {}};
   Bytes digest(EVP_MAX_MD_SIZE);
   unsigned size = 0;
@@ -120,7 +118,7 @@ FramedAnswer PadKeys::TellFactor() {
 }
 
 FramedAnswer PadKeys::Load(std::uint16_t code, Arguments arguments) {
-  outlet_.Heard(std::string("load working key (") + std::to_string(arguments.size()) + " bytes, masked)");
+  outlet_.Describe(" (" + std::to_string(arguments.size()) + " bytes, masked)");
   const KeyLoad result = Load(arguments);
   constexpr std::array<const char*, 4> kTexts{"the working key is loaded", "wrong factor",
                                               "the key cannot be deciphered", "wrong verify key"};

@@ -12,20 +12,19 @@ constexpr std::size_t kMostAccountDigits = 19;
 constexpr std::size_t kMostDeviceId = 20;
 
 struct Setting {
-  std::uint16_t set_code;
-  const char* name;
+  const CommandRow* command;
   std::uint8_t PadValues::*value;
   bool (*allows)(int value);
 };
 
 constexpr Setting kSettings[] = {
-    {0x3010, "encryption type", &PadValues::encryption_type, [](int value) { return value <= 1; }},
-    {0x3012, "PIN length", &PadValues::pin_length, [](int value) { return value >= 4 && value <= 14; }},
-    {0x3013, "end rule", &PadValues::end_rule, [](int value) { return value <= 1; }},
-    {0x3011, "fill type", &PadValues::fill_type, [](int value) { return value == 0 || value == 0xFF; }},
-    {0x3032, "PIN mode", &PadValues::pin_mode,
+    {&Row("set encryption type"), &PadValues::encryption_type, [](int value) { return value <= 1; }},
+    {&Row("set PIN length"), &PadValues::pin_length, [](int value) { return value >= 4 && value <= 14; }},
+    {&Row("set end rule"), &PadValues::end_rule, [](int value) { return value <= 1; }},
+    {&Row("set fill type"), &PadValues::fill_type, [](int value) { return value == 0 || value == 0xFF; }},
+    {&Row("set PIN mode"), &PadValues::pin_mode,
      [](int value) { return value == kWithAccount || value == kWithoutAccount || value == kOfFixedLength; }},
-    {0x3014, "sound type", &PadValues::sound_type, [](int value) { return value <= 3; }},
+    {&Row("set sound type"), &PadValues::sound_type, [](int value) { return value <= 3; }},
 };
 
 bool IsDigit(std::uint8_t c) {
@@ -38,36 +37,31 @@ bool IsVisible(char c) {
 }  // namespace
 
 void PadSettings::AddTo(TextCommands& texts, FramedCommands& frames) {
-  for (const Setting& setting : kSettings) {
-    frames.Add({setting.set_code, [this, &setting](Arguments arguments) {
-                  const std::uint8_t value = ArgumentAt(arguments, 0);
-                  outlet_.Heard(std::string("set ") + setting.name + " " + std::to_string(value));
-                  if (arguments.size() > 1 || !setting.allows(value))
-                    return FramedAnswer{kStatusBadArgument, {}};
-                  values_.*setting.value = value;
-                  return FramedAnswer{};
-                }});
-  }
-  frames.Add({0x3033, [this](Arguments) {
-                outlet_.Heard("get encryption type");
-                return FramedAnswer{kStatusOk, {values_.encryption_type}};
-              }});
-  frames.Add({0x3035, [this](Arguments) {
-                outlet_.Heard("get PIN length");
-                return FramedAnswer{kStatusOk, {values_.pin_length}};
-              }});
-  frames.Add({0x3016, [this](Arguments arguments) { return SetAccount(arguments); }});
-  frames.Add({0x3018, [this](Arguments) {
-                outlet_.Heard("get device id");
-                return FramedAnswer{kStatusOk, {values_.device_id.begin(), values_.device_id.end()}};
-              }});
-  texts.Add({"\033[0BJPOSTSETSN\x02%s\x03", [this](const Match& match) { SetDeviceId(match.text); }});
+  for (const Setting& setting : kSettings)
+    frames.Add(*setting.command, [this, &setting](Arguments arguments) {
+      const std::uint8_t value = ArgumentAt(arguments, 0);
+      outlet_.Describe(" " + std::to_string(value));
+      if (arguments.size() > 1 || !setting.allows(value)) return FramedAnswer{kStatusBadArgument, {}};
+      values_.*setting.value = value;
+      return FramedAnswer{};
+    });
+  frames.Add(Row("get encryption type"), [this](Arguments) {
+    return FramedAnswer{kStatusOk, {values_.encryption_type}};
+  });
+  frames.Add(Row("get PIN length"), [this](Arguments) {
+    return FramedAnswer{kStatusOk, {values_.pin_length}};
+  });
+  frames.Add(Row("set account"), [this](Arguments arguments) { return SetAccount(arguments); });
+  frames.Add(Row("get device id"), [this](Arguments) {
+    return FramedAnswer{kStatusOk, {values_.device_id.begin(), values_.device_id.end()}};
+  });
+  texts.Add(Row("JPOSTSETSN"), [this](const Match& match) { SetDeviceId(match.text); });
 }
 
 // Hosts fill a short account with zero bytes in front, and nothing of it arrives.
 FramedAnswer PadSettings::SetAccount(Arguments arguments) {
   const Arguments digits = arguments.empty() ? arguments : arguments.subspan(1);
-  outlet_.Heard("set account (" + std::to_string(digits.size()) + " digits, masked)");
+  outlet_.Describe(" (" + std::to_string(digits.size()) + " digits, masked)");
   const std::size_t length = ArgumentAt(arguments, 0);
   const bool fits = length <= kMostAccountDigits && (digits.empty() || digits.size() == length) &&
                     std::all_of(digits.begin(), digits.end(), IsDigit);
@@ -77,7 +71,7 @@ FramedAnswer PadSettings::SetAccount(Arguments arguments) {
 }
 
 void PadSettings::SetDeviceId(std::string_view id) {
-  outlet_.Heard("JPOSTSETSN (" + std::to_string(id.size()) + " characters)");
+  outlet_.Describe(" (" + std::to_string(id.size()) + " characters)");
   const bool good = !id.empty() && id.size() <= kMostDeviceId && std::all_of(id.begin(), id.end(), IsVisible);
   if (!good) return outlet_.Answer({kStx, kNotAccepted, kEtx}, "not accepted");
   values_.device_id = id;

@@ -142,11 +142,12 @@ void PinEntry::Act() {
   const Waiting done = std::move(*waiting_);
   waiting_.reset();
   if (done.kind == PinAction::Kind::kCancel) {
-    outlet_.Trace(TraceEvent::Direction::kCustomer, "cancels");
+    outlet_.Trace(CustomerActed{CustomerActed::Kind::kCancelsEntry, {}});
     return done.on_ended ? done.on_ended(End::kCancelled) : AnswerRefusal(outlet_);
   }
-  outlet_.Trace(TraceEvent::Direction::kCustomer,
-                "keys a " + done.what + " (" + std::to_string(done.digits.size()) + " digits, masked)");
+  const bool is_pin = std::holds_alternative<PinRequest>(done.request);
+  const auto kind = is_pin ? CustomerActed::Kind::kKeysPin : CustomerActed::Kind::kKeysNumber;
+  outlet_.Trace(CustomerActed{kind, " (" + std::to_string(done.digits.size()) + " digits, masked)"});
   done.on_keyed(done.digits);
 }
 

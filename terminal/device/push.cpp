@@ -20,7 +20,6 @@ void AnswerVerdict(Outlet& outlet, Verdict verdict) {
 }
 
 void Push::ChangeMode() {
-  outlet_.Heard("push: mode change");
   faults_.StartTransfer();
   const Verdict verdict = faults_.Next("HIDCHANGE");
   if (verdict != Verdict::kNone) return AnswerVerdict(outlet_, verdict);
@@ -44,13 +43,14 @@ void Push::TakePayload(std::span<const std::uint8_t> piece) {
 }
 
 void Push::EndPacket() {
-  if (header_.Is(PacketType::kStart)) return Conclude("start packet", Judge("start", &Push::Start));
+  if (header_.Is(PacketType::kStart))
+    return Conclude(Row("push: start packet"), {}, Judge("start", &Push::Start));
   if (header_.Is(PacketType::kData))
-    return Conclude(std::string("data packet ") + ShownSize(header_.length), Judge("data", &Push::Data));
+    return Conclude(Row("push: data packet"), " " + ShownSize(header_.length), Judge("data", &Push::Data));
   if (!header_.Is(PacketType::kEnd))
-    return Conclude(std::string("packet of type ") + std::to_string(header_.type),
+    return Conclude(Row("push: packet of type"), " " + std::to_string(header_.type),
                     {Verdict::kRefuse, "there is none"});
-  Conclude("end packet", Judge("end", &Push::End));
+  Conclude(Row("push: end packet"), {}, Judge("end", &Push::End));
   reader_.EndPackets();
   writer_.reset();
 }
@@ -110,8 +110,8 @@ Push::Outcome Push::Store(int type, std::string_view name) {
   return {Verdict::kNone, file + " stored, " + ShownSize(size_)};
 }
 
-void Push::Conclude(const std::string& packet, const Outcome& outcome) {
-  outlet_.Heard("push: " + packet + ", " + outcome.text);
+void Push::Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome) {
+  outlet_.Trace(CommandReceived{&packet, detail + ", " + outcome.text});
   if (outcome.verdict == Verdict::kNone) return AnswerDone(outlet_);
   writer_.reset();
   AnswerVerdict(outlet_, outcome.verdict);

@@ -53,7 +53,7 @@ class Push final : public PacketSink {
   [[nodiscard]] Outcome Store(int type, std::string_view name);
   [[nodiscard]] bool CheckHolds() const;
   [[nodiscard]] bool IsCut() const;
-  void Conclude(const std::string& packet, const Outcome& outcome);
+  void Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome);
 
   Outlet& outlet_;
   CommandReader& reader_;

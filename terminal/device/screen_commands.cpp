@@ -99,68 +99,65 @@ void ScreenCommands::AddTo(TextCommands& table) {
 }
 
 void ScreenCommands::AddEvaluation(TextCommands& table) {
-  table.Add({"\033[4;%dT",
-             [this](const Match& match) { SetTimeout(evaluation_time_, "evaluation", match.numbers[0]); }});
-  table.Add({"\033[4OPINFODPUTF8\x02%s\x03", [this](const Match& match) { ShowCard(match.text); }});
-  table.Add({"\033[4SETEVALINFOUTF8\x02%s\x03",
-             [this](const Match& match) { (void)SetCard("SETEVALINFOUTF8", match.text); }});
-  table.Add({"\033[4H\x02%s\x03", [this](const Match& match) { (void)SetCard("teller card", match.text); }});
-  table.Add({"\033[4STARTEVALUTF8", [this](const Match&) { StartEvaluation(); }});
-  table.Add({"\033[4R", [this](const Match&) { StartEvaluation(); }});
-  table.Add({"\033[4C", [this](const Match&) { Close("close evaluation", kEvaluationChannel); }});
+  table.Add(Row("evaluation time-out"),
+            [this](const Match& match) { SetTimeout(evaluation_time_, match.numbers[0]); });
+  table.Add(Row("OPINFODPUTF8"), [this](const Match& match) { ShowCard(match.text); });
+  table.Add(Row("SETEVALINFOUTF8"), [this](const Match& match) { (void)SetCard(match.text); });
+  table.Add(Row("teller card"), [this](const Match& match) { (void)SetCard(match.text); });
+  table.Add(Row("start evaluation"), [this](const Match&) { StartEvaluation(); });
+  table.Add(Row("start evaluation", "short"), [this](const Match&) { StartEvaluation(); });
+  table.Add(Row("close evaluation"), [this](const Match&) { screens_.Close(kEvaluationChannel); });
 }
 
 void ScreenCommands::AddInformation(TextCommands& table) {
-  table.Add({"\033[2;%dT",
-             [this](const Match& match) { SetTimeout(information_time_, "information", match.numbers[0]); }});
-  table.Add({"\033[2C", [this](const Match&) { Close("close information", kInformationChannel); }});
-  table.Add({"\033[2A\x02%s\x03", [this](const Match& match) { StartInformation(match.text); }});
-  table.Add({"\033[2SETHTMLBTNTIME\x02%d\x03", [this](const Match& match) {
-               outlet_.Heard("SETHTMLBTNTIME " + std::to_string(match.numbers[0]) + " s");
-               countdown_ = match.numbers[0];
-             }});
-  table.Add({"\033[2AUTF8\x02%s\x03", [this](const Match& match) { StartHtml("HTML", match.text, false); }});
-  table.Add({"\033[2SHOWHTMLUTF8\x02%s\x03", [this](const Match& match) { ShowHtml(match.text); }});
-  table.Add({"\033[2STARTSCREENSHOTUTF8\x02%s\x03",
-             [this](const Match& match) { StartHtml("STARTSCREENSHOTUTF8", match.text, true); }});
-  table.Add({"\033[2YCSTARTINFOHTMLEXUTF8\x02%d#%s\x03",
-             [this](const Match& match) { StartPageFile(match.numbers[0], match.text); }});
+  table.Add(Row("information time-out"),
+            [this](const Match& match) { SetTimeout(information_time_, match.numbers[0]); });
+  table.Add(Row("close information"), [this](const Match&) { screens_.Close(kInformationChannel); });
+  table.Add(Row("information"), [this](const Match& match) { StartInformation(match.text); });
+  table.Add(Row("SETHTMLBTNTIME"), [this](const Match& match) {
+    outlet_.Describe(" " + std::to_string(match.numbers[0]) + " s");
+    countdown_ = match.numbers[0];
+  });
+  table.Add(Row("HTML"), [this](const Match& match) { StartHtml(match.text, false); });
+  table.Add(Row("SHOWHTMLUTF8"), [this](const Match& match) { ShowHtml(match.text); });
+  table.Add(Row("STARTSCREENSHOTUTF8"), [this](const Match& match) { StartHtml(match.text, true); });
+  table.Add(Row("YCSTARTINFOHTMLEXUTF8"),
+            [this](const Match& match) { StartPageFile(match.numbers[0], match.text); });
 }
 
 void ScreenCommands::AddDocuments(TextCommands& table) {
-  table.Add({"\033[2YCNEWSHOWFILE\x02%d|%d|%s\x03",
-             [this](const Match& match) { ShowDocuments(match.numbers[1], match.text); }});
-  table.Add({"\033[2YCNEWSTARTFILE\x02%d|%d|%s\x03",
-             [this](const Match& match) { ConfirmDocuments(match.numbers[1], match.text); }});
-  table.Add({"\033[2YCNEWSTARTSIGN\x02%d|%d|%s\x03",
-             [this](const Match& match) { StartSigning(match.numbers[1], match.text); }});
-  table.Add({"\033[2YCSETVOICECONTENT\x02%s\x03", [this](const Match& match) { SetVoice(match.text); }});
-  table.Add({"\033[2YCISSUPPORTTZG", [this](const Match&) { TellTzg(); }});
-  table.Add({"\033[2YCNEWSTARTZGTSIGN\x02%d|%d|%d|%d|%s\x03",
-             [this](const Match& match) { StartTzgSigning(match); }});
-  table.Add({"\033[2HANDSIGN\x02%d|%d\x03",
-             [this](const Match& match) { StartHandSign(match.numbers[0], match.numbers[1]); }});
+  table.Add(Row("YCNEWSHOWFILE"),
+            [this](const Match& match) { ShowDocuments(match.numbers[1], match.text); });
+  table.Add(Row("YCNEWSTARTFILE"),
+            [this](const Match& match) { ConfirmDocuments(match.numbers[1], match.text); });
+  table.Add(Row("YCNEWSTARTSIGN"),
+            [this](const Match& match) { StartSigning(match.numbers[1], match.text); });
+  table.Add(Row("YCSETVOICECONTENT"), [this](const Match& match) { SetVoice(match.text); });
+  table.Add(Row("YCISSUPPORTTZG"), [this](const Match&) { TellTzg(); });
+  table.Add(Row("YCNEWSTARTZGTSIGN"), [this](const Match& match) { StartTzgSigning(match); });
+  table.Add(Row("HANDSIGN"),
+            [this](const Match& match) { StartHandSign(match.numbers[0], match.numbers[1]); });
 }
 
 void ScreenCommands::AddOthers(TextCommands& table) {
-  table.Add(
-      {"\033[5;%dT", [this](const Match& match) { SetTimeout(keypad_time_, "keypad", match.numbers[0]); }});
-  table.Add({"\033GM\r\n", [this](const Match&) { StartKeypad(0); }});
-  table.Add({"\033FA\r\n", [this](const Match&) { StartKeypad(1); }});
-  table.Add({"\033[5C", [this](const Match&) { Close("close keypad", kKeypadChannel); }});
-  table.Add({"\033[2YCCHECKOUTALLUTF8\x02%d#%s\x03",
-             [this](const Match& match) { StartCheckout(match.numbers[0], match.text); }});
-  table.Add({"\033[0CLOSECURPROGRAM", [this](const Match&) { CloseProgram(); }});
+  table.Add(Row("keypad time-out"),
+            [this](const Match& match) { SetTimeout(keypad_time_, match.numbers[0]); });
+  table.Add(Row("keypad"), [this](const Match&) { StartKeypad(0); });
+  table.Add(Row("keypad", "hidden"), [this](const Match&) { StartKeypad(1); });
+  table.Add(Row("close keypad"), [this](const Match&) { screens_.Close(kKeypadChannel); });
+  table.Add(Row("YCCHECKOUTALLUTF8"),
+            [this](const Match& match) { StartCheckout(match.numbers[0], match.text); });
+  table.Add(Row("CLOSECURPROGRAM"), [this](const Match&) { CloseProgram(); });
 }
 
-void ScreenCommands::SetTimeout(Time& timeout, const char* what, int seconds) {
-  outlet_.Heard(std::string(what) + " time-out " + std::to_string(seconds) + " s");
+void ScreenCommands::SetTimeout(Time& timeout, int seconds) {
+  outlet_.Describe(" " + std::to_string(seconds) + " s");
   timeout = Seconds(seconds);
 }
 
-bool ScreenCommands::SetCard(const char* command, std::string_view fields) {
+bool ScreenCommands::SetCard(std::string_view fields) {
   auto card = ReadCard(fields);
-  outlet_.Heard(std::string(command) + (card ? "" : ", damaged"));
+  outlet_.Describe(card ? "" : ", damaged");
   if (!card) return false;
   const auto path = MediaPath(kHeadPhotoType, card->photo);
   if (path && IsThere(*path)) card->photo_path = *path;
@@ -169,14 +166,13 @@ bool ScreenCommands::SetCard(const char* command, std::string_view fields) {
 }
 
 void ScreenCommands::ShowCard(std::string_view fields) {
-  if (!SetCard("OPINFODPUTF8", fields)) return;
+  if (!SetCard(fields)) return;
   Screen screen = MakeScreen(ScreenKind::kTellerCard, "At your service", evaluation_time_);
   screen.teller = card_;
   screens_.Show(std::move(screen));
 }
 
 void ScreenCommands::StartEvaluation() {
-  outlet_.Heard("start evaluation");
   Screen screen = MakeScreen(ScreenKind::kEvaluation, "Please rate our service", evaluation_time_);
   screen.teller = card_;
   screen.keys = {{Role::kPlain, "1", "Poor", "B1F"},
@@ -188,7 +184,6 @@ void ScreenCommands::StartEvaluation() {
 }
 
 void ScreenCommands::StartInformation(std::string_view split_text) {
-  outlet_.Heard("information");
   auto text = ReadSplitText(split_text);
   if (!text) return AnswerRefusal(outlet_);
   Screen screen = MakeScreen(ScreenKind::kInformation, "Information", information_time_);
@@ -199,7 +194,6 @@ void ScreenCommands::StartInformation(std::string_view split_text) {
 }
 
 void ScreenCommands::ShowHtml(std::string_view split_page) {
-  outlet_.Heard("SHOWHTMLUTF8");
   auto page = ReadSplitText(split_page);
   if (!page) return outlet_.Note("the page is damaged");
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", information_time_);
@@ -207,8 +201,7 @@ void ScreenCommands::ShowHtml(std::string_view split_page) {
   screens_.Show(std::move(screen));
 }
 
-void ScreenCommands::StartHtml(const char* command, std::string_view split_page, bool keeps_picture) {
-  outlet_.Heard(command);
+void ScreenCommands::StartHtml(std::string_view split_page, bool keeps_picture) {
   auto page = ReadSplitText(split_page);
   if (!page) return AnswerRefusal(outlet_);
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", information_time_);
@@ -222,7 +215,6 @@ void ScreenCommands::StartHtml(const char* command, std::string_view split_page,
 
 // Behind the extra text there is a field that hosts leave empty.
 void ScreenCommands::StartPageFile(int seconds, std::string_view fields) {
-  outlet_.Heard("YCSTARTINFOHTMLEXUTF8");
   auto extra = ReadSplitText(TakeField(fields, '#'));
   if (!extra || !IsThere(kPageFile)) return AnswerRefusal(outlet_);
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", Seconds(seconds));
@@ -235,7 +227,7 @@ void ScreenCommands::StartPageFile(int seconds, std::string_view fields) {
 }
 
 void ScreenCommands::StartKeypad(int mode) {
-  outlet_.Heard("keypad, mode " + std::to_string(mode));
+  outlet_.Describe(", mode " + std::to_string(mode));
   Screen screen = MakeScreen(ScreenKind::kKeypad, "Please key a number", keypad_time_);
   screen.hides_digits = mode == 1;
   screen.keys = {{Role::kConfirm, "confirm", "Confirm", "AF"}, {Role::kCancel, "cancel", "Cancel", "AF"}};
@@ -243,7 +235,7 @@ void ScreenCommands::StartKeypad(int mode) {
 }
 
 void ScreenCommands::ShowDocuments(int seconds, std::string_view list) {
-  outlet_.Heard("YCNEWSHOWFILE " + ShownName(list));
+  outlet_.Describe(" " + ShownName(list));
   auto documents = FindDocuments(list);
   if (!documents) return outlet_.Note("there is no such document");
   Screen screen = MakeScreen(ScreenKind::kDocument, "Document", Seconds(seconds));
@@ -252,7 +244,7 @@ void ScreenCommands::ShowDocuments(int seconds, std::string_view list) {
 }
 
 void ScreenCommands::ConfirmDocuments(int seconds, std::string_view list) {
-  outlet_.Heard("YCNEWSTARTFILE " + ShownName(list));
+  outlet_.Describe(" " + ShownName(list));
   auto documents = FindDocuments(list);
   if (!documents) return AnswerRefusal(outlet_);
   Screen screen = MakeScreen(ScreenKind::kConfirm, "Please read and agree", Seconds(seconds));
@@ -264,25 +256,23 @@ void ScreenCommands::ConfirmDocuments(int seconds, std::string_view list) {
 
 // Some hosts do not read the answer.
 void ScreenCommands::SetVoice(std::string_view text) {
-  outlet_.Heard("YCSETVOICECONTENT (" + ShownSize(text.size()) + ")");
+  outlet_.Describe(" (" + ShownSize(text.size()) + ")");
   voice_ = ShownText(text);
   AnswerDone(outlet_);
   outlet_.LetAnswersLapse();
 }
 
 void ScreenCommands::TellTzg() {
-  outlet_.Heard("YCISSUPPORTTZG");
   if (settings_.tzg) return AnswerDone(outlet_);
   AnswerRefusal(outlet_);
 }
 
 void ScreenCommands::StartSigning(int seconds, std::string_view fields) {
-  outlet_.Heard("YCNEWSTARTSIGN");
   Sign(MakeScreen(ScreenKind::kSigning, "Please sign", Seconds(seconds)), fields);
 }
 
 void ScreenCommands::StartTzgSigning(const Match& match) {
-  outlet_.Heard("YCNEWSTARTZGTSIGN, mode " + std::to_string(match.numbers[3]));
+  outlet_.Describe(", mode " + std::to_string(match.numbers[3]));
   if (!settings_.tzg) return AnswerRefusal(outlet_);
   Sign(MakeScreen(ScreenKind::kSigning, "Please sign", Seconds(match.numbers[1])), match.text);
 }
@@ -299,7 +289,7 @@ void ScreenCommands::Sign(Screen screen, std::string_view fields) {
 }
 
 void ScreenCommands::StartHandSign(int page_type, int seconds) {
-  outlet_.Heard("HANDSIGN, page type " + std::to_string(page_type));
+  outlet_.Describe(", page type " + std::to_string(page_type));
   const auto page = HandSignPage(page_type);
   if (!page || !IsThere(*page)) return AnswerRefusal(outlet_);
   Screen screen = MakeScreen(ScreenKind::kHandSign, "Please sign", Seconds(seconds));
@@ -311,7 +301,6 @@ void ScreenCommands::StartHandSign(int page_type, int seconds) {
 
 // The codes for cancel and time-out are the other way round than in signing.
 void ScreenCommands::StartCheckout(int seconds, std::string_view fields) {
-  outlet_.Heard("YCCHECKOUTALLUTF8");
   auto second = ReadSplitText(TakeField(fields, '#'));
   auto first = ReadSplitText(fields);
   if (!first || !second) return AnswerRefusal(outlet_);
@@ -325,16 +314,10 @@ void ScreenCommands::StartCheckout(int seconds, std::string_view fields) {
 }
 
 void ScreenCommands::CloseProgram() {
-  outlet_.Heard("CLOSECURPROGRAM");
   screens_.CloseAny();
   entry_.Stop();
   outlet_.Withdraw();
   AnswerDone(outlet_);
-}
-
-void ScreenCommands::Close(const char* command, int channel) {
-  outlet_.Heard(command);
-  screens_.Close(channel);
 }
 
 // In GBK a "|" may be half of a character, so the list is cut up as a text.

@@ -45,13 +45,13 @@ class ScreenCommands {
   void AddDocuments(TextCommands& table);
   void AddOthers(TextCommands& table);
 
-  void SetTimeout(Time& timeout, const char* what, int seconds);
-  [[nodiscard]] bool SetCard(const char* command, std::string_view fields);
+  void SetTimeout(Time& timeout, int seconds);
+  [[nodiscard]] bool SetCard(std::string_view fields);
   void ShowCard(std::string_view fields);
   void StartEvaluation();
   void StartInformation(std::string_view split_text);
   void ShowHtml(std::string_view split_page);
-  void StartHtml(const char* command, std::string_view split_page, bool keeps_picture);
+  void StartHtml(std::string_view split_page, bool keeps_picture);
   void StartPageFile(int seconds, std::string_view fields);
   void StartKeypad(int mode);
 
@@ -66,7 +66,6 @@ class ScreenCommands {
   void StartCheckout(int seconds, std::string_view fields);
   void CloseProgram();
 
-  void Close(const char* command, int channel);
   // Those in the list, all of which must be there.
   [[nodiscard]] Documents FindDocuments(std::string_view list) const;
   [[nodiscard]] bool IsThere(const std::string& path) const { return files_.Open(path) != nullptr; }

@@ -67,6 +67,7 @@ Screens::Screens(Customer& customer, Outlet& outlet, FileSystem& files, const Pa
     : customer_(customer), outlet_(outlet), files_(files), painter_(painter), current_(IdleScreen()) {}
 
 void Screens::Show(Screen screen) {
+  outlet_.Describe({});  // those who watch the customer learn of the command first
   CloseAny();
   const bool takes_signature = screen.KeyFor(ScreenKey::Role::kSign) != nullptr;
   if (takes_signature) ForgetSignature();
@@ -125,7 +126,7 @@ void Screens::ActAsForetold() {
   acts_at_.reset();
   const auto answer = AnswerTo(action_);
   const std::string deed = Deed(action_);
-  outlet_.Trace(TraceEvent::Direction::kCustomer, deed);
+  outlet_.Trace(CustomerActed{CustomerActed::Kind::kAtScreen, deed});
   if (action_.kind == ScreenAction::Kind::kWalkAway) return;
   if (!answer) return outlet_.Note("the screen does not take that; it waits for its time-out");
   if (action_.kind == ScreenAction::Kind::kSign && !KeepSignature(action_.strokes)) {

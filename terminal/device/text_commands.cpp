@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "device/text_commands.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace gwq::terminal {
@@ -15,12 +14,15 @@ bool IsPrintable(char c) {
 
 }  // namespace
 
-bool TextCommands::Run(std::string_view command) const {
-  return std::any_of(rows_.begin(), rows_.end(), [command](const TextCommand& row) {
-    const auto match = MatchPattern(row.pattern, command);
-    if (match) row.run(*match);
-    return match.has_value();
-  });
+bool TextCommands::CarryOut(std::string_view command, const OnCommand& on_command) const {
+  for (const Handler& handler : handlers_) {
+    const auto match = MatchPattern(handler.row->pattern, command);
+    if (!match) continue;
+    on_command(*handler.row);
+    handler.run(*match);
+    return true;
+  }
+  return false;
 }
 
 // Behind "ESC letter" the data follows at once, and may be a key.

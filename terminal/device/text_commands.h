@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The table of commands that are text or single control bytes. A room of the
-// terminal adds its rows once; the first row that fits a command is carried out.
+// What is done for the commands that are text or single control bytes. Each part of the
+// unit adds its own once; the first whose row fits a command is carried out.
 #pragma once
 
 #include <functional>
@@ -9,23 +9,28 @@
 #include <vector>
 
 #include "device/pattern.h"
+#include "protocol/commands.h"
 
 namespace gwq::terminal {
 
-struct TextCommand {
-  std::string_view pattern;
-  std::function<void(const Match&)> run;
-};
+using OnCommand = std::function<void(const CommandRow&)>;
 
 class TextCommands {
  public:
-  void Add(TextCommand row) { rows_.push_back(std::move(row)); }
+  using Run = std::function<void(const Match&)>;
 
-  // False when no row fits.
-  [[nodiscard]] bool Run(std::string_view command) const;
+  // The row outlives this object.
+  void Add(const CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
+
+  // Tells `on_command` before the command is carried out. False when no row fits.
+  [[nodiscard]] bool CarryOut(std::string_view command, const OnCommand& on_command) const;
 
  private:
-  std::vector<TextCommand> rows_;
+  struct Handler {
+    const CommandRow* row;
+    Run run;
+  };
+  std::vector<Handler> handlers_;
 };
 
 // A command's name for the trace: its word, and never what it carries.

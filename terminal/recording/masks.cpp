@@ -2,25 +2,15 @@
 #include "recording/masks.h"
 
 #include <algorithm>
-#include <array>
 
 #include "device/bytes.h"
 
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostOfAWord = 64;
 constexpr std::size_t kPacketHeaderEnd = 4;  // check byte and length, behind STX and type
 constexpr std::size_t kFrameHead = 8;        // nibbles of length, and of command or status
 constexpr std::size_t kLeastPublicKey = 64;
-constexpr unsigned kAskDeviceId = 0x3018;
-constexpr unsigned kAskPin = 0x3005;
-constexpr unsigned kAskPinWithText = 0x4030;
-
-// Neither their arguments nor what can be told from them is a secret.
-constexpr std::array<unsigned, 15> kOpenFrames = {0x3002, 0x3003, kAskPin, 0x3010, 0x3011,
-                                                  0x3012, 0x3013, 0x3014,  0x3018, 0x3019,
-                                                  0x3032, 0x3033, 0x3035,  0x303A, kAskPinWithText};
 
 bool IsNibble(std::uint8_t byte) {
   return byte >= 0x30 && byte <= 0x3F;
@@ -30,6 +20,10 @@ bool IsDigit(std::uint8_t byte) {
 }
 bool IsPacketType(std::uint8_t byte) {
   return byte >= 1 && byte <= 4;
+}
+
+bool BeginsCommand(std::uint8_t byte) {
+  return byte == kStx || (byte >= kEntryMode1 && byte <= kEntryEnd);
 }
 
 // A packet that is shorter than it says must not hide the commands behind it.
@@ -90,7 +84,7 @@ bool HostMask::Take(std::uint8_t byte, AnswerMask& answers) {
     case State::kEscape:
       return TakeLetter(byte, answers), false;
     case State::kWord:
-      return TakeWord(byte, answers), false;
+      return TakeWord(byte, answers);
     case State::kStx:
       return TakeAfterStx(byte);
     case State::kFrame:
@@ -114,11 +108,15 @@ void HostMask::TakeIdle(std::uint8_t byte, AnswerMask& answers) {
 void HostMask::TakeLetter(std::uint8_t byte, AnswerMask& answers) {
   word_.clear();
   count_ = 0;
-  state_ = State::kLine;
-  if (byte == '[') state_ = State::kWord;
-  if (byte == 'M' || byte == 'S') state_ = State::kSecretLine;
-  if (byte == 'I') state_ = State::kAccount;
-  if (byte == 'I' || byte == 'F') answers.ExpectSecret();
+  state_ = State::kWord;
+  if (byte == '[') return;
+  const auto rows = LetterRows(static_cast<char>(byte));
+  state_ = rows.empty() ? State::kSecretLine : State::kLine;
+  for (const CommandRow* row : rows) {
+    if (row->carried == Carried::kSecret) state_ = State::kSecretLine;
+    if (row->carried == Carried::kSecretText) state_ = State::kAccount;
+    answers.Asked(*row);
+  }
 }
 
 bool HostMask::TakeLine(std::uint8_t byte, AnswerMask& answers) {
@@ -128,15 +126,22 @@ bool HostMask::TakeLine(std::uint8_t byte, AnswerMask& answers) {
   return secret && byte != kCr && byte != '\n';
 }
 
-void HostMask::TakeWord(std::uint8_t byte, AnswerMask& answers) {
-  if (byte != kStx) {
-    if (word_.size() < kMostOfAWord) word_ += static_cast<char>(byte);
-    if (byte == kEntryMode0 || byte == kEntryMode1) answers.ExpectSecret();
-    return;
+// On a serial line the next command may follow a word that is whole.
+bool HostMask::TakeWord(std::uint8_t byte, AnswerMask& answers) {
+  const WordFit fit = FitWord(word_);
+  if (byte == kStx && fit.with_data != nullptr) {
+    state_ = fit.with_data->carried == Carried::kOpen ? State::kOpen : State::kSecret;
+    answers.Asked(*fit.with_data);
+    return false;
   }
-  const auto has = [this](const char* part) { return word_.find(part) != std::string::npos; };
-  state_ = has("GETENCDATA") ? State::kSecret : State::kOpen;
-  if (has("GETINNO")) answers.ExpectNumber();
+  if (fit.whole && BeginsCommand(byte)) {
+    state_ = State::kIdle;
+    return TakeIdle(byte, answers), false;
+  }
+  word_ += static_cast<char>(byte);
+  if (FitWord(word_).known) return false;
+  state_ = State::kSecret;
+  return true;
 }
 
 bool HostMask::TakeAfterStx(std::uint8_t byte) {
@@ -167,10 +172,9 @@ bool HostMask::TakeFrame(std::uint8_t byte, AnswerMask& answers) {
   value_ = (value_ << 4 | (byte & 0x0F)) & 0xFFFF;
   if (++count_ < kFrameHead) return false;
   const auto code = static_cast<unsigned>(value_);
-  answers.FrameAsked(code);
-  if (code == kAskPin || code == kAskPinWithText) answers.ExpectSecret();
-  const bool open = std::find(kOpenFrames.begin(), kOpenFrames.end(), code) != kOpenFrames.end();
-  state_ = open ? State::kOpen : State::kSecret;
+  const CommandRow* const row = FrameRow(code);
+  answers.FrameAsked(row);
+  state_ = row != nullptr && row->carried == Carried::kOpen ? State::kOpen : State::kSecret;
   return false;
 }
 
@@ -181,6 +185,16 @@ void HostMask::TakePacketHeader(std::uint8_t byte) {
 }
 
 // ---- The terminal's side
+
+void AnswerMask::Asked(const CommandRow& row) {
+  if (row.answer == AnswerKind::kPin) secret_asked_ = true;
+  if (row.answer == AnswerKind::kNumber) number_asked_ = true;
+}
+
+void AnswerMask::FrameAsked(const CommandRow* row) {
+  frame_asked_ = row;
+  if (row != nullptr) Asked(*row);
+}
 
 Masks AnswerMask::Feed(std::span<const std::uint8_t> bytes) {
   SpanList spans;
@@ -282,7 +296,7 @@ bool AnswerMask::TakeFrame(std::uint8_t byte) {
 bool AnswerMask::IsSecretData(std::size_t size) const {
   const std::size_t data = size - std::min<std::size_t>(size, 2);
   if (data <= 1 || data >= kLeastPublicKey) return false;
-  return frame_asked_ != kAskDeviceId || data == 8 || data == 16;
+  return frame_asked_ != &Row("get device id") || data == 8 || data == 16;
 }
 
 void AnswerMask::TakePacketHeader(std::uint8_t byte) {

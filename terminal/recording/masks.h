@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Finds keys, PINs and numbers in what passes on the wire. It looks at each byte as it comes,
-// and where it cannot be sure, it takes the byte for a secret.
+// and where it cannot be sure, it takes the byte for a secret. What a command carries and what may
+// answer it says its row (protocol/commands.h); what a command without a row carries is masked.
 //
 // From the host:
 //   ESC M ..., ESC S ... CR LF      the key record
@@ -18,6 +19,7 @@
 #include <span>
 #include <string>
 
+#include "protocol/commands.h"
 #include "recording/transfer.h"
 
 namespace gwq::terminal {
@@ -30,8 +32,8 @@ class AnswerMask {
   // The host has spoken: an answer that was not read to its end will not go on.
   void HostSpoke() { state_ = State::kStart; }
   void ExpectSecret() { secret_asked_ = true; }
-  void ExpectNumber() { number_asked_ = true; }
-  void FrameAsked(unsigned code) { frame_asked_ = code; }
+  void Asked(const CommandRow& row);
+  void FrameAsked(const CommandRow* row);  // null: an unknown one
 
  private:
   enum class State { kStart, kStx, kOpen, kSecret, kPin, kNumber, kFrame, kPacketHeader, kPacketBody };
@@ -48,7 +50,7 @@ class AnswerMask {
   bool secret_asked_ = false;
   bool number_asked_ = false;
   bool hides_digits_ = false;
-  unsigned frame_asked_ = 0;
+  const CommandRow* frame_asked_ = nullptr;
   std::size_t count_ = 0;
   std::size_t value_ = 0;
 };
@@ -77,7 +79,7 @@ class HostMask {
   void TakeIdle(std::uint8_t byte, AnswerMask& answers);
   void TakeLetter(std::uint8_t byte, AnswerMask& answers);
   [[nodiscard]] bool TakeLine(std::uint8_t byte, AnswerMask& answers);
-  void TakeWord(std::uint8_t byte, AnswerMask& answers);
+  [[nodiscard]] bool TakeWord(std::uint8_t byte, AnswerMask& answers);
   [[nodiscard]] bool TakeAfterStx(std::uint8_t byte);
   [[nodiscard]] bool TakeFrame(std::uint8_t byte, AnswerMask& answers);
   void TakePacketHeader(std::uint8_t byte);

@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "device/screen.h"
-#include "scenarios/command_names.h"
+#include "protocol/commands.h"
 
 namespace gwq::terminal {
 namespace {

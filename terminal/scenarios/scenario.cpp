@@ -9,7 +9,7 @@
 
 #include "customer/scripted.h"
 #include "device/screen.h"
-#include "scenarios/command_names.h"
+#include "protocol/commands.h"
 #include "scenarios/masking.h"
 #include "store/safe_path.h"
 

@@ -10,15 +10,12 @@
 
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
-#include "scenarios/command_names.h"
 
 namespace gwq::terminal {
 namespace {
 
 using Kind = Happening::Kind;
 using Deed = ScriptedEvent::Deed;
-
-constexpr std::string_view kKeysPin = "keys a PIN ";
 
 std::unique_ptr<Customer> ScriptedOrAgreeable(const Json& script) {
   if (script.is_null()) return std::make_unique<AgreeableCustomer>();
@@ -118,9 +115,10 @@ std::unique_ptr<FileSystem> Stage::Watch(FileSystem& files) {
 
 TraceSink Stage::Sink() {
   return [this](const TraceEvent& event) {
-    if (event.direction == TraceEvent::Direction::kFromHost)
-      Note({Kind::kCommand, CommandNameOf(event.text), event.text, 0, {}});
-    if (event.direction == TraceEvent::Direction::kCustomer && event.text.starts_with(kKeysPin))
+    if (const auto* const received = std::get_if<CommandReceived>(&event.what))
+      Note({Kind::kCommand, std::string(received->command->name), TextOf(event), 0, {}});
+    const auto* const acted = std::get_if<CustomerActed>(&event.what);
+    if (acted != nullptr && acted->kind == CustomerActed::Kind::kKeysPin)
       Note({Kind::kPinKeyed, {}, {}, 0, {}});
   };
 }

@@ -3,27 +3,16 @@
 
 #include <fcntl.h>
 
+#include <array>
 #include <cstdio>
-#include <string_view>
 
 #include "transports/errors.h"
 
 namespace gwq::terminal {
 namespace {
 
-std::string_view Speaker(TraceEvent::Direction direction) {
-  switch (direction) {
-    case TraceEvent::Direction::kFromHost:
-      return "host     > ";
-    case TraceEvent::Direction::kToHost:
-      return "terminal > ";
-    case TraceEvent::Direction::kCustomer:
-      return "customer : ";
-    case TraceEvent::Direction::kNote:
-      break;
-  }
-  return "         : ";
-}
+// In the order of TraceEvent::What.
+constexpr std::array kSpeakers{"host     > ", "terminal > ", "customer : ", "         : "};
 
 std::string TimeText(Time time) {
   char text[32];
@@ -53,8 +42,8 @@ TraceWriter::TraceWriter(const std::optional<std::string>& target) {
 TraceSink TraceWriter::Sink(const std::string& line_name) const {
   if (fd_ < 0) return {};
   return [fd = fd_, line_name](const TraceEvent& event) {
-    WriteLine(fd, TimeText(event.time) + line_name + " " + std::string(Speaker(event.direction)) +
-                      event.text + "\n");
+    WriteLine(
+        fd, TimeText(event.time) + line_name + " " + kSpeakers.at(event.what.index()) + TextOf(event) + "\n");
   };
 }
 

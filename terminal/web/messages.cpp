@@ -34,10 +34,8 @@ std::string_view NameOf(NumberRequest::Display display) {
   return kNames.at(static_cast<std::size_t>(display));
 }
 
-std::string_view NameOf(TraceEvent::Direction direction) {
-  constexpr std::array<std::string_view, 4> kNames{"host", "terminal", "customer", "note"};
-  return kNames.at(static_cast<std::size_t>(direction));
-}
+// In the order of TraceEvent::What.
+constexpr std::array kSpeakers{"host", "terminal", "customer", "note"};
 
 Json KeysOf(const Screen& screen) {
   Json keys = Json::array();
@@ -173,8 +171,9 @@ std::string EntryMessage(const std::optional<EntryState>& entry, Time now) {
 std::string TraceMessage(const std::vector<TraceEvent>& events) {
   Json lines = Json::array();
   for (const TraceEvent& event : events)
-    lines.push_back(
-        {{"time_ms", event.time.count()}, {"from", NameOf(event.direction)}, {"text", event.text}});
+    lines.push_back({{"time_ms", event.time.count()},
+                     {"from", kSpeakers.at(event.what.index())},
+                     {"text", TextOf(event)}});
   return Text({{"type", "trace"}, {"lines", std::move(lines)}});
 }
 

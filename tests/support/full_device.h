@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // /dev/full, on which every write fails. Where there is none, root would make a regular file of that name.
 #pragma once
 

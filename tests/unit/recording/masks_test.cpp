@@ -51,6 +51,22 @@ TEST(Masks, hide_key_records_and_accounts) {
             "\033[1GETENCDATA\x02" + Stars(10) + "\x03");
 }
 
+TEST(Masks, hide_what_an_unknown_command_carries) {
+  Feeder feed;
+  EXPECT_EQ(feed.Host("\033[1GETENCDATB\x02"
+                      "0|6|A1B2C3\x03\0"s),
+            "\033[1GETENCDAT" + Stars(12) + "\x03\0"s);
+  EXPECT_EQ(feed.Host("\033[9KEY 0123456789ABCDEF\0\0"s), "\033[" + Stars(21) + "\0\0"s);
+  EXPECT_EQ(feed.Host("\033Q0123456789ABCDEF\r\n"), "\033Q" + Stars(16) + "\r\n");
+  EXPECT_EQ(feed.Host("\033[0GETVERSION\0"s), "\033[0GETVERSION\0"s) << "the command after it";
+}
+
+TEST(Masks, know_the_frame_behind_a_word_without_data) {
+  Feeder feed;
+  const std::string frame = FrameOf(0x3004, "a key");
+  EXPECT_EQ(feed.Host("\033[2C" + frame), "\033[2C" + frame.substr(0, 9) + Stars(frame.size() - 10) + "\x03");
+}
+
 TEST(Masks, leave_other_commands_alone) {
   Feeder feed;
   for (const std::string& command :

@@ -68,23 +68,24 @@ TEST(Frame, OfAnAnswerCountsTheStatusWord) {
 TEST(FramedTable, HandsTheArgumentsToTheRow) {
   FramedCommands table;
   std::string seen;
-  table.Add({0x3018, [&](std::span<const std::uint8_t> arguments) {
-               seen = ToText(arguments);
-               return FramedAnswer{0x1234, {1, 2}};
-             }});
-  const auto answer = table.Run(ToBytes(PadFrame({0x30, 0x18, 'a', 'b', 'c'})));
-  EXPECT_EQ(seen, "abc");
+  table.Add(Row("get device id"), [&](std::span<const std::uint8_t> arguments) {
+    seen += ToText(arguments);
+    return FramedAnswer{0x1234, {1, 2}};
+  });
+  const auto on_command = [&](const CommandRow& row) { seen += std::string(row.name) + ": "; };
+  const auto answer = table.CarryOut(ToBytes(PadFrame({0x30, 0x18, 'a', 'b', 'c'})), on_command);
+  EXPECT_EQ(seen, "get device id: abc");
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->status, 0x1234);
   EXPECT_EQ(answer->data, (Bytes{1, 2}));
-  EXPECT_EQ(table.Run(ToBytes(PadFrame({0x30, 0x19})))->status, kStatusUnknownCommand);
-  EXPECT_EQ(table.Run(ToBytes("\x02\x03"))->status, kStatusDamagedFrame);
+  EXPECT_EQ(table.CarryOut(ToBytes(PadFrame({0x30, 0x19})), on_command)->status, kStatusUnknownCommand);
+  EXPECT_EQ(table.CarryOut(ToBytes("\x02\x03"), on_command)->status, kStatusDamagedFrame);
 }
 
 TEST(FramedTable, LetsARowAnswerByItself) {
   FramedCommands table;
-  table.Add({0x3005, [](Arguments) { return std::nullopt; }});
-  EXPECT_FALSE(table.Run(ToBytes(PadFrame({0x30, 0x05, 9}))));
+  table.Add(Row("PIN entry", "framed"), [](Arguments) { return std::nullopt; });
+  EXPECT_FALSE(table.CarryOut(ToBytes(PadFrame({0x30, 0x05, 9})), [](const CommandRow&) {}));
 }
 
 TEST(Frame, IsTracedWithItsStatus) {

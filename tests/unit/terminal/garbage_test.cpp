@@ -134,8 +134,9 @@ void Torment(Line line, unsigned seed) {
   RandomCustomer customer(random);
   std::size_t longest_line = 0;
   Device device(line, customer, {}, [&](const TraceEvent& event) {
-    longest_line = std::max(longest_line, event.text.size());
-    ASSERT_EQ(event.text.find('\n'), std::string::npos);
+    const std::string text = TextOf(event);
+    longest_line = std::max(longest_line, text.size());
+    ASSERT_EQ(text.find('\n'), std::string::npos);
   });
   Time now{0};
   for (int i = 0; i < kRounds; ++i) {

@@ -16,7 +16,7 @@ class LiveRig {
   explicit LiveRig(Settings settings = {})
       : device_(
             Line::kUsb, customer_, std::move(settings),
-            [this](const TraceEvent& event) { trace += event.text + "\n"; }, {&store, {}}, &painter_) {}
+            [this](const TraceEvent& event) { trace += TextOf(event) + "\n"; }, {&store, {}}, &painter_) {}
 
   void Send(std::string_view command) {
     const std::string reports = PaddedReports(command);

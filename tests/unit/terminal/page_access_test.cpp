@@ -227,11 +227,11 @@ TEST(PageMessages, AScreenDoesNotTellWhatTheHostIsToldForAKey) {
 TEST(PageTrace, KeepsTheLatestEventsUntilTheyAreTaken) {
   int woken = 0;
   PageTrace trace([&woken] { ++woken; });
-  for (int i = 0; i < 1200; ++i) trace.Sink()({TraceEvent::Direction::kNote, 0ms, std::to_string(i)});
+  for (int i = 0; i < 1200; ++i) trace.Sink()({Noted{std::to_string(i)}, 0ms});
   EXPECT_EQ(woken, 1200);
   const auto events = trace.Take();
   ASSERT_EQ(events.size(), 1000U);
-  EXPECT_EQ(events.back().text, "1199");
+  EXPECT_EQ(TextOf(events.back()), "1199");
   EXPECT_TRUE(trace.Take().empty());
 }
 

@@ -43,12 +43,15 @@ TEST(Pattern, GivesTheTextBeforeTheLiteralEnd) {
 TEST(TextTable, CarriesOutTheFirstRowThatFits) {
   TextCommands table;
   std::string seen;
-  table.Add({"a%d", [&](const Match& match) { seen += "number " + std::to_string(match.numbers[0]); }});
-  table.Add({"a%s", [&](const Match& match) { seen += "text " + std::string(match.text); }});
-  EXPECT_TRUE(table.Run("a7"));
-  EXPECT_TRUE(table.Run("ab"));
-  EXPECT_FALSE(table.Run("b"));
-  EXPECT_EQ(seen, "number 7text b");
+  static constexpr CommandRow kNumber = kOtherGroup.Text("number", "a%d");
+  static constexpr CommandRow kText = kOtherGroup.Text("text", "a%s");
+  table.Add(kNumber, [&](const Match& match) { seen += std::to_string(match.numbers[0]); });
+  table.Add(kText, [&](const Match& match) { seen += match.text; });
+  const auto on_command = [&](const CommandRow& row) { seen += " " + std::string(row.name) + " "; };
+  EXPECT_TRUE(table.CarryOut("a7", on_command));
+  EXPECT_TRUE(table.CarryOut("ab", on_command));
+  EXPECT_FALSE(table.CarryOut("b", on_command));
+  EXPECT_EQ(seen, " number 7 text b");
 }
 
 TEST(Name, OfACommandHasNothingOfWhatItCarries) {

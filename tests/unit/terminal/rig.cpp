@@ -12,19 +12,8 @@
 namespace gwq::terminal::test {
 namespace {
 
-std::string Name(TraceEvent::Direction direction) {
-  switch (direction) {
-    case TraceEvent::Direction::kFromHost:
-      return "host: ";
-    case TraceEvent::Direction::kToHost:
-      return "terminal: ";
-    case TraceEvent::Direction::kCustomer:
-      return "customer: ";
-    case TraceEvent::Direction::kNote:
-      return "note: ";
-  }
-  return "?";
-}
+// In the order of TraceEvent::What.
+constexpr std::array kSpeakers{"host: ", "terminal: ", "customer: ", "note: "};
 
 DES_key_schedule Schedule(std::span<const std::uint8_t> key, std::size_t part) {
   DES_cblock block;
@@ -78,7 +67,9 @@ Rig::Rig(Line line, Settings settings, Storage storage, const Painter* painter)
     : line_(line),
       device_(
           line, customer, std::move(settings),
-          [this](const TraceEvent& event) { trace_.push_back(Name(event.direction) + event.text); },
+          [this](const TraceEvent& event) {
+            trace_.push_back(kSpeakers.at(event.what.index()) + TextOf(event));
+          },
           std::move(storage), painter) {}
 
 void Rig::Send(std::string_view command) {

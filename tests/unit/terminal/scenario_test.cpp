@@ -10,7 +10,7 @@
 #include <fstream>
 
 #include "customer/agreeable.h"
-#include "scenarios/command_names.h"
+#include "protocol/commands.h"
 #include "scenarios/masking.h"
 #include "support/temp_dir.h"
 
@@ -212,39 +212,8 @@ TEST(Scenario, tells_the_file_it_is_in) {
       std::runtime_error);
 }
 
-TEST(CommandNames, are_the_longest_beginnings_of_what_the_trace_says) {
-  EXPECT_EQ(CommandNameOf("information"), "information");
-  EXPECT_EQ(CommandNameOf("information time-out 30 s"), "information time-out");
-  EXPECT_EQ(CommandNameOf("PIN entry, mode 0, 30 s"), "PIN entry");
-  EXPECT_EQ(CommandNameOf("PIN entry time-out 30 s"), "PIN entry time-out");
-  EXPECT_EQ(CommandNameOf("push: end packet, type 255 /tmp/a stored, 1 byte"), "push: end packet");
-  EXPECT_EQ(CommandNameOf("GETVERSIONS"), "GETVERSIONS");
-}
-
-// Whoever gives a command a new text in the trace gives it a name here.
-TEST(CommandNames, are_there_for_all_that_the_terminal_can_hear) {
-  const std::filesystem::path device = GWQ_DEVICE_SOURCES;
-  std::size_t heard = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(device)) {
-    if (entry.path().extension() != ".cpp") continue;
-    std::ifstream file(entry.path());
-    for (std::string line; std::getline(file, line);) {
-      const std::size_t call = line.find("Heard(");
-      const std::size_t begin = line.find('"', call);
-      if (call == std::string::npos || begin == std::string::npos) continue;
-      const std::string text = line.substr(begin + 1, line.find('"', begin + 1) - begin - 1);
-      // What stands between parts that only the running terminal knows.
-      if (text.empty() || text == "push: " || text == "set " || text.find_first_of(" ,") == 0) continue;
-      const std::string trimmed = text.substr(0, text.find_last_not_of(" (,") + 1);
-      EXPECT_TRUE(IsCommandName(CommandNameOf(trimmed))) << entry.path().filename() << ": " << text;
-      ++heard;
-    }
-  }
-  EXPECT_GT(heard, 30U);
-}
-
 TEST(CommandNames, stand_in_the_schema) {
-  std::ifstream file(std::string(GWQ_DEVICE_SOURCES) + "/../scenarios/shipped/scenario.schema.json");
+  std::ifstream file(GWQ_SOURCE_DIR "/terminal/scenarios/shipped/scenario.schema.json");
   const Json schema = Json::parse(file);
   EXPECT_EQ(schema.at("definitions").at("command_name").at("enum").get<std::vector<std::string>>(),
             std::vector<std::string>(CommandNames().begin(), CommandNames().end()));
