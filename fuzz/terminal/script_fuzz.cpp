@@ -13,7 +13,7 @@ namespace {
 
 void Read(char kind, const std::string& text) {
   if (kind == 'c') {
-    Require(terminal::ReadCustomer(terminal::ParseScript(text)) != nullptr, "no customer");
+    Require(terminal::Script(text).ReadBy(terminal::ReadCustomer) != nullptr, "no customer");
   } else if (kind == 'f') {
     Require(terminal::ParseFaults(text).faults.pull.empty_packets_first.size() <= 16,
             "more empty packets than allowed");

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "device/pen.h"
 
@@ -24,7 +26,7 @@ constexpr std::array<const char*, 7> kDeeds{"confirm", "cancel", "key",      "di
 
 std::string ReadKey(const Json& value) {
   const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() <= 3;
-  if (!fits) Fail("\"key\" must be 0, 1, 2 or 3");
+  if (!fits) FailAt(value, "\"key\" must be 0, 1, 2 or 3");
   return std::to_string(value.get<int>());
 }
 
@@ -32,13 +34,13 @@ std::string ReadTyped(const Json& value) {
   auto digits = value.is_string() ? value.get<std::string>() : "?";
   const bool fits =
       digits.size() <= kMostTyped && digits.find_first_not_of("0123456789") == std::string::npos;
-  if (!fits) Fail("\"digits\" must be a text of at most 32 digits");
+  if (!fits) FailAt(value, "\"digits\" must be a text of at most 32 digits");
   return digits;
 }
 
 // Turns each character up to U+00FF into a byte. JSON texts are always good UTF-8.
 std::string ReadAnswer(const Json& value) {
-  if (!value.is_string()) Fail("\"answer\" must be a text");
+  if (!value.is_string()) FailAt(value, "\"answer\" must be a text");
   std::string bytes;
   const auto text = value.get<std::string>();
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -53,7 +55,7 @@ std::string ReadAnswer(const Json& value) {
 
 int ReadCoordinate(const Json& value, int limit) {
   const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() < static_cast<unsigned>(limit);
-  if (!fits) Fail("a point of \"sign\" must be [x, y] inside 480 by 160");
+  if (!fits) FailAt(value, "a point of \"sign\" must be [x, y] inside 480 by 160");
   return value.get<int>();
 }
 
@@ -107,26 +109,26 @@ std::optional<ScreenKind> ReadKind(const Json& step) {
   if (!step.contains("on")) return std::nullopt;
   const auto name = step.at("on").is_string() ? step.at("on").get<std::string>() : "";
   const auto kind = ScreenKindNamed(name);
-  if (!kind) Fail("\"on\" names no kind of screen");
+  if (!kind) FailAt(step.at("on"), "\"on\" names no kind of screen " + KnownScreens());
   return kind;
 }
 
 }  // namespace
 
+std::string KnownScreens() {
+  std::vector<std::string_view> names;
+  for (int kind = 0; kind <= static_cast<int>(ScreenKind::kCheckout); ++kind)
+    names.push_back(NameOf(static_cast<ScreenKind>(kind)));
+  return Known(names);
+}
+
 ScreenScript::ScreenScript(const Json& steps) {
-  if (!steps.is_array()) Fail("\"screens\" must be a list");
-  if (steps.empty()) Fail("there must be at least one step");
-  for (const Json& step : steps) {
-    try {
-      steps_.push_back(ReadStep(step));
-    } catch (const std::runtime_error& error) {
-      Fail("screen step " + std::to_string(steps_.size() + 1) + ": " + error.what());
-    }
-  }
+  if (!steps.is_array()) FailAt(steps, "\"screens\" must be a list");
+  if (steps.empty()) FailAt(steps, "there must be at least one step");
+  steps_ = ReadEach<Step>(steps, "screen step", ReadStep);
 }
 
 ScreenScript::Step ScreenScript::ReadStep(const Json& json) {
-  if (!json.is_object()) Fail("is not an object");
   CheckMembers(json, {"confirm", "cancel", "key", "digits", "sign", "answer", "walk_away", "on", "after_ms"});
   Step step;
   step.action = ReadDeed(json);

@@ -19,12 +19,16 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "customer/json_script.h"
 #include "device/customer.h"
 
 namespace gwq::terminal {
+
+// The kinds of screens, for messages.
+[[nodiscard]] std::string KnownScreens();
 
 class ScreenScript {
  public:

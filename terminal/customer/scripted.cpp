@@ -19,16 +19,16 @@ constexpr const char* kScreens = "screens";
 
 std::string ReadDigits(const Json& step, const Kind& kind) {
   const Json& value = step.at(kind.member);
-  if (!value.is_string()) Fail(Quoted(kind.member) + " must be a text of digits");
+  if (!value.is_string()) FailAt(value, Quoted(kind.member) + " must be a text of digits");
   auto digits = value.get<std::string>();
   const bool fits = !digits.empty() && digits.size() <= kind.most_digits &&
                     digits.find_first_not_of("0123456789") == std::string::npos;
-  if (!fits) Fail(Quoted(kind.member) + " must be 1 to " + std::to_string(kind.most_digits) + " digits");
+  if (!fits)
+    FailAt(value, Quoted(kind.member) + " must be 1 to " + std::to_string(kind.most_digits) + " digits");
   return digits;
 }
 
 PinAction ReadStep(const Json& step, const Kind& kind) {
-  if (!step.is_object()) Fail("is not an object");
   CheckMembers(step, {kind.member, "cancel", "walk_away", "after_ms"});
   const auto deeds = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
   if (deeds != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
@@ -43,16 +43,9 @@ PinAction ReadStep(const Json& step, const Kind& kind) {
 }
 
 ScriptedCustomer::Steps ReadSteps(const Json& steps, const Kind& kind) {
-  if (!steps.is_array()) Fail(Quoted(kind.list) + " must be a list");
-  std::vector<PinAction> actions;
-  for (const Json& step : steps) {
-    try {
-      actions.push_back(ReadStep(step, kind));
-    } catch (const std::runtime_error& error) {
-      Fail("step " + std::to_string(actions.size() + 1) + ": " + error.what());
-    }
-  }
-  return actions;
+  if (!steps.is_array()) FailAt(steps, Quoted(kind.list) + " must be a list");
+  if (steps.empty()) FailAt(steps, "there must be at least one step");
+  return ReadEach<PinAction>(steps, "step", [&kind](const Json& step) { return ReadStep(step, kind); });
 }
 
 ScriptedCustomer::Steps ReadEntries(const Json& script, const Kind& kind) {
@@ -102,7 +95,7 @@ std::unique_ptr<Customer> ReadCustomer(const Json& script) {
 
 std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
   try {
-    return ReadCustomer(ParseScript(ReadScriptFile(path)));
+    return Script(ReadScriptFile(path)).ReadBy(ReadCustomer);
   } catch (const std::exception& error) {
     throw std::runtime_error("customer file " + path + ": " + error.what());
   }

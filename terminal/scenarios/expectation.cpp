@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 
+#include "customer/screen_script.h"
 #include "device/screen.h"
 #include "protocol/commands.h"
 
@@ -28,13 +29,13 @@ constexpr const char* kLastScreen = "last_screen";
 
 std::string ReadScreenKind(const Json& value) {
   std::string name = value.is_string() ? value.get<std::string>() : value.dump();
-  if (!ScreenKindNamed(name)) Fail(Quoted(name) + " is no kind of screen");
+  if (!ScreenKindNamed(name)) FailAt(value, Quoted(name) + " is no kind of screen " + KnownScreens());
   return name;
 }
 
 std::string ReadCommandName(const Json& value) {
   std::string name = value.is_string() ? value.get<std::string>() : value.dump();
-  if (!IsCommandName(name)) Fail(Quoted(name) + " is no command (docs/scenarios.md lists them)");
+  if (!IsCommandName(name)) FailAt(value, Quoted(name) + " is no command (docs/scenarios.md lists them)");
   return name;
 }
 

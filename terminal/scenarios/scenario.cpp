@@ -27,39 +27,6 @@ constexpr std::uint64_t kMostStorage = std::uint64_t{1} << 40;
 constexpr std::uint64_t kMostTimes = 1'000'000;
 constexpr std::uint64_t kMostSerialPort = 256;
 
-// Says where something is wrong.
-template <typename Read>
-auto In(const std::string& place, Read read) {
-  try {
-    return read();
-  } catch (const std::exception& error) {
-    Fail(place + ": " + error.what());
-  }
-}
-
-template <typename Item, typename Read>
-std::vector<Item> ReadEach(const Json& object, const char* name, Read read) {
-  std::vector<Item> items;
-  for (const Json& json : ReadList(object, name)) {
-    const std::string place = std::string(name) + " " + std::to_string(items.size() + 1);
-    items.push_back(In(place, [&] {
-      if (!json.is_object()) Fail("is not an object");
-      return Item(read(json));
-    }));
-  }
-  return items;
-}
-
-const Json& ReadObject(const Json& object, const char* name) {
-  if (!object.at(name).is_object()) Fail(Quoted(name) + " must be an object");
-  return object.at(name);
-}
-
-bool ReadFlag(const Json& object, const char* name) {
-  if (!object.at(name).is_boolean()) Fail(Quoted(name) + " must be true or false");
-  return object.at(name).get<bool>();
-}
-
 // ---- The terminal
 
 std::string ContentOf(const Json& json, const std::string& directory) {
@@ -68,7 +35,7 @@ std::string ContentOf(const Json& json, const std::string& directory) {
   if (json.contains("text")) return ReadText(json, "text");
   if (json.contains("size")) return std::string(ReadWhole(json, "size", 0, kMostFile), 'x');
   const auto path = std::filesystem::path(directory) / ReadText(json, "from");
-  return In(path.string(), [&] { return ReadScriptFile(path.string()); });
+  return In(json.at("from"), path.string(), [&] { return ReadScriptFile(path.string()); });
 }
 
 InitialFile ReadInitialFile(const Json& json, const std::string& directory) {
@@ -84,7 +51,7 @@ void ReadUsb(const Json& json, ScriptedTerminal& terminal) {
   terminal.has_usb = !usb.is_boolean() || usb.get<bool>();
   if (usb.is_boolean()) return;
   const bool fits = usb.is_string() && std::regex_match(usb.get<std::string>(), form);
-  if (!fits) Fail("\"usb\" must be true, false or VENDOR:PRODUCT in hexadecimal");
+  if (!fits) FailAt(usb, "\"usb\" must be true, false or VENDOR:PRODUCT in hexadecimal");
   terminal.usb_identity = usb.get<std::string>();
 }
 
@@ -111,7 +78,7 @@ ScriptedTerminal ReadTerminal(const Json& json, const std::string& directory) {
     terminal.keys_dir = (std::filesystem::path(directory) / ReadText(json, "keys")).string();
   if (json.contains("files")) {
     terminal.files = ReadEach<InitialFile>(
-        json, "files", [&](const Json& file) { return ReadInitialFile(file, directory); });
+        ReadList(json, "files"), "files", [&](const Json& file) { return ReadInitialFile(file, directory); });
   }
   return terminal;
 }
@@ -128,7 +95,8 @@ Trigger ReadTrigger(const Json& json) {
   Trigger trigger;
   trigger.name = ReadText(json, "when");
   if (CutFront(trigger.name, "screen ")) {
-    if (!ScreenKindNamed(trigger.name)) Fail(Quoted(trigger.name) + " is no kind of screen");
+    if (!ScreenKindNamed(trigger.name))
+      FailAt(json.at("when"), Quoted(trigger.name) + " is no kind of screen " + KnownScreens());
     trigger.kind = Kind::kScreen;
   } else if (CutFront(trigger.name, "command ")) {
     if (!IsCommandName(trigger.name))
@@ -195,11 +163,11 @@ std::string ReadName(const Json& json) {
 FaultScript ReadFaultScript(const Json& json) {
   FaultScript faults;
   if (json.contains("faults"))
-    faults = In("faults", [&] { return ParseFaults(ReadObject(json, "faults").dump()); });
+    faults = In(json.at("faults"), "faults", [&] { return ReadFaults(ReadObject(json, "faults")); });
   if (!json.contains("terminal") || !json.at("terminal").contains("storage_limit")) return faults;
   if (faults.storage_limit) Fail("\"storage_limit\" stands in \"terminal\" and in \"faults\"");
-  faults.storage_limit =
-      In("terminal", [&] { return ReadWhole(json.at("terminal"), "storage_limit", 0, kMostStorage); });
+  faults.storage_limit = In(json.at("terminal"), "terminal",
+                            [&] { return ReadWhole(json.at("terminal"), "storage_limit", 0, kMostStorage); });
   return faults;
 }
 
@@ -214,27 +182,32 @@ Scenario Read(const Json& json, const std::string& directory) {
   if (json.contains("timeout_s"))
     scenario.time_limit = std::chrono::seconds(ReadWhole(json, "timeout_s", 1, kMostSeconds));
   if (json.contains("terminal"))
-    scenario.terminal = In("terminal", [&] { return ReadTerminal(ReadObject(json, "terminal"), directory); });
-  if (json.contains("customer")) scenario.customer = In("customer", [&] { return ReadCustomerScript(json); });
+    scenario.terminal = In(json.at("terminal"), "terminal",
+                           [&] { return ReadTerminal(ReadObject(json, "terminal"), directory); });
+  if (json.contains("customer"))
+    scenario.customer = In(json.at("customer"), "customer", [&] { return ReadCustomerScript(json); });
   scenario.secrets = SecretsOf(scenario.customer);
   scenario.faults = ReadFaultScript(json);
   if (json.contains("hostile")) scenario.hostile = ReadHostile(json);
-  if (json.contains("events")) scenario.events = ReadEach<ScriptedEvent>(json, "events", ReadEvent);
+  if (json.contains("events"))
+    scenario.events = ReadEach<ScriptedEvent>(ReadList(json, "events"), "events", ReadEvent);
   if (!json.contains("expect")) Fail("needs \"expect\"");
-  scenario.expectations = ReadEach<Expectation>(json, "expect", ReadExpectation);
+  scenario.expectations = ReadEach<Expectation>(ReadList(json, "expect"), "expect", ReadExpectation);
   return scenario;
 }
 
 }  // namespace
 
 Scenario ParseScenario(const std::string& text, const std::string& directory) {
-  return Read(ParseScript(text), directory);
+  return Script(text).ReadBy([&directory](const Json& json) { return Read(json, directory); });
 }
 
 Scenario LoadScenario(const std::string& path) {
-  return In("scenario " + path, [&] {
+  try {
     return ParseScenario(ReadScriptFile(path), std::filesystem::absolute(path).parent_path().string());
-  });
+  } catch (const std::exception& error) {
+    throw std::runtime_error("scenario " + path + ": " + error.what());
+  }
 }
 
 }  // namespace gwq::terminal

@@ -24,6 +24,7 @@
 #include <optional>
 #include <string>
 
+#include "customer/json_script.h"
 #include "device/file_faults.h"
 
 namespace gwq::terminal {
@@ -33,7 +34,8 @@ struct FaultScript {
   std::optional<std::uint64_t> storage_limit;
 };
 
-// Throws std::runtime_error, telling what is wrong.
+// These throw std::runtime_error, telling what is wrong.
+[[nodiscard]] FaultScript ReadFaults(const Json& script);
 [[nodiscard]] FaultScript ParseFaults(const std::string& json);
 
 // The same from a file, which the message names.

@@ -47,6 +47,10 @@ std::string Problem(const std::string& expectation) {
   return "(none)";
 }
 
+const std::string kKnownScreens =
+    " (known: idle, teller_card, evaluation, information, html, keypad, document, confirm, signing, "
+    "hand_sign, checkout)";
+
 TEST(Expectation, of_the_exit_status) {
   EXPECT_EQ(Verdict(R"({"exit_status": 0})"), "");
   EXPECT_EQ(Verdict(R"({"exit_status": 3})"), "exit status 3 / exit status 0");
@@ -151,8 +155,8 @@ TEST(Expectation, that_is_no_good_says_why) {
   EXPECT_EQ(Problem("7"), "is not an object");
   EXPECT_EQ(Problem(R"({"screen": "html", "command": "UPDATE"})"),
             R"("screen" and "command" are two expectations)");
-  EXPECT_EQ(Problem(R"({"screen": "htlm"})"), R"("htlm" is no kind of screen)");
-  EXPECT_EQ(Problem(R"({"last_screen": 3})"), R"("3" is no kind of screen)");
+  EXPECT_EQ(Problem(R"({"screen": "htlm"})"), R"("htlm" is no kind of screen)" + kKnownScreens);
+  EXPECT_EQ(Problem(R"({"last_screen": 3})"), R"("3" is no kind of screen)" + kKnownScreens);
   EXPECT_EQ(Problem(R"({"commands": ["UPDTAE"]})"),
             R"("UPDTAE" is no command (docs/scenarios.md lists them))");
   EXPECT_EQ(Problem(R"({"screen": "html", "never": false})"), R"("never" can only be true)");

@@ -99,7 +99,7 @@ TEST(FaultScript, FromAFileNamesTheFile) {
     (void)LoadFaults((dir / "faults.json").string());
     FAIL();
   } catch (const std::runtime_error& error) {
-    EXPECT_NE(std::string(error.what()).find("faults.json: \"refuse\" knows no step \"nothing\""),
+    EXPECT_NE(std::string(error.what()).find("faults.json: line 1: \"refuse\" knows no step \"nothing\""),
               std::string::npos)
         << error.what();
   }

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 
 #include "customer/agreeable.h"
 #include "protocol/commands.h"
@@ -31,15 +32,18 @@ Scenario Parse(const std::string& members, const std::string& directory = "/nowh
   return ParseScenario(With(members), directory);
 }
 
-std::string ProblemOfText(const std::string& text) {
+std::string ProblemWithLine(const std::string& text) {
   try {
     static_cast<void>(ParseScenario(text, "/nowhere"));
   } catch (const std::runtime_error& error) {
     return error.what();
-  } catch (const Json::exception& error) {
-    return error.what();
   }
   return "(none)";
+}
+
+std::string ProblemOfText(const std::string& text) {
+  static const std::regex line("^line [0-9]+: ");
+  return std::regex_replace(ProblemWithLine(text), line, "");
 }
 
 std::string Problem(const std::string& members) {
@@ -53,6 +57,30 @@ TEST(Scenario, needs_a_name_a_description_and_an_expectation) {
   EXPECT_THAT(ProblemOfText(R"({"name": "n", "description": "d", "expect": []})"), HasSubstr("not empty"));
   EXPECT_THAT(ProblemOfText("[]"), HasSubstr("must hold an object"));
   EXPECT_THAT(ProblemOfText("{"), HasSubstr("parse error"));
+}
+
+TEST(Scenario, is_refused_with_the_line_of_what_is_wrong) {
+  const auto problem = [](const std::string& members) {
+    return ProblemWithLine("{\n\"name\": \"n\", \"description\": \"d\",\n" + members +
+                           ",\n\"expect\": [{\"exit_status\": 0}]}");
+  };
+  EXPECT_EQ(problem("\"terminal\": {\n  \"serial\": 1,\n  \"tgz\": true}"),
+            "line 5: terminal: unknown member \"tgz\" (known: usb, serial, tzg, version, build_date, keys, "
+            "storage_limit, files)");
+  EXPECT_EQ(problem("\"timeout_s\": 1,\n\n\"timeout_s\": 2"), "line 5: duplicate member \"timeout_s\"");
+  EXPECT_EQ(problem("\"timeout_s\":\n0"), "line 3: \"timeout_s\" must be a whole number from 1 to 3600");
+  EXPECT_EQ(problem("\"customer\": {\"pin_entries\": [\n{\"pin\": \"1234\"},\n{\"pin\": 1}\n]}"),
+            "line 5: customer: step 2: \"pin\" must be a text of digits");
+  EXPECT_EQ(
+      problem("\"faults\": {\n\"refuse\": [\n\"start\",\n\"begin\"]}"),
+      "line 6: faults: \"refuse\" knows no step \"begin\" (known: HIDCHANGE, start, data, end, PULLFILE, "
+      "GETFILELIST, DELETE, DOWNLOAD, SPECQUERYFILE, QRCODEDELETE, UPDATE)");
+  EXPECT_EQ(problem("\"faults\": {\"pull\": {\"empty_packets_first\": [1,\n2,\n300\n]}}"),
+            "line 5: faults: pull: \"empty_packets_first\" must be a list of whole numbers from 0 to 255");
+  EXPECT_EQ(problem("\"events\": [\n{\"when\": \"screen htm\",\n\"unplug\": true}]"),
+            "line 4: events 1: \"htm\" is no kind of screen (known: idle, teller_card, evaluation, "
+            "information, html, "
+            "keypad, document, confirm, signing, hand_sign, checkout)");
 }
 
 TEST(Scenario, is_without_more_an_ordinary_terminal_with_the_agreeable_customer) {
@@ -76,9 +104,9 @@ TEST(Scenario, may_have_comments) {
 }
 
 TEST(Scenario, names_no_member_twice) {
-  EXPECT_EQ(Problem(R"("timeout_s": 1, "timeout_s": 2)"), R"(member "timeout_s" stands there twice)");
+  EXPECT_EQ(Problem(R"("timeout_s": 1, "timeout_s": 2)"), R"(duplicate member "timeout_s")");
   EXPECT_EQ(Problem(R"("events": [{"unplug": true, "after_ms": 1, "after_ms": 2}])"),
-            R"(member "after_ms" stands there twice)");
+            R"(duplicate member "after_ms")");
   EXPECT_EQ(Problem(R"("events": [{"unplug": true, "after_ms": 1}, {"plug": true, "after_ms": 2}])"),
             "(none)");
 }
@@ -184,8 +212,9 @@ TEST(Scenario, tells_what_is_wrong_with_an_event) {
   EXPECT_THAT(Problem(R"("events": [{"unplug": true, "plug": true}])"),
               HasSubstr("events 1: needs exactly one of"));
   EXPECT_EQ(Problem(R"("events": [{"unplug": false}])"), R"(events 1: "unplug" can only be true)");
-  EXPECT_EQ(Problem(R"("events": [{"when": "screen htlm", "unplug": true}])"),
-            R"(events 1: "htlm" is no kind of screen)");
+  EXPECT_EQ(
+      Problem(R"("events": [{"when": "screen htlm", "unplug": true}])"),
+      R"(events 1: "htlm" is no kind of screen (known: idle, teller_card, evaluation, information, html, keypad, document, confirm, signing, hand_sign, checkout))");
   EXPECT_THAT(Problem(R"("events": [{"when": "command SIGN", "unplug": true}])"),
               HasSubstr(R"("SIGN" is no command)"));
   EXPECT_THAT(Problem(R"("events": [{"when": "PIN asked twice", "unplug": true}])"),

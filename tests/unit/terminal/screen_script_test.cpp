@@ -113,7 +113,8 @@ TEST(ScreenScript, TellsWhatIsWrong) {
   EXPECT_EQ(ErrorOf(R"([{"walk_away": true, "after_ms": 5}])"),
             "screen step 1: \"after_ms\" has no meaning beside \"walk_away\"");
   EXPECT_EQ(ErrorOf(R"([{"confirm": true, "on": "cellar"}])"),
-            "screen step 1: \"on\" names no kind of screen");
+            "screen step 1: \"on\" names no kind of screen (known: idle, teller_card, evaluation, "
+            "information, html, keypad, document, confirm, signing, hand_sign, checkout)");
   EXPECT_EQ(ErrorOf(R"([{"press": 1}])"),
             "screen step 1: unknown member \"press\" (known: confirm, cancel, key, digits, sign, answer, "
             "walk_away, on, after_ms)");
