@@ -188,15 +188,16 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
           ->type_name("FILE")
           ->check(CLI::ExistingFile);
   if (HasCustomerPage()) AddPageOption(app, raw, customer);
-  app.add_option("--storage", raw.storage, "Directory of the terminal's files; else they are gone at the end")
+  app.add_option("--storage", raw.storage,
+                 "Keep the terminal's files in DIR (default: a temporary directory)")
       ->type_name("DIR");
-  app.add_option("--keys", raw.keys, "Directory of the PIN pad's key pairs; else they are new each time")
+  app.add_option("--keys", raw.keys, "Keep the PIN pad's key pairs in DIR (default: new ones each time)")
       ->type_name("DIR");
   app.add_option("--faults", raw.faults,
                  "What goes wrong: with files, by a JSON script, or as with --hostile")
       ->type_name("FILE|RATES")
       ->check(CLI::Validator(FaultsProblem, ""));
-  app.add_option("--hostile", raw.hostile, "A terminal that mangles answers and transfers, such as seed=7")
+  app.add_option("--hostile", raw.hostile, "Inject random faults, e.g. seed=7,drop=1")
       ->type_name("RATES")
       ->check(CLI::Validator(HostileProblem, ""));
   app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");

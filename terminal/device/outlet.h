@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the rooms of the terminal share: the time, the way back to the host, and
+// What every command handler needs: the time, the way back to the host, and
 // the trace.
 #pragma once
 

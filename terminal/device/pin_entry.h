@@ -35,7 +35,7 @@ class PinEntry {
   void Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_ended);
   void Stop();
 
-  // A key that the customer presses now. The deed foretold is then off.
+  // A key that the customer presses now. Cancels the customer's scheduled action.
   void Press(const PadKey& key);
 
   // What is asked for, nothing when no entry waits.

@@ -107,7 +107,7 @@ std::optional<Time> Screens::NextDeadline() const {
 void Screens::Advance(Time now) {
   const auto deadline = NextDeadline();
   if (!deadline || *deadline > now) return;
-  if (acts_at_) return ActAsForetold();
+  if (acts_at_) return PerformScheduledAction();
   TimeOut();
 }
 
@@ -119,10 +119,10 @@ void Screens::TimeOut() {
 void Screens::Act(ScreenAction action) {
   if (!current_.AsksCustomer()) return;
   action_ = std::move(action);
-  ActAsForetold();
+  PerformScheduledAction();
 }
 
-void Screens::ActAsForetold() {
+void Screens::PerformScheduledAction() {
   acts_at_.reset();
   const auto answer = AnswerTo(action_);
   const std::string deed = Deed(action_);

@@ -36,7 +36,7 @@ class Screens {
   void Close(int channel);
   void CloseAny();
 
-  // What the customer does now. The deed foretold is then off.
+  // What the customer does now. Cancels the customer's scheduled action.
   void Act(ScreenAction action);
 
   void Advance(Time now);
@@ -50,7 +50,7 @@ class Screens {
   void Put(Screen screen);
   void AskCustomer();
   void TimeOut();
-  void ActAsForetold();
+  void PerformScheduledAction();
   // The key that the action presses; nullptr when the screen has none for it.
   [[nodiscard]] const ScreenKey* KeyOf(const ScreenAction& action) const;
   // What the host is told; nothing when the screen does not take the action.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+#include <tuple>
 
 #include "transports/errors.h"
 
@@ -34,7 +35,7 @@ void RecordingFile::Append(std::span<const std::uint8_t> block) {
 void RecordingFile::GiveUp(const std::string& reason) {
   std::fprintf(stderr, "gwq-terminal: the recording %s ends here: %s\n", path_.c_str(), reason.c_str());
   // A piece of a block would spoil what is good.
-  [[maybe_unused]] const int no_regular_file = ftruncate(fd_.Get(), size_);
+  std::ignore = ftruncate(fd_.Get(), size_);  // fails where it is no regular file
   fd_.Reset();
 }
 

@@ -12,7 +12,7 @@
 namespace gwq::terminal {
 namespace {
 
-using Kind = Happening::Kind;
+using Kind = Event::Kind;
 
 constexpr int kMostFailure = 125;
 constexpr int kMostStatus = 255;
@@ -58,7 +58,7 @@ Pattern CommandPattern(const Json& value) {
 
 Expectation ReadOrder(const Json& json, const char* what, Pattern (*read)(const Json&)) {
   CheckMembers(json, {what});
-  HappenInOrder order;
+  OrderExpectation order;
   for (const Json& item : ReadList(json, what)) order.patterns.push_back(read(item));
   return order;
 }
@@ -85,7 +85,7 @@ Expectation ReadLastScreen(const Json& json) {
   return EndsWithScreen{ReadScreenKind(json.at(kLastScreen))};
 }
 
-void ReadCount(const Json& json, HappensOften& often) {
+void ReadCount(const Json& json, CountExpectation& often) {
   const bool never = json.contains("never");
   const bool exact = json.contains("times");
   const bool range = json.contains("at_least") || json.contains("at_most");
@@ -101,31 +101,31 @@ void ReadCount(const Json& json, HappensOften& often) {
   if (often.least > *often.most) Fail("\"at_least\" is more than \"at_most\"");
 }
 
-HappensOften ReadOften(const Json& json, const char* what, std::initializer_list<std::string_view> more) {
+CountExpectation ReadOften(const Json& json, const char* what, std::initializer_list<std::string_view> more) {
   std::vector<std::string_view> known(more);
   known.insert(known.begin(), what);
   known.insert(known.end(), {"times", "at_least", "at_most", "never"});
   CheckMembers(json, known);
-  HappensOften often;
+  CountExpectation often;
   ReadCount(json, often);
   return often;
 }
 
 Expectation ReadScreen(const Json& json) {
-  HappensOften often = ReadOften(json, "screen", {"contains"});
+  CountExpectation often = ReadOften(json, "screen", {"contains"});
   often.pattern.name = ReadScreenKind(json.at("screen"));
   if (json.contains("contains")) often.pattern.contains = ReadText(json, "contains");
   return often;
 }
 
 Expectation ReadCommand(const Json& json) {
-  HappensOften often = ReadOften(json, "command", {});
+  CountExpectation often = ReadOften(json, "command", {});
   often.pattern = CommandPattern(json.at("command"));
   return often;
 }
 
 Expectation ReadStored(const Json& json) {
-  HappensOften often = ReadOften(json, "stored", {"size"});
+  CountExpectation often = ReadOften(json, "stored", {"size"});
   often.pattern.kind = Kind::kStored;
   often.pattern.name = ReadText(json, "stored");
   if (json.contains("size")) often.pattern.size = ReadWhole(json, "size", 0, std::uint64_t{1} << 40);
@@ -133,7 +133,7 @@ Expectation ReadStored(const Json& json) {
 }
 
 Expectation ReadPlain(const Json& json, const char* what, Kind kind) {
-  HappensOften often = ReadOften(json, what, {});
+  CountExpectation often = ReadOften(json, what, {});
   CheckIsTrue(json, what);
   often.pattern.kind = kind;
   return often;
@@ -161,7 +161,7 @@ std::string Times(std::uint64_t count) {
   return count == 0 ? "never" : count == 1 ? "once" : std::to_string(count) + " times";
 }
 
-std::string CountText(const HappensOften& often) {
+std::string CountText(const CountExpectation& often) {
   if (often.most == often.least) return Times(often.least);
   if (!often.most) return "at least " + Times(often.least);
   if (often.least == 0) return "at most " + Times(*often.most);
@@ -172,11 +172,11 @@ std::string CountText(const HappensOften& often) {
 std::string Listed(const History& history, Kind kind) {
   std::string list;
   std::size_t count = 0;
-  for (const Happening& happening : history) {
-    if (happening.kind != kind || (kind == Kind::kScreen && happening.name == "idle")) continue;
+  for (const Event& event : history) {
+    if (event.kind != kind || (kind == Kind::kScreen && event.name == "idle")) continue;
     if (++count > kMostListed) continue;
-    list += (list.empty() ? "" : ", ") + happening.name;
-    if (kind == Kind::kStored) list += " (" + std::to_string(happening.size) + " bytes)";
+    list += (list.empty() ? "" : ", ") + event.name;
+    if (kind == Kind::kStored) list += " (" + std::to_string(event.size) + " bytes)";
   }
   if (count > kMostListed) list += " and " + std::to_string(count - kMostListed) + " more";
   return list.empty() ? "none" : list;
@@ -237,10 +237,10 @@ Verdict JudgeOne(const TakesAtMost& expected, const Run& run) {
                  "it took " + Seconds(run.took)};
 }
 
-Verdict JudgeOne(const HappenInOrder& expected, const Run& run) {
+Verdict JudgeOne(const OrderExpectation& expected, const Run& run) {
   auto next = expected.patterns.begin();
-  for (const Happening& happening : run.history) {
-    if (next != expected.patterns.end() && next->Fits(happening)) ++next;
+  for (const Event& event : run.history) {
+    if (next != expected.patterns.end() && next->Fits(event)) ++next;
   }
   if (next == expected.patterns.end()) return std::nullopt;
   std::string wanted;
@@ -250,8 +250,8 @@ Verdict JudgeOne(const HappenInOrder& expected, const Run& run) {
   return Failure{wanted, "no " + next->Text() + missing + SeenOf(run.history, next->kind)};
 }
 
-Verdict JudgeOne(const HappensOften& expected, const Run& run) {
-  const auto fits = [&](const Happening& happening) { return expected.pattern.Fits(happening); };
+Verdict JudgeOne(const CountExpectation& expected, const Run& run) {
+  const auto fits = [&](const Event& event) { return expected.pattern.Fits(event); };
   const auto count = static_cast<std::uint64_t>(std::count_if(run.history.begin(), run.history.end(), fits));
   if (count >= expected.least && count <= expected.most.value_or(count)) return std::nullopt;
   return Failure{expected.pattern.Text() + " " + CountText(expected),
@@ -260,26 +260,25 @@ Verdict JudgeOne(const HappensOften& expected, const Run& run) {
 
 Verdict JudgeOne(const EndsWithScreen& expected, const Run& run) {
   std::string last = "idle";
-  for (const Happening& happening : run.history) {
-    if (happening.kind == Kind::kScreen) last = happening.name;
+  for (const Event& event : run.history) {
+    if (event.kind == Kind::kScreen) last = event.name;
   }
   if (last == expected.kind) return std::nullopt;
   return Failure{"screen " + expected.kind + " at the end", "screen " + last};
 }
 
 // A name without directories is the last part of a path.
-bool NameFits(const std::string& wanted, const Happening& happening) {
-  if (wanted.empty() || wanted == happening.name) return true;
-  return happening.kind == Kind::kStored && wanted.find('/') == std::string::npos &&
-         happening.name.ends_with("/" + wanted);
+bool NameFits(const std::string& wanted, const Event& event) {
+  if (wanted.empty() || wanted == event.name) return true;
+  return event.kind == Kind::kStored && wanted.find('/') == std::string::npos &&
+         event.name.ends_with("/" + wanted);
 }
 
 }  // namespace
 
-bool Pattern::Fits(const Happening& happening) const {
-  return happening.kind == kind && NameFits(name, happening) &&
-         happening.text.find(contains) != std::string::npos &&
-         size.value_or(happening.size) == happening.size;
+bool Pattern::Fits(const Event& event) const {
+  return event.kind == kind && NameFits(name, event) && event.text.find(contains) != std::string::npos &&
+         size.value_or(event.size) == event.size;
 }
 
 std::string Pattern::Text() const {

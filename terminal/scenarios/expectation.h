@@ -24,7 +24,7 @@
 #include <vector>
 
 #include "customer/json_script.h"
-#include "scenarios/happening.h"
+#include "scenarios/event.h"
 
 namespace gwq::terminal {
 
@@ -36,14 +36,14 @@ struct Run {
   History history;
 };
 
-// Happenings of one kind, with these properties.
+// Events of one kind, with these properties.
 struct Pattern {
-  Happening::Kind kind = Happening::Kind::kScreen;
+  Event::Kind kind = Event::Kind::kScreen;
   std::string name;      // empty: any
   std::string contains;  // in the text
   std::optional<std::uint64_t> size;
 
-  [[nodiscard]] bool Fits(const Happening& happening) const;
+  [[nodiscard]] bool Fits(const Event& event) const;
   [[nodiscard]] std::string Text() const;
 };
 
@@ -57,10 +57,10 @@ struct OutputHas {
 struct TakesAtMost {
   std::chrono::seconds limit{0};
 };
-struct HappenInOrder {
+struct OrderExpectation {
   std::vector<Pattern> patterns;
 };
-struct HappensOften {
+struct CountExpectation {
   Pattern pattern;
   std::uint64_t least = 1;
   std::optional<std::uint64_t> most;
@@ -69,7 +69,7 @@ struct EndsWithScreen {
   std::string kind;
 };
 using Expectation =
-    std::variant<ExitStatusIs, OutputHas, TakesAtMost, HappenInOrder, HappensOften, EndsWithScreen>;
+    std::variant<ExitStatusIs, OutputHas, TakesAtMost, OrderExpectation, CountExpectation, EndsWithScreen>;
 
 // Throws std::runtime_error, telling what is wrong.
 [[nodiscard]] Expectation ReadExpectation(const Json& json);

@@ -16,8 +16,8 @@
 namespace gwq::terminal {
 namespace {
 
-using Deed = ScriptedEvent::Deed;
-using Kind = Happening::Kind;
+using Action = ScriptedEvent::Action;
+using Kind = Event::Kind;
 
 constexpr std::uint64_t kMostSeconds = 3600;
 constexpr std::uint64_t kMostMs = 3'600'000;
@@ -115,14 +115,14 @@ Trigger ReadTrigger(const Json& json) {
   return trigger;
 }
 
-Deed ReadDeed(const Json& json) {
-  constexpr std::array<const char*, 4> kDeeds{"unplug", "plug", "walk_away", "slow_ms"};
+Action ReadAction(const Json& json) {
+  constexpr std::array<const char*, 4> kActions{"unplug", "plug", "walk_away", "slow_ms"};
   const auto is_there = [&json](const char* name) { return json.contains(name); };
-  if (std::count_if(kDeeds.begin(), kDeeds.end(), is_there) != 1)
+  if (std::count_if(kActions.begin(), kActions.end(), is_there) != 1)
     Fail("needs exactly one of \"unplug\", \"plug\", \"walk_away\", \"slow_ms\"");
-  const auto* const deed = std::find_if(kDeeds.begin(), kDeeds.end(), is_there);
-  if (static_cast<Deed>(deed - kDeeds.begin()) != Deed::kSlow) CheckIsTrue(json, *deed);
-  return static_cast<Deed>(deed - kDeeds.begin());
+  const auto* const action = std::find_if(kActions.begin(), kActions.end(), is_there);
+  if (static_cast<Action>(action - kActions.begin()) != Action::kSlow) CheckIsTrue(json, *action);
+  return static_cast<Action>(action - kActions.begin());
 }
 
 ScriptedEvent ReadEvent(const Json& json) {
@@ -130,10 +130,10 @@ ScriptedEvent ReadEvent(const Json& json) {
   ScriptedEvent event;
   if (json.contains("when")) event.when = ReadTrigger(json);
   if (json.contains("time") && !json.contains("when")) Fail("\"time\" has no meaning without \"when\"");
-  if (json.contains("time")) event.when.time = ReadWhole(json, "time", 1, kMostTimes);
+  if (json.contains("time")) event.when.occurrence = ReadWhole(json, "time", 1, kMostTimes);
   if (json.contains("after_ms")) event.after = Time(ReadWhole(json, "after_ms", 0, kMostMs));
-  event.deed = ReadDeed(json);
-  if (event.deed == Deed::kSlow) event.slowness = Time(ReadWhole(json, "slow_ms", 0, kMostSlownessMs));
+  event.action = ReadAction(json);
+  if (event.action == Action::kSlow) event.slowness = Time(ReadWhole(json, "slow_ms", 0, kMostSlownessMs));
   return event;
 }
 

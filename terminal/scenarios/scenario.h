@@ -13,8 +13,8 @@
 
 #include "device/device.h"
 #include "hostile/fault_rates.h"
+#include "scenarios/event.h"
 #include "scenarios/expectation.h"
-#include "scenarios/happening.h"
 #include "store/fault_script.h"
 
 namespace gwq::terminal {
@@ -36,16 +36,16 @@ struct ScriptedTerminal {
 
 // What makes an event come.
 struct Trigger {
-  std::optional<Happening::Kind> kind;  // nothing: the start of the command
-  std::string name;                     // of the screen or command
-  std::uint64_t time = 1;               // the how manieth such happening
+  std::optional<Event::Kind> kind;  // nothing: the start of the command
+  std::string name;                 // of the screen or command
+  std::uint64_t occurrence = 1;     // fires on the Nth matching event
 };
 
 struct ScriptedEvent {
-  enum class Deed { kUnplug, kPlug, kWalkAway, kSlow };
+  enum class Action { kUnplug, kPlug, kWalkAway, kSlow };
   Trigger when;
   Time after{0};
-  Deed deed = Deed::kUnplug;
+  Action action = Action::kUnplug;
   Time slowness{0};  // of each answer, from then on
 };
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <tuple>
 
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
@@ -14,16 +15,16 @@
 namespace gwq::terminal {
 namespace {
 
-using Kind = Happening::Kind;
-using Deed = ScriptedEvent::Deed;
+using Kind = Event::Kind;
+using Action = ScriptedEvent::Action;
 
 std::unique_ptr<Customer> ScriptedOrAgreeable(const Json& script) {
   if (script.is_null()) return std::make_unique<AgreeableCustomer>();
   return ReadCustomer(script);
 }
 
-bool Sets(const Trigger& trigger, const Happening& happening) {
-  return trigger.kind == happening.kind && (trigger.name.empty() || trigger.name == happening.name);
+bool Sets(const Trigger& trigger, const Event& occurred) {
+  return trigger.kind == occurred.kind && (trigger.name.empty() || trigger.name == occurred.name);
 }
 
 }  // namespace
@@ -124,38 +125,38 @@ TraceSink Stage::Sink() {
 }
 
 const std::atomic<Time::rep>* Stage::Slowness() const {
-  const auto slows = [](const ScriptedEvent& event) { return event.deed == Deed::kSlow; };
+  const auto slows = [](const ScriptedEvent& event) { return event.action == Action::kSlow; };
   return std::any_of(scenario_.events.begin(), scenario_.events.end(), slows) ? &slowness_ : nullptr;
 }
 
-void Stage::Begin(Hands hands) {
-  hands_ = std::move(hands);
+void Stage::Begin(EventHandlers handlers) {
+  handlers_ = std::move(handlers);
   const Lock lock(mutex_);
   began_ = now_();
   Arm(nullptr, *began_);
 }
 
 // Makes those events due that wait for it; nothing stands for the beginning.
-bool Stage::Arm(const Happening* happening, Time now) {
+bool Stage::Arm(const Event* occurred, Time now) {
   const std::size_t before = due_.size();
   for (std::size_t i = 0; i < scenario_.events.size(); ++i) {
     const ScriptedEvent& event = scenario_.events[i];
-    const bool sets = happening == nullptr ? !event.when.kind : Sets(event.when, *happening);
-    if (sets && ++seen_[i] == event.when.time) due_.emplace_back(now + event.after, &event);
+    const bool sets = occurred == nullptr ? !event.when.kind : Sets(event.when, *occurred);
+    if (sets && ++seen_[i] == event.when.occurrence) due_.emplace_back(now + event.after, &event);
   }
   return due_.size() > before;
 }
 
-void Stage::Note(Happening happening) {
+void Stage::Note(Event occurred) {
   bool armed = false;
   {
     const Lock lock(mutex_);
     if (!began_) return;
     const Time now = now_();
-    happening.at = now - *began_;
-    const std::string line = HistoryLine(happening);
-    [[maybe_unused]] const ssize_t judged_by_what_is_there = write(history_, line.data(), line.size());
-    armed = Arm(&happening, now);
+    occurred.at = now - *began_;
+    const std::string line = HistoryLine(occurred);
+    std::ignore = write(history_, line.data(), line.size());  // a history cut short is judged as it is
+    armed = Arm(&occurred, now);
   }
   if (armed) wake_();
 }
@@ -184,14 +185,14 @@ void Stage::Advance(Time now) {
 }
 
 void Stage::Do(const ScriptedEvent& event) {
-  switch (event.deed) {
-    case Deed::kUnplug:
-      return hands_.unplug();
-    case Deed::kPlug:
-      return hands_.plug();
-    case Deed::kWalkAway:
+  switch (event.action) {
+    case Action::kUnplug:
+      return handlers_.unplug();
+    case Action::kPlug:
+      return handlers_.plug();
+    case Action::kWalkAway:
       return WalkAway();
-    case Deed::kSlow:
+    case Action::kSlow:
       slowness_ = event.slowness.count();
       return;
   }
@@ -201,7 +202,7 @@ void Stage::Do(const ScriptedEvent& event) {
 // going to key.
 void Stage::WalkAway() {
   away_ = true;
-  hands_.use([](Device& device, Time now) {
+  handlers_.use([](Device& device, Time now) {
     device.Act(ScreenAction{}, now);
     device.Press({PadKey::Kind::kClear, '0'}, now);
   });

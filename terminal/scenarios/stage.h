@@ -23,7 +23,7 @@ namespace gwq::terminal {
 class Stage {
  public:
   // How events reach the terminals.
-  struct Hands {
+  struct EventHandlers {
     std::function<void()> unplug;
     std::function<void()> plug;
     std::function<void(const std::function<void(Device&, Time)>&)> use;  // with each device
@@ -46,27 +46,27 @@ class Stage {
   [[nodiscard]] const std::atomic<Time::rep>* Slowness() const;
 
   // From now on the command runs.
-  void Begin(Hands hands);
+  void Begin(EventHandlers handlers);
   [[nodiscard]] std::optional<Time> NextDeadline();
-  // On the thread that may use the hands.
+  // On the thread that may use the handlers.
   void Advance(Time now);
 
   // On any thread. What happens before the beginning does not count.
-  void Note(Happening happening);
+  void Note(Event occurred);
 
  private:
   class Watcher;
   class Files;
   using Lock = std::lock_guard<std::mutex>;
 
-  bool Arm(const Happening* happening, Time now);
+  bool Arm(const Event* occurred, Time now);
   void Do(const ScriptedEvent& event);
   void WalkAway();
 
   const Scenario scenario_;
   const std::function<Time()> now_;
   const std::function<void()> wake_;
-  Hands hands_;
+  EventHandlers handlers_;
   std::atomic<bool> away_{false};
   std::atomic<Time::rep> slowness_{0};
 

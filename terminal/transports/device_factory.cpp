@@ -69,7 +69,7 @@ LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, co
   return AtLine(std::move(device), line);
 }
 
-TerminalOptions DeviceFactory::FitReplay(TerminalOptions options) {
+TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
   if (replay_.file.empty()) return options;
   recording_ = LoadRecording(replay_.file, replay_.device);
   const bool serial = recording_.Has(Wire::kSerial);

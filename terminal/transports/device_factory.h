@@ -47,7 +47,7 @@ class DeviceFactory {
   [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
   // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
-  [[nodiscard]] TerminalOptions FitReplay(TerminalOptions options);
+  [[nodiscard]] TerminalOptions AdaptToRecording(TerminalOptions options);
   // Tells how the replay went; true if the hosts did all that is recorded, or nothing is replayed.
   [[nodiscard]] bool FinishReplay();
 

@@ -81,7 +81,7 @@ class Server {
   void AddHostility();
   [[nodiscard]] std::unique_ptr<Stage> MakeStage(const TerminalOptions& options);
   void BeginStage();
-  void Note(Happening::Kind kind);
+  void Note(Event::Kind kind);
   [[nodiscard]] PageTerminal PageTerminalHere(const FaultRates& rates);
   void Obey(const std::string& message);
   void Plug();
@@ -107,7 +107,7 @@ class Server {
 
 Server::Server(const TerminalOptions& asked)
     : stage_(MakeStage(asked)), devices_(asked, stage_.get()), testbed_(std::make_unique<Testbed>()) {
-  const TerminalOptions options = devices_.FitReplay(asked);
+  const TerminalOptions options = devices_.AdaptToRecording(asked);
   usb_id_ = options.usb;
   const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
   if (options.usb) AddUsb(*options.usb, page);
@@ -137,7 +137,7 @@ void Server::BeginStage() {
   loop_.Add(*stage_timer_);
 }
 
-void Server::Note(Happening::Kind kind) {
+void Server::Note(Event::Kind kind) {
   if (stage_) stage_->Note({kind, {}, {}, 0, {}});
 }
 
@@ -174,7 +174,7 @@ void Server::Plug() {
   if (!usb_ || plugged_) return;
   usb_->Plug(testbed_->Plug(*usb_id_));
   plugged_ = true;
-  Note(Happening::Kind::kPlugged);
+  Note(Event::Kind::kPlugged);
 }
 
 void Server::Unplug() {
@@ -182,7 +182,7 @@ void Server::Unplug() {
   plugged_ = false;
   usb_->Unplug();
   testbed_->Unplug();
-  Note(Happening::Kind::kUnplugged);
+  Note(Event::Kind::kUnplugged);
 }
 
 void Server::Obey(const std::string& message) {

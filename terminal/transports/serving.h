@@ -16,7 +16,7 @@ namespace gwq::terminal {
 // terminal, is no reason to stop.
 void IgnoreOutputSignals();
 
-// With what is printed here the faults can be had again.
+// Prints seed and rates, so that a run can be reproduced.
 void AnnounceHostility(const TerminalOptions& options);
 
 // Opens the page of one terminal and prints its address.

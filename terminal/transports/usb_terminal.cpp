@@ -142,7 +142,7 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   // usbfs claims for a host that forgot to.
   if (const int error = interface_.Claim(client, 0); error != 0) return error;
   RecordBegin(device_.Tap(), client, urb);
-  if (Mistreat(client, urb)) {
+  if (ApplyFault(client, urb)) {
     // has been dealt with
   } else if (urb.Endpoint() == kEndpointOut) {
     FinishOut(client, std::move(urb));
@@ -183,7 +183,7 @@ bool UsbTerminal::WantsUnplug() {
 }
 
 // True when a hostile terminal lets the transfer come to nothing.
-bool UsbTerminal::Mistreat(UsbClient& client, Urb& urb) {
+bool UsbTerminal::ApplyFault(UsbClient& client, Urb& urb) {
   const Transfer transfer = urb.Endpoint() == kEndpointOut ? device_.NextOut() : device_.NextIn();
   switch (transfer.fate) {
     case TransferFate::kPasses:

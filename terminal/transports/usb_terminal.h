@@ -65,7 +65,7 @@ class UsbTerminal final : public Timed {
  private:
   using Lock = std::lock_guard<std::mutex>;
 
-  bool Mistreat(UsbClient& client, Urb& urb);
+  bool ApplyFault(UsbClient& client, Urb& urb);
   void Hang(UsbClient& client, Urb urb, double part);
   void FinishOut(UsbClient& client, Urb urb);
   void FinishControl(UsbClient& client, Urb urb);

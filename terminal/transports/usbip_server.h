@@ -27,7 +27,7 @@ class UsbIpServer final : public Timed {
   // Serves from `loop`, which must not outlive this object.
   void Join(EventLoop& loop);
 
-  // Who has not come to the point by then is in the way of others.
+  // A connection that has imported nothing by then is closed.
   std::optional<Time> NextDeadline() override;
   void Advance(Time now) override;
 

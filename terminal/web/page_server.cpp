@@ -88,7 +88,7 @@ void Reply(SoupServerMessage* message, const char* type, std::string_view body) 
   soup_server_message_set_response(message, type, SOUP_MEMORY_COPY, body.data(), body.size());
 }
 
-// Has GLib's own work of this thread done in a context of ours, as long as it lives.
+// Makes a private GMainContext the thread's default for its lifetime.
 class OwnContext {
  public:
   OwnContext() : context_(g_main_context_new()) { g_main_context_push_thread_default(context_.get()); }
@@ -203,7 +203,7 @@ std::optional<std::string> PageServer::PathOf(SoupServerMessage* message, const 
   return access_.PathOf({path, Header(message, "Host"), Header(message, "Origin"), OpensSocket(message)});
 }
 
-// Such a visitor is not to stay. libsoup answers after a request's body, which may be without end.
+// Answers with `status` and closes the connection. libsoup answers after a request's body, which may be endless.
 void PageServer::Refuse(SoupServerMessage* message, guint status) {
   soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
   soup_server_message_set_status(message, status, nullptr);

@@ -10,7 +10,7 @@
 namespace gwq::terminal::test {
 namespace {
 
-using Kind = Happening::Kind;
+using Kind = Event::Kind;
 using namespace std::chrono_literals;
 
 Run UsualRun() {
@@ -169,8 +169,8 @@ TEST(Expectation, that_is_no_good_says_why) {
 }
 
 TEST(History, comes_back_as_it_was_written) {
-  const Happening happening{Kind::kScreen, "html", "two\nlines \"quoted\"", 7, Time(12)};
-  const std::string line = HistoryLine(happening);
+  const Event event{Kind::kScreen, "html", "two\nlines \"quoted\"", 7, Time(12)};
+  const std::string line = HistoryLine(event);
   EXPECT_EQ(line.find('\n'), line.size() - 1);
   EXPECT_EQ(HistoryLine({Kind::kCommand, "\xff", {}, 0, {}}).find('\xff'), std::string::npos);
 }

@@ -189,21 +189,21 @@ TEST(Scenario, has_events) {
       {"when": "command load working key", "walk_away": true}, {"when": "PIN asked", "slow_ms": 40},
       {"when": "unplugged", "plug": true}, {"when": "plugged", "unplug": true}])")
           .events;
-  using Deed = ScriptedEvent::Deed;
+  using Action = ScriptedEvent::Action;
   ASSERT_THAT(events, SizeIs(6));
   EXPECT_FALSE(events[0].when.kind);
-  EXPECT_EQ(events[0].deed, Deed::kUnplug);
-  EXPECT_EQ(events[1].when.kind, Happening::Kind::kScreen);
+  EXPECT_EQ(events[0].action, Action::kUnplug);
+  EXPECT_EQ(events[1].when.kind, Event::Kind::kScreen);
   EXPECT_EQ(events[1].when.name, "html");
-  EXPECT_EQ(events[1].when.time, 2U);
+  EXPECT_EQ(events[1].when.occurrence, 2U);
   EXPECT_EQ(events[1].after, Time(5));
-  EXPECT_EQ(events[1].deed, Deed::kPlug);
+  EXPECT_EQ(events[1].action, Action::kPlug);
   EXPECT_EQ(events[2].when.name, "load working key");
-  EXPECT_EQ(events[2].deed, Deed::kWalkAway);
-  EXPECT_EQ(events[3].when.kind, Happening::Kind::kPinAsked);
+  EXPECT_EQ(events[2].action, Action::kWalkAway);
+  EXPECT_EQ(events[3].when.kind, Event::Kind::kPinAsked);
   EXPECT_EQ(events[3].slowness, Time(40));
-  EXPECT_EQ(events[4].when.kind, Happening::Kind::kUnplugged);
-  EXPECT_EQ(events[5].when.kind, Happening::Kind::kPlugged);
+  EXPECT_EQ(events[4].when.kind, Event::Kind::kUnplugged);
+  EXPECT_EQ(events[5].when.kind, Event::Kind::kPlugged);
 }
 
 TEST(Scenario, tells_what_is_wrong_with_an_event) {

@@ -30,7 +30,7 @@ class StageRig {
         device_(MakeDevice()) {}
 
   void Begin() {
-    stage_.Begin({[this] { deeds += "unplug "; }, [this] { deeds += "plug "; },
+    stage_.Begin({[this] { actions += "unplug "; }, [this] { actions += "plug "; },
                   [this](const auto& action) { device_.Use(action, now_); }});
   }
   void Send(std::string_view command) {
@@ -49,16 +49,16 @@ class StageRig {
   std::optional<Bytes> TakeAnswer() { return device_.TakeAnswer(); }
   [[nodiscard]] std::vector<std::string> Names() const {
     std::vector<std::string> names;
-    for (const Happening& happening : ReadHistory((directory_ / "history").string()))
-      names.push_back(std::to_string(happening.at.count()) + " " +
-                      std::to_string(static_cast<int>(happening.kind)) + " " + happening.name);
+    for (const Event& event : ReadHistory((directory_ / "history").string()))
+      names.push_back(std::to_string(event.at.count()) + " " + std::to_string(static_cast<int>(event.kind)) +
+                      " " + event.name);
     return names;
   }
-  [[nodiscard]] History Happenings() const { return ReadHistory((directory_ / "history").string()); }
+  [[nodiscard]] History Events() const { return ReadHistory((directory_ / "history").string()); }
   Stage& Played() { return stage_; }
   FileSystem& Files() { return *files_; }
 
-  std::string deeds;
+  std::string actions;
   int wakes = 0;
 
  private:
@@ -85,7 +85,7 @@ TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {
   rig.Send(kShowPage);
   rig.Wait(1s);
   EXPECT_THAT(rig.Names(), ElementsAre("10 1 HTML", "10 0 html", "210 0 idle"));
-  EXPECT_NE(rig.Happenings()[1].text.find("Confirm"), std::string::npos);
+  EXPECT_NE(rig.Events()[1].text.find("Confirm"), std::string::npos);
 }
 
 TEST(Stage, writes_down_pins_without_their_digits) {
@@ -94,8 +94,8 @@ TEST(Stage, writes_down_pins_without_their_digits) {
   rig.Send("\x82");
   rig.Wait(1s);
   EXPECT_THAT(rig.Names(), ElementsAre("0 1 PIN entry", "0 2 ", "200 3 "));
-  for (const Happening& happening : rig.Happenings())
-    EXPECT_EQ((happening.name + happening.text).find("8642"), std::string::npos);
+  for (const Event& event : rig.Events())
+    EXPECT_EQ((event.name + event.text).find("8642"), std::string::npos);
 }
 
 TEST(Stage, writes_down_files_that_are_stored_and_no_others) {
@@ -105,7 +105,7 @@ TEST(Stage, writes_down_files_that_are_stored_and_no_others) {
   EXPECT_EQ(StoreFile(rig.Files(), "/tmp/a", content), FileResult::kDone);
   EXPECT_NE(StoreFile(rig.Files(), "../a", content), FileResult::kDone);
   ASSERT_THAT(rig.Names(), ElementsAre("0 4 /tmp/a"));
-  EXPECT_EQ(rig.Happenings()[0].size, 7U);
+  EXPECT_EQ(rig.Events()[0].size, 7U);
 }
 
 TEST(Stage, makes_events_come_at_their_time) {
@@ -115,11 +115,11 @@ TEST(Stage, makes_events_come_at_their_time) {
   rig.Begin();
   EXPECT_EQ(rig.Played().NextDeadline(), Time(5110));
   rig.Wait(9ms);
-  EXPECT_EQ(rig.deeds, "");
+  EXPECT_EQ(rig.actions, "");
   rig.Wait(1ms);
-  EXPECT_EQ(rig.deeds, "unplug ");
+  EXPECT_EQ(rig.actions, "unplug ");
   rig.Wait(1s);
-  EXPECT_EQ(rig.deeds, "unplug plug ");
+  EXPECT_EQ(rig.actions, "unplug plug ");
 }
 
 TEST(Stage, makes_events_come_behind_what_they_wait_for) {
@@ -128,24 +128,24 @@ TEST(Stage, makes_events_come_behind_what_they_wait_for) {
   rig.Begin();
   rig.Send(kShowPage);
   rig.Wait(1s);
-  EXPECT_EQ(rig.deeds, "");
+  EXPECT_EQ(rig.actions, "");
   EXPECT_EQ(rig.wakes, 0);
   rig.Send(kShowPage);
   EXPECT_EQ(rig.wakes, 1);
   rig.Wait(10ms);
-  EXPECT_EQ(rig.deeds, "unplug ");
+  EXPECT_EQ(rig.actions, "unplug ");
   rig.Send("\033[0GETVERSION");
   rig.Send("\033[0GETVERSION");
   rig.Wait(1s);
-  EXPECT_EQ(rig.deeds, "unplug plug ");
+  EXPECT_EQ(rig.actions, "unplug plug ");
 }
 
 TEST(Stage, events_wait_for_the_cable_too) {
   StageRig rig(R"("events": [{"when": "unplugged", "after_ms": 10, "plug": true}])");
   rig.Begin();
-  rig.Played().Note({Happening::Kind::kUnplugged, {}, {}, 0, {}});
+  rig.Played().Note({Event::Kind::kUnplugged, {}, {}, 0, {}});
   rig.Wait(10ms);
-  EXPECT_EQ(rig.deeds, "plug ");
+  EXPECT_EQ(rig.actions, "plug ");
 }
 
 TEST(Stage, a_customer_who_walks_away_does_nothing_more) {

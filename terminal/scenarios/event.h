@@ -11,7 +11,7 @@
 
 namespace gwq::terminal {
 
-struct Happening {
+struct Event {
   enum class Kind {
     kScreen,     // `name` is its kind, `text` all that it says
     kCommand,    // `name` as command_names.h has it
@@ -28,12 +28,12 @@ struct Happening {
   std::uint64_t size = 0;
   Time at{0};  // since the command was started
 
-  friend bool operator==(const Happening&, const Happening&) = default;
+  friend bool operator==(const Event&, const Event&) = default;
 };
-using History = std::vector<Happening>;
+using History = std::vector<Event>;
 
 // One line of a history file.
-[[nodiscard]] std::string HistoryLine(const Happening& happening);
+[[nodiscard]] std::string HistoryLine(const Event& event);
 // A line that is cut off is left out. Throws std::runtime_error when there is no such file.
 [[nodiscard]] History ReadHistory(const std::string& path);
 

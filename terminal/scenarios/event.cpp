@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "scenarios/happening.h"
+#include "scenarios/event.h"
 
 #include <sstream>
 
@@ -14,9 +14,8 @@ void AddLine(std::string& text, const std::string& line) {
 
 }  // namespace
 
-std::string HistoryLine(const Happening& happening) {
-  const Json json = {static_cast<int>(happening.kind), happening.name, happening.text, happening.size,
-                     happening.at.count()};
+std::string HistoryLine(const Event& event) {
+  const Json json = {static_cast<int>(event.kind), event.name, event.text, event.size, event.at.count()};
   return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
@@ -26,13 +25,13 @@ History ReadHistory(const std::string& path) {
   for (std::string line; std::getline(lines, line);) {
     const Json json = Json::parse(line, nullptr, false);
     if (json.is_discarded()) continue;
-    Happening happening;
-    happening.kind = static_cast<Happening::Kind>(json.at(0).get<int>());
-    happening.name = json.at(1).get<std::string>();
-    happening.text = json.at(2).get<std::string>();
-    happening.size = json.at(3).get<std::uint64_t>();
-    happening.at = Time(json.at(4).get<Time::rep>());
-    history.push_back(std::move(happening));
+    Event event;
+    event.kind = static_cast<Event::Kind>(json.at(0).get<int>());
+    event.name = json.at(1).get<std::string>();
+    event.text = json.at(2).get<std::string>();
+    event.size = json.at(3).get<std::uint64_t>();
+    event.at = Time(json.at(4).get<Time::rep>());
+    history.push_back(std::move(event));
   }
   return history;
 }
