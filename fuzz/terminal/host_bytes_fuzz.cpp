@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: MIT
-// A host that sends anything, at any time, to a unit with an agreeable customer; what the unit records of it is masked.
+// SPDX-License-Identifier: MIT A host that sends anything, at any time, to a unit with an agreeable
+// customer; what the unit records of it is masked.
 #include <chrono>
 
 #include "customer/agreeable.h"

@@ -1,6 +1,6 @@
-// SPDX-License-Identifier: MIT
-// Reads the JSON scripts of customers, faults and scenarios. What is wrong is thrown as a ScriptError, and Script adds the line:
-// duplicate and unknown members and wrong types are refused, with what is allowed.
+// SPDX-License-Identifier: MIT Reads the JSON scripts of customers, faults and scenarios. What is
+// wrong is thrown as a ScriptError, and Script adds the line: duplicate and unknown members and
+// wrong types are refused, with what is allowed.
 #pragma once
 
 #include <chrono>
@@ -55,7 +55,8 @@ class Script {
   Script(const Script&) = delete;
   Script& operator=(const Script&) = delete;
 
-  // The result of `read` with the script's value; what is wrong is thrown as a std::runtime_error, with its line.
+  // The result of `read` with the script's value; what is wrong is thrown as a std::runtime_error,
+  // with its line.
   template <typename Read>
   auto ReadBy(Read read) const {
     try {

@@ -26,8 +26,9 @@ class Outlet {
   // do not read.
   virtual void LetAnswersLapse() = 0;
   virtual void Trace(TraceEvent::What what) = 0;
-  // Announces the command that is carried out, with what the trace says behind its name. A command that is not described
-  // before anything else is traced, or shown to the customer, is announced by its name alone.
+  // Announces the command that is carried out, with what the trace says behind its name. A command
+  // that is not described before anything else is traced, or shown to the customer, is announced by
+  // its name alone.
   virtual void Describe(const std::string& detail) = 0;
 
   void Note(const std::string& text) { Trace(Noted{text}); }

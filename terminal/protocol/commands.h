@@ -1,6 +1,6 @@
-// SPDX-License-Identifier: MIT
-// Every command that the unit knows: one row each, with what the parts of the terminal need to know of it. Handlers register for
-// rows; the trace, the names in scenarios and the masks of recordings come from them. A new command is a row and a handler.
+// SPDX-License-Identifier: MIT Every command that the unit knows: one row each, with what the parts
+// of the terminal need to know of it. Handlers register for rows; the trace, the names in scenarios
+// and the masks of recordings come from them. A new command is a row and a handler.
 #pragma once
 
 #include <array>

@@ -203,7 +203,8 @@ std::optional<std::string> PageServer::PathOf(SoupServerMessage* message, const 
   return access_.PathOf({path, Header(message, "Host"), Header(message, "Origin"), OpensSocket(message)});
 }
 
-// Answers with `status` and closes the connection. libsoup answers after a request's body, which may be endless.
+// Answers with `status` and closes the connection. libsoup answers after a request's body, which
+// may be endless.
 void PageServer::Refuse(SoupServerMessage* message, guint status) {
   soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
   soup_server_message_set_status(message, status, nullptr);
