@@ -2,7 +2,7 @@
 // Pages of a host, as HTML and as plain text.
 #include <string_view>
 
-#include "customer/page.h"
+#include "picture/html_text.h"
 #include "require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <variant>
 
-#include "device/pen.h"
+#include "device/screens/pen.h"
 #include "require.h"
 #include "web/messages.h"
 

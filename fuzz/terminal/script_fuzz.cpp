@@ -4,9 +4,9 @@
 #include <string>
 
 #include "customer/scripted.h"
+#include "faults/fault_script.h"
 #include "require.h"
 #include "scenarios/scenario.h"
-#include "store/fault_script.h"
 
 namespace gwq::fuzz {
 namespace {

@@ -3,7 +3,7 @@
 #include "customer/agreeable.h"
 #include "input.h"
 #include "require.h"
-#include "transports/usbip_session.h"
+#include "usbip/usbip_session.h"
 
 namespace gwq::fuzz {
 namespace {

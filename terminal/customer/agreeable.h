@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "device/customer.h"
+#include "device/screens/customer.h"
 
 namespace gwq::terminal {
 

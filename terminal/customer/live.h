@@ -3,7 +3,7 @@
 // and Device::Press once they have seen what the terminal shows.
 #pragma once
 
-#include "device/customer.h"
+#include "device/screens/customer.h"
 
 namespace gwq::terminal {
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "device/pen.h"
+#include "device/screens/pen.h"
 
 namespace gwq::terminal {
 namespace {
@@ -132,7 +132,7 @@ ScreenScript::Step ScreenScript::ReadStep(const Json& json) {
   CheckMembers(json, {"confirm", "cancel", "key", "digits", "sign", "answer", "walk_away", "on", "after_ms"});
   Step step;
   step.action = ReadDeed(json);
-  step.action.after = ReadDelay(json);
+  step.action.after = ReadDelay(json, Customer::kUsualDelay);
   step.on = ReadKind(json);
   return step;
 }

@@ -22,8 +22,8 @@
 #include <string>
 #include <vector>
 
-#include "customer/json_script.h"
-#include "device/customer.h"
+#include "base/json_script.h"
+#include "device/screens/customer.h"
 
 namespace gwq::terminal {
 

@@ -29,7 +29,7 @@
 
 #include "customer/agreeable.h"
 #include "customer/screen_script.h"
-#include "device/customer.h"
+#include "device/screens/customer.h"
 
 namespace gwq::terminal {
 

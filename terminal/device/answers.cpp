@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <utility>
 
-#include "device/bytes.h"
 #include "device/outlet.h"
+#include "protocol/marks.h"
 
 namespace gwq::terminal {
 

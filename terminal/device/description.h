@@ -6,8 +6,8 @@
 //   GETGLOBALCONFIG 8         STX model ETX
 #pragma once
 
-#include "device/device.h"
 #include "device/outlet.h"
+#include "device/settings.h"
 #include "device/text_commands.h"
 
 namespace gwq::terminal {

@@ -6,18 +6,18 @@
 #include <initializer_list>
 #include <utility>
 
-#include "device/command_reader.h"
-#include "device/counter_commands.h"
+#include "base/secret.h"
 #include "device/description.h"
-#include "device/file_commands.h"
+#include "device/files/file_commands.h"
 #include "device/framed_commands.h"
 #include "device/outlet.h"
-#include "device/pin_entry.h"
-#include "device/pin_pad.h"
-#include "device/screen_commands.h"
-#include "device/screens.h"
-#include "device/secret.h"
+#include "device/pad/counter_commands.h"
+#include "device/pad/pin_entry.h"
+#include "device/pad/pin_pad.h"
+#include "device/screens/screen_commands.h"
+#include "device/screens/screens.h"
 #include "device/text_commands.h"
+#include "protocol/command_reader.h"
 
 namespace gwq::terminal {
 namespace {

@@ -10,47 +10,23 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <variant>
-#include <vector>
 
-#include "device/customer.h"
-#include "device/file_faults.h"
-#include "device/file_system.h"
-#include "device/painter.h"
+#include "base/types.h"
+#include "device/files/file_faults.h"
+#include "device/files/file_system.h"
+#include "device/pad/entry_state.h"
+#include "device/screens/customer.h"
+#include "device/screens/painter.h"
+#include "device/settings.h"
 #include "device/trace.h"
 
 namespace gwq::terminal {
-
-using Bytes = std::vector<std::uint8_t>;
-
-// How the bytes of the host arrive, which decides where a command without an
-// end mark of its own ends: at the zero padding of a USB report, or where a
-// serial line falls silent for a moment.
-enum class Line { kUsb, kSerial };
-
-struct Settings {
-  std::string version = "V1.0.0";       // answered by GETVERSION, before the "|"
-  std::string build_date = "20240615";  // answered by GETVERSION, behind the "|"
-  std::string production_date = "20240601";
-  std::string model = "GWQ-VT";
-  bool tzg = true;  // knows how to sign in TZG mode
-};
 
 // The terminal's storage; must outlive the device. Without one nothing can be stored.
 struct Storage {
   FileSystem* files = nullptr;
   FileFaults faults;
   FileSystem* keys = nullptr;  // the PIN pad's key pairs (key_pairs.h); null: they are new each time
-};
-
-// An entry of a PIN or another number that waits for the customer's keys.
-struct EntryState {
-  using Request = std::variant<PinRequest, NumberRequest>;
-  std::uint64_t number = 0;  // counts the entries
-  Request request;
-  Time ends_at{0};        // by its time-out
-  std::size_t keyed = 0;  // digits that were pressed
-  std::string shown;      // those digits; only of a number that is shown in clear
 };
 
 class Device {

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "device/pinpad_frame.h"
+#include "protocol/pinpad_frame.h"
 
 namespace gwq::terminal {
 namespace {

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "device/device.h"
+#include "base/types.h"
 #include "device/outlet.h"
 #include "device/text_commands.h"
 

@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "device/device.h"
+#include "base/types.h"
+#include "device/trace.h"
 
 namespace gwq::terminal {
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "device/pattern.h"
 #include "protocol/commands.h"
+#include "protocol/pattern.h"
 
 namespace gwq::terminal {
 

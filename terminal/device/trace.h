@@ -2,17 +2,14 @@
 // words of it. Key material and PINs are masked.
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <string>
 #include <variant>
 
+#include "base/types.h"
 #include "protocol/commands.h"
 
 namespace gwq::terminal {
-
-// Time since the terminal was switched on, given from outside.
-using Time = std::chrono::milliseconds;
 
 struct CommandReceived {
   const CommandRow* command;

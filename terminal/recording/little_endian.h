@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "device/device.h"
+#include "base/types.h"
 
 namespace gwq::terminal {
 

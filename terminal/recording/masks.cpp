@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "device/bytes.h"
+#include "protocol/marks.h"
 
 namespace gwq::terminal {
 namespace {

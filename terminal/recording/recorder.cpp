@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "device/secret.h"
+#include "base/secret.h"
 
 namespace gwq::terminal {
 namespace {

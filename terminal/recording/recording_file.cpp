@@ -9,7 +9,7 @@
 #include <system_error>
 #include <tuple>
 
-#include "transports/errors.h"
+#include "base/errors.h"
 
 namespace gwq::terminal {
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "transports/unique_fd.h"
+#include "base/unique_fd.h"
 
 namespace gwq::terminal {
 

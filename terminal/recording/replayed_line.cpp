@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "device/bytes.h"
+#include "protocol/marks.h"
 
 namespace gwq::terminal {
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "hostile/line_device.h"
+#include "faults/line_device.h"
 #include "recording/masks.h"
 #include "recording/transfer.h"
 

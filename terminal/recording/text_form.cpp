@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "device/hex.h"
+#include "base/hex.h"
 
 namespace gwq::terminal {
 namespace {

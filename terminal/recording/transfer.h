@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "device/device.h"
+#include "base/types.h"
 
 namespace gwq::terminal {
 

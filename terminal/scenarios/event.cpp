@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "customer/json_script.h"
+#include "base/json_script.h"
 
 namespace gwq::terminal {
 namespace {

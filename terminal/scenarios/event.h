@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "device/device.h"
+#include "base/types.h"
+#include "device/screens/screen.h"
+#include "device/trace.h"
 
 namespace gwq::terminal {
 

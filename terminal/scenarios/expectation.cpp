@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "customer/screen_script.h"
-#include "device/screen.h"
+#include "device/screens/screen.h"
 #include "protocol/commands.h"
 
 namespace gwq::terminal {

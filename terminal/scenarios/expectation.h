@@ -23,7 +23,7 @@
 #include <variant>
 #include <vector>
 
-#include "customer/json_script.h"
+#include "base/json_script.h"
 #include "scenarios/event.h"
 
 namespace gwq::terminal {

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "customer/json_script.h"
+#include "base/json_script.h"
 
 namespace gwq::terminal {
 

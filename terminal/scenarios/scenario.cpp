@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "customer/scripted.h"
-#include "device/screen.h"
+#include "device/screens/screen.h"
 #include "protocol/commands.h"
 #include "scenarios/masking.h"
 #include "store/safe_path.h"

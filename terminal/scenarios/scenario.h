@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "device/device.h"
-#include "hostile/fault_rates.h"
+#include "device/settings.h"
+#include "faults/fault_rates.h"
+#include "faults/fault_script.h"
 #include "scenarios/event.h"
 #include "scenarios/expectation.h"
-#include "store/fault_script.h"
 
 namespace gwq::terminal {
 

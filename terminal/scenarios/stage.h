@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "device/customer.h"
 #include "device/device.h"
-#include "device/file_system.h"
+#include "device/files/file_system.h"
+#include "device/screens/customer.h"
 #include "scenarios/scenario.h"
 
 namespace gwq::terminal {

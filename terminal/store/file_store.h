@@ -16,8 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "device/file_system.h"
-#include "transports/unique_fd.h"
+#include "base/unique_fd.h"
+#include "device/files/file_system.h"
 
 namespace gwq::terminal {
 

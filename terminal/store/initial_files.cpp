@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "customer/painter.h"
-#include "customer/signature.h"
+#include "picture/painter.h"
+#include "picture/signature.h"
 
 namespace gwq::terminal {
 namespace {

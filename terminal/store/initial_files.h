@@ -6,7 +6,7 @@
 //   /tmp/capture.png  a picture of the screen
 #pragma once
 
-#include "device/file_system.h"
+#include "device/files/file_system.h"
 
 namespace gwq::terminal {
 

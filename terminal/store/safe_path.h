@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "transports/unique_fd.h"
+#include "base/unique_fd.h"
 
 namespace gwq::terminal {
 

@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include "transports/errors.h"
+#include "base/errors.h"
 
 namespace gwq::terminal {
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "device/device.h"
-#include "hostile/fault_rates.h"
+#include "faults/fault_rates.h"
 
 namespace gwq::terminal {
 

@@ -24,8 +24,10 @@
 #include <variant>
 #include <vector>
 
-#include "device/device.h"
-#include "hostile/fault_rates.h"
+#include "device/pad/entry_state.h"
+#include "device/screens/customer.h"
+#include "device/trace.h"
+#include "faults/fault_rates.h"
 
 namespace gwq::terminal {
 

@@ -13,7 +13,7 @@
 #include <tuple>
 #include <utility>
 
-#include "transports/errors.h"
+#include "base/errors.h"
 
 namespace gwq::terminal {
 namespace {

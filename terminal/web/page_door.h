@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "transports/gobject_ptr.h"
-#include "transports/unique_fd.h"
+#include "base/gobject_ptr.h"
+#include "base/unique_fd.h"
 
 namespace gwq::terminal {
 

@@ -8,7 +8,7 @@
 #include <cctype>
 #include <utility>
 
-#include "device/file_names.h"
+#include "device/files/file_names.h"
 
 extern "C" {
 #include "page.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "device/file_system.h"
+#include "device/files/file_system.h"
 
 namespace gwq::terminal {
 

@@ -10,9 +10,9 @@
 #include <deque>
 #include <utility>
 
-#include "device/file_names.h"
-#include "transports/event_loop.h"
-#include "transports/gobject_ptr.h"
+#include "base/event_loop.h"
+#include "base/gobject_ptr.h"
+#include "device/files/file_names.h"
 #include "web/access.h"
 #include "web/customer_page.h"
 #include "web/messages.h"

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "hostile/line_device.h"
+#include "faults/line_device.h"
 #include "hostile/soak.h"
 
 namespace gwq::test {

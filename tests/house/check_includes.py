@@ -3,15 +3,22 @@
 """Holds every include of src/ and terminal/ against the allowed arrows: check_includes.py ROOT
 
 A room includes rooms before it in ROOMS, and a header outside the rooms includes none of them. Public headers are included as
-<gwq/...>, internal ones by their path, and a public header includes no internal one. The terminal shares nothing with the
-library but the generated USB identities, usb_ids.h.
+<gwq/...>, internal ones by their path, and a public header includes no internal one.
+
+The terminal's rooms are ordered in TERMINAL_ROOMS in the same way. Who includes the whole device uses it. The terminal shares
+nothing with the library but the generated USB identities, usb_ids.h.
 """
 import pathlib
 import re
 import sys
 
 ROOMS = ['codec', 'diag', 'links', 'frame', 'files', 'pinpad', 'screens']
-TERMINALS_CORE = {'device', 'customer', 'hostile', 'scenarios'}
+TERMINAL_ROOMS = ['base', 'protocol', 'device', 'picture', 'customer', 'faults', 'store', 'recording', 'web', 'scenarios', 'serial', 'usb',
+                  'usbip', 'umockdev', 'app']
+TERMINAL_GENERATED = {'usb_ids.h', 'page.h'}
+DEVICE = 'device/device.h'
+USES_DEVICE = re.compile(r'\b(Device|Storage)\b')
+COMMENT = re.compile(r'//.*')
 SHARED = {'export.h', 'status_codes.h'}
 UMBRELLAS = {'gwq.h', 'gwq.hpp'}
 INCLUDE = re.compile(r'^#include ([<"])([^">]+)[">]', re.MULTILINE)
@@ -36,13 +43,21 @@ def wrong(source, path, mark, included):
     return None if ROOMS.index(other) <= ROOMS.index(room) else f'{room} may not include {other}'
 
 
-def wrong_in_terminal(source, path, included):
+def wrong_in_terminal(source, path, mark, included):
     """What is wrong with one include of the terminal's, or None."""
-    if path.parts[0] in TERMINALS_CORE and included.startswith('transports/'):
-        return f'{path.parts[0]} may not include transports'
+    room, other = path.parts[0], included.split('/')[0]
+    if other in TERMINAL_ROOMS and mark == '"':
+        if room not in TERMINAL_ROOMS:
+            return f'{room} is no room'
+        return None if TERMINAL_ROOMS.index(other) <= TERMINAL_ROOMS.index(room) else f'{room} may not include {other}'
     if included.startswith('gwq/') or (source / included).exists():
         return 'the terminal shares nothing with the library'
-    return None
+    return 'not in a room' if mark == '"' and included not in TERMINAL_GENERATED else None
+
+
+def needs_no_device(text):
+    """True when a file of the terminal's includes the whole device and does not name it."""
+    return f'"{DEVICE}"' in text and not USES_DEVICE.search(COMMENT.sub('', text).replace(DEVICE, ''))
 
 
 def main(root):
@@ -56,9 +71,12 @@ def main(root):
                 found.append(f'{path.relative_to(root)}: {included}: {problem}')
     terminal = pathlib.Path(root) / 'terminal'
     for path in sorted(p for p in terminal.rglob('*') if p.suffix in ('.h', '.cpp')):
-        for _, included in INCLUDE.findall(path.read_text(encoding='utf-8')):
+        text = path.read_text(encoding='utf-8')
+        if needs_no_device(text):
+            found.append(f'{path.relative_to(root)}: {DEVICE}: includes the whole device and does not use it')
+        for mark, included in INCLUDE.findall(text):
             checked += 1
-            problem = wrong_in_terminal(source, path.relative_to(terminal), included)
+            problem = wrong_in_terminal(source, path.relative_to(terminal), mark, included)
             if problem:
                 found.append(f'{path.relative_to(root)}: {included}: {problem}')
     print('\n'.join(found) or f'{checked} includes follow the arrows')

@@ -20,8 +20,8 @@ class CheckIncludes(unittest.TestCase):
     def problem(self, path, mark, included):
         return check_includes.wrong(self.source, pathlib.Path(path), mark, included)
 
-    def problem_in_terminal(self, path, included):
-        return check_includes.wrong_in_terminal(self.source, pathlib.Path(path), included)
+    def problem_in_terminal(self, path, included, mark='"'):
+        return check_includes.wrong_in_terminal(self.source, pathlib.Path(path), mark, included)
 
     def test_lets_arrows_point_down(self):
         self.assertIsNone(self.problem('frame/exchange.cpp', '"', 'links/internal/link.h'))
@@ -46,12 +46,24 @@ class CheckIncludes(unittest.TestCase):
     def test_finds_a_terminal_that_shares_with_the_library(self):
         for included in ('gwq/export.h', 'export.h', 'links/internal/link.h'):
             self.assertIn('shares nothing', self.problem_in_terminal('web/page.cpp', included))
-        for included in ('usb_ids.h', 'scenarios/stage.h', 'vector'):
+        for included in ('usb_ids.h', 'recording/writer.h', 'device/device.h'):
             self.assertIsNone(self.problem_in_terminal('web/page.cpp', included))
+        self.assertIsNone(self.problem_in_terminal('web/page.cpp', 'vector', '<'))
 
-    def test_finds_transports_in_the_core_of_the_terminal(self):
-        self.assertIn('may not include', self.problem_in_terminal('scenarios/stage.h', 'transports/clock.h'))
-        self.assertIsNone(self.problem_in_terminal('web/page.cpp', 'transports/clock.h'))
+    def test_finds_an_arrow_of_the_terminal_that_points_up(self):
+        for path, included in (('device/device.h', 'customer/live.h'), ('base/clock.h', 'device/trace.h'), ('usb/urb.h', 'umockdev/testbed.h')):
+            self.assertIn('may not include', self.problem_in_terminal(path, included))
+        self.assertIsNone(self.problem_in_terminal('app/main.cpp', 'umockdev/testbed.h'))
+
+    def test_finds_includes_outside_of_the_terminals_rooms(self):
+        self.assertIn('not in a room', self.problem_in_terminal('web/page.cpp', 'messages.h'))
+        self.assertIn('is no room', self.problem_in_terminal('hostile/line.h', 'base/types.h'))
+
+    def test_finds_who_includes_the_whole_device_for_nothing(self):
+        include = '#include "device/device.h"\n'
+        self.assertTrue(check_includes.needs_no_device(include + 'Bytes answer;  // of the Device\n'))
+        self.assertFalse(check_includes.needs_no_device(include + 'Device device;\n'))
+        self.assertFalse(check_includes.needs_no_device('Bytes answer;\n'))
 
 
 if __name__ == '__main__':

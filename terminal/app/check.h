@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Puts a command to the test of scenarios.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/options.h"
+
+namespace gwq::terminal {
+
+struct CheckRequest {
+  std::vector<std::string> scenarios;  // paths, or names of those that come with the program
+  std::vector<std::string> command;
+  UsbId usb;               // where a scenario names no identity
+  std::string junit_file;  // empty: none
+  int time_limit_s = 0;    // 0: as the scenarios say
+  // As of ExecOptions.
+  std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
+};
+
+// Prints what came of each. Returns the exit status: 0 if all passed, 1 if one failed, 2 if nothing
+// could be run.
+int RunCheck(const CheckRequest& request);
+
+// Prints names and descriptions of those that come with the program.
+int ListScenarios();
+
+}  // namespace gwq::terminal

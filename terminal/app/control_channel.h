@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// The line between the supervisor, which runs the command, and the server, which
+// is the terminal. Either side learns from it that the other has died.
+//
+//   server -> supervisor   "ready DIRECTORY", "failed REASON"
+//   supervisor -> server   "unplug", "replug", "done"
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "base/unique_fd.h"
+
+namespace gwq::terminal {
+
+class ControlChannel {
+ public:
+  explicit ControlChannel(UniqueFd socket) : socket_(std::move(socket)) {}
+
+  // Two connected ends.
+  static std::pair<ControlChannel, ControlChannel> Pair();
+
+  [[nodiscard]] int Fd() const { return socket_.Get(); }
+
+  // False when the other side is gone. Of a message of more than 4096 bytes, only these are sent.
+  bool Send(const std::string& message) const;
+
+  // Waits for a message; nothing when the other side is gone.
+  [[nodiscard]] std::optional<std::string> Receive() const;
+
+  void Close() { socket_.Reset(); }
+
+ private:
+  UniqueFd socket_;
+};
+
+}  // namespace gwq::terminal

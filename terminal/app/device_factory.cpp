@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "app/device_factory.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include "customer/agreeable.h"
+#include "customer/live.h"
+#include "customer/scripted.h"
+#include "device/pad/key_pairs.h"
+#include "store/initial_files.h"
+
+namespace gwq::terminal {
+namespace {
+
+TraceSink Both(const TraceSink& one, const TraceSink& other) {
+  if (!one || !other) return one ? one : other;
+  return [one, other](const TraceEvent& event) {
+    one(event);
+    other(event);
+  };
+}
+
+}  // namespace
+
+std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
+  if (stage_ != nullptr) return stage_->MakeCustomer();
+  if (customer_file_.empty()) return std::make_unique<AgreeableCustomer>();
+  return LoadCustomer(customer_file_);
+}
+
+Settings DeviceFactory::MakeSettings() const {
+  Settings settings;
+  if (stage_ != nullptr) settings = stage_->Script().terminal.settings;
+  settings.tzg = settings.tzg && tzg_;
+  return settings;
+}
+
+FaultScript DeviceFactory::Faults() const {
+  if (stage_ != nullptr) return stage_->Script().faults;
+  return faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
+}
+
+LineDevice DeviceFactory::AtLine(Device device, Line line) const {
+  const unsigned number = line == Line::kUsb ? 0 : 1;
+  const auto* slowness = stage_ == nullptr ? nullptr : stage_->Slowness();
+  if (slowness != nullptr)
+    return {std::move(device), Hostility(hostile_.value_or(FaultRates{}), number), *slowness};
+  if (!hostile_) return device;
+  return {std::move(device), Hostility(*hostile_, number)};
+}
+
+LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  LineDevice device = replay_.file.empty()
+                          ? MakeDevice(line, line_name, page)
+                          : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
+  device.SetTap(recorder_.get());
+  return device;
+}
+
+LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
+  customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
+  const TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
+  Device device(line, *customers_.back(), MakeSettings(), Both(trace_.Sink(line_name), watching),
+                MakeStorage(), &painter_);
+  return AtLine(std::move(device), line);
+}
+
+TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
+  if (replay_.file.empty()) return options;
+  recording_ = LoadRecording(replay_.file, replay_.device);
+  const bool serial = recording_.Has(Wire::kSerial);
+  if (serial && !options.serial_port)
+    throw std::runtime_error(
+        "the recording has a serial line; say with --serial N at which port it is to be");
+  if (!serial && options.serial_port)
+    throw std::runtime_error("the recording has no serial line; leave --serial out");
+  if (!recording_.Has(Wire::kUsb)) options.usb.reset();
+  if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
+  if (options.usb && recording_.identity)
+    options.usb = UsbId{recording_.identity->vendor, recording_.identity->product};
+  return options;
+}
+
+LineDevice DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
+  std::vector<WireTransfer> transfers;
+  std::copy_if(recording_.transfers.begin(), recording_.transfers.end(), std::back_inserter(transfers),
+               [wire](const WireTransfer& transfer) { return transfer.wire == wire; });
+  const auto report = [line_name](const std::string& text) {
+    std::fprintf(stderr, "gwq-terminal: %s: %s\n", line_name.c_str(), text.c_str());
+  };
+  auto line = std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report);
+  replayed_.push_back(line.get());
+  return LineDevice(std::move(line));
+}
+
+bool DeviceFactory::FinishReplay() {
+  bool all = true;
+  for (ReplayedLine* line : replayed_) all = line->Finish() && all;
+  return all;
+}
+
+std::string DeviceFactory::StorageDir() {
+  if (!storage_dir_.empty()) return storage_dir_;
+  fresh_dirs_.push_back(std::make_unique<PrivateDir>());
+  return fresh_dirs_.back()->Path();
+}
+
+// The limit is for hosts, not for what the terminal begins with.
+Storage DeviceFactory::MakeStorage() {
+  const FaultScript script = Faults();
+  const std::string directory = StorageDir();
+  FileStore unlimited(directory);
+  PutInitialFiles(unlimited);
+  StoreLimits limits;
+  limits.total = script.storage_limit.value_or(limits.total);
+  stores_.push_back(std::make_unique<FileStore>(directory, limits));
+  FileSystem* files = stores_.back().get();
+  if (stage_ != nullptr) files = watched_.emplace_back(stage_->Watch(*files)).get();
+  return {files, script.faults, MakeKeyFiles()};
+}
+
+FileSystem* DeviceFactory::MakeKeyFiles() {
+  if (keys_dir_.empty()) return nullptr;
+  stores_.push_back(std::make_unique<FileStore>(keys_dir_));
+  FileSystem* files = stores_.back().get();
+  if (const auto bad = KeyPairs(files).BadFile())
+    throw std::runtime_error("key file " + keys_dir_ + "/" + *bad +
+                             " does not hold the key pair of its name");
+  return files;
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// Makes the terminals that a command line asks for.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/options.h"
+#include "app/trace_writer.h"
+#include "base/private_dir.h"
+#include "device/device.h"
+#include "device/screens/customer.h"
+#include "faults/fault_script.h"
+#include "faults/line_device.h"
+#include "picture/painter.h"
+#include "recording/recorder.h"
+#include "recording/recording.h"
+#include "recording/replayed_line.h"
+#include "scenarios/stage.h"
+#include "store/file_store.h"
+
+namespace gwq::terminal {
+
+// Owns what its devices lean on and must outlive them.
+class DeviceFactory {
+ public:
+  // With a `stage`, which must outlive the factory, customer and faults are its own.
+  explicit DeviceFactory(const TerminalOptions& options, Stage* stage = nullptr)
+      : customer_file_(options.customer_file),
+        storage_dir_(options.storage_dir),
+        keys_dir_(options.keys_dir),
+        faults_file_(options.faults_file),
+        hostile_(options.hostile),
+        tzg_(options.tzg),
+        stage_(stage),
+        trace_(options.trace),
+        replay_(options.replay) {
+    if (!options.record.file.empty())
+      recorder_ = std::make_unique<Recorder>(options.record.file, options.record.secrets);
+  }
+
+  // Each device has a customer of its own, and files of its own unless there is a
+  // storage directory. Throws when that or one of the scripts is no good. With a `page` the
+  // customer is a person, and sees there what happens.
+  [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
+
+  // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
+  [[nodiscard]] TerminalOptions AdaptToRecording(TerminalOptions options);
+  // Tells how the replay went; true if the hosts did all that is recorded, or nothing is replayed.
+  [[nodiscard]] bool FinishReplay();
+
+ private:
+  [[nodiscard]] LineDevice MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
+  [[nodiscard]] LineDevice MakeReplayed(Wire wire, const std::string& line_name);
+  [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
+  [[nodiscard]] Settings MakeSettings() const;
+  [[nodiscard]] FaultScript Faults() const;
+  [[nodiscard]] LineDevice AtLine(Device device, Line line) const;
+  [[nodiscard]] std::string StorageDir();
+  [[nodiscard]] Storage MakeStorage();
+  [[nodiscard]] FileSystem* MakeKeyFiles();
+
+  std::string customer_file_;
+  std::string storage_dir_;
+  std::string keys_dir_;
+  std::string faults_file_;
+  std::optional<FaultRates> hostile_;
+  bool tzg_;
+  Stage* stage_;
+  TraceWriter trace_;
+  std::unique_ptr<Recorder> recorder_;
+  ReplayOptions replay_;
+  Recording recording_;
+  std::vector<ReplayedLine*> replayed_;  // which the line devices own
+  PngPainter painter_;
+  std::vector<std::unique_ptr<Customer>> customers_;
+  std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
+  std::vector<std::unique_ptr<FileStore>> stores_;
+  std::vector<std::unique_ptr<FileSystem>> watched_;
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// gwq-terminal: a customer terminal that exists only in software.
+#include <cstdio>
+#include <exception>
+#include <variant>
+
+#include "app/arguments.h"
+#include "app/check.h"
+#include "app/failures.h"
+#include "app/serve.h"
+#include "app/server.h"
+#include "app/supervisor.h"
+
+namespace gwq::terminal {
+namespace {
+
+int Run(const ExecOptions& options) {
+  return RunCommand(options);
+}
+int Run(const ServeOptions& options) {
+  return RunServe(options);
+}
+int Run(const PtyRequest& request) {
+  return RunPty(request.terminal);
+}
+int Run(const ServerRequest& request) {
+  return RunServer(request.terminal, request.control_fd);
+}
+int Run(const CheckCommand& request) {
+  return request.list ? ListScenarios() : RunCheck(request.check);
+}
+int Run(const ExitRequest& request) {
+  return request.status;
+}
+
+}  // namespace
+}  // namespace gwq::terminal
+
+int main(int argc, char** argv) {
+  try {
+    return std::visit([](const auto& request) { return gwq::terminal::Run(request); },
+                      gwq::terminal::ParseArguments(argc, argv));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "gwq-terminal: %s\n",
+                 gwq::terminal::WithAdvice(gwq::terminal::ReasonOf(error)).c_str());
+    return 1;
+  }
+}

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// What the command line asks of the transports.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "faults/fault_rates.h"
+#include "recording/options.h"
+#include "usb/usb_id.h"
+
+namespace gwq::terminal {
+
+struct TerminalOptions {
+  std::optional<UsbId> usb;                // nothing: no terminal on USB
+  std::optional<int> serial_port;          // n: a terminal at /dev/ttyS(n-1)
+  std::string customer_file;               // empty: the agreeable customer
+  std::string storage_dir;                 // the terminals' files; empty: fresh ones, gone at the end
+  std::string keys_dir;                    // their PIN pads' key pairs; empty: new each time
+  std::string faults_file;                 // what goes wrong with them; empty: nothing
+  std::optional<FaultRates> hostile;       // how they mistreat the line; nothing: not at all
+  bool tzg = true;                         // they know how to sign in TZG mode
+  std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
+  std::optional<std::string> trace;        // a file, or "-" for standard error
+  std::string scenario_file;               // whose customer, faults and events there are; empty: none
+  std::string history_file;                // where is written what happens in it
+  RecordOptions record;
+  ReplayOptions replay;
+};
+
+struct ServeOptions {
+  TerminalOptions terminal;                 // its USB identity is that on USB/IP
+  std::optional<std::uint16_t> usbip_port;  // nothing: not on USB/IP; 0: any port
+  bool pty = false;
+};
+
+struct ExecOptions {
+  TerminalOptions terminal;
+  std::vector<std::string> command;
+  // Starts this program as the server of `terminal`, given the control descriptor.
+  std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
+  std::optional<std::chrono::seconds> time_limit = {};  // after which the command is ended
+  std::string output_file = {};                         // for its standard output; empty: our own
+  std::string errors_file = {};                         // for its standard error; empty: our own
+};
+
+}  // namespace gwq::terminal

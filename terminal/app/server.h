@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// The process that is the terminal, while another one runs the command.
+#pragma once
+
+#include "app/options.h"
+
+namespace gwq::terminal {
+
+// Makes a testbed below $TMPDIR, reports it on `control_fd` and serves until the
+// supervisor says that it is done. If the supervisor dies instead, ends the
+// command with all its children and removes $TMPDIR in its place.
+// Must run with the testbed's preload library. Returns the exit status.
+int RunServer(const TerminalOptions& options, int control_fd);
+
+}  // namespace gwq::terminal

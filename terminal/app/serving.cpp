@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "app/serving.h"
+
+#include <csignal>
+#include <cstdio>
+#include <utility>
+
+namespace gwq::terminal {
+
+void IgnoreOutputSignals() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGTTOU, SIG_IGN);
+}
+
+void AnnounceHostility(const TerminalOptions& options) {
+  if (options.hostile)
+    std::fprintf(stderr, "gwq-terminal: hostile %s\n", RatesText(*options.hostile).c_str());
+}
+
+std::unique_ptr<CustomerPage> OpenPage(std::uint16_t port, PageTerminal terminal, PageTrace& trace,
+                                       EventLoop& loop) {
+  std::unique_ptr<CustomerPage> page = OpenCustomerPage(port, std::move(terminal), trace, loop);
+  std::fprintf(stderr, "gwq-terminal: you are the customer at %s\n", page->Address().c_str());
+  return page;
+}
+
+PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates) {
+  return {[&serial](const auto& action) { serial.Use(action); },
+          [] { return true; },
+          {},
+          [&serial](const FaultRates& changed) { serial.SetRates(changed); },
+          rates};
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "app/supervisor.h"
+
+#include <dlfcn.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "app/control_channel.h"
+#include "app/failures.h"
+#include "base/errors.h"
+#include "base/private_dir.h"
+#include "base/processes.h"
+
+namespace gwq::terminal {
+namespace {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+constexpr const char* kPreload = "libumockdev-preload.so.0";
+// How long a command that was asked to end may take.
+constexpr std::chrono::seconds kGrace{2};
+constexpr int kServerStartLimitMs = 10'000;
+constexpr int kServerExitLimitMs = 2000;
+constexpr std::string_view kFailed = "failed ";
+
+// Without the library a command would see no terminal, and the linker only warns.
+void CheckPreload() {
+  if (void* library = dlopen(kPreload, RTLD_LAZY | RTLD_LOCAL)) {
+    dlclose(library);
+    return;
+  }
+  throw std::runtime_error(std::string(dlerror()) + " (install umockdev)");
+}
+
+std::string EndText(int status) {
+  constexpr int kFirstSignal = 128;
+  if (status <= kFirstSignal) return "with status " + std::to_string(status);
+  const char* signal = sigdescr_np(status - kFirstSignal);
+  return std::string("by a signal: ") + (signal == nullptr ? std::to_string(status - kFirstSignal) : signal);
+}
+
+// What is there stays in front: a sanitizer's runtime insists on being first.
+void AddPreload(Environment& environment) {
+  const std::string present = environment.Get("LD_PRELOAD");
+  if (present.find(kPreload) != std::string::npos) return;
+  environment.Set("LD_PRELOAD", present.empty() ? kPreload : present + ":" + kPreload);
+}
+
+// The process that is the terminal. Ended, and reaped, on every way out.
+class ServerProcess {
+ public:
+  ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals)
+      : ServerProcess(options, dir, signals, ControlChannel::Pair()) {}
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+  ~ServerProcess() { End(); }
+
+  [[nodiscard]] const ControlChannel& Control() const { return control_; }
+
+  // Ends it in good order and tells its exit status.
+  int End();
+
+  // Waits for the testbed and returns its directory.
+  [[nodiscard]] std::string AwaitReady();
+
+ private:
+  ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
+                std::pair<ControlChannel, ControlChannel> ends);
+
+  ControlChannel control_;
+  pid_t pid_ = -1;
+  std::optional<int> status_;
+};
+
+ServerProcess::ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
+                             std::pair<ControlChannel, ControlChannel> ends)
+    : control_(std::move(ends.first)) {
+  SpawnRequest request;
+  request.arguments = options.server_arguments(options.terminal, ends.second.Fd());
+  // Nothing else: what was preloaded is meant for the command, and a sanitizer's
+  // runtime in a program that was not built for it can lock up the testbed.
+  request.environment.Set("LD_PRELOAD", kPreload);
+  request.environment.Unset("UMOCKDEV_DIR");
+  request.environment.Set("TMPDIR", dir.Path());
+  request.signal_mask = signals.OriginalMask();
+  request.passed_fd = ends.second.Fd();
+  pid_ = Spawn(request);
+}
+
+std::string ServerProcess::AwaitReady() {
+  constexpr std::string_view kReady = "ready ";
+  pollfd news{control_.Fd(), POLLIN, 0};
+  if (poll(&news, 1, kServerStartLimitMs) == 0)
+    throw std::runtime_error("the terminal does not start within " +
+                             std::to_string(kServerStartLimitMs / 1000) + " s (is this machine overloaded?)");
+  const std::optional<std::string> message = control_.Receive();
+  if (!message) throw std::runtime_error("the terminal's process ended while it started, " + EndText(End()));
+  if (message->starts_with(kFailed)) throw std::runtime_error(message->substr(kFailed.size()));
+  return message->substr(kReady.size());
+}
+
+int ServerProcess::End() {
+  if (status_) return *status_;
+  control_.Send("done");
+  control_.Close();
+  status_ = WaitFor(pid_, kServerExitLimitMs);
+  if (!status_) {
+    kill(pid_, SIGKILL);
+    status_ = WaitFor(pid_, kServerExitLimitMs);
+  }
+  return status_.value_or(128 + SIGKILL);
+}
+
+// The command, from its start to its end.
+class CommandRun {
+ public:
+  CommandRun(const SignalWatch& signals, const ServerProcess& server, std::string testbed_dir)
+      : signals_(signals), server_(server), dir_(std::move(testbed_dir)) {}
+  CommandRun(const CommandRun&) = delete;
+  CommandRun& operator=(const CommandRun&) = delete;
+  ~CommandRun() { EndProcessesOf(dir_); }
+
+  [[nodiscard]] CommandOutcome Run(const ExecOptions& options);
+
+ private:
+  void Start(const ExecOptions& options);
+  void CheckTimeLimit();
+  void WaitForEvent();
+  void OnSignal(const signalfd_siginfo& info);
+  void AskToEnd(int signal);
+  void OnServerMessage();
+  void CheckGrace();
+
+  const SignalWatch& signals_;
+  const ServerProcess& server_;
+  const std::string dir_;
+  pid_t pid_ = -1;
+  bool server_lost_ = false;
+  std::string server_failure_;
+  CommandOutcome outcome_;
+  std::optional<SteadyTime> ends_at_;
+  std::optional<SteadyTime> kill_at_;
+};
+
+CommandOutcome FailedStart(const std::system_error& error) {
+  CommandOutcome outcome;
+  outcome.status = error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
+  outcome.start_problem = error.what();
+  return outcome;
+}
+
+CommandOutcome CommandRun::Run(const ExecOptions& options) {
+  const SteadyTime begin = std::chrono::steady_clock::now();
+  if (options.time_limit) ends_at_ = begin + *options.time_limit;
+  try {
+    Start(options);
+  } catch (const std::system_error& error) {
+    return FailedStart(error);
+  }
+  std::optional<int> status;
+  while (!(status = TryWait(pid_))) WaitForEvent();
+  if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly" + server_failure_);
+  outcome_.status = *status;
+  outcome_.took =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  return outcome_;
+}
+
+void CommandRun::Start(const ExecOptions& options) {
+  SpawnRequest request;
+  request.arguments = options.command;
+  request.output_file = options.output_file;
+  request.errors_file = options.errors_file;
+  AddPreload(request.environment);
+  request.environment.Set("UMOCKDEV_DIR", dir_);
+  request.environment.Set("GWQ_TERMINAL_PID", std::to_string(getpid()));
+  request.signal_mask = signals_.OriginalMask();
+  request.dies_with_us = true;
+  pid_ = Spawn(request);
+}
+
+void CommandRun::WaitForEvent() {
+  constexpr int kStepMs = 50;
+  std::array<pollfd, 2> fds{
+      {{signals_.Fd(), POLLIN, 0}, {server_lost_ ? -1 : server_.Control().Fd(), POLLIN, 0}}};
+  if (poll(fds.data(), fds.size(), kill_at_ || ends_at_ ? kStepMs : -1) < 0 && errno != EINTR)
+    ThrowErrno("poll");
+  while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
+  if (fds[1].revents != 0) OnServerMessage();
+  CheckTimeLimit();
+  CheckGrace();
+}
+
+void CommandRun::OnSignal(const signalfd_siginfo& info) {
+  const int signal = static_cast<int>(info.ssi_signo);
+  // A key at the keyboard has reached the command too, which decides what it means.
+  const bool from_keyboard = info.ssi_code == SI_KERNEL && (signal == SIGINT || signal == SIGQUIT);
+  if (signal == SIGUSR1) {
+    server_.Control().Send("unplug");
+  } else if (signal == SIGUSR2) {
+    server_.Control().Send("replug");
+  } else if (signal != SIGCHLD && !from_keyboard) {
+    outcome_.interrupted = true;
+    AskToEnd(signal);
+  }
+  if (from_keyboard) outcome_.interrupted = true;
+}
+
+void CommandRun::AskToEnd(int signal) {
+  SignalProcessesOf(dir_, signal);
+  if (!kill_at_) kill_at_ = std::chrono::steady_clock::now() + kGrace;
+}
+
+// The server's end, or before it the reason.
+void CommandRun::OnServerMessage() {
+  if (const std::optional<std::string> message = server_.Control().Receive()) {
+    if (message->starts_with(kFailed)) server_failure_ = ": " + message->substr(kFailed.size());
+    return;
+  }
+  server_lost_ = true;
+  AskToEnd(SIGTERM);
+}
+
+void CommandRun::CheckTimeLimit() {
+  if (!ends_at_ || std::chrono::steady_clock::now() < *ends_at_) return;
+  ends_at_.reset();
+  outcome_.timed_out = true;
+  AskToEnd(SIGTERM);
+}
+
+void CommandRun::CheckGrace() {
+  if (!kill_at_ || std::chrono::steady_clock::now() < *kill_at_) return;
+  SignalProcessesOf(dir_, SIGKILL);
+  kill(pid_, SIGKILL);
+}
+
+}  // namespace
+
+SignalWatch WatchSignals() {
+  // An ignored SIGCHLD, which a parent may hand down, would hide how children end.
+  std::signal(SIGCHLD, SIG_DFL);
+  return SignalWatch({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD, SIGUSR1, SIGUSR2});
+}
+
+CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
+  CheckDescriptors();
+  CheckPreload();
+  dir.CheckRoom();
+  ServerProcess server(options, dir, signals);
+  CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
+  const int server_status = server.End();
+  if (server_status == kReplayDiffered) outcome.status = 1;
+  if (server_status != 0 && server_status != kReplayDiffered)
+    throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
+  return outcome;
+}
+
+int RunCommand(const ExecOptions& options) {
+  const SignalWatch signals = WatchSignals();
+  const PrivateDir dir;
+  const CommandOutcome outcome = RunWatched(options, signals, dir);
+  if (!outcome.start_problem.empty())
+    std::fprintf(stderr, "gwq-terminal: %s\n", WithAdvice(outcome.start_problem).c_str());
+  return outcome.status;
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "device/pad/ciphers.h"
+
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+#include <limits>
+#include <memory>
+
+#include "device/pad/des.h"
+
+namespace gwq::terminal {
+namespace {
+
+constexpr std::size_t kSm4KeySize = 16;
+
+struct FreeContext {
+  void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
+};
+using Context = std::unique_ptr<EVP_CIPHER_CTX, FreeContext>;
+
+SecretBytes KeyFor(Algorithm algorithm, std::span<const std::uint8_t> key) {
+  return algorithm == Algorithm::kTripleDes ? AsTripleKey(key) : CopySecret(key);
+}
+
+std::optional<SecretBytes> RunBlocks(Algorithm algorithm, std::span<const std::uint8_t> key,
+                                     std::span<const std::uint8_t> data, bool encipher) {
+  if (!IsWorkingKeyLength(algorithm, key.size()) || data.size() % BlockSize(algorithm) != 0)
+    return std::nullopt;
+  const SecretBytes whole = KeyFor(algorithm, key);
+  const EVP_CIPHER* cipher = algorithm == Algorithm::kTripleDes ? EVP_des_ede3_ecb() : EVP_sm4_ecb();
+  return RunCipher({cipher, whole, nullptr, encipher, false}, data);
+}
+
+}  // namespace
+
+bool IsWorkingKeyLength(Algorithm algorithm, std::size_t size) {
+  return size == kSm4KeySize || (algorithm == Algorithm::kTripleDes && size == kTripleKeySize);
+}
+
+std::size_t BlockSize(Algorithm algorithm) {
+  return algorithm == Algorithm::kTripleDes ? 8 : 16;
+}
+
+std::optional<SecretBytes> EncipherBlocks(Algorithm algorithm, std::span<const std::uint8_t> key,
+                                          std::span<const std::uint8_t> data) {
+  return RunBlocks(algorithm, key, data, true);
+}
+
+std::optional<SecretBytes> DecipherBlocks(Algorithm algorithm, std::span<const std::uint8_t> key,
+                                          std::span<const std::uint8_t> data) {
+  return RunBlocks(algorithm, key, data, false);
+}
+
+std::optional<SecretBytes> EncipherData(Algorithm algorithm, std::span<const std::uint8_t> key,
+                                        std::span<const std::uint8_t> data) {
+  SecretBytes out(BlockSize(algorithm));
+  if (!IsWorkingKeyLength(algorithm, key.size()) || RAND_bytes(out.data(), static_cast<int>(out.size())) != 1)
+    return std::nullopt;
+  const SecretBytes whole = KeyFor(algorithm, key);
+  const EVP_CIPHER* cipher = algorithm == Algorithm::kTripleDes ? EVP_des_ede3_cbc() : EVP_sm4_cbc();
+  const auto enciphered = RunCipher({cipher, whole, out.data(), true, true}, data);
+  if (!enciphered) return std::nullopt;
+  out.insert(out.end(), enciphered->begin(), enciphered->end());
+  return out;
+}
+
+std::optional<SecretBytes> RunCipher(const CipherRun& run, std::span<const std::uint8_t> data) {
+  if (data.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return std::nullopt;
+  const Context context(EVP_CIPHER_CTX_new());
+  SecretBytes out(data.size() + EVP_MAX_BLOCK_LENGTH);
+  int size = 0;
+  int last = 0;
+  const bool done =
+      context != nullptr &&
+      EVP_CipherInit_ex(context.get(), run.cipher, nullptr, run.key.data(), run.vector,
+                        run.encipher ? 1 : 0) == 1 &&
+      EVP_CIPHER_CTX_set_padding(context.get(), run.padded ? 1 : 0) == 1 &&
+      EVP_CipherUpdate(context.get(), out.data(), &size, data.data(), static_cast<int>(data.size())) == 1 &&
+      EVP_CipherFinal_ex(context.get(), out.data() + size, &last) == 1;
+  if (!done) return std::nullopt;
+  out.resize(static_cast<std::size_t>(size) + static_cast<std::size_t>(last));
+  return out;
+}
+
+}  // namespace gwq::terminal

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// What the terminal says of itself when a host asks which USB device it is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "base/types.h"
+#include "usb/usb_id.h"
+
+namespace gwq::terminal {
+
+inline constexpr std::size_t kReportSize = 1024;
+inline constexpr unsigned char kEndpointOut = 0x02;
+inline constexpr unsigned char kEndpointIn = 0x81;
+
+// Device descriptor followed by the configuration, as in sysfs `descriptors`.
+[[nodiscard]] Bytes AllDescriptors(UsbId id);
+
+// The answer to GET_DESCRIPTOR; nothing for a descriptor that it has not got.
+[[nodiscard]] std::optional<Bytes> Descriptor(UsbId id, std::uint8_t type, std::uint8_t index);
+
+// Where the device stands on the emulated bus.
+inline constexpr const char* kUsbNode = "/dev/bus/usb/001/005";
+inline constexpr const char* kUsbSysPath = "/sys/devices/usb1/1-1";
+inline constexpr const char* kUsbInterfaceSysPath = "/sys/devices/usb1/1-1/1-1:1.0";
+
+// The device and its interface in the notation of the umockdev testbed.
+[[nodiscard]] std::string TestbedRecord(UsbId id);
+
+}  // namespace gwq::terminal

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+// Which USB device it is.
+#pragma once
+
+#include <cstdint>
+
+namespace gwq::terminal {
+
+struct UsbId {
+  std::uint16_t vendor = 0;
+  std::uint16_t product = 0;
+};
+
+}  // namespace gwq::terminal

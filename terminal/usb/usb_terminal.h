@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// A terminal at the end of a USB cable, as usbfs shows it to hosts.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <set>
+
+#include "base/clock.h"
+#include "base/event_loop.h"
+#include "faults/line_device.h"
+#include "usb/reap_gate.h"
+#include "usb/urb.h"
+#include "usb/usb_id.h"
+#include "usb/usb_interface.h"
+
+namespace gwq::terminal {
+
+// One opening of the device node by a host.
+struct UsbClient {
+  bool unplugged = false;    // the device it opened is gone, even if a new one is there
+  std::deque<Urb> waiting;   // for data from the terminal, oldest first
+  std::deque<Urb> hanging;   // will never finish by themselves
+  std::deque<Urb> finished;  // to be reaped, oldest first
+};
+
+// All members may be called on any thread, and none of them waits for a host.
+// Those that return an int return 0 or the error number for the host.
+class UsbTerminal final : public Timed {
+ public:
+  // `deadline_moved` is called, on any thread, when NextDeadline has changed by
+  // what a host did.
+  UsbTerminal(UsbId id, LineDevice device, const Clock& clock, std::function<void()> deadline_moved);
+
+  void Plug(ReapGate gate);
+  void Unplug();
+
+  std::optional<Time> NextDeadline() override;
+  void Advance(Time now) override;
+
+  // Calls with the device, and passes on what it answers.
+  void Use(const std::function<void(Device&, Time)>& action);
+  // How hostile its line is from now on.
+  void SetRates(const FaultRates& rates);
+  // A hostile terminal has dropped off the bus: its owner is to unplug it.
+  [[nodiscard]] bool WantsUnplug();
+
+  // A client must be disconnected before it is destroyed.
+  void Connect(UsbClient& client);
+  void Disconnect(UsbClient& client);
+
+  [[nodiscard]] bool IsUnplugged(const UsbClient& client);
+  [[nodiscard]] std::string_view Driver();
+  int DetachDriver();
+  int AttachDriver();
+  int Claim(UsbClient& client, unsigned interface_number);
+  int Release(UsbClient& client, unsigned interface_number);
+
+  int Submit(UsbClient& client, Urb urb);
+  int Discard(UsbClient& client, gulong address);
+  [[nodiscard]] std::optional<Urb> Reap(UsbClient& client);
+
+ private:
+  using Lock = std::lock_guard<std::mutex>;
+
+  bool ApplyFault(UsbClient& client, Urb& urb);
+  void Hang(UsbClient& client, Urb urb, double part);
+  void FinishOut(UsbClient& client, Urb urb);
+  void FinishControl(UsbClient& client, Urb urb);
+  void Complete(UsbClient& client, Urb urb);
+  void FinishAllWaiting(UsbClient& client, int status);
+  void ReceiveReports(std::span<const std::uint8_t> bytes);
+  void CollectAnswers();
+  void PassReports();
+  void FillOldest(UsbClient& client);
+  void UpdateGate();
+
+  const UsbId id_;
+  const Clock& clock_;
+  const std::function<void()> deadline_moved_;
+
+  std::mutex mutex_;  // guards everything below, and every UsbClient
+  LineDevice device_;
+  bool plugged_ = false;
+  bool wants_unplug_ = false;
+  UsbInterface interface_;
+  ReapGate gate_;
+  std::set<UsbClient*> clients_;
+  std::deque<Bytes> reports_;  // for the host, not yet taken
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// The USB/IP server: the terminal for the kernel of this machine, on the loopback interface.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/clock.h"
+#include "base/event_loop.h"
+#include "base/unique_fd.h"
+#include "usbip/usbip_session.h"
+
+namespace gwq::terminal {
+
+class UsbIpServer final : public Timed {
+ public:
+  // At a port of 127.0.0.1, 0 for a free one. Throws when it is taken. What is given must
+  // outlive the server.
+  UsbIpServer(std::uint16_t port, UsbIpPlug& plug, const Clock& clock);
+  ~UsbIpServer() override;
+
+  [[nodiscard]] std::uint16_t Port() const;
+  // Serves from `loop`, which must not outlive this object.
+  void Join(EventLoop& loop);
+
+  // A connection that has imported nothing by then is closed.
+  std::optional<Time> NextDeadline() override;
+  void Advance(Time now) override;
+
+ private:
+  struct Connection;
+  using Connections = std::map<int, std::unique_ptr<Connection>>;  // by descriptor
+
+  void Watch(int fd, int operation, std::uint32_t events) const;
+  void Serve();
+  void Accept();
+  void Read(Connection& connection) const;
+  // Sends what the sessions have to say, and closes those that are over.
+  void Settle();
+  [[nodiscard]] static bool Send(Connection& connection);
+  void WatchAsNeeded(Connection& connection) const;
+
+  UsbIpPlug& plug_;
+  const Clock& clock_;
+  UniqueFd listener_;
+  UniqueFd epoll_;
+  Connections connections_;
+};
+
+}  // namespace gwq::terminal

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+// Loading, activating and resetting keys, byte for byte.
+#include <gtest/gtest.h>
+
+#include "device/pad/des.h"
+#include "device/pad/key_store.h"
+#include "unit/terminal/device/rig.h"
+
+namespace gwq::terminal::test {
+namespace {
+
+constexpr std::string_view kSingle = "133457799BBCDFF1";
+constexpr std::string_view kDouble = "A1B2C3D4E5F60718293A4B5C6D7E8F90";
+constexpr std::string_view kTriple = "A1B2C3D4E5F60718293A4B5C6D7E8F900F1E2D3C4B5A6978";
+
+TEST(Des, GivesThePublishedBlock) {
+  const auto block = Encipher(FromHex(kSingle), FromHex("0123456789ABCDEF"));
+  ASSERT_TRUE(block);
+  EXPECT_EQ(ToHex(*block), "85E813540F0AB405");
+}
+
+TEST(Des, AgreesWithTheSingleBlockCallsForEveryKeyLength) {
+  const auto data = FromHex("0123456789ABCDEF00112233445566778899AABBCCDDEEFF");
+  for (const std::string_view key : {kSingle, kDouble, kTriple}) {
+    const auto block = Encipher(FromHex(key), data);
+    ASSERT_TRUE(block);
+    EXPECT_EQ(ToHex(*block), ToHex(PlainDes(FromHex(key), data, true)));
+    const auto back = Decipher(FromHex(key), *block);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(ToHex(*back), ToHex(data));
+  }
+}
+
+TEST(Des, RefusesOtherLengths) {
+  const auto data = FromHex("0123456789ABCDEF");
+  for (const std::size_t size : {0U, 1U, 7U, 9U, 15U, 17U, 23U, 25U, 32U}) {
+    EXPECT_FALSE(Encipher(std::vector<std::uint8_t>(size, 1), data)) << size;
+  }
+  EXPECT_FALSE(Encipher(FromHex(kSingle), FromHex("01234567")));
+}
+
+TEST(MasterKey, IsTakenWithTheFactoryKeyAsTheOldOne) {
+  Rig rig;
+  const std::string command = MasterKeyCommand(0, kFactoryHex, kSingle);
+  EXPECT_EQ(command, "\033M0031313131313131313131313131313131133457799;;<=??1\r\n");
+  EXPECT_EQ(rig.Ask(command), kAck);
+}
+
+TEST(MasterKey, OfEveryLengthCanFollowOneOfEveryLength) {
+  Rig rig;
+  std::string_view old_key = kFactoryHex;
+  for (const std::string_view key :
+       {kSingle, kSingle, kDouble, kDouble, kTriple, kTriple, kSingle, kTriple, kDouble, kSingle}) {
+    EXPECT_EQ(rig.Ask(MasterKeyCommand(15, old_key, key)), kAck);
+    old_key = key;
+  }
+}
+
+TEST(MasterKey, WithAWrongOldKeyIsNotTaken) {
+  Rig rig;
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kMasterHex)), kAck);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kDouble)), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kMasterHex, kDouble)), kAck);
+}
+
+TEST(MasterKey, SlotsAreApart) {
+  Rig rig;
+  for (int slot = 0; slot < 16; ++slot) {
+    EXPECT_EQ(rig.Ask(MasterKeyCommand(slot, kFactoryHex, kMasterHex)), kAck) << slot;
+  }
+}
+
+TEST(MasterKey, WithABadSlotLengthOrRecordIsNotTaken) {
+  Rig rig;
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(16, kFactoryHex, kMasterHex)), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(255, kFactoryHex, kMasterHex)), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "0123456789ABCD")), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "")), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, "", "3131")), kNak);
+  EXPECT_EQ(rig.Ask("\033M\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033M0\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033M0A\r\n"), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, kMasterHex)), kAck);
+}
+
+TEST(MasterKey, TakesItsWorkingKeysWithIt) {
+  Rig rig;
+  LoadKeys(rig, kDouble);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kSingle)), kAck);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kNak);
+  EXPECT_EQ(rig.Ask("\033F00\r\n"), kRefusal);
+}
+
+TEST(WorkingKey, IsDecipheredUnderItsMasterKey) {
+  for (const std::string_view working : {kSingle, kDouble, kTriple}) {
+    for (const std::string_view master : {kSingle, kMasterHex, kTriple}) {
+      KeyStore keys;
+      auto record = FromHex(kFactoryHex);
+      for (const std::uint8_t byte : FromHex(master)) record.push_back(byte);
+      ASSERT_TRUE(keys.ReplaceMaster(4, record));
+      ASSERT_TRUE(keys.LoadWorking(4, 9, PlainDes(FromHex(master), FromHex(working), true)));
+      EXPECT_EQ(keys.Active(), nullptr);
+      ASSERT_TRUE(keys.Activate(4, 9));
+      ASSERT_NE(keys.Active(), nullptr);
+      EXPECT_EQ(ToHex(*keys.Active()), working);
+    }
+  }
+}
+
+TEST(WorkingKey, WithABadSlotLengthOrRecordIsNotTaken) {
+  Rig rig;
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(16, 0, kDouble)), kNak);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 16, kDouble)), kNak);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "0123456789ABCD")), kNak);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "")), kNak);
+  EXPECT_EQ(rig.Ask("\033S0\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033S00\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033S0000hello world\r\n"), kNak);
+  EXPECT_EQ(rig.Ask(ActivateCommand(0, 0)), kNak);
+}
+
+TEST(Activate, SendsWhatTheHostSends) {
+  EXPECT_EQ(ActivateCommand(1, 10), "\033A010:\r\n");
+}
+
+TEST(Activate, NeedsALoadedKeyAndARecordOfTwoBytes) {
+  Rig rig;
+  LoadKeys(rig, kDouble);
+  EXPECT_EQ(rig.Ask(ActivateCommand(7, 3)), kNak);
+  EXPECT_EQ(rig.Ask(ActivateCommand(16, 16)), kNak);
+  EXPECT_EQ(rig.Ask("\033A03\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033A030700\r\n"), kNak);
+  EXPECT_EQ(rig.Ask("\033A\r\n"), kNak);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kAck);
+}
+
+TEST(Reset, BringsTheFactoryKeysBackAndForgetsWorkingKeys) {
+  Rig rig;
+  LoadKeys(rig, kDouble);
+  EXPECT_EQ(rig.Ask("\033R\r\n"), kAck);
+  EXPECT_EQ(rig.Ask("\033F00\r\n"), kRefusal);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kDouble)), kNak);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kFactoryHex, kDouble)), kAck);
+}
+
+TEST(KeyCommands, WorkOverSerialWithoutWaitingForSilence) {
+  Rig rig(Line::kSerial);
+  for (const std::string& command :
+       {MasterKeyCommand(0, kFactoryHex, kSingle), WorkingKeyCommand(0, 0, kDouble), ActivateCommand(0, 0),
+        std::string("\033R\r\n")}) {
+    rig.Feed(command);
+    EXPECT_EQ(rig.Answer(), kAck);
+  }
+}
+
+TEST(KeyCommands, AreTracedWithoutTheKeys) {
+  Rig rig;
+  LoadKeys(rig, kDouble);
+  rig.Send(MasterKeyCommand(3, kDouble, kSingle));
+  rig.Send("\033M0A\r\n");
+  rig.Send("\033R\r\n");
+  rig.Send("\033M" + Split(FromHex(kMasterHex)));
+  EXPECT_EQ(rig.Trace(),
+            "host: load master key 3 (16 bytes, masked)\n"
+            "terminal: answer: accepted\n"
+            "host: load working key 3/7 (16 bytes, masked)\n"
+            "terminal: answer: accepted\n"
+            "host: activate working key 3/7\n"
+            "terminal: answer: accepted\n"
+            "host: load master key 3 (8 bytes, masked)\n"
+            "terminal: answer: not accepted\n"
+            "host: load master key, damaged record\n"
+            "terminal: answer: not accepted\n"
+            "host: reset keys\n"
+            "terminal: answer: accepted\n"
+            "host: unknown command \"\\eM\" (34 bytes)\n"
+            "terminal: answer: refusal\n");
+}
+
+}  // namespace
+}  // namespace gwq::terminal::test

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+// Scenarios as they are played, with a clock that the test moves.
+#include "scenarios/stage.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "faults/line_device.h"
+#include "store/file_store.h"
+#include "support/temp_dir.h"
+
+namespace gwq::terminal::test {
+namespace {
+
+using testing::ElementsAre;
+using namespace std::chrono_literals;
+
+constexpr std::string_view kShowPage = "\033[2AUTF8\x02<68>\x03";
+
+class StageRig {
+ public:
+  explicit StageRig(const std::string& members)
+      : stage_(
+            ParseScenario(
+                R"({"name": "n", "description": "d", "expect": [{"exit_status": 0}], )" + members + "}", ""),
+            (directory_ / "history").string(), [this] { return now_; }, [this] { ++wakes; }),
+        store_((directory_ / "files").string()),
+        files_(stage_.Watch(store_)),
+        customer_(stage_.MakeCustomer()),
+        device_(MakeDevice()) {}
+
+  void Begin() {
+    stage_.Begin({[this] { actions += "unplug "; }, [this] { actions += "plug "; },
+                  [this](const auto& action) { device_.Use(action, now_); }});
+  }
+  void Send(std::string_view command) {
+    std::string report(command);
+    report.resize(1024);
+    device_.Receive({reinterpret_cast<const std::uint8_t*>(report.data()), report.size()}, now_);
+  }
+  // Keeps the deadlines of both.
+  void Wait(Time time) {
+    for (const Time end = now_ + time; now_ < end;) {
+      ++now_;
+      device_.Advance(now_);
+      stage_.Advance(now_);
+    }
+  }
+  std::optional<Bytes> TakeAnswer() { return device_.TakeAnswer(); }
+  [[nodiscard]] std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const Event& event : ReadHistory((directory_ / "history").string()))
+      names.push_back(std::to_string(event.at.count()) + " " + std::to_string(static_cast<int>(event.kind)) +
+                      " " + event.name);
+    return names;
+  }
+  [[nodiscard]] History Events() const { return ReadHistory((directory_ / "history").string()); }
+  Stage& Played() { return stage_; }
+  FileSystem& Files() { return *files_; }
+
+  std::string actions;
+  int wakes = 0;
+
+ private:
+  LineDevice MakeDevice() {
+    Device device(Line::kUsb, *customer_, {}, stage_.Sink(), {files_.get(), {}, nullptr});
+    if (stage_.Slowness() == nullptr) return device;
+    return {std::move(device), Hostility({}, 0), *stage_.Slowness()};
+  }
+
+  gwq::test::TempDir directory_;
+  Time now_{5000};
+  Stage stage_;
+  FileStore store_;
+  std::unique_ptr<FileSystem> files_;
+  std::unique_ptr<Customer> customer_;
+  LineDevice device_;
+};
+
+TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {
+  StageRig rig(R"("timeout_s": 9)");
+  rig.Send("\033[0GETVERSION");
+  rig.Begin();
+  rig.Wait(10ms);
+  rig.Send(kShowPage);
+  rig.Wait(1s);
+  EXPECT_THAT(rig.Names(), ElementsAre("10 1 HTML", "10 0 html", "210 0 idle"));
+  EXPECT_NE(rig.Events()[1].text.find("Confirm"), std::string::npos);
+}
+
+TEST(Stage, writes_down_pins_without_their_digits) {
+  StageRig rig(R"("customer": {"pin_entries": [{"pin": "8642"}]})");
+  rig.Begin();
+  rig.Send("\x82");
+  rig.Wait(1s);
+  EXPECT_THAT(rig.Names(), ElementsAre("0 1 PIN entry", "0 2 ", "200 3 "));
+  for (const Event& event : rig.Events())
+    EXPECT_EQ((event.name + event.text).find("8642"), std::string::npos);
+}
+
+TEST(Stage, writes_down_files_that_are_stored_and_no_others) {
+  StageRig rig(R"("timeout_s": 9)");
+  rig.Begin();
+  const Bytes content(7);
+  EXPECT_EQ(StoreFile(rig.Files(), "/tmp/a", content), FileResult::kDone);
+  EXPECT_NE(StoreFile(rig.Files(), "../a", content), FileResult::kDone);
+  ASSERT_THAT(rig.Names(), ElementsAre("0 4 /tmp/a"));
+  EXPECT_EQ(rig.Events()[0].size, 7U);
+}
+
+TEST(Stage, makes_events_come_at_their_time) {
+  StageRig rig(R"("events": [{"after_ms": 20, "plug": true}, {"after_ms": 10, "unplug": true}])");
+  rig.Wait(100ms);
+  EXPECT_FALSE(rig.Played().NextDeadline());
+  rig.Begin();
+  EXPECT_EQ(rig.Played().NextDeadline(), Time(5110));
+  rig.Wait(9ms);
+  EXPECT_EQ(rig.actions, "");
+  rig.Wait(1ms);
+  EXPECT_EQ(rig.actions, "unplug ");
+  rig.Wait(1s);
+  EXPECT_EQ(rig.actions, "unplug plug ");
+}
+
+TEST(Stage, makes_events_come_behind_what_they_wait_for) {
+  StageRig rig(R"("events": [{"when": "screen html", "time": 2, "after_ms": 10, "unplug": true},
+                             {"when": "command GETVERSION", "plug": true}])");
+  rig.Begin();
+  rig.Send(kShowPage);
+  rig.Wait(1s);
+  EXPECT_EQ(rig.actions, "");
+  EXPECT_EQ(rig.wakes, 0);
+  rig.Send(kShowPage);
+  EXPECT_EQ(rig.wakes, 1);
+  rig.Wait(10ms);
+  EXPECT_EQ(rig.actions, "unplug ");
+  rig.Send("\033[0GETVERSION");
+  rig.Send("\033[0GETVERSION");
+  rig.Wait(1s);
+  EXPECT_EQ(rig.actions, "unplug plug ");
+}
+
+TEST(Stage, events_wait_for_the_cable_too) {
+  StageRig rig(R"("events": [{"when": "unplugged", "after_ms": 10, "plug": true}])");
+  rig.Begin();
+  rig.Played().Note({Event::Kind::kUnplugged, {}, {}, 0, {}});
+  rig.Wait(10ms);
+  EXPECT_EQ(rig.actions, "plug ");
+}
+
+TEST(Stage, a_customer_who_walks_away_does_nothing_more) {
+  StageRig rig(R"("events": [{"when": "screen html", "after_ms": 100, "walk_away": true}])");
+  rig.Begin();
+  rig.Send(kShowPage);
+  rig.Wait(1s);
+  EXPECT_FALSE(rig.TakeAnswer());
+  rig.Send("\x82");
+  rig.Wait(1s);
+  EXPECT_FALSE(rig.TakeAnswer());
+  EXPECT_THAT(rig.Names(), ElementsAre("0 1 HTML", "0 0 html", "1000 1 PIN entry", "1000 2 "));
+}
+
+TEST(Stage, a_customer_who_walks_away_keys_no_pin_they_had_begun) {
+  StageRig rig(R"("events": [{"when": "PIN asked", "after_ms": 100, "walk_away": true}])");
+  rig.Begin();
+  rig.Send("\x82");
+  rig.Wait(1s);
+  EXPECT_FALSE(rig.TakeAnswer());
+}
+
+TEST(Stage, slows_each_answer_down_until_it_is_told_otherwise) {
+  StageRig rig(R"("events": [{"slow_ms": 300}, {"after_ms": 1000, "slow_ms": 0}])");
+  rig.Begin();
+  rig.Wait(1ms);
+  rig.Send("\033[0GETVERSION");
+  rig.Wait(299ms);
+  EXPECT_FALSE(rig.TakeAnswer());
+  rig.Wait(1ms);
+  EXPECT_TRUE(rig.TakeAnswer());
+  rig.Wait(1s);
+  rig.Send("\033[0GETVERSION");
+  EXPECT_TRUE(rig.TakeAnswer());
+}
+
+}  // namespace
+}  // namespace gwq::terminal::test
