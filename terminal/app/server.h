@@ -12,4 +12,7 @@ namespace gwq::terminal {
 // Must run with the testbed's preload library. Returns the exit status.
 int RunServer(const TerminalOptions& options, int control_fd);
 
+// Throws when this program was built without umockdev and has no such process.
+void CheckHasServer();
+
 }  // namespace gwq::terminal

@@ -15,6 +15,7 @@
 
 #include "app/control_channel.h"
 #include "app/failures.h"
+#include "app/server.h"
 #include "base/errors.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
@@ -252,6 +253,7 @@ SignalWatch WatchSignals() {
 
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   CheckDescriptors();
+  CheckHasServer();
   CheckPreload();
   dir.CheckRoom();
   ServerProcess server(options, dir, signals);

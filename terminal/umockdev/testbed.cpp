@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "base/errors.h"
-#include "usb/usb_descriptors.h"
+#include "umockdev/testbed_record.h"
 
 namespace gwq::terminal {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/gobject_ptr.h"
-#include "usb/reap_gate.h"
+#include "umockdev/reap_gate.h"
 #include "usb/usb_id.h"
 
 namespace gwq::terminal {

@@ -8,8 +8,11 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <utility>
+
+#include "umockdev/host_urb.h"
 
 namespace gwq::terminal {
 namespace {
@@ -26,6 +29,7 @@ struct Connection {
 
   UsbTerminal& terminal;
   UsbClient client;
+  std::multimap<Urb::Id, HostUrb> submitted;  // and not reaped; oldest first
 };
 
 struct Result {
@@ -44,7 +48,8 @@ class Request {
       : argument_(umockdev_ioctl_client_get_arg(client)),
         code_(umockdev_ioctl_client_get_request(client)),
         terminal_(connection.terminal),
-        client_(connection.client) {}
+        client_(connection.client),
+        submitted_(connection.submitted) {}
 
   Result Serve();
 
@@ -71,6 +76,7 @@ class Request {
   gulong code_;
   UsbTerminal& terminal_;
   UsbClient& client_;
+  std::multimap<Urb::Id, HostUrb>& submitted_;
 };
 
 Request::Data Request::Target(std::size_t size) const {
@@ -189,8 +195,11 @@ Result Request::Release() {
 }
 
 Result Request::Submit() {
-  std::optional<Urb> urb = Urb::Fetch(argument_);
-  return FromError(urb ? terminal_.Submit(client_, std::move(*urb)) : EFAULT);
+  std::optional<HostUrb> urb = HostUrb::Fetch(argument_);
+  if (!urb) return FromError(EFAULT);
+  const int error = terminal_.Submit(client_, urb->Copy());
+  if (error == 0) submitted_.emplace(urb->Id(), std::move(*urb));
+  return FromError(error);
 }
 
 Result Request::Discard() {
@@ -207,9 +216,10 @@ Result Request::Reap() {
     if (terminal_.IsUnplugged(client_)) return FromError(ENODEV);
     return FromError(code_ == USBDEVFS_REAPURB ? EINTR : EAGAIN);
   }
+  auto submitted = submitted_.extract(submitted_.lower_bound(urb->id));
   const Data data = Target(sizeof(void*));
-  if (!data) return FromError(EFAULT);
-  urb->Deliver(data.get());
+  if (!data || submitted.empty()) return FromError(EFAULT);
+  submitted.mapped().Deliver(*urb, data.get());
   return {};
 }
 

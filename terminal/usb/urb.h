@@ -1,62 +1,42 @@
 // SPDX-License-Identifier: MIT
-// A transfer that a host has submitted, and its copy in this process.
+// A transfer that a host has submitted, wherever that host is.
 #pragma once
 
-#include <umockdev.h>
-
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
-#include <utility>
 
-#include "base/gobject_ptr.h"
 #include "base/types.h"
 
 namespace gwq::terminal {
 
-class Urb {
- public:
-  // Reads the transfer that a SUBMITURB names; nothing when the host's memory cannot be read.
-  static std::optional<Urb> Fetch(UMockdevIoctlData* argument);
+struct Urb {
+  using Id = std::uint64_t;
+  enum class Kind {
+    kControl,
+    kData,         // bulk or interrupt
+    kIsochronous,  // of which the terminal has none
+  };
 
-  // One that stands in nobody's memory: the payload is its own, and is not delivered.
-  Urb(gulong address, unsigned char type, unsigned char endpoint, Bytes payload)
-      : payload_(std::move(payload)), address_(address), type_(type), endpoint_(endpoint) {}
+  Id id = 0;  // by which the host discards and reaps it
+  Kind kind = Kind::kData;
+  std::uint8_t endpoint = 0;
+  Bytes
+      payload;  // towards the host its size alone matters; a control transfer's begins with the setup packet
 
-  // Where it stands in the host's memory, by which the host discards it.
-  [[nodiscard]] gulong Address() const { return address_; }
-  [[nodiscard]] unsigned char Endpoint() const { return endpoint_; }
-  [[nodiscard]] unsigned char Type() const { return type_; }
-  [[nodiscard]] std::span<const std::uint8_t> Payload() const;
+  Bytes received = {};  // data towards the host, collected until the transfer finishes
+  int status = 0;       // as the kernel puts it: 0 or a negative error number
+  std::size_t moved = 0;
 
-  // Data towards the host is collected until the transfer finishes.
-  [[nodiscard]] std::size_t Room() const { return Payload().size() - received_.size(); }
-  [[nodiscard]] std::size_t Collected() const { return received_.size(); }
-  void Collect(std::span<const std::uint8_t> bytes);
-
-  // `status` as the kernel puts it: 0 or a negative error number.
-  void Finish(int status, std::size_t transferred);
-  void FinishWithCollected(int status) { Finish(status, received_.size()); }
-
-  [[nodiscard]] std::size_t Moved() const { return static_cast<std::size_t>(transferred_); }
-  [[nodiscard]] int Status() const { return status_; }
-  [[nodiscard]] std::span<const std::uint8_t> Received() const { return received_; }
-
-  // Hands the outcome to the host as the result of a reap.
-  void Deliver(UMockdevIoctlData* reap_argument) const;
-
- private:
-  Urb(GObjectPtr<UMockdevIoctlData> record, GObjectPtr<UMockdevIoctlData> buffer);
-
-  GObjectPtr<UMockdevIoctlData> record_;
-  GObjectPtr<UMockdevIoctlData> buffer_;  // null for an empty transfer
-  Bytes payload_;                         // instead of a buffer
-  Bytes received_;
-  gulong address_ = 0;
-  unsigned char type_ = 0;
-  unsigned char endpoint_ = 0;
-  int status_ = 0;
-  int transferred_ = 0;
+  [[nodiscard]] std::size_t Room() const { return payload.size() - received.size(); }
+  void Collect(std::span<const std::uint8_t> bytes) {
+    received.insert(received.end(), bytes.begin(), bytes.end());
+  }
+  void Finish(int with_status, std::size_t transferred) {
+    status = with_status;
+    moved = transferred;
+  }
+  void FinishWithCollected(int with_status) { Finish(with_status, received.size()); }
 };
 
 }  // namespace gwq::terminal

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "base/types.h"
 #include "usb/usb_id.h"
@@ -21,13 +20,5 @@ inline constexpr unsigned char kEndpointIn = 0x81;
 
 // The answer to GET_DESCRIPTOR; nothing for a descriptor that it has not got.
 [[nodiscard]] std::optional<Bytes> Descriptor(UsbId id, std::uint8_t type, std::uint8_t index);
-
-// Where the device stands on the emulated bus.
-inline constexpr const char* kUsbNode = "/dev/bus/usb/001/005";
-inline constexpr const char* kUsbSysPath = "/sys/devices/usb1/1-1";
-inline constexpr const char* kUsbInterfaceSysPath = "/sys/devices/usb1/1-1/1-1:1.0";
-
-// The device and its interface in the notation of the umockdev testbed.
-[[nodiscard]] std::string TestbedRecord(UsbId id);
 
 }  // namespace gwq::terminal

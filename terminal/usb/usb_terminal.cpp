@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "usb/usb_terminal.h"
 
-#include <linux/usbdevice_fs.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <utility>
@@ -18,16 +16,16 @@ constexpr std::size_t kMostReports = 4096;
 
 // Finishes a transfer before its time, with what it has moved.
 void Abandon(Urb& urb, int status) {
-  urb.Finish(status, std::max(urb.Collected(), urb.Moved()));
+  urb.Finish(status, std::max(urb.received.size(), urb.moved));
 }
 
 // Whatever a host calls its transfers, the endpoints are interrupt endpoints, and so does the
 // kernel see them.
 void RecordBegin(Recorder* recorder, const UsbClient& client, const Urb& urb) {
   if (recorder == nullptr) return;
-  const bool control = urb.Type() == USBDEVFS_URB_TYPE_CONTROL;
-  recorder->Begin({&client, urb.Address()}, {control ? TransferType::kControl : TransferType::kInterrupt,
-                                             urb.Endpoint(), urb.Payload()});
+  const bool control = urb.kind == Urb::Kind::kControl;
+  recorder->Begin({&client, urb.id},
+                  {control ? TransferType::kControl : TransferType::kInterrupt, urb.endpoint, urb.payload});
 }
 
 }  // namespace
@@ -36,9 +34,9 @@ UsbTerminal::UsbTerminal(UsbId id, LineDevice device, const Clock& clock,
                          std::function<void()> deadline_moved)
     : id_(id), clock_(clock), deadline_moved_(std::move(deadline_moved)), device_(std::move(device)) {}
 
-void UsbTerminal::Plug(ReapGate gate) {
+void UsbTerminal::Plug(ReapSignal reapable) {
   const Lock lock(mutex_);
-  gate_ = std::move(gate);
+  reapable_ = std::move(reapable);
   interface_.Reset();
   reports_.clear();
   plugged_ = true;
@@ -54,7 +52,7 @@ void UsbTerminal::Unplug() {
     FinishAllWaiting(*client, -ESHUTDOWN);
   }
   interface_.Reset();
-  UpdateGate();
+  SignalReapable();
 }
 
 std::optional<Time> UsbTerminal::NextDeadline() {
@@ -92,7 +90,7 @@ void UsbTerminal::Disconnect(UsbClient& client) {
   FinishAllWaiting(client, -ENOENT);
   clients_.erase(&client);
   if (interface_.Owner() == &client) interface_.Release(client, 0);
-  UpdateGate();
+  SignalReapable();
 }
 
 bool UsbTerminal::IsUnplugged(const UsbClient& client) {
@@ -108,7 +106,7 @@ std::string_view UsbTerminal::Driver() {
 int UsbTerminal::DetachDriver() {
   const Lock lock(mutex_);
   if (UsbClient* owner = interface_.Owner()) FinishAllWaiting(*owner, -ENOENT);
-  UpdateGate();
+  SignalReapable();
   return interface_.Detach();
 }
 
@@ -126,25 +124,25 @@ int UsbTerminal::Release(UsbClient& client, unsigned interface_number) {
   const Lock lock(mutex_);
   const int error = interface_.Release(client, interface_number);
   if (error == 0) FinishAllWaiting(client, -ENOENT);
-  UpdateGate();
+  SignalReapable();
   return error;
 }
 
 int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   const Lock lock(mutex_);
-  if (urb.Type() == USBDEVFS_URB_TYPE_ISO) return EINVAL;
-  if (urb.Type() == USBDEVFS_URB_TYPE_CONTROL) {
+  if (urb.kind == Urb::Kind::kIsochronous) return EINVAL;
+  if (urb.kind == Urb::Kind::kControl) {
     RecordBegin(device_.Tap(), client, urb);
     FinishControl(client, std::move(urb));
     return 0;
   }
-  if (urb.Endpoint() != kEndpointOut && urb.Endpoint() != kEndpointIn) return ENOENT;
+  if (urb.endpoint != kEndpointOut && urb.endpoint != kEndpointIn) return ENOENT;
   // usbfs claims for a host that forgot to.
   if (const int error = interface_.Claim(client, 0); error != 0) return error;
   RecordBegin(device_.Tap(), client, urb);
   if (ApplyFault(client, urb)) {
     // has been dealt with
-  } else if (urb.Endpoint() == kEndpointOut) {
+  } else if (urb.endpoint == kEndpointOut) {
     FinishOut(client, std::move(urb));
   } else {
     client.waiting.push_back(std::move(urb));
@@ -153,16 +151,16 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   return 0;
 }
 
-int UsbTerminal::Discard(UsbClient& client, gulong address) {
+int UsbTerminal::Discard(UsbClient& client, Urb::Id id) {
   const Lock lock(mutex_);
-  const auto is_meant = [address](const Urb& urb) { return urb.Address() == address; };
+  const auto is_meant = [id](const Urb& urb) { return urb.id == id; };
   for (std::deque<Urb>* list : {&client.waiting, &client.hanging}) {
     const auto found = std::find_if(list->begin(), list->end(), is_meant);
     if (found == list->end()) continue;
     Abandon(*found, -ENOENT);
     Complete(client, std::move(*found));
     list->erase(found);
-    UpdateGate();
+    SignalReapable();
     return 0;
   }
   return EINVAL;
@@ -173,7 +171,7 @@ std::optional<Urb> UsbTerminal::Reap(UsbClient& client) {
   if (client.finished.empty()) return std::nullopt;
   std::optional<Urb> urb(std::move(client.finished.front()));
   client.finished.pop_front();
-  UpdateGate();
+  SignalReapable();
   return urb;
 }
 
@@ -184,7 +182,7 @@ bool UsbTerminal::WantsUnplug() {
 
 // True when a hostile terminal lets the transfer come to nothing.
 bool UsbTerminal::ApplyFault(UsbClient& client, Urb& urb) {
-  const Transfer transfer = urb.Endpoint() == kEndpointOut ? device_.NextOut() : device_.NextIn();
+  const Transfer transfer = urb.endpoint == kEndpointOut ? device_.NextOut() : device_.NextIn();
   switch (transfer.fate) {
     case TransferFate::kPasses:
       return false;
@@ -205,22 +203,22 @@ bool UsbTerminal::ApplyFault(UsbClient& client, Urb& urb) {
 }
 
 void UsbTerminal::Hang(UsbClient& client, Urb urb, double part) {
-  if (urb.Endpoint() == kEndpointOut) {
-    const auto moved = static_cast<std::size_t>(part * static_cast<double>(urb.Payload().size()));
-    ReceiveReports(urb.Payload().first(moved));
+  if (urb.endpoint == kEndpointOut) {
+    const auto moved = static_cast<std::size_t>(part * static_cast<double>(urb.payload.size()));
+    ReceiveReports(std::span(urb.payload).first(moved));
     urb.Finish(0, moved);
   }
   client.hanging.push_back(std::move(urb));
 }
 
 void UsbTerminal::FinishOut(UsbClient& client, Urb urb) {
-  ReceiveReports(urb.Payload());
-  urb.Finish(0, urb.Payload().size());
+  ReceiveReports(urb.payload);
+  urb.Finish(0, urb.payload.size());
   Complete(client, std::move(urb));
 }
 
 void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
-  const std::optional<ControlRequest> request = ControlRequest::Parse(urb.Payload());
+  const std::optional<ControlRequest> request = ControlRequest::Parse(urb.payload);
   const std::optional<Bytes> answer = request ? AnswerControl(id_, *request) : std::nullopt;
   if (!answer) {
     urb.Finish(-EPIPE, 0);
@@ -237,7 +235,7 @@ void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
 
 void UsbTerminal::Complete(UsbClient& client, Urb urb) {
   if (Recorder* recorder = device_.Tap())
-    recorder->End({&client, urb.Address()}, {urb.Status(), urb.Moved(), urb.Received()});
+    recorder->End({&client, urb.id}, {urb.status, urb.moved, urb.received});
   client.finished.push_back(std::move(urb));
 }
 
@@ -285,7 +283,7 @@ void UsbTerminal::PassReports() {
          (!reports_.empty() || client->waiting.front().Room() == 0)) {
     FillOldest(*client);
   }
-  UpdateGate();
+  SignalReapable();
 }
 
 // Moves one report into the oldest waiting transfer. A transfer with less room
@@ -306,9 +304,10 @@ void UsbTerminal::FillOldest(UsbClient& client) {
   client.waiting.pop_front();
 }
 
-void UsbTerminal::UpdateGate() {
-  gate_.SetReapable(std::any_of(clients_.begin(), clients_.end(),
-                                [](const UsbClient* client) { return !client->finished.empty(); }));
+void UsbTerminal::SignalReapable() {
+  if (!reapable_) return;
+  reapable_(std::any_of(clients_.begin(), clients_.end(),
+                        [](const UsbClient* client) { return !client->finished.empty(); }));
 }
 
 }  // namespace gwq::terminal

@@ -11,12 +11,14 @@
 #include "base/clock.h"
 #include "base/event_loop.h"
 #include "faults/line_device.h"
-#include "usb/reap_gate.h"
 #include "usb/urb.h"
 #include "usb/usb_id.h"
 #include "usb/usb_interface.h"
 
 namespace gwq::terminal {
+
+// Tells a host that waits, on any thread, whether there is something to reap.
+using ReapSignal = std::function<void(bool reapable)>;
 
 // One opening of the device node by a host.
 struct UsbClient {
@@ -34,7 +36,8 @@ class UsbTerminal final : public Timed {
   // what a host did.
   UsbTerminal(UsbId id, LineDevice device, const Clock& clock, std::function<void()> deadline_moved);
 
-  void Plug(ReapGate gate);
+  // `reapable`, if any, is told when there is something to reap, and when there is nothing more.
+  void Plug(ReapSignal reapable = {});
   void Unplug();
 
   std::optional<Time> NextDeadline() override;
@@ -59,7 +62,7 @@ class UsbTerminal final : public Timed {
   int Release(UsbClient& client, unsigned interface_number);
 
   int Submit(UsbClient& client, Urb urb);
-  int Discard(UsbClient& client, gulong address);
+  int Discard(UsbClient& client, Urb::Id id);
   [[nodiscard]] std::optional<Urb> Reap(UsbClient& client);
 
  private:
@@ -75,7 +78,7 @@ class UsbTerminal final : public Timed {
   void CollectAnswers();
   void PassReports();
   void FillOldest(UsbClient& client);
-  void UpdateGate();
+  void SignalReapable();
 
   const UsbId id_;
   const Clock& clock_;
@@ -86,7 +89,7 @@ class UsbTerminal final : public Timed {
   bool plugged_ = false;
   bool wants_unplug_ = false;
   UsbInterface interface_;
-  ReapGate gate_;
+  ReapSignal reapable_;
   std::set<UsbClient*> clients_;
   std::deque<Bytes> reports_;  // for the host, not yet taken
 };

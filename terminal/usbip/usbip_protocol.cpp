@@ -10,6 +10,7 @@
 namespace gwq::terminal::usbip {
 namespace {
 
+constexpr const char* kSysPath = "/sys/devices/usb1/1-1";  // shown to people, and nothing else
 constexpr std::uint16_t kListReply = 0x0005;
 constexpr std::uint16_t kImportReply = 0x0003;
 constexpr std::size_t kPathSize = 256;
@@ -73,7 +74,7 @@ void PutDevice(Writer& reply, UsbId id) {
   const Bytes descriptors = AllDescriptors(id);
   const std::span device = std::span(descriptors).first(kDeviceSize);
   const std::span configuration = std::span(descriptors).subspan(kDeviceSize);
-  reply.PutText(kUsbSysPath, kPathSize).PutText(kBusId, kBusIdSize);
+  reply.PutText(kSysPath, kPathSize).PutText(kBusId, kBusIdSize);
   reply.Put32(kBusNumber).Put32(kDeviceNumber).Put32(kHighSpeed).Put16(id.vendor).Put16(id.product);
   reply.Put8(device[13]).Put8(device[12]);  // bcdDevice
   reply.Put(device.subspan(4, 3));          // class, subclass, protocol

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "usbip/usbip_session.h"
 
-#include <linux/usbdevice_fs.h>
-
 #include <cerrno>
 #include <utility>
 #include <variant>
@@ -16,8 +14,8 @@ Urb UrbOf(const usbip::Submit& submit, std::span<const std::uint8_t> data) {
   if (submit.IsControl()) payload.assign(submit.setup.begin(), submit.setup.end());
   payload.insert(payload.end(), data.begin(), data.end());
   if (submit.IsIn()) payload.resize(payload.size() + submit.length);
-  const int type = submit.IsControl() ? USBDEVFS_URB_TYPE_CONTROL : USBDEVFS_URB_TYPE_INTERRUPT;
-  return {submit.sequence, static_cast<unsigned char>(type), submit.endpoint, std::move(payload)};
+  const Urb::Kind kind = submit.IsControl() ? Urb::Kind::kControl : Urb::Kind::kData;
+  return {submit.sequence, kind, submit.endpoint, std::move(payload)};
 }
 
 // The setup packet of a control transfer with data must name the direction that they take.
@@ -36,7 +34,7 @@ usbip::ImportStatus UsbIpPlug::Import(UsbClient& client) {
   if (!in_) return usbip::ImportStatus::kNoDevice;
   if (importer_ != nullptr) return usbip::ImportStatus::kBusy;
   importer_ = &client;
-  terminal_.Plug({});
+  terminal_.Plug();
   terminal_.Connect(client);
   // The drivers are the client's affair.
   terminal_.DetachDriver();
@@ -112,7 +110,7 @@ std::size_t UsbIpSession::ServeSubmit(const usbip::Submit& submit, std::span<con
 void UsbIpSession::SubmitTransfer(const usbip::Submit& submit, std::span<const std::uint8_t> data) {
   if (Contradicts(submit)) return Reply(usbip::SubmitReply(submit.sequence, -EPIPE, 0, {}));
   Urb urb = UrbOf(submit, data);
-  const std::size_t size = urb.Payload().size();
+  const std::size_t size = urb.payload.size();
   if (pending_ >= kMostPending || pending_bytes_ + size > kMostPendingBytes)
     return Fail("too many transfers at a time");
   if (plug_.Terminal().Submit(client_, std::move(urb)) != 0)
@@ -134,15 +132,15 @@ std::optional<Urb> UsbIpSession::Reap() {
   std::optional<Urb> urb = plug_.Terminal().Reap(client_);
   if (urb) {
     --pending_;
-    pending_bytes_ -= urb->Payload().size();
+    pending_bytes_ -= urb->payload.size();
   }
   return urb;
 }
 
 void UsbIpSession::Collect() {
   while (const std::optional<Urb> urb = Reap()) {
-    const auto sequence = static_cast<std::uint32_t>(urb->Address());
-    Reply(usbip::SubmitReply(sequence, urb->Status(), urb->Moved(), urb->Received()));
+    const auto sequence = static_cast<std::uint32_t>(urb->id);
+    Reply(usbip::SubmitReply(sequence, urb->status, urb->moved, urb->received));
   }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "usb/reap_gate.h"
+#include "umockdev/reap_gate.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
