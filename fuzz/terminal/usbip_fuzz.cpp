@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A USB/IP client that sends anything, in pieces of any size.
 #include "customer/agreeable.h"
+#include "device/device.h"
 #include "input.h"
 #include "require.h"
 #include "usbip/usbip_session.h"
@@ -13,7 +14,8 @@ constexpr terminal::UsbId kId{0x1209, 0x0001};
 void Talk(Input& input) {
   terminal::AgreeableCustomer customer;
   const terminal::Clock clock;
-  terminal::UsbTerminal terminal(kId, terminal::Device(terminal::Line::kUsb, customer), clock, [] {});
+  terminal::Device unit(terminal::Line::kUsb, customer);
+  terminal::UsbTerminal terminal(kId, {unit}, clock, [] {});
   terminal::UsbIpPlug plug(kId, terminal);
   terminal::UsbIpSession session(plug);
   while (!input.Empty() && !session.IsOver()) {

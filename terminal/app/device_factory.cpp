@@ -44,29 +44,28 @@ FaultScript DeviceFactory::Faults() const {
   return faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
 }
 
-LineDevice DeviceFactory::AtLine(Device device, Line line) const {
+FaultyLine DeviceFactory::LineOf(Device& device, Line line) const {
   const unsigned number = line == Line::kUsb ? 0 : 1;
   const auto* slowness = stage_ == nullptr ? nullptr : stage_->Slowness();
-  if (slowness != nullptr)
-    return {std::move(device), Hostility(hostile_.value_or(FaultRates{}), number), *slowness};
-  if (!hostile_) return device;
-  return {std::move(device), Hostility(*hostile_, number)};
+  if (slowness != nullptr) return {device, Hostility(hostile_.value_or(FaultRates{}), number), *slowness};
+  return hostile_ ? FaultyLine(device, Hostility(*hostile_, number)) : FaultyLine(device);
 }
 
-LineDevice DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
-  LineDevice device = replay_.file.empty()
-                          ? MakeDevice(line, line_name, page)
-                          : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
-  device.SetTap(recorder_.get());
-  return device;
+Unit DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
+  Unit unit = replay_.file.empty() ? MakeDevice(line, line_name, page)
+                                   : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
+  unit.recorder = recorder_.get();
+  return unit;
 }
 
-LineDevice DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
+Unit DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
   customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
   const TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
-  Device device(line, *customers_.back(), MakeSettings(), Both(trace_.Sink(line_name), watching),
-                MakeStorage(), &painter_);
-  return AtLine(std::move(device), line);
+  Device& device = *devices_.emplace_back(std::make_unique<Device>(line, *customers_.back(), MakeSettings(),
+                                                                   Both(trace_.Sink(line_name), watching),
+                                                                   MakeStorage(), &painter_));
+  FaultyLine& faults = *lines_.emplace_back(std::make_unique<FaultyLine>(LineOf(device, line)));
+  return {faults, &faults, &device};
 }
 
 TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
@@ -85,21 +84,20 @@ TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
   return options;
 }
 
-LineDevice DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
+Unit DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
   std::vector<WireTransfer> transfers;
   std::copy_if(recording_.transfers.begin(), recording_.transfers.end(), std::back_inserter(transfers),
                [wire](const WireTransfer& transfer) { return transfer.wire == wire; });
   const auto report = [line_name](const std::string& text) {
     std::fprintf(stderr, "gwq-terminal: %s: %s\n", line_name.c_str(), text.c_str());
   };
-  auto line = std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report);
-  replayed_.push_back(line.get());
-  return LineDevice(std::move(line));
+  return {
+      *replayed_.emplace_back(std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report))};
 }
 
 bool DeviceFactory::FinishReplay() {
   bool all = true;
-  for (ReplayedLine* line : replayed_) all = line->Finish() && all;
+  for (const auto& line : replayed_) all = line->Finish() && all;
   return all;
 }
 

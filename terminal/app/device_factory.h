@@ -9,11 +9,12 @@
 
 #include "app/options.h"
 #include "app/trace_writer.h"
+#include "base/endpoint.h"
 #include "base/private_dir.h"
 #include "device/device.h"
 #include "device/screens/customer.h"
 #include "faults/fault_script.h"
-#include "faults/line_device.h"
+#include "faults/faulty_line.h"
 #include "picture/painter.h"
 #include "recording/recorder.h"
 #include "recording/recording.h"
@@ -23,7 +24,15 @@
 
 namespace gwq::terminal {
 
-// Owns what its devices lean on and must outlive them.
+// One terminal, as the transport of its line needs it.
+struct Unit {
+  Endpoint& line;
+  FaultyLine* faults = nullptr;  // null: replayed, with the faults that were recorded
+  Device* device = nullptr;      // null: replayed
+  Recorder* recorder = nullptr;  // null: nobody records
+};
+
+// Owns its units, and what they lean on.
 class DeviceFactory {
  public:
   // With a `stage`, which must outlive the factory, customer and faults are its own.
@@ -44,7 +53,7 @@ class DeviceFactory {
   // Each device has a customer of its own, and files of its own unless there is a
   // storage directory. Throws when that or one of the scripts is no good. With a `page` the
   // customer is a person, and sees there what happens.
-  [[nodiscard]] LineDevice Make(Line line, const std::string& line_name, const TraceSink& page = {});
+  [[nodiscard]] Unit Make(Line line, const std::string& line_name, const TraceSink& page = {});
 
   // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
   [[nodiscard]] TerminalOptions AdaptToRecording(TerminalOptions options);
@@ -52,12 +61,12 @@ class DeviceFactory {
   [[nodiscard]] bool FinishReplay();
 
  private:
-  [[nodiscard]] LineDevice MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
-  [[nodiscard]] LineDevice MakeReplayed(Wire wire, const std::string& line_name);
+  [[nodiscard]] Unit MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
+  [[nodiscard]] Unit MakeReplayed(Wire wire, const std::string& line_name);
   [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
   [[nodiscard]] Settings MakeSettings() const;
   [[nodiscard]] FaultScript Faults() const;
-  [[nodiscard]] LineDevice AtLine(Device device, Line line) const;
+  [[nodiscard]] FaultyLine LineOf(Device& device, Line line) const;
   [[nodiscard]] std::string StorageDir();
   [[nodiscard]] Storage MakeStorage();
   [[nodiscard]] FileSystem* MakeKeyFiles();
@@ -73,12 +82,14 @@ class DeviceFactory {
   std::unique_ptr<Recorder> recorder_;
   ReplayOptions replay_;
   Recording recording_;
-  std::vector<ReplayedLine*> replayed_;  // which the line devices own
   PngPainter painter_;
   std::vector<std::unique_ptr<Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
   std::vector<std::unique_ptr<FileStore>> stores_;
   std::vector<std::unique_ptr<FileSystem>> watched_;
+  std::vector<std::unique_ptr<Device>> devices_;
+  std::vector<std::unique_ptr<FaultyLine>> lines_;
+  std::vector<std::unique_ptr<ReplayedLine>> replayed_;
 };
 
 }  // namespace gwq::terminal

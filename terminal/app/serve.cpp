@@ -24,8 +24,9 @@ namespace {
 // The terminal on USB, with all that belongs to it.
 class UsbIpTerminal {
  public:
-  UsbIpTerminal(const ServeOptions& options, LineDevice device, const Clock& clock)
-      : usb_(*options.terminal.usb, std::move(device), clock, [] {}),  // everything happens in the loop
+  UsbIpTerminal(const ServeOptions& options, const Unit& unit, const Clock& clock)
+      : unit_(unit),
+        usb_(*options.terminal.usb, WiringOf(unit), clock, [] {}),  // everything happens in the loop
         plug_(*options.terminal.usb, usb_),
         server_(*options.usbip_port, plug_, clock) {
     if (options.terminal.hostile || options.terminal.page_port)
@@ -41,12 +42,12 @@ class UsbIpTerminal {
   }
   void SetPlugged(bool plugged) { plugged ? plug_.PlugIn() : plug_.PullOut(); }
   [[nodiscard]] PageTerminal ForPage(const FaultRates& rates) {
-    return {[this](const auto& action) { usb_.Use(action); }, [this] { return plug_.IsIn(); },
-            [this](bool plugged) { SetPlugged(plugged); },
-            [this](const FaultRates& changed) { usb_.SetRates(changed); }, rates};
+    return {UseOf(usb_, unit_), [this] { return plug_.IsIn(); },
+            [this](bool plugged) { SetPlugged(plugged); }, SetRatesOf(usb_, unit_), rates};
   }
 
  private:
+  Unit unit_;
   UsbTerminal usb_;
   UsbIpPlug plug_;
   UsbIpServer server_;
@@ -71,6 +72,7 @@ class Serving {
   EventLoop loop_;
   PageTrace trace_{[] {}};  // everything happens in the loop
   std::unique_ptr<UsbIpTerminal> usb_;
+  std::optional<Unit> serial_unit_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<CustomerPage> page_;
 };
@@ -83,14 +85,15 @@ Serving::Serving(const ServeOptions& options) : devices_(options.terminal) {
     usb_->Join(loop_);
   }
   if (options.pty) {
-    serial_ = std::make_unique<SerialTerminal>(
-        devices_.Make(Line::kSerial, "serial", usb_ ? TraceSink{} : page), clock_);
+    serial_unit_.emplace(devices_.Make(Line::kSerial, "serial", usb_ ? TraceSink{} : page));
+    serial_ = std::make_unique<SerialTerminal>(serial_unit_->line, clock_, serial_unit_->recorder);
     serial_->Join(loop_);
   }
   if (options.terminal.page_port) {
     const FaultRates rates = options.terminal.hostile.value_or(FaultRates{});
-    page_ = OpenPage(*options.terminal.page_port,
-                     usb_ ? usb_->ForPage(rates) : PageTerminalOf(*serial_, rates), trace_, loop_);
+    page_ =
+        OpenPage(*options.terminal.page_port,
+                 usb_ ? usb_->ForPage(rates) : PageTerminalOf(*serial_, *serial_unit_, rates), trace_, loop_);
   }
   loop_.OnReadable(signals_.Fd(), [this] {
     while (const auto signal = signals_.Next()) Obey(static_cast<int>(signal->ssi_signo));

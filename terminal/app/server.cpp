@@ -94,8 +94,10 @@ class Server {
   DeviceFactory devices_;
   PageTrace page_trace_{[this] { wakeup_.Raise(); }};
   std::optional<UsbId> usb_id_;
+  std::optional<Unit> usb_unit_;
   std::unique_ptr<UsbTerminal> usb_;
   std::unique_ptr<UsbfsHandler> handler_;
+  std::optional<Unit> serial_unit_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<Testbed> testbed_;
   std::unique_ptr<Timed> hostility_;
@@ -128,9 +130,9 @@ std::unique_ptr<Stage> Server::MakeStage(const TerminalOptions& options) {
 }
 
 void Server::BeginStage() {
-  const auto use = [this](const std::function<void(Device&, Time)>& action) {
-    if (usb_) usb_->Use(action);
-    if (serial_) serial_->Use(action);
+  const auto use = [this](const DeviceAction& action) {
+    if (usb_) UseOf(*usb_, *usb_unit_)(action);
+    if (serial_) UseOf(*serial_, *serial_unit_)(action);
   };
   stage_->Begin({[this] { Unplug(); }, [this] { Plug(); }, use});
   stage_timer_ = std::make_unique<StageTimer>(*stage_);
@@ -143,10 +145,9 @@ void Server::Note(Event::Kind kind) {
 
 // The page belongs to one terminal.
 PageTerminal Server::PageTerminalHere(const FaultRates& rates) {
-  if (!usb_) return PageTerminalOf(*serial_, rates);
-  return {[this](const auto& action) { usb_->Use(action); }, [this] { return plugged_; },
-          [this](bool plugged) { plugged ? Plug() : Unplug(); },
-          [this](const FaultRates& changed) { usb_->SetRates(changed); }, rates};
+  if (!usb_) return PageTerminalOf(*serial_, *serial_unit_, rates);
+  return {UseOf(*usb_, *usb_unit_), [this] { return plugged_; },
+          [this](bool plugged) { plugged ? Plug() : Unplug(); }, SetRatesOf(*usb_, *usb_unit_), rates};
 }
 
 void Server::AddHostility() {
@@ -156,8 +157,8 @@ void Server::AddHostility() {
 }
 
 void Server::AddUsb(UsbId id, const TraceSink& page) {
-  usb_ = std::make_unique<UsbTerminal>(id, devices_.Make(Line::kUsb, "usb", page), clock_,
-                                       [this] { wakeup_.Raise(); });
+  usb_unit_.emplace(devices_.Make(Line::kUsb, "usb", page));
+  usb_ = std::make_unique<UsbTerminal>(id, WiringOf(*usb_unit_), clock_, [this] { wakeup_.Raise(); });
   handler_ = std::make_unique<UsbfsHandler>(*usb_);
   testbed_->AttachUsbNode(handler_->Base());
   loop_.Add(*usb_);
@@ -165,7 +166,8 @@ void Server::AddUsb(UsbId id, const TraceSink& page) {
 }
 
 void Server::AddSerial(int port, const TraceSink& page) {
-  serial_ = std::make_unique<SerialTerminal>(devices_.Make(Line::kSerial, "serial", page), clock_);
+  serial_unit_.emplace(devices_.Make(Line::kSerial, "serial", page));
+  serial_ = std::make_unique<SerialTerminal>(serial_unit_->line, clock_, serial_unit_->recorder);
   serial_->Join(loop_);
   testbed_->LinkSerial(port, serial_->Path());
 }

@@ -24,12 +24,8 @@ std::unique_ptr<CustomerPage> OpenPage(std::uint16_t port, PageTerminal terminal
   return page;
 }
 
-PageTerminal PageTerminalOf(SerialTerminal& serial, const FaultRates& rates) {
-  return {[&serial](const auto& action) { serial.Use(action); },
-          [] { return true; },
-          {},
-          [&serial](const FaultRates& changed) { serial.SetRates(changed); },
-          rates};
+PageTerminal PageTerminalOf(SerialTerminal& serial, const Unit& unit, const FaultRates& rates) {
+  return {UseOf(serial, unit), [] { return true; }, {}, SetRatesOf(serial, unit), rates};
 }
 
 }  // namespace gwq::terminal

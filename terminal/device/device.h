@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 
+#include "base/endpoint.h"
 #include "base/types.h"
 #include "device/files/file_faults.h"
 #include "device/files/file_system.h"
@@ -29,37 +30,22 @@ struct Storage {
   FileSystem* keys = nullptr;  // the PIN pad's key pairs (key_pairs.h); null: they are new each time
 };
 
-class Device {
+class Device final : public Endpoint {
  public:
   // `customer` answers for the person in front of the terminal and must outlive the device.
   // `painter` too; without one the terminal keeps no pictures.
   Device(Line line, Customer& customer, Settings settings = {}, TraceSink trace = {}, Storage storage = {},
          const Painter* painter = nullptr);
-  ~Device();
+  ~Device() override;
   Device(Device&&) noexcept;
   Device& operator=(Device&&) noexcept;
 
-  // Bytes from the host at `now`: on a USB line one report as it came (up to
-  // 1024 bytes, zero-padded), on a serial line any piece of the stream. Any
-  // bytes at all are allowed. Lets time pass up to `now` first.
-  void Receive(std::span<const std::uint8_t> bytes, Time now);
-
-  // Lets time pass: a serial command whose line fell silent is carried out,
-  // the customer acts, time-outs run down. `now` never goes backwards.
-  void Advance(Time now);
-
-  // When Advance should be called next at the latest; nothing if the terminal
-  // only waits for the host.
-  [[nodiscard]] std::optional<Time> NextDeadline() const;
-
-  // True once after the terminal has taken its answers back: those that the
-  // transport holds ready and the host has not read are to be dropped. To be
-  // asked before TakeAnswer.
-  [[nodiscard]] bool TakeWithdrawal();
-
-  // The oldest answer not yet taken, without padding; nothing when there is none.
-  // A USB transport pads it with zeros to whole 1024-byte reports.
-  [[nodiscard]] std::optional<Bytes> TakeAnswer();
+  void Receive(std::span<const std::uint8_t> bytes, Time now) override;
+  // A serial command whose line fell silent is carried out, the customer acts, time-outs run down.
+  void Advance(Time now) override;
+  [[nodiscard]] std::optional<Time> NextDeadline() const override;
+  [[nodiscard]] bool TakeWithdrawal() override;
+  [[nodiscard]] std::optional<Bytes> TakeAnswer() override;
 
   // What the customer sees now, valid until the next call of another member.
   [[nodiscard]] const Screen& CurrentScreen() const;

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "faults/line_device.h"
+#include "base/endpoint.h"
 #include "recording/masks.h"
 #include "recording/transfer.h"
 
@@ -20,7 +20,7 @@ namespace gwq::terminal {
 // The host's bytes are compared with the recorded ones as one stream: how they are cut into transfers may
 // differ. An answer comes as long after what stands before it as it did then; a host that goes on before that
 // gets it at once. After the first difference there is silence. Reads without data count for nothing.
-class ReplayedLine final : public StandIn {
+class ReplayedLine final : public Endpoint {
  public:
   using Report = std::function<void(const std::string& text)>;
 
@@ -30,6 +30,8 @@ class ReplayedLine final : public StandIn {
   void Receive(std::span<const std::uint8_t> bytes, Time now) override;
   void Advance(Time now) override;
   [[nodiscard]] std::optional<Time> NextDeadline() const override;
+  // Answers that the unit took back are not in a recording.
+  [[nodiscard]] bool TakeWithdrawal() override { return false; }
   [[nodiscard]] std::optional<Bytes> TakeAnswer() override;
 
   // Reports how it went, unless that has been done. True when the host did all that is recorded.

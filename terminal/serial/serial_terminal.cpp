@@ -47,12 +47,14 @@ void SerialTerminal::Join(EventLoop& loop) {
 }
 
 void SerialTerminal::Advance(Time now) {
-  device_.Advance(now);
+  line_.Advance(now);
   CollectAnswers();
 }
 
-void SerialTerminal::Use(const std::function<void(Device&, Time)>& action) {
-  device_.Use(action, clock_.Now());
+void SerialTerminal::Use(const std::function<void(Time now)>& action) {
+  const Time now = clock_.Now();
+  action(now);
+  line_.Advance(now);
   CollectAnswers();
 }
 
@@ -61,17 +63,17 @@ void SerialTerminal::ReadLine() {
   const ssize_t count = read(pty_.master.Get(), buffer.data(), buffer.size());
   if (count <= 0) return;
   Record(false, std::span(buffer).first(static_cast<std::size_t>(count)));
-  device_.Receive(std::span(buffer).first(static_cast<std::size_t>(count)), clock_.Now());
+  line_.Receive(std::span(buffer).first(static_cast<std::size_t>(count)), clock_.Now());
   CollectAnswers();
 }
 
 void SerialTerminal::Record(bool to_host, std::span<const std::uint8_t> bytes) {
-  if (Recorder* recorder = device_.Tap()) recorder->Serial(to_host, bytes);
+  if (recorder_ != nullptr) recorder_->Serial(to_host, bytes);
 }
 
 void SerialTerminal::CollectAnswers() {
-  if (device_.TakeWithdrawal()) unsent_.clear();
-  while (const std::optional<Bytes> answer = device_.TakeAnswer())
+  if (line_.TakeWithdrawal()) unsent_.clear();
+  while (const std::optional<Bytes> answer = line_.TakeAnswer())
     unsent_.insert(unsent_.end(), answer->begin(), answer->end());
   WriteLine();
 }

@@ -6,11 +6,13 @@
 #include <string>
 
 #include "base/clock.h"
+#include "base/endpoint.h"
 #include "base/event_loop.h"
 #include "base/unique_fd.h"
-#include "faults/line_device.h"
 
 namespace gwq::terminal {
+
+class Recorder;
 
 // A pseudo-terminal that passes bytes as they are, until a host sets it otherwise.
 struct PtyPair {
@@ -23,7 +25,9 @@ struct PtyPair {
 
 class SerialTerminal final : public Timed {
  public:
-  SerialTerminal(LineDevice device, const Clock& clock) : clock_(clock), device_(std::move(device)) {}
+  // What is given must outlive this object. Without a recorder nothing is recorded.
+  SerialTerminal(Endpoint& line, const Clock& clock, Recorder* recorder = nullptr)
+      : clock_(clock), line_(line), recorder_(recorder) {}
 
   // What a host opens.
   [[nodiscard]] const std::string& Path() const { return pty_.slave_path; }
@@ -31,13 +35,10 @@ class SerialTerminal final : public Timed {
   // Serves the line from `loop`, which must not outlive this object.
   void Join(EventLoop& loop);
 
-  // Calls with the device, and passes on what it answers.
-  void Use(const std::function<void(Device&, Time)>& action);
+  // Does what is to be done with the unit or its line, and passes on what the unit answers.
+  void Use(const std::function<void(Time now)>& action);
 
-  // How hostile its line is from now on.
-  void SetRates(const FaultRates& rates) { device_.SetRates(rates); }
-
-  std::optional<Time> NextDeadline() override { return device_.NextDeadline(); }
+  std::optional<Time> NextDeadline() override { return line_.NextDeadline(); }
   void Advance(Time now) override;
 
  private:
@@ -47,7 +48,8 @@ class SerialTerminal final : public Timed {
   void Record(bool to_host, std::span<const std::uint8_t> bytes);
 
   const Clock& clock_;
-  LineDevice device_;
+  Endpoint& line_;
+  Recorder* const recorder_;
   PtyPair pty_;
   Bytes unsent_;  // what the line had no room for yet
 };

@@ -30,9 +30,14 @@ void RecordBegin(Recorder* recorder, const UsbClient& client, const Urb& urb) {
 
 }  // namespace
 
-UsbTerminal::UsbTerminal(UsbId id, LineDevice device, const Clock& clock,
+UsbTerminal::UsbTerminal(UsbId id, const Wiring& wiring, const Clock& clock,
                          std::function<void()> deadline_moved)
-    : id_(id), clock_(clock), deadline_moved_(std::move(deadline_moved)), device_(std::move(device)) {}
+    : id_(id),
+      clock_(clock),
+      deadline_moved_(std::move(deadline_moved)),
+      recorder_(wiring.recorder),
+      line_(wiring.line),
+      faults_(wiring.faults) {}
 
 void UsbTerminal::Plug(ReapSignal reapable) {
   const Lock lock(mutex_);
@@ -40,7 +45,7 @@ void UsbTerminal::Plug(ReapSignal reapable) {
   interface_.Reset();
   reports_.clear();
   plugged_ = true;
-  if (Recorder* recorder = device_.Tap()) recorder->Plugged(*Descriptor(id_, 1, 0), *Descriptor(id_, 2, 0));
+  if (recorder_ != nullptr) recorder_->Plugged(*Descriptor(id_, 1, 0), *Descriptor(id_, 2, 0));
 }
 
 void UsbTerminal::Unplug() {
@@ -57,26 +62,23 @@ void UsbTerminal::Unplug() {
 
 std::optional<Time> UsbTerminal::NextDeadline() {
   const Lock lock(mutex_);
-  return device_.NextDeadline();
+  return line_.NextDeadline();
 }
 
 void UsbTerminal::Advance(Time now) {
   const Lock lock(mutex_);
-  device_.Advance(now);
+  line_.Advance(now);
   CollectAnswers();
   PassReports();
 }
 
-void UsbTerminal::Use(const std::function<void(Device&, Time)>& action) {
+void UsbTerminal::Use(const std::function<void(Time now)>& action) {
   const Lock lock(mutex_);
-  device_.Use(action, clock_.Now());
+  const Time now = clock_.Now();
+  action(now);
+  line_.Advance(now);
   CollectAnswers();
   PassReports();
-}
-
-void UsbTerminal::SetRates(const FaultRates& rates) {
-  const Lock lock(mutex_);
-  device_.SetRates(rates);
 }
 
 void UsbTerminal::Connect(UsbClient& client) {
@@ -132,14 +134,14 @@ int UsbTerminal::Submit(UsbClient& client, Urb urb) {
   const Lock lock(mutex_);
   if (urb.kind == Urb::Kind::kIsochronous) return EINVAL;
   if (urb.kind == Urb::Kind::kControl) {
-    RecordBegin(device_.Tap(), client, urb);
+    RecordBegin(recorder_, client, urb);
     FinishControl(client, std::move(urb));
     return 0;
   }
   if (urb.endpoint != kEndpointOut && urb.endpoint != kEndpointIn) return ENOENT;
   // usbfs claims for a host that forgot to.
   if (const int error = interface_.Claim(client, 0); error != 0) return error;
-  RecordBegin(device_.Tap(), client, urb);
+  RecordBegin(recorder_, client, urb);
   if (ApplyFault(client, urb)) {
     // has been dealt with
   } else if (urb.endpoint == kEndpointOut) {
@@ -182,7 +184,8 @@ bool UsbTerminal::WantsUnplug() {
 
 // True when a hostile terminal lets the transfer come to nothing.
 bool UsbTerminal::ApplyFault(UsbClient& client, Urb& urb) {
-  const Transfer transfer = urb.endpoint == kEndpointOut ? device_.NextOut() : device_.NextIn();
+  if (faults_ == nullptr) return false;
+  const Transfer transfer = urb.endpoint == kEndpointOut ? faults_->NextOut() : faults_->NextIn();
   switch (transfer.fate) {
     case TransferFate::kPasses:
       return false;
@@ -234,8 +237,7 @@ void UsbTerminal::FinishControl(UsbClient& client, Urb urb) {
 }
 
 void UsbTerminal::Complete(UsbClient& client, Urb urb) {
-  if (Recorder* recorder = device_.Tap())
-    recorder->End({&client, urb.id}, {urb.status, urb.moved, urb.received});
+  if (recorder_ != nullptr) recorder_->End({&client, urb.id}, {urb.status, urb.moved, urb.received});
   client.finished.push_back(std::move(urb));
 }
 
@@ -251,20 +253,20 @@ void UsbTerminal::FinishAllWaiting(UsbClient& client, int status) {
 
 // A transfer longer than a report arrives as several.
 void UsbTerminal::ReceiveReports(std::span<const std::uint8_t> bytes) {
-  const std::optional<Time> before = device_.NextDeadline();
+  const std::optional<Time> before = line_.NextDeadline();
   while (!bytes.empty()) {
     const std::size_t size = std::min(bytes.size(), kReportSize);
-    device_.Receive(bytes.first(size), clock_.Now());
+    line_.Receive(bytes.first(size), clock_.Now());
     bytes = bytes.subspan(size);
   }
   CollectAnswers();
-  if (device_.NextDeadline() != before) deadline_moved_();
+  if (line_.NextDeadline() != before) deadline_moved_();
 }
 
 // Cuts answers into reports, the last one padded with zeros.
 void UsbTerminal::CollectAnswers() {
-  if (device_.TakeWithdrawal()) reports_.clear();
-  while (const std::optional<Bytes> answer = device_.TakeAnswer()) {
+  if (line_.TakeWithdrawal()) reports_.clear();
+  while (const std::optional<Bytes> answer = line_.TakeAnswer()) {
     if (!plugged_) continue;  // nobody is at the other end of the cable
     for (std::size_t offset = 0; offset < answer->size(); offset += kReportSize) {
       const auto first = answer->begin() + static_cast<std::ptrdiff_t>(offset);

@@ -9,13 +9,16 @@
 #include <set>
 
 #include "base/clock.h"
+#include "base/endpoint.h"
 #include "base/event_loop.h"
-#include "faults/line_device.h"
+#include "faults/faulty_line.h"
 #include "usb/urb.h"
 #include "usb/usb_id.h"
 #include "usb/usb_interface.h"
 
 namespace gwq::terminal {
+
+class Recorder;
 
 // Tells a host that waits, on any thread, whether there is something to reap.
 using ReapSignal = std::function<void(bool reapable)>;
@@ -32,9 +35,16 @@ struct UsbClient {
 // Those that return an int return 0 or the error number for the host.
 class UsbTerminal final : public Timed {
  public:
+  // What is at the other end of the cable, and must outlive this object.
+  struct Wiring {
+    Endpoint& line;
+    FaultyLine* faults = nullptr;  // what becomes of transfers; null: all of them pass
+    Recorder* recorder = nullptr;  // who records them; null when nobody does
+  };
+
   // `deadline_moved` is called, on any thread, when NextDeadline has changed by
   // what a host did.
-  UsbTerminal(UsbId id, LineDevice device, const Clock& clock, std::function<void()> deadline_moved);
+  UsbTerminal(UsbId id, const Wiring& wiring, const Clock& clock, std::function<void()> deadline_moved);
 
   // `reapable`, if any, is told when there is something to reap, and when there is nothing more.
   void Plug(ReapSignal reapable = {});
@@ -43,10 +53,9 @@ class UsbTerminal final : public Timed {
   std::optional<Time> NextDeadline() override;
   void Advance(Time now) override;
 
-  // Calls with the device, and passes on what it answers.
-  void Use(const std::function<void(Device&, Time)>& action);
-  // How hostile its line is from now on.
-  void SetRates(const FaultRates& rates);
+  // Does what is to be done with the unit or its line while no host uses them, and passes on what
+  // the unit answers.
+  void Use(const std::function<void(Time now)>& action);
   // A hostile terminal has dropped off the bus: its owner is to unplug it.
   [[nodiscard]] bool WantsUnplug();
 
@@ -83,9 +92,11 @@ class UsbTerminal final : public Timed {
   const UsbId id_;
   const Clock& clock_;
   const std::function<void()> deadline_moved_;
+  Recorder* const recorder_;
 
   std::mutex mutex_;  // guards everything below, and every UsbClient
-  LineDevice device_;
+  Endpoint& line_;
+  FaultyLine* const faults_;
   bool plugged_ = false;
   bool wants_unplug_ = false;
   UsbInterface interface_;

@@ -7,10 +7,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include <gwq/gwq.h>
 #include "customer/agreeable.h"
+#include "device/device.h"
 #include "hostile/calls.h"
 #include "hostile/instant_usb.h"
 #include "hostile/soak.h"
@@ -36,18 +39,22 @@ struct Terminal {
   terminal::AgreeableCustomer customer;
   FileStore files{directory.Path().string()};
 
-  Terminal() { PutInitialFiles(files); }
-  Device Make() { return {terminal::Line::kUsb, customer, {}, {}, {&files, {}, nullptr}}; }
+  Device unit{terminal::Line::kUsb, customer, {}, {}, {&files, {}, nullptr}};
+  terminal::FaultyLine line;
+
+  explicit Terminal(std::optional<Hostility> hostility = {}) : line(unit, std::move(hostility)) {
+    PutInitialFiles(files);
+  }
 };
 
 int RunCalls(std::int64_t calls, std::uint64_t seed) {
   SetTime(1'700'000'000);
-  Terminal terminal;
+  const auto rates = terminal::ParseRates("seed=" + std::to_string(seed));
+  Terminal terminal(Hostility(rates, 0));
   const TempDir local;
   void* library = LoadLibrary();
-  const auto rates = terminal::ParseRates("seed=" + std::to_string(seed));
   std::printf("hostile %s\n", RatesText(rates).c_str());
-  PlugInstantTerminal({terminal.Make(), Hostility(rates, 0)});
+  PlugInstantTerminal(terminal.line);
 
   std::mt19937_64 cancels(seed);
   auto* cancel_read = reinterpret_cast<decltype(&CancelRead)>(Find(library, "CancelRead"));
@@ -86,7 +93,7 @@ int RunTransactions(std::int64_t transactions) {
   SetTime(1'700'000'000);
   Terminal terminal;
   auto* trans_proc = reinterpret_cast<decltype(&TransProc)>(Find(LoadLibrary(), "TransProc"));
-  PlugInstantTerminal(terminal.Make());
+  PlugInstantTerminal(terminal.line);
   std::int64_t kilobytes = 0;
   std::size_t descriptors = 0;
   std::int64_t failed = 0;

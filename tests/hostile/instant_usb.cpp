@@ -31,7 +31,7 @@ constexpr std::int64_t kAbsenceMs = 700;
 
 class Bus {
  public:
-  explicit Bus(terminal::LineDevice device) : device_(std::move(device)), start_ms_(NowMs()) {}
+  explicit Bus(terminal::FaultyLine& line) : line_(line), start_ms_(NowMs()) {}
 
   [[nodiscard]] bool IsPlugged() {
     if (NowMs() < absent_until_ms_) return false;
@@ -42,7 +42,7 @@ class Bus {
 
   int Out(int plugging, const unsigned char* data, int length, int* moved, unsigned timeout_ms) {
     if (!IsPlugged() || plugging != plugging_) return LIBUSB_ERROR_NO_DEVICE;
-    const terminal::Transfer transfer = device_.NextOut();
+    const terminal::Transfer transfer = line_.NextOut();
     if (transfer.fate == TransferFate::kUnplugs) return Unplug();
     if (transfer.fate == TransferFate::kFails) return LIBUSB_ERROR_PIPE;
     const bool hangs = transfer.fate == TransferFate::kHangs;
@@ -56,7 +56,7 @@ class Bus {
 
   int In(int plugging, unsigned char* data, int length, int* moved, unsigned timeout_ms) {
     if (!IsPlugged() || plugging != plugging_) return LIBUSB_ERROR_NO_DEVICE;
-    const TransferFate fate = device_.NextIn().fate;
+    const TransferFate fate = line_.NextIn().fate;
     if (fate == TransferFate::kUnplugs) return Unplug();
     if (fate == TransferFate::kFails) return LIBUSB_ERROR_PIPE;
     const std::int64_t until = NowMs() + timeout_ms;
@@ -87,27 +87,27 @@ class Bus {
 
   void Receive(std::span<const unsigned char> bytes) {
     for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), kReport)))
-      device_.Receive(bytes.first(std::min(bytes.size(), kReport)), DeviceTime());
+      line_.Receive(bytes.first(std::min(bytes.size(), kReport)), DeviceTime());
     Collect();
   }
 
   void Pass(std::int64_t until_ms) {
     AdvanceMs(until_ms - NowMs());
-    device_.Advance(DeviceTime());
+    line_.Advance(DeviceTime());
     Collect();
   }
 
   // False when nothing will happen before `until_ms`.
   bool PassToDeadline(std::int64_t until_ms) {
-    const std::optional<Time> deadline = device_.NextDeadline();
+    const std::optional<Time> deadline = line_.NextDeadline();
     if (!deadline || deadline->count() + start_ms_ > until_ms) return false;
     Pass(std::max<std::int64_t>(deadline->count() + start_ms_, NowMs()));
     return true;
   }
 
   void Collect() {
-    if (device_.TakeWithdrawal()) reports_.clear();
-    while (const std::optional<Bytes> answer = device_.TakeAnswer()) {
+    if (line_.TakeWithdrawal()) reports_.clear();
+    while (const std::optional<Bytes> answer = line_.TakeAnswer()) {
       for (std::size_t at = 0; at < answer->size(); at += kReport) {
         const auto first = answer->begin() + static_cast<std::ptrdiff_t>(at);
         Bytes report(first, first + static_cast<std::ptrdiff_t>(std::min(kReport, answer->size() - at)));
@@ -118,7 +118,7 @@ class Bus {
     }
   }
 
-  terminal::LineDevice device_;
+  terminal::FaultyLine& line_;
   std::int64_t start_ms_;
   std::deque<Bytes> reports_;
   std::int64_t absent_until_ms_ = 0;
@@ -150,8 +150,8 @@ int Move(libusb_device_handle* handle, unsigned char endpoint, unsigned char* da
 
 }  // namespace
 
-void PlugInstantTerminal(terminal::LineDevice device) {
-  The().bus = std::make_unique<Bus>(std::move(device));
+void PlugInstantTerminal(terminal::FaultyLine& line) {
+  The().bus = std::make_unique<Bus>(line);
 }
 
 void OnInstantTransfer(std::function<void()> hook) {

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <functional>
 
-#include "faults/line_device.h"
+#include "faults/faulty_line.h"
 #include "hostile/soak.h"
 
 namespace gwq::test {
 
-// Everything below must outlive all calls of the library.
-void PlugInstantTerminal(terminal::LineDevice device);
+// Everything below must outlive all calls of the library, and so must `line`.
+void PlugInstantTerminal(terminal::FaultyLine& line);
 
 // Called before each transfer.
 void OnInstantTransfer(std::function<void()> hook);

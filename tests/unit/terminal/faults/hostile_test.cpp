@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "faults/fault_rates.h"
-#include "faults/line_device.h"
+#include "faults/faulty_line.h"
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
@@ -194,56 +194,45 @@ TEST(Hostility, ItsRatesCanBeChanged) {
   EXPECT_EQ(hostility.NextOut().fate, TransferFate::kPasses);
 }
 
-TEST(LineDevice, CanBecomeHostileAndAgreeableAgain) {
+TEST(FaultyLine, CanBecomeHostileAndAgreeableAgain) {
   ListedCustomer customer;
-  LineDevice device(Device(Line::kUsb, customer));
-  const auto asks = [&device](Time now) {
-    device.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), now);
-    return device.TakeAnswer();
+  Device unit(Line::kUsb, customer);
+  FaultyLine line(unit);
+  const auto asks = [&line](Time now) {
+    line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), now);
+    return line.TakeAnswer();
   };
   EXPECT_EQ(asks(10ms), kAnswer);
-  device.SetRates(ParseRates("drop=100,stall=100"));
+  line.SetRates(ParseRates("drop=100,stall=100"));
   EXPECT_FALSE(asks(20ms));
-  EXPECT_NE(device.NextOut().fate, TransferFate::kPasses);
-  device.SetRates(ParseRates("drop=0"));
+  EXPECT_NE(line.NextOut().fate, TransferFate::kPasses);
+  line.SetRates(ParseRates("drop=0"));
   EXPECT_EQ(asks(30ms), kAnswer);
-  EXPECT_EQ(device.NextIn().fate, TransferFate::kPasses);
+  EXPECT_EQ(line.NextIn().fate, TransferFate::kPasses);
 }
 
-TEST(LineDevice, OfAStandInStaysAsRecorded) {
-  class OneAnswer final : public StandIn {
-    void Receive(std::span<const std::uint8_t> /*bytes*/, Time /*now*/) override {}
-    void Advance(Time /*now*/) override {}
-    [[nodiscard]] std::optional<Time> NextDeadline() const override { return std::nullopt; }
-    [[nodiscard]] std::optional<Bytes> TakeAnswer() override { return kAnswer; }
-  };
-  LineDevice device(std::make_unique<OneAnswer>());
-  device.SetRates(ParseRates("drop=100,stall=100"));
-  EXPECT_EQ(device.NextOut().fate, TransferFate::kPasses);
-  EXPECT_EQ(device.NextIn().fate, TransferFate::kPasses);
-  EXPECT_EQ(device.TakeAnswer(), kAnswer);
-}
-
-TEST(LineDevice, AnswersLateWhenItsLineDelays) {
+TEST(FaultyLine, AnswersLateWhenItsLineDelays) {
   ListedCustomer customer;
-  LineDevice device(Device(Line::kUsb, customer), Certain("delay"));
-  device.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
-  EXPECT_FALSE(device.TakeAnswer());
-  const auto deadline = device.NextDeadline();
+  Device unit(Line::kUsb, customer);
+  FaultyLine line(unit, Certain("delay"));
+  line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
+  EXPECT_FALSE(line.TakeAnswer());
+  const auto deadline = line.NextDeadline();
   ASSERT_TRUE(deadline);
-  device.Advance(*deadline);
-  EXPECT_EQ(device.TakeAnswer(), kAnswer);
+  line.Advance(*deadline);
+  EXPECT_EQ(line.TakeAnswer(), kAnswer);
 }
 
-TEST(LineDevice, TakesBackWhatIsOnItsWay) {
+TEST(FaultyLine, TakesBackWhatIsOnItsWay) {
   ListedCustomer customer;
-  LineDevice device(Device(Line::kUsb, customer), Certain("delay"));
-  device.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
-  device.Receive(ToBytes(PaddedReports("\x1B[0CLOSECURPROGRAM")), 20ms);
-  EXPECT_TRUE(device.TakeWithdrawal());
-  EXPECT_FALSE(device.TakeWithdrawal());
-  device.Advance(10s);
-  EXPECT_NE(device.TakeAnswer(), kAnswer);
+  Device unit(Line::kUsb, customer);
+  FaultyLine line(unit, Certain("delay"));
+  line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
+  line.Receive(ToBytes(PaddedReports("\x1B[0CLOSECURPROGRAM")), 20ms);
+  EXPECT_TRUE(line.TakeWithdrawal());
+  EXPECT_FALSE(line.TakeWithdrawal());
+  line.Advance(10s);
+  EXPECT_NE(line.TakeAnswer(), kAnswer);
 }
 
 }  // namespace

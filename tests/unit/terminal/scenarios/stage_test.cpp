@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "faults/line_device.h"
+#include "faults/faulty_line.h"
 #include "store/file_store.h"
 #include "support/temp_dir.h"
 
@@ -27,26 +27,30 @@ class StageRig {
         store_((directory_ / "files").string()),
         files_(stage_.Watch(store_)),
         customer_(stage_.MakeCustomer()),
-        device_(MakeDevice()) {}
+        unit_(Line::kUsb, *customer_, {}, stage_.Sink(), {files_.get(), {}, nullptr}),
+        line_(MakeLine()) {}
 
   void Begin() {
     stage_.Begin({[this] { actions += "unplug "; }, [this] { actions += "plug "; },
-                  [this](const auto& action) { device_.Use(action, now_); }});
+                  [this](const auto& action) {
+                    action(unit_, now_);
+                    line_.Advance(now_);
+                  }});
   }
   void Send(std::string_view command) {
     std::string report(command);
     report.resize(1024);
-    device_.Receive({reinterpret_cast<const std::uint8_t*>(report.data()), report.size()}, now_);
+    line_.Receive({reinterpret_cast<const std::uint8_t*>(report.data()), report.size()}, now_);
   }
   // Keeps the deadlines of both.
   void Wait(Time time) {
     for (const Time end = now_ + time; now_ < end;) {
       ++now_;
-      device_.Advance(now_);
+      line_.Advance(now_);
       stage_.Advance(now_);
     }
   }
-  std::optional<Bytes> TakeAnswer() { return device_.TakeAnswer(); }
+  std::optional<Bytes> TakeAnswer() { return line_.TakeAnswer(); }
   [[nodiscard]] std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const Event& event : ReadHistory((directory_ / "history").string()))
@@ -62,10 +66,9 @@ class StageRig {
   int wakes = 0;
 
  private:
-  LineDevice MakeDevice() {
-    Device device(Line::kUsb, *customer_, {}, stage_.Sink(), {files_.get(), {}, nullptr});
-    if (stage_.Slowness() == nullptr) return device;
-    return {std::move(device), Hostility({}, 0), *stage_.Slowness()};
+  FaultyLine MakeLine() {
+    if (stage_.Slowness() == nullptr) return FaultyLine(unit_);
+    return {unit_, Hostility({}, 0), *stage_.Slowness()};
   }
 
   gwq::test::TempDir directory_;
@@ -74,7 +77,8 @@ class StageRig {
   FileStore store_;
   std::unique_ptr<FileSystem> files_;
   std::unique_ptr<Customer> customer_;
-  LineDevice device_;
+  Device unit_;
+  FaultyLine line_;
 };
 
 TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {

@@ -54,7 +54,8 @@ class UsbTerminalTest : public testing::Test {
   Clock clock_;
   AgreeableCustomer customer_;
   std::vector<bool> reapable_;
-  UsbTerminal usb_{kId, Device(Line::kUsb, customer_), clock_, [] {}};
+  Device unit_{Line::kUsb, customer_};
+  UsbTerminal usb_{kId, {unit_}, clock_, [] {}};
   UsbClient client_;
   bool connected_ = false;
 };
@@ -185,9 +186,9 @@ class LooseCableTest : public testing::Test {
   Clock clock_;
   AgreeableCustomer customer_;
   int moved_ = 0;
-  UsbTerminal usb_{kId,
-                   LineDevice(Device(Line::kUsb, customer_), Hostility(ParseRates("seed=1,unplug=100"), 0)),
-                   clock_, [this] { ++moved_; }};
+  Device unit_{Line::kUsb, customer_};
+  FaultyLine line_{unit_, Hostility(ParseRates("seed=1,unplug=100"), 0)};
+  UsbTerminal usb_{kId, {line_, &line_}, clock_, [this] { ++moved_; }};
   UsbClient client_;
 };
 

@@ -38,7 +38,8 @@ class UsbIp : public testing::Test {
 
   Clock clock_;
   AgreeableCustomer customer_;
-  UsbTerminal terminal_{kId, Device(Line::kUsb, customer_), clock_, [] {}};
+  Device unit_{Line::kUsb, customer_};
+  UsbTerminal terminal_{kId, {unit_}, clock_, [] {}};
   UsbIpPlug plug_{kId, terminal_};
   std::unique_ptr<UsbIpSession> session_ = std::make_unique<UsbIpSession>(plug_);
 };
