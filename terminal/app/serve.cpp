@@ -75,6 +75,7 @@ class Serving {
   std::optional<Unit> serial_unit_;
   std::unique_ptr<SerialTerminal> serial_;
   std::unique_ptr<CustomerPage> page_;
+  EventLoop::Watch signal_watch_;
 };
 
 Serving::Serving(const ServeOptions& options) : devices_(options.terminal) {
@@ -95,7 +96,7 @@ Serving::Serving(const ServeOptions& options) : devices_(options.terminal) {
         OpenPage(*options.terminal.page_port,
                  usb_ ? usb_->ForPage(rates) : PageTerminalOf(*serial_, *serial_unit_, rates), trace_, loop_);
   }
-  loop_.OnReadable(signals_.Fd(), [this] {
+  signal_watch_ = loop_.OnReady(signals_.Fd(), [this](unsigned) {
     while (const auto signal = signals_.Next()) Obey(static_cast<int>(signal->ssi_signo));
   });
 }

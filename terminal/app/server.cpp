@@ -2,7 +2,6 @@
 #include "app/server.h"
 
 #include <openssl/crypto.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -32,23 +31,6 @@
 
 namespace gwq::terminal {
 namespace {
-
-// An event that any thread can raise to wake the loop.
-class Wakeup {
- public:
-  Wakeup() : fd_(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {}
-  void Raise() const { eventfd_write(fd_.Get(), 1); }
-  void Join(EventLoop& loop) {
-    // Waking is all: the loop asks for the deadlines anew before it waits again.
-    loop.OnReadable(fd_.Get(), [this] {
-      eventfd_t count = 0;
-      eventfd_read(fd_.Get(), &count);
-    });
-  }
-
- private:
-  UniqueFd fd_;
-};
 
 // Makes a scenario's events come.
 class StageTimer final : public Timed {
@@ -89,10 +71,9 @@ class Server {
 
   Clock clock_;
   EventLoop loop_;
-  Wakeup wakeup_;
   std::unique_ptr<Stage> stage_;
   DeviceFactory devices_;
-  PageTrace page_trace_{[this] { wakeup_.Raise(); }};
+  PageTrace page_trace_{[this] { loop_.Wake(); }};
   std::optional<UsbId> usb_id_;
   std::optional<Unit> usb_unit_;
   std::unique_ptr<UsbTerminal> usb_;
@@ -115,7 +96,6 @@ Server::Server(const TerminalOptions& asked)
   if (options.usb) AddUsb(*options.usb, page);
   if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
   if (options.usb && (options.hostile || options.page_port)) AddHostility();
-  wakeup_.Join(loop_);
   if (options.page_port)
     page_ = OpenPage(*options.page_port, PageTerminalHere(options.hostile.value_or(FaultRates{})),
                      page_trace_, loop_);
@@ -126,7 +106,7 @@ std::unique_ptr<Stage> Server::MakeStage(const TerminalOptions& options) {
   if (options.scenario_file.empty()) return nullptr;
   return std::make_unique<Stage>(
       LoadScenario(options.scenario_file), options.history_file, [this] { return clock_.Now(); },
-      [this] { wakeup_.Raise(); });
+      [this] { loop_.Wake(); });
 }
 
 void Server::BeginStage() {
@@ -158,7 +138,7 @@ void Server::AddHostility() {
 
 void Server::AddUsb(UsbId id, const TraceSink& page) {
   usb_unit_.emplace(devices_.Make(Line::kUsb, "usb", page));
-  usb_ = std::make_unique<UsbTerminal>(id, WiringOf(*usb_unit_), clock_, [this] { wakeup_.Raise(); });
+  usb_ = std::make_unique<UsbTerminal>(id, WiringOf(*usb_unit_), clock_, [this] { loop_.Wake(); });
   handler_ = std::make_unique<UsbfsHandler>(*usb_);
   testbed_->AttachUsbNode(handler_->Base());
   loop_.Add(*usb_);
@@ -197,7 +177,7 @@ void Server::Obey(const std::string& message) {
 }
 
 bool Server::Run(ControlChannel& control) {
-  loop_.OnReadable(control.Fd(), [&] {
+  const EventLoop::Watch watch = loop_.OnReady(control.Fd(), [&](unsigned) {
     const std::optional<std::string> message = control.Receive();
     if (!message) return loop_.Stop();
     Obey(*message);

@@ -5,7 +5,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -16,20 +15,20 @@
 #include "app/control_channel.h"
 #include "app/failures.h"
 #include "app/server.h"
+#include "base/clock.h"
 #include "base/errors.h"
+#include "base/event_loop.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
 
 namespace gwq::terminal {
 namespace {
 
-using SteadyTime = std::chrono::steady_clock::time_point;
-
 constexpr const char* kPreload = "libumockdev-preload.so.0";
 // How long a command that was asked to end may take.
-constexpr std::chrono::seconds kGrace{2};
+constexpr Time kGrace{2000};
 constexpr int kServerStartLimitMs = 10'000;
-constexpr int kServerExitLimitMs = 2000;
+constexpr std::chrono::milliseconds kServerExitLimit{2000};
 constexpr std::string_view kFailed = "failed ";
 
 // Without the library a command would see no terminal, and the linker only warns.
@@ -112,43 +111,48 @@ int ServerProcess::End() {
   if (status_) return *status_;
   control_.Send("done");
   control_.Close();
-  status_ = WaitFor(pid_, kServerExitLimitMs);
+  status_ = WaitFor(pid_, kServerExitLimit);
   if (!status_) {
     kill(pid_, SIGKILL);
-    status_ = WaitFor(pid_, kServerExitLimitMs);
+    status_ = WaitFor(pid_, kServerExitLimit);
   }
   return status_.value_or(128 + SIGKILL);
 }
 
 // The command, from its start to its end.
-class CommandRun {
+class CommandRun final : public Timed {
  public:
   CommandRun(const SignalWatch& signals, const ServerProcess& server, std::string testbed_dir)
       : signals_(signals), server_(server), dir_(std::move(testbed_dir)) {}
-  CommandRun(const CommandRun&) = delete;
-  CommandRun& operator=(const CommandRun&) = delete;
-  ~CommandRun() { EndProcessesOf(dir_); }
+  ~CommandRun() override { EndProcessesOf(dir_); }
 
   [[nodiscard]] CommandOutcome Run(const ExecOptions& options);
 
  private:
+  // Of the time limit, or of the grace after it.
+  std::optional<Time> NextDeadline() override;
+  void Advance(Time now) override;
+
   void Start(const ExecOptions& options);
-  void CheckTimeLimit();
-  void WaitForEvent();
+  void AwaitExit();
   void OnSignal(const signalfd_siginfo& info);
   void AskToEnd(int signal);
   void OnServerMessage();
-  void CheckGrace();
 
   const SignalWatch& signals_;
   const ServerProcess& server_;
   const std::string dir_;
+  const Clock clock_;
+  EventLoop loop_;
+  EventLoop::Watch server_watch_;
   pid_t pid_ = -1;
+  std::optional<int> status_;
   bool server_lost_ = false;
   std::string server_failure_;
   CommandOutcome outcome_;
-  std::optional<SteadyTime> ends_at_;
-  std::optional<SteadyTime> kill_at_;
+  std::optional<Time> ends_at_;
+  std::optional<Time> kill_at_;
+  bool asked_to_end_ = false;
 };
 
 CommandOutcome FailedStart(const std::system_error& error) {
@@ -159,19 +163,17 @@ CommandOutcome FailedStart(const std::system_error& error) {
 }
 
 CommandOutcome CommandRun::Run(const ExecOptions& options) {
-  const SteadyTime begin = std::chrono::steady_clock::now();
+  const Time begin = clock_.Now();
   if (options.time_limit) ends_at_ = begin + *options.time_limit;
   try {
     Start(options);
   } catch (const std::system_error& error) {
     return FailedStart(error);
   }
-  std::optional<int> status;
-  while (!(status = TryWait(pid_))) WaitForEvent();
+  AwaitExit();
   if (server_lost_) throw std::runtime_error("the terminal stopped unexpectedly" + server_failure_);
-  outcome_.status = *status;
-  outcome_.took =
-      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+  outcome_.status = *status_;
+  outcome_.took = clock_.Now() - begin;
   return outcome_;
 }
 
@@ -188,16 +190,17 @@ void CommandRun::Start(const ExecOptions& options) {
   pid_ = Spawn(request);
 }
 
-void CommandRun::WaitForEvent() {
-  constexpr int kStepMs = 50;
-  std::array<pollfd, 2> fds{
-      {{signals_.Fd(), POLLIN, 0}, {server_lost_ ? -1 : server_.Control().Fd(), POLLIN, 0}}};
-  if (poll(fds.data(), fds.size(), kill_at_ || ends_at_ ? kStepMs : -1) < 0 && errno != EINTR)
-    ThrowErrno("poll");
-  while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
-  if (fds[1].revents != 0) OnServerMessage();
-  CheckTimeLimit();
-  CheckGrace();
+void CommandRun::AwaitExit() {
+  const EventLoop::Watch signals = loop_.OnReady(signals_.Fd(), [this](unsigned) {
+    while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
+  });
+  server_watch_ = loop_.OnReady(server_.Control().Fd(), [this](unsigned) { OnServerMessage(); });
+  loop_.Add(*this);
+  loop_.BeforeEachWait([this] {
+    status_ = TryWait(pid_);
+    if (status_) loop_.Stop();
+  });
+  loop_.Run(clock_);
 }
 
 void CommandRun::OnSignal(const signalfd_siginfo& info) {
@@ -217,7 +220,7 @@ void CommandRun::OnSignal(const signalfd_siginfo& info) {
 
 void CommandRun::AskToEnd(int signal) {
   SignalProcessesOf(dir_, signal);
-  if (!kill_at_) kill_at_ = std::chrono::steady_clock::now() + kGrace;
+  if (!std::exchange(asked_to_end_, true)) kill_at_ = clock_.Now() + kGrace;
 }
 
 // The server's end, or before it the reason.
@@ -227,20 +230,25 @@ void CommandRun::OnServerMessage() {
     return;
   }
   server_lost_ = true;
+  server_watch_ = {};
   AskToEnd(SIGTERM);
 }
 
-void CommandRun::CheckTimeLimit() {
-  if (!ends_at_ || std::chrono::steady_clock::now() < *ends_at_) return;
-  ends_at_.reset();
-  outcome_.timed_out = true;
-  AskToEnd(SIGTERM);
+std::optional<Time> CommandRun::NextDeadline() {
+  return ends_at_ && kill_at_ ? std::min(ends_at_, kill_at_) : ends_at_ ? ends_at_ : kill_at_;
 }
 
-void CommandRun::CheckGrace() {
-  if (!kill_at_ || std::chrono::steady_clock::now() < *kill_at_) return;
-  SignalProcessesOf(dir_, SIGKILL);
-  kill(pid_, SIGKILL);
+void CommandRun::Advance(Time now) {
+  if (ends_at_ && now >= *ends_at_) {
+    ends_at_.reset();
+    outcome_.timed_out = true;
+    AskToEnd(SIGTERM);
+  }
+  if (kill_at_ && now >= *kill_at_) {
+    kill_at_.reset();
+    SignalProcessesOf(dir_, SIGKILL);
+    kill(pid_, SIGKILL);
+  }
 }
 
 }  // namespace

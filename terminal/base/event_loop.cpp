@@ -1,59 +1,92 @@
 // SPDX-License-Identifier: MIT
 #include "base/event_loop.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <utility>
 
-#include "base/errors.h"
-
 namespace gwq::terminal {
+namespace {
 
-void EventLoop::OnReadable(int fd, std::function<void()> action) {
-  watches_.push_back({fd, POLLIN, [] { return true; }, std::move(action)});
+gboolean Unused(gpointer) {
+  return G_SOURCE_CONTINUE;
 }
 
-void EventLoop::OnWritable(int fd, std::function<bool()> wanted, std::function<void()> action) {
-  watches_.push_back({fd, POLLOUT, std::move(wanted), std::move(action)});
+}  // namespace
+
+struct EventLoop::FdSource {
+  GSource base;
+  EventLoop* loop;
+  gpointer tag;
+};
+
+void EventLoop::SourceEnd::operator()(GSource* source) const {
+  g_source_destroy(source);
+  g_source_unref(source);
 }
 
-void EventLoop::Run(const Clock& clock) {
-  running_ = true;
-  while (running_) WaitAndServe(clock);
+void EventLoop::Watch::Want(unsigned conditions) {
+  g_source_modify_unix_fd(source_.get(), reinterpret_cast<FdSource*>(source_.get())->tag,
+                          static_cast<GIOCondition>(conditions));
 }
 
-// The time to the nearest deadline, at most an hour; -1 when there is none.
-int EventLoop::PollTimeout(const Clock& clock) const {
+EventLoop::EventLoop() : context_(g_main_context_new()) {
+  static GSourceFuncs s_timer = {nullptr, nullptr, DispatchTimer, nullptr, nullptr, nullptr};
+  timer_.reset(g_source_new(&s_timer, sizeof(GSource)));
+  g_source_set_callback(timer_.get(), Unused, this, nullptr);
+  // Before the descriptors: what is due by now comes before what the host says now.
+  g_source_set_priority(timer_.get(), G_PRIORITY_HIGH);
+  g_source_attach(timer_.get(), context_.get());
+}
+
+EventLoop::~EventLoop() = default;
+
+EventLoop::Watch EventLoop::OnReady(int fd, Action action) {
+  static GSourceFuncs s_descriptor = {nullptr, nullptr, DispatchFd, nullptr, nullptr, nullptr};
+  Watch watch(g_source_new(&s_descriptor, sizeof(FdSource)));
+  GSource* source = watch.source_.get();
+  auto* descriptor = reinterpret_cast<FdSource*>(source);
+  descriptor->loop = this;
+  descriptor->tag = g_source_add_unix_fd(source, fd, G_IO_IN);
+  auto owned = std::make_unique<Action>(std::move(action));
+  g_source_set_callback(source, Unused, owned.release(),
+                        [](gpointer data) { delete static_cast<Action*>(data); });
+  g_source_attach(source, context_.get());
+  return watch;
+}
+
+// Nothing may be thrown through GLib.
+void EventLoop::Guard(const std::function<void()>& action) {
+  try {
+    if (running_) action();
+  } catch (...) {
+    failure_ = std::current_exception();
+    running_ = false;
+  }
+}
+
+gboolean EventLoop::DispatchFd(GSource* source, GSourceFunc, gpointer action) {
+  auto* descriptor = reinterpret_cast<FdSource*>(source);
+  const unsigned ready = g_source_query_unix_fd(source, descriptor->tag);
+  descriptor->loop->Guard([&] { (*static_cast<Action*>(action))(ready); });
+  return G_SOURCE_CONTINUE;
+}
+
+gboolean EventLoop::DispatchTimer(GSource*, GSourceFunc, gpointer loop) {
+  auto* self = static_cast<EventLoop*>(loop);
+  self->Guard([self] { self->ServeTimed(self->clock_->Now()); });
+  return G_SOURCE_CONTINUE;
+}
+
+// When the nearest deadline is, by GLib's clock; -1 when there is none.
+gint64 EventLoop::ReadyTime(const Clock& clock) const {
   std::optional<Time> nearest;
   for (Timed* timed : timed_) {
     const std::optional<Time> deadline = timed->NextDeadline();
     if (deadline && (!nearest || *deadline < *nearest)) nearest = deadline;
   }
   if (!nearest) return -1;
-  const Time left = std::clamp(*nearest - clock.Now(), Time{0}, Time{3'600'000});
-  return static_cast<int>(left.count());
-}
-
-int EventLoop::AddGlib(std::vector<GPollFD>& fds, int& timeout) const {
-  int priority = 0;
-  g_main_context_prepare(context_, &priority);
-  const std::size_t own = fds.size();
-  int glib_timeout = -1;
-  int count = 0;
-  int room = 0;
-  while ((count = g_main_context_query(context_, priority, &glib_timeout, fds.data() + own, room)) > room) {
-    room = count;
-    fds.resize(own + static_cast<std::size_t>(room));
-  }
-  fds.resize(own + static_cast<std::size_t>(count));
-  if (glib_timeout >= 0) timeout = timeout < 0 ? glib_timeout : std::min(timeout, glib_timeout);
-  return priority;
-}
-
-void EventLoop::ServeGlib(GPollFD* fds, std::size_t count, int priority) const {
-  if (g_main_context_check(context_, priority, fds, static_cast<int>(count)))
-    g_main_context_dispatch(context_);
+  const std::chrono::microseconds left = std::max(*nearest - clock.Now(), Time{0});
+  return g_get_monotonic_time() + left.count();
 }
 
 void EventLoop::ServeTimed(Time now) {
@@ -63,22 +96,16 @@ void EventLoop::ServeTimed(Time now) {
   }
 }
 
-void EventLoop::WaitAndServe(const Clock& clock) {
-  for (const auto& action : before_wait_) action();
-  std::vector<GPollFD> fds;
-  fds.reserve(watches_.size());
-  // A negative descriptor keeps its place and is passed over by poll.
-  for (const Watch& watch : watches_) fds.push_back({watch.wanted() ? watch.fd : -1, watch.events, 0});
-  const std::size_t own = fds.size();
-  int timeout = PollTimeout(clock);
-  const int priority = context_ != nullptr ? AddGlib(fds, timeout) : 0;
-  if (g_poll(fds.data(), static_cast<guint>(fds.size()), timeout) < 0 && errno != EINTR) ThrowErrno("poll");
-
-  ServeTimed(clock.Now());
-  for (std::size_t i = 0; i < own && running_; ++i) {
-    if (fds[i].revents != 0) watches_[i].action();
+void EventLoop::Run(const Clock& clock) {
+  clock_ = &clock;
+  running_ = true;
+  while (running_) {
+    for (const auto& action : before_wait_) action();
+    if (!running_) break;
+    g_source_set_ready_time(timer_.get(), ReadyTime(clock));
+    g_main_context_iteration(context_.get(), TRUE);
   }
-  if (context_ != nullptr && running_) ServeGlib(fds.data() + own, fds.size() - own, priority);
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
 }  // namespace gwq::terminal

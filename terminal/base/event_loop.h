@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
-// One thread's loop over readable descriptors and the terminals' deadlines.
+// One thread's loop, GLib's, over descriptors and the terminals' deadlines.
 #pragma once
 
 #include <glib.h>
 
+#include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -24,38 +26,68 @@ class Timed {
 };
 
 class EventLoop {
+  struct SourceEnd {
+    void operator()(GSource* source) const;
+  };
+  using SourcePtr = std::unique_ptr<GSource, SourceEnd>;
+
  public:
-  // Everything given here must outlive Run.
-  void OnReadable(int fd, std::function<void()> action);
-  // `wanted` is asked before each wait whether `fd` is to be watched for room.
-  void OnWritable(int fd, std::function<bool()> wanted, std::function<void()> action);
+  EventLoop();
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+  ~EventLoop();
+
+  static constexpr unsigned kIn = G_IO_IN;
+  static constexpr unsigned kOut = G_IO_OUT;
+  // What a descriptor is ready for: kIn, kOut, and unasked G_IO_HUP or G_IO_ERR.
+  using Action = std::function<void(unsigned ready)>;
+
+  // Watches a descriptor as long as it lives, which may end in its own action.
+  class Watch {
+   public:
+    Watch() = default;
+    // kIn, kOut, both or 0.
+    void Want(unsigned conditions);
+
+   private:
+    friend class EventLoop;
+    explicit Watch(GSource* source) : source_(source) {}
+    SourcePtr source_;
+  };
+
+  // Wants kIn at first. The loop must outlive the watch.
+  [[nodiscard]] Watch OnReady(int fd, Action action);
+  // These must outlive Run.
   void Add(Timed& timed) { timed_.push_back(&timed); }
   void BeforeEachWait(std::function<void()> action) { before_wait_.push_back(std::move(action)); }
-  // Does GLib's work in this context too, which must be this thread's alone.
-  void Join(GMainContext* context) { context_ = context; }
 
-  // Returns after an action has called Stop.
+  // Returns after an action has called Stop; throws what an action throws.
   void Run(const Clock& clock);
   void Stop() { running_ = false; }
+  // Has the loop ask for the deadlines again. May be called on any thread.
+  void Wake() { g_main_context_wakeup(context_.get()); }
+
+  // Where GLib's own work of this thread can be done too.
+  [[nodiscard]] GMainContext* Context() const { return context_.get(); }
 
  private:
-  struct Watch {
-    int fd;
-    gushort events;
-    std::function<bool()> wanted;
-    std::function<void()> action;
+  struct ContextUnref {
+    void operator()(GMainContext* context) const { g_main_context_unref(context); }
   };
-  void WaitAndServe(const Clock& clock);
-  [[nodiscard]] int PollTimeout(const Clock& clock) const;
-  // Adds what GLib waits for behind our own, and tells how urgent its work is.
-  int AddGlib(std::vector<GPollFD>& fds, int& timeout) const;
-  void ServeGlib(GPollFD* fds, std::size_t count, int priority) const;
+  struct FdSource;
+
+  static gboolean DispatchFd(GSource* source, GSourceFunc callback, gpointer action);
+  static gboolean DispatchTimer(GSource* source, GSourceFunc callback, gpointer loop);
+  void Guard(const std::function<void()>& action);
+  [[nodiscard]] gint64 ReadyTime(const Clock& clock) const;
   void ServeTimed(Time now);
 
-  GMainContext* context_ = nullptr;
+  std::unique_ptr<GMainContext, ContextUnref> context_;
+  SourcePtr timer_;
   std::vector<std::function<void()>> before_wait_;
-  std::vector<Watch> watches_;
   std::vector<Timed*> timed_;
+  const Clock* clock_ = nullptr;
+  std::exception_ptr failure_;
   bool running_ = false;
 };
 

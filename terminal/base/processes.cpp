@@ -3,19 +3,21 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
+#include <cstdint>
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string_view>
-#include <thread>
 #include <tuple>
 
 #include "base/errors.h"
@@ -24,6 +26,7 @@ namespace gwq::terminal {
 namespace {
 
 using namespace std::chrono_literals;
+using SteadyTime = std::chrono::steady_clock::time_point;
 
 std::vector<char*> Pointers(const std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -93,6 +96,17 @@ std::vector<pid_t> ProcessesWith(const std::string& assignment) {
   return found;
 }
 
+// Waits until each has ended, children or not, but not longer than to `end`.
+void AwaitEnd(const std::vector<pid_t>& pids, SteadyTime end) {
+  for (const pid_t pid : pids) {
+    const UniqueFd process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    if (!process) continue;  // it has ended
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    pollfd ended{process.Get(), POLLIN, 0};
+    poll(&ended, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+  }
+}
+
 }  // namespace
 
 SignalWatch::SignalWatch(std::initializer_list<int> signals) {
@@ -160,11 +174,18 @@ std::optional<int> TryWait(pid_t pid) {
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-std::optional<int> WaitFor(pid_t pid, int limit_ms) {
-  for (int waited_ms = 0;; waited_ms += 2) {
+// The signal is blocked, and so waits for us when it comes before we do.
+std::optional<int> WaitFor(pid_t pid, std::chrono::milliseconds limit) {
+  sigset_t child;
+  sigemptyset(&child);
+  sigaddset(&child, SIGCHLD);
+  for (const SteadyTime end = std::chrono::steady_clock::now() + limit;;) {
     if (const std::optional<int> status = TryWait(pid)) return status;
-    if (waited_ms >= limit_ms) return std::nullopt;
-    std::this_thread::sleep_for(2ms);
+    const auto left = end - std::chrono::steady_clock::now();
+    if (left <= 0s) return std::nullopt;
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
+    const timespec time{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
+    sigtimedwait(&child, nullptr, &time);
   }
 }
 
@@ -183,18 +204,20 @@ bool SignalProcessesOf(const std::string& testbed_dir, int signal) {
 }
 
 void KillProcessesOf(const std::string& testbed_dir) {
-  constexpr int kPasses = 500;
-  for (int pass = 0; pass < kPasses && SignalProcessesOf(testbed_dir, SIGKILL); ++pass)
-    std::this_thread::sleep_for(10ms);
+  const SteadyTime end = std::chrono::steady_clock::now() + 5s;
+  while (std::chrono::steady_clock::now() < end) {
+    const std::vector<pid_t> found = ProcessesOf(testbed_dir);
+    if (found.empty()) return;
+    for (const pid_t pid : found) kill(pid, SIGKILL);
+    AwaitEnd(found, end);
+  }
 }
 
 void EndProcessesOf(const std::string& testbed_dir) {
-  constexpr int kPolitePasses = 50;
-  if (!SignalProcessesOf(testbed_dir, SIGTERM)) return;
-  for (int pass = 0; pass < kPolitePasses; ++pass) {
-    std::this_thread::sleep_for(10ms);
-    if (ProcessesOf(testbed_dir).empty()) return;
-  }
+  const std::vector<pid_t> found = ProcessesOf(testbed_dir);
+  if (found.empty()) return;
+  for (const pid_t pid : found) kill(pid, SIGTERM);
+  AwaitEnd(found, std::chrono::steady_clock::now() + 500ms);
   KillProcessesOf(testbed_dir);
 }
 

@@ -5,6 +5,7 @@
 #include <sys/signalfd.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <csignal>
 #include <initializer_list>
 #include <optional>
@@ -65,8 +66,8 @@ pid_t Spawn(const SpawnRequest& request);
 // process that died by one. Nothing while it runs.
 std::optional<int> TryWait(pid_t pid);
 
-// Waits up to `limit_ms` milliseconds for it to exit.
-std::optional<int> WaitFor(pid_t pid, int limit_ms);
+// Waits for a child to exit. SIGCHLD must be blocked.
+std::optional<int> WaitFor(pid_t pid, std::chrono::milliseconds limit);
 
 // Processes that run with this testbed, whoever started them and whatever group
 // or session they moved to. Told by the environment they were started with.

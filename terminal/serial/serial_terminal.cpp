@@ -39,10 +39,11 @@ PtyPair::PtyPair()
 }
 
 void SerialTerminal::Join(EventLoop& loop) {
-  const int fd = pty_.master.Get();
-  loop.OnReadable(fd, [this] { ReadLine(); });
-  loop.OnWritable(
-      fd, [this] { return !unsent_.empty(); }, [this] { WriteLine(); });
+  watch_ = loop.OnReady(pty_.master.Get(), [this](unsigned ready) {
+    if ((ready & ~EventLoop::kOut) != 0) ReadLine();
+    if ((ready & EventLoop::kOut) != 0) WriteLine();
+  });
+  joined_ = true;
   loop.Add(*this);
 }
 
@@ -79,7 +80,11 @@ void SerialTerminal::CollectAnswers() {
 }
 
 void SerialTerminal::WriteLine() {
-  if (unsent_.empty()) return;
+  if (!unsent_.empty()) SendSome();
+  if (joined_) watch_.Want(EventLoop::kIn | (unsent_.empty() ? 0U : EventLoop::kOut));
+}
+
+void SerialTerminal::SendSome() {
   const ssize_t count = write(pty_.master.Get(), unsent_.data(), unsent_.size());
   if (count <= 0) return;
   Record(true, std::span(unsent_).first(static_cast<std::size_t>(count)));

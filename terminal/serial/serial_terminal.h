@@ -32,7 +32,7 @@ class SerialTerminal final : public Timed {
   // What a host opens.
   [[nodiscard]] const std::string& Path() const { return pty_.slave_path; }
 
-  // Serves the line from `loop`, which must not outlive this object.
+  // Serves the line from `loop`, which must outlive this object.
   void Join(EventLoop& loop);
 
   // Does what is to be done with the unit or its line, and passes on what the unit answers.
@@ -45,6 +45,7 @@ class SerialTerminal final : public Timed {
   void ReadLine();
   void CollectAnswers();
   void WriteLine();
+  void SendSome();
   void Record(bool to_host, std::span<const std::uint8_t> bytes);
 
   const Clock& clock_;
@@ -52,6 +53,8 @@ class SerialTerminal final : public Timed {
   Recorder* const recorder_;
   PtyPair pty_;
   Bytes unsent_;  // what the line had no room for yet
+  EventLoop::Watch watch_;
+  bool joined_ = false;
 };
 
 }  // namespace gwq::terminal

@@ -4,7 +4,6 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <sys/epoll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -52,16 +51,11 @@ struct UsbIpServer::Connection {
   UsbIpSession session;
   Time deadline;
   Bytes unsent;
-  std::uint32_t watched = EPOLLIN;
+  EventLoop::Watch watch;
 };
 
 UsbIpServer::UsbIpServer(std::uint16_t port, UsbIpPlug& plug, const Clock& clock)
-    : plug_(plug),
-      clock_(clock),
-      listener_(Listen(port)),
-      epoll_(Checked(epoll_create1(EPOLL_CLOEXEC), "epoll")) {
-  Watch(listener_.Get(), EPOLL_CTL_ADD, EPOLLIN);
-}
+    : plug_(plug), clock_(clock), listener_(Listen(port)) {}
 
 UsbIpServer::~UsbIpServer() = default;
 
@@ -73,51 +67,36 @@ std::uint16_t UsbIpServer::Port() const {
 }
 
 void UsbIpServer::Join(EventLoop& loop) {
-  loop.OnReadable(epoll_.Get(), [this] { Serve(); });
+  loop_ = &loop;
+  watch_ = loop.OnReady(listener_.Get(), [this](unsigned) { Accept(); });
   loop.BeforeEachWait([this] { Settle(); });
   loop.Add(*this);
 }
 
 std::optional<Time> UsbIpServer::NextDeadline() {
   std::optional<Time> nearest;
-  for (const auto& [fd, connection] : connections_) {
+  for (const auto& connection : connections_) {
     if (!connection->MayBeLate()) nearest = std::min(nearest.value_or(Time::max()), connection->deadline);
   }
   return nearest;
 }
 
 void UsbIpServer::Advance(Time now) {
-  std::erase_if(connections_, [now](const auto& entry) {
-    return !entry.second->MayBeLate() && entry.second->deadline <= now;
+  std::erase_if(connections_, [now](const auto& connection) {
+    return !connection->MayBeLate() && connection->deadline <= now;
   });
-}
-
-void UsbIpServer::Watch(int fd, int operation, std::uint32_t events) const {
-  epoll_event event{};
-  event.events = events;
-  event.data.fd = fd;
-  Checked(epoll_ctl(epoll_.Get(), operation, fd, &event), "epoll");
-}
-
-void UsbIpServer::Serve() {
-  std::array<epoll_event, kMostConnections> events{};
-  const int count = epoll_wait(epoll_.Get(), events.data(), static_cast<int>(events.size()), 0);
-  for (int i = 0; i < count; ++i) {
-    const epoll_event& event = events.at(static_cast<std::size_t>(i));
-    const auto found = connections_.find(event.data.fd);
-    if (found != connections_.end() && (event.events & ~std::uint32_t{EPOLLOUT}) != 0) Read(*found->second);
-    if (event.data.fd == listener_.Get()) Accept();
-  }
 }
 
 void UsbIpServer::Accept() {
   UniqueFd socket(accept4(listener_.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   if (!socket || connections_.size() >= kMostConnections) return;
-  const int fd = socket.Get();
   const int on = 1;
-  setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  Watch(fd, EPOLL_CTL_ADD, EPOLLIN);
-  connections_.emplace(fd, std::make_unique<Connection>(std::move(socket), plug_, clock_.Now() + kPatience));
+  setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  auto connection = std::make_unique<Connection>(std::move(socket), plug_, clock_.Now() + kPatience);
+  connection->watch = loop_->OnReady(connection->socket.Get(), [this, at = connection.get()](unsigned ready) {
+    if ((ready & ~EventLoop::kOut) != 0) Read(*at);
+  });
+  connections_.push_back(std::move(connection));
 }
 
 void UsbIpServer::Read(Connection& connection) const {
@@ -134,8 +113,8 @@ void UsbIpServer::Read(Connection& connection) const {
 }
 
 void UsbIpServer::Settle() {
-  std::erase_if(connections_, [this](const auto& entry) {
-    Connection& connection = *entry.second;
+  std::erase_if(connections_, [](const auto& owned) {
+    Connection& connection = *owned;
     const Bytes replies = connection.session.TakeReplies();
     connection.unsent.insert(connection.unsent.end(), replies.begin(), replies.end());
     if (!Send(connection) || (connection.session.IsOver() && connection.unsent.empty())) return true;
@@ -156,12 +135,9 @@ bool UsbIpServer::Send(Connection& connection) {
   return true;
 }
 
-void UsbIpServer::WatchAsNeeded(Connection& connection) const {
+void UsbIpServer::WatchAsNeeded(Connection& connection) {
   const bool reads = !connection.session.IsOver() && connection.unsent.size() < kMostUnsent;
-  const std::uint32_t events =
-      (reads ? std::uint32_t{EPOLLIN} : 0U) | (connection.unsent.empty() ? 0U : std::uint32_t{EPOLLOUT});
-  if (std::exchange(connection.watched, events) != events)
-    Watch(connection.socket.Get(), EPOLL_CTL_MOD, events);
+  connection.watch.Want((reads ? EventLoop::kIn : 0U) | (connection.unsent.empty() ? 0U : EventLoop::kOut));
 }
 
 }  // namespace gwq::terminal

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/event_loop.h"
@@ -24,7 +24,7 @@ class UsbIpServer final : public Timed {
   ~UsbIpServer() override;
 
   [[nodiscard]] std::uint16_t Port() const;
-  // Serves from `loop`, which must not outlive this object.
+  // Serves from `loop`, which must outlive this object.
   void Join(EventLoop& loop);
 
   // A connection that has imported nothing by then is closed.
@@ -33,21 +33,20 @@ class UsbIpServer final : public Timed {
 
  private:
   struct Connection;
-  using Connections = std::map<int, std::unique_ptr<Connection>>;  // by descriptor
+  using Connections = std::vector<std::unique_ptr<Connection>>;
 
-  void Watch(int fd, int operation, std::uint32_t events) const;
-  void Serve();
   void Accept();
   void Read(Connection& connection) const;
   // Sends what the sessions have to say, and closes those that are over.
   void Settle();
   [[nodiscard]] static bool Send(Connection& connection);
-  void WatchAsNeeded(Connection& connection) const;
+  static void WatchAsNeeded(Connection& connection);
 
   UsbIpPlug& plug_;
   const Clock& clock_;
   UniqueFd listener_;
-  UniqueFd epoll_;
+  EventLoop* loop_ = nullptr;
+  EventLoop::Watch watch_;
   Connections connections_;
 };
 

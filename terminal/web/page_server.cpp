@@ -39,11 +39,6 @@ constexpr const char* kShownPolicy =
     "'none'; "
     "frame-ancestors 'self'";
 
-struct ContextUnref {
-  void operator()(GMainContext* context) const { g_main_context_unref(context); }
-};
-using ContextPtr = std::unique_ptr<GMainContext, ContextUnref>;
-
 std::optional<std::string_view> Header(SoupServerMessage* message, const char* name) {
   const char* value = soup_message_headers_get_one(soup_server_message_get_request_headers(message), name);
   if (value == nullptr) return std::nullopt;
@@ -88,17 +83,18 @@ void Reply(SoupServerMessage* message, const char* type, std::string_view body) 
   soup_server_message_set_response(message, type, SOUP_MEMORY_COPY, body.data(), body.size());
 }
 
-// Makes a private GMainContext the thread's default for its lifetime.
-class OwnContext {
+// Makes the loop's context the thread's default for its lifetime.
+class DefaultContext {
  public:
-  OwnContext() : context_(g_main_context_new()) { g_main_context_push_thread_default(context_.get()); }
-  OwnContext(const OwnContext&) = delete;
-  OwnContext& operator=(const OwnContext&) = delete;
-  ~OwnContext() { g_main_context_pop_thread_default(context_.get()); }
-  [[nodiscard]] GMainContext* Get() const { return context_.get(); }
+  explicit DefaultContext(const EventLoop& loop) : context_(loop.Context()) {
+    g_main_context_push_thread_default(context_);
+  }
+  DefaultContext(const DefaultContext&) = delete;
+  DefaultContext& operator=(const DefaultContext&) = delete;
+  ~DefaultContext() { g_main_context_pop_thread_default(context_); }
 
  private:
-  ContextPtr context_;
+  GMainContext* context_;
 };
 
 class PageServer final : public CustomerPage {
@@ -159,7 +155,7 @@ class PageServer final : public CustomerPage {
 
   PageTerminal terminal_;
   PageTrace& trace_;
-  OwnContext context_;
+  DefaultContext context_;
   GObjectPtr<SoupServer> server_;
   PageDoor door_;
   std::string token_ = Access::NewToken();
@@ -173,6 +169,7 @@ class PageServer final : public CustomerPage {
 PageServer::PageServer(std::uint16_t port, PageTerminal terminal, PageTrace& trace, EventLoop& loop)
     : terminal_(std::move(terminal)),
       trace_(trace),
+      context_(loop),
       server_(soup_server_new(nullptr, nullptr)),
       door_(port, DoorLimits{}, [this](auto* connection, auto* visitor) { LetIn(connection, visitor); }),
       access_(token_, door_.Port()),
@@ -182,7 +179,6 @@ PageServer::PageServer(std::uint16_t port, PageTerminal terminal, PageTrace& tra
   // Compressed messages would be larger than any limit.
   soup_server_remove_websocket_extension(server_.get(), SOUP_TYPE_WEBSOCKET_EXTENSION_DEFLATE);
   soup_server_add_websocket_handler(server_.get(), nullptr, nullptr, nullptr, Open, this, nullptr);
-  loop.Join(context_.Get());
   loop.BeforeEachWait([this] { Update(); });
 }
 
