@@ -116,23 +116,18 @@ std::string UsbIpProblem(const std::string& text) {
 
 // The options as they stand on a command line.
 struct RawOptions {
+  TerminalOptions terminal;  // those that need no more than their text
   std::string vid_pid = UsbIdText(DefaultUsbId());
   bool no_usb = false;
   int serial = 0;
-  std::string customer;
-  std::string storage;
-  std::string keys;
   std::string faults;
   std::string hostile;
-  bool no_tzg = false;
   std::uint16_t page_port = 0;
   std::string trace;
   std::string usbip_port;
   bool pty = false;
   RawRecording recording;
   int control_fd = -1;
-  std::string scenario;
-  std::string history;
   CheckCommand check;
 };
 
@@ -147,18 +142,12 @@ bool Given(const CLI::App& chosen, const char* name) {
 }
 
 TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
-  TerminalOptions options;
+  TerminalOptions options = raw.terminal;
   if (!raw.no_usb) options.usb = ParseUsbId(raw.vid_pid);
   if (raw.serial > 0) options.serial_port = raw.serial;
-  options.customer_file = Absolute(raw.customer);
-  options.storage_dir = Absolute(raw.storage);
-  options.keys_dir = Absolute(raw.keys);
   if (!AreRates(raw.faults)) options.faults_file = Absolute(raw.faults);
   const std::string& rates = AreRates(raw.faults) ? raw.faults : raw.hostile;
   if (!rates.empty()) options.hostile = ParseRates(rates);
-  options.tzg = !raw.no_tzg;
-  options.scenario_file = raw.scenario;
-  options.history_file = raw.history;
   if (HasCustomerPage() && Given(chosen, "--ui")) options.page_port = raw.page_port;
   if (Given(chosen, "--trace"))
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
@@ -174,6 +163,12 @@ ServeOptions InterpretServe(const RawOptions& raw, const CLI::App& serve, Termin
   return {std::move(terminal), port, raw.pty};
 }
 
+// The command may run in another directory.
+CLI::Option* AddPath(CLI::App& app, const char* name, std::string& target, const char* text) {
+  return app.add_option_function<std::string>(
+      name, [&target](const std::string& path) { target = Absolute(path); }, text);
+}
+
 void AddPageOption(CLI::App& app, RawOptions& raw, CLI::Option* customer) {
   app.add_option("--ui", raw.page_port,
                  "You are the customer, on a web page whose address is printed; at PORT, or a free one")
@@ -183,15 +178,17 @@ void AddPageOption(CLI::App& app, RawOptions& raw, CLI::Option* customer) {
 }
 
 void AddCommonOptions(CLI::App& app, RawOptions& raw) {
+  TerminalOptions& terminal = raw.terminal;
   CLI::Option* customer =
-      app.add_option("--customer", raw.customer, "JSON script of the person at the terminal")
+      AddPath(app, "--customer", terminal.customer_file, "JSON script of the person at the terminal")
           ->type_name("FILE")
           ->check(CLI::ExistingFile);
   if (HasCustomerPage()) AddPageOption(app, raw, customer);
-  app.add_option("--storage", raw.storage,
-                 "Keep the terminal's files in DIR (default: a temporary directory)")
+  AddPath(app, "--storage", terminal.storage_dir,
+          "Keep the terminal's files in DIR (default: a temporary directory)")
       ->type_name("DIR");
-  app.add_option("--keys", raw.keys, "Keep the PIN pad's key pairs in DIR (default: new ones each time)")
+  AddPath(app, "--keys", terminal.keys_dir,
+          "Keep the PIN pad's key pairs in DIR (default: new ones each time)")
       ->type_name("DIR");
   app.add_option("--faults", raw.faults,
                  "What goes wrong: with files, by a JSON script, or as with --hostile")
@@ -200,7 +197,8 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
   app.add_option("--hostile", raw.hostile, "Inject random faults, e.g. seed=7,drop=1")
       ->type_name("RATES")
       ->check(CLI::Validator(HostileProblem, ""));
-  app.add_flag("--no-tzg", raw.no_tzg, "A terminal that does not know TZG signing");
+  app.add_flag_callback(
+      "--no-tzg", [&terminal] { terminal.tzg = false; }, "A terminal that does not know TZG signing");
   app.add_option("--trace", raw.trace, "Print each command and answer, on standard error or to =FILE")
       ->type_name("[FILE]")
       ->expected(0, 1);
@@ -286,7 +284,7 @@ Parser::Parser() {
   replay = app.add_subcommand(
       "replay", "Run a command that sees a recorded terminal: replay [OPTIONS] FILE -- COMMAND [ARGS...]");
   replay->footer(kReplayFooter);
-  AddReplayFile(*replay, "FILE", raw.recording)->required();
+  AddReplayFile(*replay, raw.recording)->required();
   AddReplayOptions(*replay, raw.recording);
   AddSerialOption(*replay, raw);
   AddRecordOptions(*replay, raw.recording);
@@ -301,13 +299,7 @@ Parser::Parser() {
   AddCommonOptions(*serve, raw);
 
   server = app.add_subcommand("server", "")->group("");
-  server->add_option("--scenario", raw.scenario);
-  server->add_option("--history", raw.history);
   server->add_option("--control-fd", raw.control_fd)->required();
-  AddLinkOptions(*server, raw);
-  AddCommonOptions(*server, raw);
-  AddReplayFile(*server, "--replay", raw.recording);
-  AddReplayOptions(*server, raw.recording);
 }
 
 void Parser::CheckCommandGiven(bool given) const {
@@ -329,14 +321,13 @@ Request Parser::Result(std::vector<std::string> command) const {
     CheckCommand request = raw.check;
     request.check.usb = ParseUsbId(raw.vid_pid);
     request.check.command = std::move(command);
-    request.check.server_arguments = ServerArguments;
     return request;
   }
+  if (chosen == server) return ServerRequest{raw.control_fd};
   const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
   if (chosen == serve) return InterpretServe(raw, *serve, options);
-  if (chosen == server) return ServerRequest{options, raw.control_fd};
-  return ExecOptions{options, std::move(command), ServerArguments};
+  return ExecOptions{options, std::move(command)};
 }
 
 // What stands after the first "--" is the command's affair, not the parser's.
@@ -364,25 +355,6 @@ Request ParseArguments(int argc, const char* const* argv) {
     return ExitRequest{parser.app.exit(error) == 0 ? 0 : kUsageError};
   }
   return parser.Result(command);
-}
-
-std::vector<std::string> ServerArguments(const TerminalOptions& options, int control_fd) {
-  std::vector<std::string> arguments = {std::filesystem::read_symlink("/proc/self/exe").string(), "server",
-                                        "--control-fd=" + std::to_string(control_fd)};
-  arguments.push_back(options.usb ? "--vid-pid=" + UsbIdText(*options.usb) : "--no-usb");
-  if (options.serial_port) arguments.push_back("--serial=" + std::to_string(*options.serial_port));
-  if (!options.customer_file.empty()) arguments.push_back("--customer=" + options.customer_file);
-  if (!options.storage_dir.empty()) arguments.push_back("--storage=" + options.storage_dir);
-  if (!options.keys_dir.empty()) arguments.push_back("--keys=" + options.keys_dir);
-  if (!options.faults_file.empty()) arguments.push_back("--faults=" + options.faults_file);
-  if (options.hostile) arguments.push_back("--hostile=" + RatesText(*options.hostile));
-  if (!options.tzg) arguments.emplace_back("--no-tzg");
-  if (options.page_port) arguments.push_back("--ui=" + std::to_string(*options.page_port));
-  if (options.trace) arguments.push_back("--trace=" + *options.trace);
-  if (!options.scenario_file.empty()) arguments.push_back("--scenario=" + options.scenario_file);
-  if (!options.history_file.empty()) arguments.push_back("--history=" + options.history_file);
-  AppendRecording(arguments, options.record, options.replay);
-  return arguments;
 }
 
 }  // namespace gwq::terminal

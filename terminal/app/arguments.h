@@ -18,7 +18,6 @@ struct PtyRequest {
 
 // How the supervisor starts its server; not for people.
 struct ServerRequest {
-  TerminalOptions terminal;
   int control_fd = -1;
 };
 
@@ -37,8 +36,5 @@ using Request = std::variant<ExecOptions, ServeOptions, PtyRequest, ServerReques
 
 // Prints help, version and complaints itself.
 [[nodiscard]] Request ParseArguments(int argc, const char* const* argv);
-
-// The command line that ParseArguments turns into a ServerRequest.
-[[nodiscard]] std::vector<std::string> ServerArguments(const TerminalOptions& options, int control_fd);
 
 }  // namespace gwq::terminal

@@ -98,7 +98,6 @@ ExecOptions OptionsFor(const CheckRequest& request, const Chosen& chosen, const 
   options.terminal.scenario_file = chosen.file;
   options.terminal.history_file = places.history;
   options.command = request.command;
-  options.server_arguments = request.server_arguments;
   options.time_limit = request.time_limit_s > 0 ? std::chrono::seconds(request.time_limit_s)
                                                 : chosen.scenario.time_limit.value_or(kUsualLimit);
   options.output_file = places.output;

@@ -15,8 +15,6 @@ struct CheckRequest {
   UsbId usb;               // where a scenario names no identity
   std::string junit_file;  // empty: none
   int time_limit_s = 0;    // 0: as the scenarios say
-  // As of ExecOptions.
-  std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
 };
 
 // Prints what came of each. Returns the exit status: 0 if all passed, 1 if one failed, 2 if nothing

@@ -11,7 +11,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMaxMessage = 4096;
+constexpr std::size_t kMaxMessage = 65536;
 
 }  // namespace
 

@@ -3,7 +3,7 @@
 // is the terminal. Either side learns from it that the other has died.
 //
 //   server -> supervisor   "ready DIRECTORY", "failed REASON"
-//   supervisor -> server   "unplug", "replug", "done"
+//   supervisor -> server   the options (options_message.h), then "unplug", "replug", "done"
 #pragma once
 
 #include <optional>
@@ -23,7 +23,7 @@ class ControlChannel {
 
   [[nodiscard]] int Fd() const { return socket_.Get(); }
 
-  // False when the other side is gone. Of a message of more than 4096 bytes, only these are sent.
+  // False when the other side is gone. Of a message of more than 64 KB, only these are sent.
   bool Send(const std::string& message) const;
 
   // Waits for a message; nothing when the other side is gone.

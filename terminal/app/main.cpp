@@ -24,7 +24,7 @@ int Run(const PtyRequest& request) {
   return RunPty(request.terminal);
 }
 int Run(const ServerRequest& request) {
-  return RunServer(request.terminal, request.control_fd);
+  return RunServer(request.control_fd);
 }
 int Run(const CheckCommand& request) {
   return request.list ? ListScenarios() : RunCheck(request.check);

@@ -31,6 +31,28 @@ struct TerminalOptions {
   ReplayOptions replay;
 };
 
+// Every option with a name, for who passes them on to another process.
+template <typename Options, typename Visitor>
+void VisitOptions(Options& options, Visitor&& visit) {
+  visit("usb", options.usb);
+  visit("serial_port", options.serial_port);
+  visit("customer_file", options.customer_file);
+  visit("storage_dir", options.storage_dir);
+  visit("keys_dir", options.keys_dir);
+  visit("faults_file", options.faults_file);
+  visit("hostile", options.hostile);
+  visit("tzg", options.tzg);
+  visit("page_port", options.page_port);
+  visit("trace", options.trace);
+  visit("scenario_file", options.scenario_file);
+  visit("history_file", options.history_file);
+  visit("record_file", options.record.file);
+  visit("record_secrets", options.record.secrets);
+  visit("replay_file", options.replay.file);
+  visit("replay_fast", options.replay.fast);
+  visit("replay_device", options.replay.device);
+}
+
 struct ServeOptions {
   TerminalOptions terminal;                 // its USB identity is that on USB/IP
   std::optional<std::uint16_t> usbip_port;  // nothing: not on USB/IP; 0: any port
@@ -40,8 +62,6 @@ struct ServeOptions {
 struct ExecOptions {
   TerminalOptions terminal;
   std::vector<std::string> command;
-  // Starts this program as the server of `terminal`, given the control descriptor.
-  std::vector<std::string> (*server_arguments)(const TerminalOptions& terminal, int control_fd) = nullptr;
   std::optional<std::chrono::seconds> time_limit = {};  // after which the command is ended
   std::string output_file = {};                         // for its standard output; empty: our own
   std::string errors_file = {};                         // for its standard error; empty: our own

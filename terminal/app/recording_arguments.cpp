@@ -46,8 +46,8 @@ void AddRecordOptions(CLI::App& app, RawRecording& raw) {
       ->needs(record);
 }
 
-CLI::Option* AddReplayFile(CLI::App& app, const std::string& name, RawRecording& raw) {
-  return app.add_option(name, raw.replay.file, "What to replay")->type_name("")->check(CLI::ExistingFile);
+CLI::Option* AddReplayFile(CLI::App& app, RawRecording& raw) {
+  return app.add_option("FILE", raw.replay.file, "What to replay")->type_name("")->check(CLI::ExistingFile);
 }
 
 void AddReplayOptions(CLI::App& app, RawRecording& raw) {
@@ -63,18 +63,6 @@ RecordOptions InterpretRecord(const RawRecording& raw) {
 
 ReplayOptions InterpretReplay(const RawRecording& raw) {
   return {Absolute(raw.replay.file), raw.replay.fast, ParseAddress(raw.device)};
-}
-
-void AppendRecording(std::vector<std::string>& arguments, const RecordOptions& record,
-                     const ReplayOptions& replay) {
-  if (!record.file.empty()) arguments.push_back("--record=" + record.file);
-  if (record.secrets) arguments.emplace_back("--record-secrets");
-  if (!replay.file.empty()) arguments.push_back("--replay=" + replay.file);
-  if (replay.fast) arguments.emplace_back("--fast");
-  if (replay.device) {
-    arguments.push_back("--device=" + std::to_string(replay.device->bus) + "." +
-                        std::to_string(replay.device->device));
-  }
 }
 
 }  // namespace gwq::terminal

@@ -21,15 +21,10 @@ struct RawRecording {
 };
 
 void AddRecordOptions(CLI::App& app, RawRecording& raw);
-// `name` is how the command line calls the recording.
-CLI::Option* AddReplayFile(CLI::App& app, const std::string& name, RawRecording& raw);
+CLI::Option* AddReplayFile(CLI::App& app, RawRecording& raw);
 void AddReplayOptions(CLI::App& app, RawRecording& raw);
 
 [[nodiscard]] RecordOptions InterpretRecord(const RawRecording& raw);
 [[nodiscard]] ReplayOptions InterpretReplay(const RawRecording& raw);
-
-// As Add...Options read them.
-void AppendRecording(std::vector<std::string>& arguments, const RecordOptions& record,
-                     const ReplayOptions& replay);
 
 }  // namespace gwq::terminal

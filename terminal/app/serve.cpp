@@ -3,135 +3,104 @@
 
 #include <csignal>
 #include <cstdio>
-#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "app/device_factory.h"
 #include "app/failures.h"
-#include "app/serving.h"
+#include "app/terminal_host.h"
 #include "base/errors.h"
-#include "base/event_loop.h"
 #include "base/processes.h"
-#include "serial/serial_terminal.h"
-#include "usb/loose_cable.h"
-#include "usb/usb_terminal.h"
 #include "usbip/usbip_server.h"
-#include "web/customer_page.h"
 
 namespace gwq::terminal {
 namespace {
 
-// The terminal on USB, with all that belongs to it.
-class UsbIpTerminal {
+// The USB terminal's way to the kernel of this machine; none where there is no USB terminal.
+class UsbIp {
  public:
-  UsbIpTerminal(const ServeOptions& options, const Unit& unit, const Clock& clock)
-      : unit_(unit),
-        usb_(*options.terminal.usb, WiringOf(unit), clock, [] {}),  // everything happens in the loop
-        plug_(*options.terminal.usb, usb_),
-        server_(*options.usbip_port, plug_, clock) {
-    if (options.terminal.hostile || options.terminal.page_port)
-      cable_ = std::make_unique<LooseCable>(
-          usb_, clock, [this] { SetPlugged(false); }, [this] { SetPlugged(true); });
+  UsbIp(TerminalHost& host, std::optional<std::uint16_t> port) {
+    if (host.Usb() == nullptr) return;
+    plug_.emplace(host.Identity(), *host.Usb());
+    server_.emplace(*port, *plug_, host.SharedClock());
+    server_->Join(host.Loop());
   }
 
-  [[nodiscard]] std::uint16_t Port() const { return server_.Port(); }
-  void Join(EventLoop& loop) {
-    loop.Add(usb_);
-    if (cable_) loop.Add(*cable_);
-    server_.Join(loop);
-  }
-  void SetPlugged(bool plugged) { plugged ? plug_.PlugIn() : plug_.PullOut(); }
-  [[nodiscard]] PageTerminal ForPage(const FaultRates& rates) {
-    return {UseOf(usb_, unit_), [this] { return plug_.IsIn(); },
-            [this](bool plugged) { SetPlugged(plugged); }, SetRatesOf(usb_, unit_), rates};
+  [[nodiscard]] UsbPlug* Plug() { return plug_ ? &*plug_ : nullptr; }
+  // What is printed of it.
+  [[nodiscard]] std::string Place() const {
+    return server_ ? "usbip 127.0.0.1:" + std::to_string(server_->Port()) + "\n" : "";
   }
 
  private:
-  Unit unit_;
-  UsbTerminal usb_;
-  UsbIpPlug plug_;
-  UsbIpServer server_;
-  std::unique_ptr<LooseCable> cable_;
+  std::optional<UsbIpPlug> plug_;
+  std::optional<UsbIpServer> server_;
 };
 
-class Serving {
+// Obeys signals, each after what hosts have sent by then.
+class SignalServer {
  public:
-  explicit Serving(const ServeOptions& options);
-
-  [[nodiscard]] const SerialTerminal* Serial() const { return serial_.get(); }
-  [[nodiscard]] const UsbIpTerminal* Usb() const { return usb_.get(); }
-  void Run() { loop_.Run(clock_); }
+  SignalServer(TerminalHost& host, const SignalWatch& signals)
+      : host_(host), watch_(host.Loop().OnReady(signals.Fd(), [this, &signals](unsigned) {
+          while (const auto signal = signals.Next()) heard_.push_back(static_cast<int>(signal->ssi_signo));
+        })) {
+    host.Loop().BeforeEachWait([this] { ObeyAll(); });
+  }
+  SignalServer(const SignalServer&) = delete;
+  SignalServer& operator=(const SignalServer&) = delete;
 
  private:
-  void Obey(int signal);
+  void ObeyAll() {
+    if (heard_.empty()) return;
+    for (const int signal : std::exchange(heard_, {})) Obey(signal);
+    host_.Loop().Wake();  // for who has looked before this what there is to do
+  }
+  void Obey(int signal) {
+    if (signal != SIGUSR1 && signal != SIGUSR2) return host_.Loop().Stop();
+    host_.SetPlugged(signal == SIGUSR2);
+  }
 
-  // Before all else, so that no signal is missed.
-  SignalWatch signals_{SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2};
-  Clock clock_;
-  DeviceFactory devices_;
-  EventLoop loop_;
-  PageTrace trace_{[] {}};  // everything happens in the loop
-  std::unique_ptr<UsbIpTerminal> usb_;
-  std::optional<Unit> serial_unit_;
-  std::unique_ptr<SerialTerminal> serial_;
-  std::unique_ptr<CustomerPage> page_;
-  EventLoop::Watch signal_watch_;
+  TerminalHost& host_;
+  EventLoop::Watch watch_;
+  std::vector<int> heard_;
 };
-
-Serving::Serving(const ServeOptions& options) : devices_(options.terminal) {
-  CheckDescriptors();
-  const TraceSink page = options.terminal.page_port ? trace_.Sink() : TraceSink{};
-  if (options.usbip_port) {
-    usb_ = std::make_unique<UsbIpTerminal>(options, devices_.Make(Line::kUsb, "usb", page), clock_);
-    usb_->Join(loop_);
-  }
-  if (options.pty) {
-    serial_unit_.emplace(devices_.Make(Line::kSerial, "serial", usb_ ? TraceSink{} : page));
-    serial_ = std::make_unique<SerialTerminal>(serial_unit_->line, clock_, serial_unit_->recorder);
-    serial_->Join(loop_);
-  }
-  if (options.terminal.page_port) {
-    const FaultRates rates = options.terminal.hostile.value_or(FaultRates{});
-    page_ =
-        OpenPage(*options.terminal.page_port,
-                 usb_ ? usb_->ForPage(rates) : PageTerminalOf(*serial_, *serial_unit_, rates), trace_, loop_);
-  }
-  signal_watch_ = loop_.OnReady(signals_.Fd(), [this](unsigned) {
-    while (const auto signal = signals_.Next()) Obey(static_cast<int>(signal->ssi_signo));
-  });
-}
-
-void Serving::Obey(int signal) {
-  if (signal != SIGUSR1 && signal != SIGUSR2) return loop_.Stop();
-  if (usb_) usb_->SetPlugged(signal == SIGUSR2);
-}
 
 void Print(const std::string& text) {
   if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) ThrowErrno("standard output");
 }
 
-}  // namespace
-
-int RunServe(const ServeOptions& options) {
+// `pty_name` stands before the path of a pseudo-terminal.
+int Serve(const TerminalOptions& options, std::optional<std::uint16_t> usbip_port, bool pty,
+          const std::string& pty_name) {
   IgnoreOutputSignals();
-  AnnounceHostility(options.terminal);
-  Serving serving(options);
-  std::string places;
-  if (serving.Usb() != nullptr)
-    places.append("usbip 127.0.0.1:").append(std::to_string(serving.Usb()->Port())).append("\n");
-  if (serving.Serial() != nullptr) places.append("pty ").append(serving.Serial()->Path()).append("\n");
-  Print(places);
-  serving.Run();
+  AnnounceHostility(options);
+  // Before all else, so that no signal is missed.
+  const SignalWatch signals{SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2};
+  CheckDescriptors();
+  TerminalHost host(options, pty);
+  UsbIp usbip(host, usbip_port);
+  host.Open(usbip.Plug());
+  const SignalServer obeys(host, signals);
+  Print(usbip.Place() + (pty ? pty_name + host.Serial()->Path() + "\n" : ""));
+  host.Run();
   return 0;
 }
 
+TerminalOptions WithoutUsb(TerminalOptions options) {
+  options.usb.reset();
+  return options;
+}
+
+}  // namespace
+
+int RunServe(const ServeOptions& options) {
+  return Serve(options.usbip_port ? options.terminal : WithoutUsb(options.terminal), options.usbip_port,
+               options.pty, "pty ");
+}
+
 int RunPty(const TerminalOptions& options) {
-  IgnoreOutputSignals();
-  AnnounceHostility(options);
-  Serving serving({options, {}, true});
-  Print(std::string(serving.Serial()->Path()).append("\n"));
-  serving.Run();
-  return 0;
+  return Serve(WithoutUsb(options), {}, true, "");
 }
 
 }  // namespace gwq::terminal

@@ -4,187 +4,23 @@
 #include <openssl/crypto.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "app/control_channel.h"
-#include "app/device_factory.h"
 #include "app/failures.h"
-#include "app/serving.h"
-#include "base/errors.h"
-#include "base/event_loop.h"
+#include "app/options_message.h"
+#include "app/terminal_host.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
-#include "scenarios/stage.h"
-#include "serial/serial_terminal.h"
 #include "umockdev/testbed.h"
-#include "umockdev/usbfs_handler.h"
-#include "usb/loose_cable.h"
-#include "usb/usb_terminal.h"
-#include "web/customer_page.h"
+#include "umockdev/testbed_plug.h"
 
 namespace gwq::terminal {
 namespace {
-
-// Makes a scenario's events come.
-class StageTimer final : public Timed {
- public:
-  explicit StageTimer(Stage& stage) : stage_(stage) {}
-  std::optional<Time> NextDeadline() override { return stage_.NextDeadline(); }
-  void Advance(Time now) override { stage_.Advance(now); }
-
- private:
-  Stage& stage_;
-};
-
-// The USB terminal in its testbed. Members are destroyed from the last to the
-// first, the testbed and its thread before what that thread uses.
-class Server {
- public:
-  explicit Server(const TerminalOptions& asked);
-
-  [[nodiscard]] const std::string& TestbedDir() const { return testbed_->RootDir(); }
-
-  // True when the supervisor ended it in good order.
-  bool Run(ControlChannel& control);
-
-  // The server's exit status after a run in good order.
-  [[nodiscard]] int Status() { return devices_.FinishReplay() ? 0 : kReplayDiffered; }
-
- private:
-  void AddUsb(UsbId id, const TraceSink& page);
-  void AddSerial(int port, const TraceSink& page);
-  void AddHostility();
-  [[nodiscard]] std::unique_ptr<Stage> MakeStage(const TerminalOptions& options);
-  void BeginStage();
-  void Note(Event::Kind kind);
-  [[nodiscard]] PageTerminal PageTerminalHere(const FaultRates& rates);
-  void Obey(const std::string& message);
-  void Plug();
-  void Unplug();
-
-  Clock clock_;
-  EventLoop loop_;
-  std::unique_ptr<Stage> stage_;
-  DeviceFactory devices_;
-  PageTrace page_trace_{[this] { loop_.Wake(); }};
-  std::optional<UsbId> usb_id_;
-  std::optional<Unit> usb_unit_;
-  std::unique_ptr<UsbTerminal> usb_;
-  std::unique_ptr<UsbfsHandler> handler_;
-  std::optional<Unit> serial_unit_;
-  std::unique_ptr<SerialTerminal> serial_;
-  std::unique_ptr<Testbed> testbed_;
-  std::unique_ptr<Timed> hostility_;
-  std::unique_ptr<Timed> stage_timer_;
-  std::unique_ptr<CustomerPage> page_;
-  bool plugged_ = false;
-  bool done_ = false;
-};
-
-Server::Server(const TerminalOptions& asked)
-    : stage_(MakeStage(asked)), devices_(asked, stage_.get()), testbed_(std::make_unique<Testbed>()) {
-  const TerminalOptions options = devices_.AdaptToRecording(asked);
-  usb_id_ = options.usb;
-  const TraceSink page = options.page_port ? page_trace_.Sink() : TraceSink{};
-  if (options.usb) AddUsb(*options.usb, page);
-  if (options.serial_port) AddSerial(*options.serial_port, options.usb ? TraceSink{} : page);
-  if (options.usb && (options.hostile || options.page_port)) AddHostility();
-  if (options.page_port)
-    page_ = OpenPage(*options.page_port, PageTerminalHere(options.hostile.value_or(FaultRates{})),
-                     page_trace_, loop_);
-  if (stage_) BeginStage();
-}
-
-std::unique_ptr<Stage> Server::MakeStage(const TerminalOptions& options) {
-  if (options.scenario_file.empty()) return nullptr;
-  return std::make_unique<Stage>(
-      LoadScenario(options.scenario_file), options.history_file, [this] { return clock_.Now(); },
-      [this] { loop_.Wake(); });
-}
-
-void Server::BeginStage() {
-  const auto use = [this](const DeviceAction& action) {
-    if (usb_) UseOf(*usb_, *usb_unit_)(action);
-    if (serial_) UseOf(*serial_, *serial_unit_)(action);
-  };
-  stage_->Begin({[this] { Unplug(); }, [this] { Plug(); }, use});
-  stage_timer_ = std::make_unique<StageTimer>(*stage_);
-  loop_.Add(*stage_timer_);
-}
-
-void Server::Note(Event::Kind kind) {
-  if (stage_) stage_->Note({kind, {}, {}, 0, {}});
-}
-
-// The page belongs to one terminal.
-PageTerminal Server::PageTerminalHere(const FaultRates& rates) {
-  if (!usb_) return PageTerminalOf(*serial_, *serial_unit_, rates);
-  return {UseOf(*usb_, *usb_unit_), [this] { return plugged_; },
-          [this](bool plugged) { plugged ? Plug() : Unplug(); }, SetRatesOf(*usb_, *usb_unit_), rates};
-}
-
-void Server::AddHostility() {
-  hostility_ = std::make_unique<LooseCable>(
-      *usb_, clock_, [this] { Unplug(); }, [this] { Plug(); });
-  loop_.Add(*hostility_);
-}
-
-void Server::AddUsb(UsbId id, const TraceSink& page) {
-  usb_unit_.emplace(devices_.Make(Line::kUsb, "usb", page));
-  usb_ = std::make_unique<UsbTerminal>(id, WiringOf(*usb_unit_), clock_, [this] { loop_.Wake(); });
-  handler_ = std::make_unique<UsbfsHandler>(*usb_);
-  testbed_->AttachUsbNode(handler_->Base());
-  loop_.Add(*usb_);
-  Plug();
-}
-
-void Server::AddSerial(int port, const TraceSink& page) {
-  serial_unit_.emplace(devices_.Make(Line::kSerial, "serial", page));
-  serial_ = std::make_unique<SerialTerminal>(serial_unit_->line, clock_, serial_unit_->recorder);
-  serial_->Join(loop_);
-  testbed_->LinkSerial(port, serial_->Path());
-}
-
-void Server::Plug() {
-  if (!usb_ || plugged_) return;
-  const auto gate = std::make_shared<ReapGate>(testbed_->Plug(*usb_id_));
-  usb_->Plug([gate](bool reapable) { gate->SetReapable(reapable); });
-  plugged_ = true;
-  Note(Event::Kind::kPlugged);
-}
-
-void Server::Unplug() {
-  if (!usb_ || !plugged_) return;
-  plugged_ = false;
-  usb_->Unplug();
-  testbed_->Unplug();
-  Note(Event::Kind::kUnplugged);
-}
-
-void Server::Obey(const std::string& message) {
-  if (message == "unplug") Unplug();
-  if (message == "replug") Plug();
-  if (message != "done") return;
-  done_ = true;
-  loop_.Stop();
-}
-
-bool Server::Run(ControlChannel& control) {
-  const EventLoop::Watch watch = loop_.OnReady(control.Fd(), [&](unsigned) {
-    const std::optional<std::string> message = control.Receive();
-    if (!message) return loop_.Stop();
-    Obey(*message);
-  });
-  loop_.Run(clock_);
-  return done_;
-}
 
 // The testbed's thread may outlive the loop by a moment. OpenSSL, when it cleans up at exit, loses
 // what that thread has of it; without, the thread itself gives it back.
@@ -220,14 +56,32 @@ class GlibMessages {
   }
 };
 
+// Returns after the supervisor's last message: true if that ends the server in good order.
+bool RunUntilDone(TerminalHost& host, const ControlChannel& control) {
+  bool done = false;
+  const EventLoop::Watch watch = host.Loop().OnReady(control.Fd(), [&](unsigned) {
+    const std::optional<std::string> message = control.Receive();
+    if (message == "unplug") host.SetPlugged(false);
+    if (message == "replug") host.SetPlugged(true);
+    done = message == "done";
+    if (!message || done) host.Loop().Stop();
+  });
+  host.Run();
+  return done;
+}
+
 // False when the supervisor is gone and can no longer clean up.
-bool Serve(const TerminalOptions& options, ControlChannel& control, int& status) {
-  Server server(options);
-  const std::string dir = server.TestbedDir();
-  control.Send("ready " + dir);
-  const bool in_good_order = server.Run(control);
-  if (!in_good_order) KillProcessesOf(dir);
-  status = server.Status();
+bool Serve(const TerminalOptions& options, const ControlChannel& control, int& status) {
+  TerminalHost host(options, options.serial_port.has_value());
+  std::optional<TestbedPlug> plug;  // destroyed after the testbed, whose thread uses it
+  Testbed testbed;
+  if (host.Usb() != nullptr) plug.emplace(testbed, *host.Usb(), host.Identity());
+  if (host.Serial() != nullptr) testbed.LinkSerial(*options.serial_port, host.Serial()->Path());
+  host.Open(plug ? &*plug : nullptr);
+  control.Send("ready " + testbed.RootDir());
+  const bool in_good_order = RunUntilDone(host, control);
+  if (!in_good_order) KillProcessesOf(testbed.RootDir());
+  status = host.FinishReplay() ? 0 : kReplayDiffered;
   return in_good_order;
 }
 
@@ -235,16 +89,19 @@ bool Serve(const TerminalOptions& options, ControlChannel& control, int& status)
 
 void CheckHasServer() {}
 
-int RunServer(const TerminalOptions& options, int control_fd) {
+int RunServer(int control_fd) {
   IgnoreOutputSignals();
   LeaveOpenSslToItsThreads();
-  AnnounceHostility(options);
-  ControlChannel control{UniqueFd(control_fd)};
+  const ControlChannel control{UniqueFd(control_fd)};
   const GlibMessages messages(control);
   const std::filesystem::path dir = std::filesystem::temp_directory_path();
   const DirLock lock(dir.string());  // the supervisor's may end with it
   int status = 0;
   try {
+    const std::optional<std::string> message = control.Receive();
+    if (!message) return 1;  // the supervisor is gone
+    const TerminalOptions options = ReadOptionsMessage(*message);
+    AnnounceHostility(options);
     // After the testbed is gone, which complains when its directory is.
     if (!Serve(options, control, status)) PrivateDir::Remove(dir.string());
     return status;

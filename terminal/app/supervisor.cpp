@@ -8,12 +8,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "app/control_channel.h"
 #include "app/failures.h"
+#include "app/options_message.h"
 #include "app/server.h"
 #include "base/clock.h"
 #include "base/errors.h"
@@ -84,7 +86,9 @@ ServerProcess::ServerProcess(const ExecOptions& options, const PrivateDir& dir, 
                              std::pair<ControlChannel, ControlChannel> ends)
     : control_(std::move(ends.first)) {
   SpawnRequest request;
-  request.arguments = options.server_arguments(options.terminal, ends.second.Fd());
+  control_.Send(OptionsMessage(options.terminal));
+  request.arguments = {std::filesystem::read_symlink("/proc/self/exe").string(), "server",
+                       "--control-fd=" + std::to_string(ends.second.Fd())};
   // Nothing else: what was preloaded is meant for the command, and a sanitizer's
   // runtime in a program that was not built for it can lock up the testbed.
   request.environment.Set("LD_PRELOAD", kPreload);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "usb/usb_id.h"
+#include "usb/usb_plug.h"
 #include "usb/usb_terminal.h"
 #include "usbip/usbip_protocol.h"
 
@@ -15,17 +16,17 @@ namespace gwq::terminal {
 
 // The terminal's plug. One client at a time may import what is plugged in; to the terminal this
 // is like being plugged into the client's machine, without any of the answers meant for another.
-class UsbIpPlug {
+class UsbIpPlug final : public UsbPlug {
  public:
   // `terminal` must outlive the plug and be used by nothing else.
   UsbIpPlug(UsbId id, UsbTerminal& terminal) : id_(id), terminal_(terminal) {}
 
   [[nodiscard]] UsbId Id() const { return id_; }
   [[nodiscard]] UsbTerminal& Terminal() const { return terminal_; }
-  [[nodiscard]] bool IsIn() const { return in_; }
-  void PlugIn() { in_ = true; }
+  [[nodiscard]] bool IsIn() const override { return in_; }
+  void PlugIn() override { in_ = true; }
   // The importer's session is over then.
-  void PullOut();
+  void PullOut() override;
 
   [[nodiscard]] usbip::ImportStatus Import(UsbClient& client);
   void Release(UsbClient& client);
