@@ -15,9 +15,9 @@ template <typename T>
 class Exact {
  public:
   // Never more than this, which compilers want to know.
-  static constexpr std::size_t kMost = std::size_t{1} << 26U;
+  static constexpr std::size_t kMax = std::size_t{1} << 26U;
 
-  explicit Exact(std::size_t count) : size_(std::min(count, kMost)), data_(new T[size_]()) {}
+  explicit Exact(std::size_t count) : size_(std::min(count, kMax)), data_(new T[size_]()) {}
   explicit Exact(std::span<const std::uint8_t> bytes) : Exact(bytes.size() / sizeof(T)) {
     if (size_ > 0) std::memcpy(data_.get(), bytes.data(), size_ * sizeof(T));
   }

@@ -15,14 +15,14 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostTyped = 32;
+constexpr std::size_t kMaxTyped = 32;
 constexpr std::size_t kLongestAnswer = 4096;
-constexpr std::size_t kMostPoints = 10'000;
+constexpr std::size_t kMaxPoints = 10'000;
 constexpr int kSampleMs = 8;
 constexpr int kPressure = 500;
 
-constexpr std::array<const char*, 7> kDeeds{"confirm", "cancel", "key",      "digits",
-                                            "sign",    "answer", "walk_away"};
+constexpr std::array<const char*, 7> kActions{"confirm", "cancel", "key",      "digits",
+                                              "sign",    "answer", "walk_away"};
 
 std::string ReadKey(const Json& value) {
   const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() <= 3;
@@ -32,8 +32,7 @@ std::string ReadKey(const Json& value) {
 
 std::string ReadTyped(const Json& value) {
   auto digits = value.is_string() ? value.get<std::string>() : "?";
-  const bool fits =
-      digits.size() <= kMostTyped && digits.find_first_not_of("0123456789") == std::string::npos;
+  const bool fits = digits.size() <= kMaxTyped && digits.find_first_not_of("0123456789") == std::string::npos;
   if (!fits) FailAt(value, "\"digits\" must be a text of at most 32 digits");
   return digits;
 }
@@ -64,7 +63,7 @@ void AddStroke(std::vector<PenPoint>& points, const Json& stroke) {
   if (!stroke.is_array() || stroke.empty()) Fail("\"sign\" must be true or a list of strokes");
   for (const Json& point : stroke) {
     if (!point.is_array() || point.size() != 2) Fail("a point of \"sign\" must be [x, y] inside 480 by 160");
-    if (points.size() == kMostPoints) Fail("\"sign\" has too many points");
+    if (points.size() == kMaxPoints) Fail("\"sign\" has too many points");
     points.push_back({ReadCoordinate(point[0], kSignatureWidth), ReadCoordinate(point[1], kSignatureHeight),
                       kPressure, static_cast<int>(points.size()) * kSampleMs});
   }
@@ -79,12 +78,12 @@ std::vector<PenPoint> ReadStrokes(const Json& value) {
   return points;
 }
 
-std::string DeedOf(const Json& step) {
+std::string ActionOf(const Json& step) {
   std::string found;
-  for (const char* deed : kDeeds) {
-    if (!step.contains(deed)) continue;
-    if (!found.empty()) Fail(Quoted(found) + " and " + Quoted(deed) + " are two steps");
-    found = deed;
+  for (const char* action : kActions) {
+    if (!step.contains(action)) continue;
+    if (!found.empty()) Fail(Quoted(found) + " and " + Quoted(action) + " are two steps");
+    found = action;
   }
   if (found.empty()) Fail("says nothing to do");
   return found;
@@ -92,15 +91,15 @@ std::string DeedOf(const Json& step) {
 
 ScreenAction ReadDeed(const Json& step) {
   using Kind = ScreenAction::Kind;
-  const std::string deed = DeedOf(step);
-  const Json& value = step.at(deed);
-  if (deed == "key") return {Kind::kKey, ReadKey(value), {}, {}};
-  if (deed == "digits") return {Kind::kDigits, ReadTyped(value), {}, {}};
-  if (deed == "answer") return {Kind::kAnswer, ReadAnswer(value), {}, {}};
-  if (deed == "sign") return {Kind::kSign, {}, ReadStrokes(value), {}};
-  CheckIsTrue(step, deed.c_str());
-  if (deed == "confirm") return {Kind::kConfirm, {}, {}, {}};
-  if (deed == "cancel") return {Kind::kCancel, {}, {}, {}};
+  const std::string action = ActionOf(step);
+  const Json& value = step.at(action);
+  if (action == "key") return {Kind::kKey, ReadKey(value), {}, {}};
+  if (action == "digits") return {Kind::kDigits, ReadTyped(value), {}, {}};
+  if (action == "answer") return {Kind::kAnswer, ReadAnswer(value), {}, {}};
+  if (action == "sign") return {Kind::kSign, {}, ReadStrokes(value), {}};
+  CheckIsTrue(step, action.c_str());
+  if (action == "confirm") return {Kind::kConfirm, {}, {}, {}};
+  if (action == "cancel") return {Kind::kCancel, {}, {}, {}};
   CheckHasNoDelay(step);
   return {Kind::kWalkAway, {}, {}, {}};
 }

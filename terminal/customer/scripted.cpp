@@ -30,8 +30,8 @@ std::string ReadDigits(const Json& step, const Kind& kind) {
 
 PinAction ReadStep(const Json& step, const Kind& kind) {
   CheckMembers(step, {kind.member, "cancel", "walk_away", "after_ms"});
-  const auto deeds = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
-  if (deeds != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
+  const auto actions = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
+  if (actions != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
   if (step.contains(kind.member))
     return {PinAction::Kind::kEnter, ReadDigits(step, kind), ReadDelay(step, Customer::kUsualDelay)};
   if (step.contains("cancel")) {

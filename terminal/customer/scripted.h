@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A customer whose deeds stand in a JSON file, one step for each PIN, number or
+// A customer whose actions stand in a JSON file, one step for each PIN, number or
 // screen that the terminal asks for. The last step of a list is repeated; what has
 // no list is done as the agreeable customer does it.
 //

@@ -1,33 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include <utility>
 
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "protocol/marks.h"
 
 namespace gwq::terminal {
 
-void AnswerRefusal(Outlet& outlet) {
-  outlet.Answer({kStx, kRefusalMark, kEtx}, "refusal");
+void AnswerRefusal(HostChannel& host) {
+  host.Answer({kStx, kRefusalMark, kEtx}, "refusal");
 }
 
-void AnswerKeyCommand(Outlet& outlet, bool accepted) {
-  if (accepted) return outlet.Answer({kAccepted}, "accepted");
-  outlet.Answer({kNotAccepted}, "not accepted");
+void AnswerKeyCommand(HostChannel& host, bool accepted) {
+  if (accepted) return host.Answer({kAccepted}, "accepted");
+  host.Answer({kNotAccepted}, "not accepted");
 }
 
-void AnswerDone(Outlet& outlet) {
-  outlet.Answer({kStx, kAccepted, kEtx}, "done");
+void AnswerDone(HostChannel& host) {
+  host.Answer({kStx, kAccepted, kEtx}, "done");
 }
 
-void AnswerFailure(Outlet& outlet) {
-  outlet.Answer({kStx, kAccepted, '1', kEtx}, "failure");
+void AnswerFailure(HostChannel& host) {
+  host.Answer({kStx, kAccepted, '1', kEtx}, "failure");
 }
 
-void AnswerText(Outlet& outlet, std::string_view text, const std::string& what) {
+void AnswerText(HostChannel& host, std::string_view text, const std::string& what) {
   Bytes answer{kStx};
   answer.insert(answer.end(), text.begin(), text.end());
   answer.push_back(kEtx);
-  outlet.Answer(std::move(answer), what);
+  host.Answer(std::move(answer), what);
 }
 
 }  // namespace gwq::terminal

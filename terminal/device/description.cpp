@@ -11,16 +11,16 @@ void Description::AddTo(TextCommands& table) {
 }
 
 void Description::TellConfiguration(int item) {
-  outlet_.Describe(" " + std::to_string(item));
-  if (item == 6 || item == 7) return AnswerText(outlet_, settings_.production_date, "production date");
-  if (item == 8) return AnswerText(outlet_, settings_.model, "model");
-  AnswerRefusal(outlet_);
+  host_.Describe(" " + std::to_string(item));
+  if (item == 6 || item == 7) return AnswerText(host_, settings_.production_date, "production date");
+  if (item == 8) return AnswerText(host_, settings_.model, "model");
+  AnswerRefusal(host_);
 }
 
 void Description::TellVersion(int item) {
-  outlet_.Describe(" " + std::to_string(item));
-  if (item != 5) return AnswerRefusal(outlet_);
-  AnswerText(outlet_, settings_.version + "|" + settings_.build_date, "firmware version");
+  host_.Describe(" " + std::to_string(item));
+  if (item != 5) return AnswerRefusal(host_);
+  AnswerText(host_, settings_.version + "|" + settings_.build_date, "firmware version");
 }
 
 }  // namespace gwq::terminal

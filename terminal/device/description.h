@@ -6,7 +6,7 @@
 //   GETGLOBALCONFIG 8         STX model ETX
 #pragma once
 
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/settings.h"
 #include "device/text_commands.h"
 
@@ -15,7 +15,7 @@ namespace gwq::terminal {
 class Description {
  public:
   // Both must outlive this object.
-  Description(Outlet& outlet, const Settings& settings) : outlet_(outlet), settings_(settings) {}
+  Description(HostChannel& host, const Settings& settings) : host_(host), settings_(settings) {}
 
   // This object must outlive the table.
   void AddTo(TextCommands& table);
@@ -24,7 +24,7 @@ class Description {
   void TellConfiguration(int item);
   void TellVersion(int item);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   const Settings& settings_;
 };
 

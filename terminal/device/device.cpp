@@ -10,12 +10,12 @@
 #include "device/description.h"
 #include "device/files/file_commands.h"
 #include "device/framed_commands.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/pad/counter_commands.h"
-#include "device/pad/pin_entry.h"
+#include "device/pad/key_entry.h"
 #include "device/pad/pin_pad.h"
 #include "device/screens/screen_commands.h"
-#include "device/screens/screens.h"
+#include "device/screens/screen_session.h"
 #include "device/text_commands.h"
 #include "protocol/command_reader.h"
 
@@ -24,7 +24,7 @@ namespace {
 
 // A host that never reads must not make the terminal grow: like any device with
 // a small output buffer, it then loses its oldest answers.
-constexpr std::size_t kMostAnswers = 256;
+constexpr std::size_t kMaxAnswers = 256;
 
 // The earliest of those that there are.
 std::optional<Time> Earliest(std::initializer_list<std::optional<Time>> times) {
@@ -41,7 +41,7 @@ std::string_view AsText(const SecretBytes& bytes) {
 
 }  // namespace
 
-class Device::Impl : private Outlet {
+class Device::Impl : private HostChannel {
  public:
   Impl(Line line, Customer& customer, Settings settings, TraceSink trace, Storage storage,
        const Painter* painter)
@@ -94,7 +94,7 @@ class Device::Impl : private Outlet {
         {reader_.NextDeadline(), entry_.NextDeadline(), files_.NextDeadline(), screens_.NextDeadline()});
   }
 
-  [[nodiscard]] const Screens& ShownScreens() const { return screens_; }
+  [[nodiscard]] const ScreenSession& ShownScreens() const { return screens_; }
   [[nodiscard]] std::optional<EntryState> CurrentEntry() const { return entry_.Current(); }
   [[nodiscard]] FileSystem& Files() const { return *storage_; }
 
@@ -123,7 +123,7 @@ class Device::Impl : private Outlet {
   void Answer(Bytes answer, const std::string& what) override {
     Trace(Answered{what});
     answers_.push_back(std::move(answer));
-    if (answers_.size() <= kMostAnswers) return;
+    if (answers_.size() <= kMaxAnswers) return;
     Wipe(answers_.front());
     answers_.pop_front();
     Note("an answer that nobody took is lost");
@@ -199,11 +199,11 @@ class Device::Impl : private Outlet {
   NoFiles no_files_;
   FileSystem* storage_;
   CommandReader reader_;
-  PinEntry entry_;
+  KeyEntry entry_;
   CounterCommands counter_;
   FileCommands files_;
   PinPad pad_;
-  Screens screens_;
+  ScreenSession screens_;
   ScreenCommands screen_commands_;
   Description description_;
   TextCommands text_commands_;

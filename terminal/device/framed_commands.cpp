@@ -31,8 +31,8 @@ std::optional<FramedAnswer> FramedCommands::CarryOut(std::span<const std::uint8_
   return handler->run(Arguments(*body).subspan(2));
 }
 
-void AnswerFrame(Outlet& outlet, FramedAnswer answer) {
-  outlet.Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
+void AnswerFrame(HostChannel& host, FramedAnswer answer) {
+  host.Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
   Wipe(answer.data);
 }
 

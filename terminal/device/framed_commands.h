@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "base/types.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/text_commands.h"
 
 namespace gwq::terminal {
@@ -57,6 +57,6 @@ class FramedCommands {
 };
 
 // Wipes the data.
-void AnswerFrame(Outlet& outlet, FramedAnswer answer);
+void AnswerFrame(HostChannel& host, FramedAnswer answer);
 
 }  // namespace gwq::terminal

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t kLongestDelayMs = 3000;
 constexpr std::uint64_t kLongestSilence = 5;  // answers
-constexpr std::uint64_t kMostGarbage = 5000;  // bytes
+constexpr std::uint64_t kMaxGarbage = 5000;   // bytes
 constexpr std::size_t kHeaderSize = 8;
 
 // The distributions of the standard library differ from one to another; these do not.
@@ -40,7 +40,7 @@ void SpoilChecksum(std::mt19937_64& random, Bytes& answer) {
 }
 
 Bytes Garbage(std::mt19937_64& random) {
-  Bytes bytes(1 + Below(random, kMostGarbage));
+  Bytes bytes(1 + Below(random, kMaxGarbage));
   std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
   return bytes;
 }

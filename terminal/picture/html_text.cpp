@@ -97,7 +97,7 @@ std::optional<char32_t> CodeOf(std::string_view name) {
 // Gathers lines, with their space as a browser does it.
 class Lines {
  public:
-  [[nodiscard]] bool Full() const { return bytes_ >= kMostPageBytes || page_.size() >= kMostPageLines; }
+  [[nodiscard]] bool Full() const { return bytes_ >= kMaxPageBytes || page_.size() >= kMaxPageLines; }
 
   void Space() { space_ = !line_.text.empty() && line_.text.back() != '\t'; }
   void Add(std::string_view text) {

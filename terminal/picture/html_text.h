@@ -24,8 +24,8 @@ struct PageLine {
 using Page = std::vector<PageLine>;
 
 // More than any screen takes; what comes behind that is not read.
-inline constexpr std::size_t kMostPageBytes = 8192;
-inline constexpr std::size_t kMostPageLines = 64;
+inline constexpr std::size_t kMaxPageBytes = 8192;
+inline constexpr std::size_t kMaxPageLines = 64;
 
 [[nodiscard]] Page ReadHtml(std::string_view html);
 [[nodiscard]] Page ReadPlainText(std::string_view text);

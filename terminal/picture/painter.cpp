@@ -173,7 +173,7 @@ void ScreenPicture::DrawLine(const PageLine& line) {
 }
 
 void ScreenPicture::DrawTeller(const TellerCard& teller) {
-  constexpr int kMostStars = 6;
+  constexpr int kMaxStars = 6;
   const double left = kMargin + kCardPadding;
   const SetText name = type_.Label(teller.name, {27, true, kNavy}, kCardWidth - 2 * kCardPadding);
   name.Draw(left, y_);
@@ -181,7 +181,7 @@ void ScreenPicture::DrawTeller(const TellerCard& teller) {
   const SetText number = type_.Label(teller.number, {kBodySize, false, kPaleInk}, kCardWidth / 2);
   number.Draw(left, y_);
   std::string stars;
-  for (int i = 0; i < kMostStars; ++i) stars += i < teller.stars ? "★" : "☆";
+  for (int i = 0; i < kMaxStars; ++i) stars += i < teller.stars ? "★" : "☆";
   y_ += number.Height() + 4;
   const SetText row = type_.Label(stars, {26, false, kGold}, kCardWidth / 2);
   row.Draw(left, y_);

@@ -7,7 +7,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostDigits = 6;
+constexpr std::size_t kMaxDigits = 6;
 
 // Moves the digits at the front of `command`, at most `most` of them, into a number.
 bool TakeNumber(std::string_view& command, std::size_t most, Match& match) {
@@ -39,7 +39,7 @@ std::optional<Match> MatchPattern(std::string_view pattern, std::string_view com
       return match;
     }
     const bool number = pattern.starts_with("%d") || pattern.starts_with("%1");
-    const bool fits = number ? TakeNumber(command, pattern[1] == '1' ? 1 : kMostDigits, match)
+    const bool fits = number ? TakeNumber(command, pattern[1] == '1' ? 1 : kMaxDigits, match)
                              : TakeLiteral(command, pattern.front());
     if (!fits) return std::nullopt;
     pattern.remove_prefix(number ? 2 : 1);

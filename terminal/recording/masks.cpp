@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kPacketHeaderEnd = 4;  // check byte and length, behind STX and type
 constexpr std::size_t kFrameHead = 8;        // nibbles of length, and of command or status
-constexpr std::size_t kLeastPublicKey = 64;
+constexpr std::size_t kMinPublicKey = 64;
 
 bool IsNibble(std::uint8_t byte) {
   return byte >= 0x30 && byte <= 0x3F;
@@ -295,7 +295,7 @@ bool AnswerMask::TakeFrame(std::uint8_t byte) {
 // `size` counts the status word.
 bool AnswerMask::IsSecretData(std::size_t size) const {
   const std::size_t data = size - std::min<std::size_t>(size, 2);
-  if (data <= 1 || data >= kLeastPublicKey) return false;
+  if (data <= 1 || data >= kMinPublicKey) return false;
   return frame_asked_ != &Row("get device id") || data == 8 || data == 16;
 }
 

@@ -67,10 +67,10 @@ Bytes Interface(std::uint16_t link_type, const char* name) {
 
 // An option may be 65535 bytes long; masks far behind are then those of one long span.
 std::string MaskComment(const Masks& masks) {
-  constexpr std::size_t kMost = 60000;
+  constexpr std::size_t kMax = 60000;
   std::string text = kMaskComment;
   for (const MaskedSpan& span : masks) {
-    const bool last = text.size() > kMost;
+    const bool last = text.size() > kMax;
     const std::size_t end = last ? masks.back().offset + masks.back().size : span.offset + span.size;
     text += ' ';
     text += std::to_string(span.offset);

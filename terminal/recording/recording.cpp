@@ -14,7 +14,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostOfAFile = std::size_t{1} << 30;
+constexpr std::size_t kMaxFileSize = std::size_t{1} << 30;
 
 std::optional<Recording::Identity> IdentityIn(const WireTransfer& transfer) {
   const Bytes& data = transfer.data;
@@ -51,7 +51,7 @@ Recording ParseText(std::string_view text) {
     try {
       WireTransfer transfer = ParseLine(line);
       total += transfer.data.size();
-      if (total > kMostOfAFile) throw std::runtime_error("there are more than 1 GB of data");
+      if (total > kMaxFileSize) throw std::runtime_error("there are more than 1 GB of data");
       AddText(std::move(transfer), recording);
     } catch (const std::runtime_error& error) {
       throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
@@ -90,7 +90,7 @@ Bytes ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   const std::streamoff size = file ? std::streamoff{file.tellg()} : -1;
   if (size < 0) throw std::runtime_error("it cannot be read");
-  if (static_cast<std::size_t>(size) > kMostOfAFile) throw std::runtime_error("it is larger than 1 GB");
+  if (static_cast<std::size_t>(size) > kMaxFileSize) throw std::runtime_error("it is larger than 1 GB");
   Bytes bytes(static_cast<std::size_t>(size));
   file.seekg(0);
   file.read(reinterpret_cast<char*>(bytes.data()), size);

@@ -11,10 +11,10 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kLeastRun = 4;
-constexpr std::size_t kLeastQuoted = 2;
+constexpr std::size_t kMinRun = 4;
+constexpr std::size_t kMinQuoted = 2;
 constexpr std::int64_t kMicroseconds = 1'000'000;
-constexpr std::int64_t kMostSeconds = 1'000'000'000'000;
+constexpr std::int64_t kMaxSeconds = 1'000'000'000'000;
 
 [[noreturn]] void Fail(const std::string& why) {
   throw std::runtime_error(why);
@@ -45,7 +45,7 @@ std::string TakeDataWord(std::span<const std::uint8_t>& bytes) {
   const std::size_t quotable = QuotableOf(bytes);
   std::string word;
   std::size_t taken = 1;
-  if (quotable >= kLeastQuoted) {
+  if (quotable >= kMinQuoted) {
     taken = quotable;
     word += '"';
     word.append(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(taken));
@@ -53,7 +53,7 @@ std::string TakeDataWord(std::span<const std::uint8_t>& bytes) {
   } else {
     const std::size_t run = RunOf(bytes);
     word = HexOf(bytes[0]);
-    if (run >= kLeastRun) word += "*" + std::to_string(taken = run);
+    if (run >= kMinRun) word += "*" + std::to_string(taken = run);
   }
   bytes = bytes.subspan(taken);
   return word;
@@ -109,7 +109,7 @@ std::int64_t ParseTime(std::string_view text) {
   if (!good) Fail("'" + std::string(text.substr(0, 40)) + "' is no time in seconds with six decimals");
   const auto seconds = Number<std::uint64_t>(text.substr(0, point), "time");
   const auto micros = Number<std::uint32_t>(text.substr(point + 1), "time");
-  if (seconds > static_cast<std::uint64_t>(kMostSeconds)) Fail("the time is too large");
+  if (seconds > static_cast<std::uint64_t>(kMaxSeconds)) Fail("the time is too large");
   return static_cast<std::int64_t>(seconds) * kMicroseconds + micros;
 }
 
@@ -194,7 +194,7 @@ WireTransfer ParseLine(std::string_view line) {
   transfer.time_us = ParseTime(words.Next("time"));
   ParseWire(words, transfer);
   const auto length = Number<std::size_t>(words.Next("length"), "length");
-  if (length > kMostOfATransfer) Fail("the length is too large");
+  if (length > kMaxTransferSize) Fail("the length is too large");
   while (!words.AtEnd()) {
     const std::string_view word = words.Next("data");
     if (word.starts_with("status=")) {

@@ -22,7 +22,7 @@ namespace gwq::terminal {
 
 inline constexpr std::string_view kTextHead = "# gwq-terminal recording 1";
 // A longer transfer than hosts make.
-inline constexpr std::size_t kMostOfATransfer = std::size_t{1} << 20;
+inline constexpr std::size_t kMaxTransferSize = std::size_t{1} << 20;
 
 // As the data of a line are written.
 [[nodiscard]] std::string DataText(std::span<const std::uint8_t> data, const Masks& masks);

@@ -14,11 +14,11 @@ namespace {
 
 using Kind = Event::Kind;
 
-constexpr int kMostFailure = 125;
-constexpr int kMostStatus = 255;
-constexpr std::uint64_t kMostSeconds = 3600;
-constexpr std::uint64_t kMostTimes = 1'000'000;
-constexpr std::size_t kMostListed = 30;
+constexpr int kMaxFailure = 125;
+constexpr int kMaxStatus = 255;
+constexpr std::uint64_t kMaxSeconds = 3600;
+constexpr std::uint64_t kMaxTimes = 1'000'000;
+constexpr std::size_t kMaxListed = 30;
 
 constexpr std::array<const char*, 12> kExpectations{
     "exit_status", "output_contains", "output_lacks", "at_most_s", "screens",   "commands",
@@ -67,7 +67,7 @@ Expectation ReadExitStatus(const Json& json) {
   CheckMembers(json, {"exit_status"});
   if (json.at("exit_status") == "failure") return ExitStatusIs{};
   if (!json.at("exit_status").is_number_unsigned()) Fail("\"exit_status\" must be 0 to 255 or \"failure\"");
-  return ExitStatusIs{static_cast<int>(ReadWhole(json, "exit_status", 0, kMostStatus))};
+  return ExitStatusIs{static_cast<int>(ReadWhole(json, "exit_status", 0, kMaxStatus))};
 }
 
 Expectation ReadOutput(const Json& json, const char* what, bool lacks) {
@@ -77,7 +77,7 @@ Expectation ReadOutput(const Json& json, const char* what, bool lacks) {
 
 Expectation ReadLimit(const Json& json) {
   CheckMembers(json, {"at_most_s"});
-  return TakesAtMost{std::chrono::seconds(ReadWhole(json, "at_most_s", 1, kMostSeconds))};
+  return TakesAtMost{std::chrono::seconds(ReadWhole(json, "at_most_s", 1, kMaxSeconds))};
 }
 
 Expectation ReadLastScreen(const Json& json) {
@@ -93,10 +93,10 @@ void ReadCount(const Json& json, CountExpectation& often) {
     Fail("\"never\", \"times\" and \"at_least\" or \"at_most\" exclude each other");
   if (never) CheckIsTrue(json, "never");
   if (never) often.least = 0, often.most = 0;
-  if (exact) often.most = often.least = ReadWhole(json, "times", 0, kMostTimes);
-  if (json.contains("at_least")) often.least = ReadWhole(json, "at_least", 1, kMostTimes);
+  if (exact) often.most = often.least = ReadWhole(json, "times", 0, kMaxTimes);
+  if (json.contains("at_least")) often.least = ReadWhole(json, "at_least", 1, kMaxTimes);
   if (!json.contains("at_most")) return;
-  often.most = ReadWhole(json, "at_most", 1, kMostTimes);
+  often.most = ReadWhole(json, "at_most", 1, kMaxTimes);
   if (!json.contains("at_least")) often.least = 0;
   if (often.least > *often.most) Fail("\"at_least\" is more than \"at_most\"");
 }
@@ -174,11 +174,11 @@ std::string Listed(const History& history, Kind kind) {
   std::size_t count = 0;
   for (const Event& event : history) {
     if (event.kind != kind || (kind == Kind::kScreen && event.name == "idle")) continue;
-    if (++count > kMostListed) continue;
+    if (++count > kMaxListed) continue;
     list += (list.empty() ? "" : ", ") + event.name;
     if (kind == Kind::kStored) list += " (" + std::to_string(event.size) + " bytes)";
   }
-  if (count > kMostListed) list += " and " + std::to_string(count - kMostListed) + " more";
+  if (count > kMaxListed) list += " and " + std::to_string(count - kMaxListed) + " more";
   return list.empty() ? "none" : list;
 }
 
@@ -216,7 +216,7 @@ using Verdict = std::optional<Failure>;
 
 Verdict JudgeOne(const ExitStatusIs& expected, const Run& run) {
   const int status = run.exit_status;
-  const bool fits = expected.status ? status == *expected.status : status >= 1 && status <= kMostFailure;
+  const bool fits = expected.status ? status == *expected.status : status >= 1 && status <= kMaxFailure;
   if (fits) return std::nullopt;
   return Failure{expected.status ? StatusText(*expected.status)
                                  : "exit status 1 to 125, a failure that the command tells",

@@ -9,15 +9,15 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kLeastKey = 16;  // digits
-constexpr std::size_t kLeastSecret = 4;
+constexpr std::size_t kMinKey = 16;  // digits
+constexpr std::size_t kMinSecret = 4;
 
 void CoverKeys(std::string& text) {
   constexpr const char* kHex = "0123456789abcdefABCDEF";
   for (std::size_t at = text.find_first_of(kHex); at != std::string::npos;
        at = text.find_first_of(kHex, at)) {
     const std::size_t end = std::min(text.find_first_not_of(kHex, at), text.size());
-    if (end - at >= kLeastKey) text.replace(at, end - at, end - at, '*');
+    if (end - at >= kMinKey) text.replace(at, end - at, end - at, '*');
     at = end;
   }
 }
@@ -44,7 +44,7 @@ std::set<std::string> SecretsOf(const Json& customer) {
     const bool secret = path.ends_with("/pin") || path.ends_with("/number") || path.ends_with("/digits");
     if (!secret || !leaf.value().is_string()) continue;
     const auto digits = leaf.value().get<std::string>();
-    if (digits.size() >= kLeastSecret) secrets.insert(digits);
+    if (digits.size() >= kMinSecret) secrets.insert(digits);
   }
   return secrets;
 }

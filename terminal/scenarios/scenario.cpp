@@ -19,13 +19,13 @@ namespace {
 using Action = ScriptedEvent::Action;
 using Kind = Event::Kind;
 
-constexpr std::uint64_t kMostSeconds = 3600;
-constexpr std::uint64_t kMostMs = 3'600'000;
-constexpr std::uint64_t kMostSlownessMs = 60'000;
-constexpr std::uint64_t kMostFile = std::uint64_t{64} << 20;
-constexpr std::uint64_t kMostStorage = std::uint64_t{1} << 40;
-constexpr std::uint64_t kMostTimes = 1'000'000;
-constexpr std::uint64_t kMostSerialPort = 256;
+constexpr std::uint64_t kMaxSeconds = 3600;
+constexpr std::uint64_t kMaxMs = 3'600'000;
+constexpr std::uint64_t kMaxSlownessMs = 60'000;
+constexpr std::uint64_t kMaxFile = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxStorage = std::uint64_t{1} << 40;
+constexpr std::uint64_t kMaxTimes = 1'000'000;
+constexpr std::uint64_t kMaxSerialPort = 256;
 
 // ---- The terminal
 
@@ -33,7 +33,7 @@ std::string ContentOf(const Json& json, const std::string& directory) {
   const auto sources = json.count("text") + json.count("size") + json.count("from");
   if (sources != 1) Fail("needs exactly one of \"text\", \"size\", \"from\"");
   if (json.contains("text")) return ReadText(json, "text");
-  if (json.contains("size")) return std::string(ReadWhole(json, "size", 0, kMostFile), 'x');
+  if (json.contains("size")) return std::string(ReadWhole(json, "size", 0, kMaxFile), 'x');
   const auto path = std::filesystem::path(directory) / ReadText(json, "from");
   return In(json.at("from"), path.string(), [&] { return ReadScriptFile(path.string()); });
 }
@@ -69,7 +69,7 @@ ScriptedTerminal ReadTerminal(const Json& json, const std::string& directory) {
   ScriptedTerminal terminal;
   if (json.contains("usb")) ReadUsb(json, terminal);
   if (json.contains("serial"))
-    terminal.serial_port = static_cast<int>(ReadWhole(json, "serial", 1, kMostSerialPort));
+    terminal.serial_port = static_cast<int>(ReadWhole(json, "serial", 1, kMaxSerialPort));
   if (!terminal.has_usb && !terminal.serial_port) Fail("has neither \"usb\" nor \"serial\"");
   if (json.contains("tzg")) terminal.settings.tzg = ReadFlag(json, "tzg");
   if (json.contains("version")) terminal.settings.version = ReadVersion(json, "version");
@@ -130,10 +130,10 @@ ScriptedEvent ReadEvent(const Json& json) {
   ScriptedEvent event;
   if (json.contains("when")) event.when = ReadTrigger(json);
   if (json.contains("time") && !json.contains("when")) Fail("\"time\" has no meaning without \"when\"");
-  if (json.contains("time")) event.when.occurrence = ReadWhole(json, "time", 1, kMostTimes);
-  if (json.contains("after_ms")) event.after = Time(ReadWhole(json, "after_ms", 0, kMostMs));
+  if (json.contains("time")) event.when.occurrence = ReadWhole(json, "time", 1, kMaxTimes);
+  if (json.contains("after_ms")) event.after = Time(ReadWhole(json, "after_ms", 0, kMaxMs));
   event.action = ReadAction(json);
-  if (event.action == Action::kSlow) event.slowness = Time(ReadWhole(json, "slow_ms", 0, kMostSlownessMs));
+  if (event.action == Action::kSlow) event.slowness = Time(ReadWhole(json, "slow_ms", 0, kMaxSlownessMs));
   return event;
 }
 
@@ -167,7 +167,7 @@ FaultScript ReadFaultScript(const Json& json) {
   if (!json.contains("terminal") || !json.at("terminal").contains("storage_limit")) return faults;
   if (faults.storage_limit) Fail("\"storage_limit\" stands in \"terminal\" and in \"faults\"");
   faults.storage_limit = In(json.at("terminal"), "terminal",
-                            [&] { return ReadWhole(json.at("terminal"), "storage_limit", 0, kMostStorage); });
+                            [&] { return ReadWhole(json.at("terminal"), "storage_limit", 0, kMaxStorage); });
   return faults;
 }
 
@@ -180,7 +180,7 @@ Scenario Read(const Json& json, const std::string& directory) {
   scenario.description = ReadText(json, "description");
   if (json.contains("$schema")) static_cast<void>(ReadText(json, "$schema"));
   if (json.contains("timeout_s"))
-    scenario.time_limit = std::chrono::seconds(ReadWhole(json, "timeout_s", 1, kMostSeconds));
+    scenario.time_limit = std::chrono::seconds(ReadWhole(json, "timeout_s", 1, kMaxSeconds));
   if (json.contains("terminal"))
     scenario.terminal = In(json.at("terminal"), "terminal",
                            [&] { return ReadTerminal(ReadObject(json, "terminal"), directory); });

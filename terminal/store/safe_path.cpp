@@ -11,16 +11,16 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostPath = 4096;
-constexpr std::size_t kMostStep = 255;
-constexpr int kMostDepth = 64;  // of directories that we did not make ourselves
+constexpr std::size_t kMaxPath = 4096;
+constexpr std::size_t kMaxStep = 255;
+constexpr int kMaxDepth = 64;  // of directories that we did not make ourselves
 
 struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
 bool IsStep(const std::string& step) {
-  return step != "." && step != ".." && step.size() <= kMostStep;
+  return step != "." && step != ".." && step.size() <= kMaxStep;
 }
 
 std::uint64_t SizeBelow(int directory, int depth) {
@@ -37,7 +37,7 @@ std::uint64_t SizeBelow(int directory, int depth) {
 }  // namespace
 
 std::optional<std::vector<std::string>> StepsOf(std::string_view path) {
-  if (!path.starts_with('/') || path.size() > kMostPath || path.find('\0') != std::string_view::npos)
+  if (!path.starts_with('/') || path.size() > kMaxPath || path.find('\0') != std::string_view::npos)
     return std::nullopt;
   std::vector<std::string> steps;
   while (!path.empty()) {
@@ -91,7 +91,7 @@ bool IsPlainFile(int directory, const std::string& name, std::uint64_t* size) {
 }
 
 std::uint64_t SizeBelow(int directory) {
-  return SizeBelow(directory, kMostDepth);
+  return SizeBelow(directory, kMaxDepth);
 }
 
 }  // namespace gwq::terminal

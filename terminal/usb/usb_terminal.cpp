@@ -12,7 +12,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostReports = 4096;
+constexpr std::size_t kMaxReports = 4096;
 
 // Finishes a transfer before its time, with what it has moved.
 void Abandon(Urb& urb, int status) {
@@ -273,7 +273,7 @@ void UsbTerminal::CollectAnswers() {
       const std::size_t size = std::min(kReportSize, answer->size() - offset);
       Bytes report(first, first + static_cast<std::ptrdiff_t>(size));
       report.resize(kReportSize);
-      if (reports_.size() >= kMostReports) reports_.pop_front();  // a host that asks and never reads
+      if (reports_.size() >= kMaxReports) reports_.pop_front();  // a host that asks and never reads
       reports_.push_back(std::move(report));
     }
   }

@@ -95,7 +95,7 @@ const char* WhyMalformed(std::span<const std::uint8_t, kCommandSize> header) {
   if (Number32(header) != kSubmitCommand) return "an unknown command";
   if (Number32(header.subspan(12)) > 1) return "a transfer in no direction";
   if (Number32(header.subspan(16)) > 15) return "an impossible endpoint";
-  if (Number32(header.subspan(24)) > kMostTransferred) return "a transfer of impossible length";
+  if (Number32(header.subspan(24)) > kMaxTransferred) return "a transfer of impossible length";
   const std::uint32_t packets = Number32(header.subspan(32));
   return packets == 0 || packets == kNotIsochronous ? nullptr : "an isochronous transfer";
 }

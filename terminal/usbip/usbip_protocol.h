@@ -16,7 +16,7 @@
 namespace gwq::terminal::usbip {
 
 inline constexpr std::uint16_t kVersion = 0x0111;
-inline constexpr std::size_t kMostTransferred = std::size_t{1} << 20U;  // bytes in one transfer
+inline constexpr std::size_t kMaxTransferred = std::size_t{1} << 20U;  // bytes in one transfer
 
 // Before the import: operations, a header each, and with an import the name of the device.
 inline constexpr std::size_t kOperationSize = 8;
@@ -45,7 +45,7 @@ inline constexpr std::size_t kCommandSize = 48;
 struct Submit {
   std::uint32_t sequence = 0;
   std::uint8_t endpoint = 0;  // with the direction in its highest bit
-  std::size_t length = 0;     // at most kMostTransferred
+  std::size_t length = 0;     // at most kMaxTransferred
   std::array<std::uint8_t, kSetupSize> setup{};
 
   [[nodiscard]] bool IsIn() const { return (endpoint & 0x80) != 0; }

@@ -17,9 +17,9 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostConnections = 32;
-constexpr Time kPatience{10'000};                             // with who imports nothing
-constexpr std::size_t kMostUnsent = std::size_t{256} << 10U;  // no more is read until there is less
+constexpr std::size_t kMaxConnections = 32;
+constexpr Time kPatience{10'000};                            // with who imports nothing
+constexpr std::size_t kMaxUnsent = std::size_t{256} << 10U;  // no more is read until there is less
 
 sockaddr* Generic(sockaddr_in& address) {
   return reinterpret_cast<sockaddr*>(&address);
@@ -89,7 +89,7 @@ void UsbIpServer::Advance(Time now) {
 
 void UsbIpServer::Accept() {
   UniqueFd socket(accept4(listener_.Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-  if (!socket || connections_.size() >= kMostConnections) return;
+  if (!socket || connections_.size() >= kMaxConnections) return;
   const int on = 1;
   setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   auto connection = std::make_unique<Connection>(std::move(socket), plug_, clock_.Now() + kPatience);
@@ -136,7 +136,7 @@ bool UsbIpServer::Send(Connection& connection) {
 }
 
 void UsbIpServer::WatchAsNeeded(Connection& connection) {
-  const bool reads = !connection.session.IsOver() && connection.unsent.size() < kMostUnsent;
+  const bool reads = !connection.session.IsOver() && connection.unsent.size() < kMaxUnsent;
   connection.watch.Want((reads ? EventLoop::kIn : 0U) | (connection.unsent.empty() ? 0U : EventLoop::kOut));
 }
 

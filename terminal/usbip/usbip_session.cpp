@@ -111,7 +111,7 @@ void UsbIpSession::SubmitTransfer(const usbip::Submit& submit, std::span<const s
   if (Contradicts(submit)) return Reply(usbip::SubmitReply(submit.sequence, -EPIPE, 0, {}));
   Urb urb = UrbOf(submit, data);
   const std::size_t size = urb.payload.size();
-  if (pending_ >= kMostPending || pending_bytes_ + size > kMostPendingBytes)
+  if (pending_ >= kMaxPending || pending_bytes_ + size > kMaxPendingBytes)
     return Fail("too many transfers at a time");
   if (plug_.Terminal().Submit(client_, std::move(urb)) != 0)
     return Reply(usbip::SubmitReply(submit.sequence, -EPIPE, 0, {}));

@@ -40,8 +40,8 @@ class UsbIpPlug final : public UsbPlug {
 
 class UsbIpSession {
  public:
-  static constexpr std::size_t kMostPending = 1024;  // transfers
-  static constexpr std::size_t kMostPendingBytes = std::size_t{16} << 20U;
+  static constexpr std::size_t kMaxPending = 1024;  // transfers
+  static constexpr std::size_t kMaxPendingBytes = std::size_t{16} << 20U;
 
   // `plug` must outlive the session.
   explicit UsbIpSession(UsbIpPlug& plug) : plug_(plug) {}

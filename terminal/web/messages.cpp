@@ -12,11 +12,11 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kMostTyped = 32;
-constexpr std::size_t kMostPoints = 10'000;
+constexpr std::size_t kMaxTyped = 32;
+constexpr std::size_t kMaxPoints = 10'000;
 constexpr std::size_t kLongestRates = 500;
-constexpr int kMostPressure = 1023;
-constexpr int kMostTimeMs = 3'600'000;
+constexpr int kMaxPressure = 1023;
+constexpr int kMaxTimeMs = 3'600'000;
 constexpr std::size_t kLongestMessage = std::size_t{1} << 18;
 
 // Whatever the bytes are, the page gets a text.
@@ -82,8 +82,8 @@ std::optional<PenPoint> ReadPoint(const Json& json) {
   if (!json.is_array() || json.size() != 4) return std::nullopt;
   const auto x = ReadNumber(json[0], kSignatureWidth - 1);
   const auto y = ReadNumber(json[1], kSignatureHeight - 1);
-  const auto pressure = ReadNumber(json[2], kMostPressure);
-  const auto time = ReadNumber(json[3], kMostTimeMs);
+  const auto pressure = ReadNumber(json[2], kMaxPressure);
+  const auto time = ReadNumber(json[3], kMaxTimeMs);
   if (!x || !y || !pressure || !time) return std::nullopt;
   return PenPoint{*x, *y, *pressure, *time};
 }
@@ -91,7 +91,7 @@ std::optional<PenPoint> ReadPoint(const Json& json) {
 // The pen has left the pad at the end.
 std::optional<std::vector<PenPoint>> ReadStrokes(const Json& json) {
   const auto strokes = json.find("strokes");
-  if (strokes == json.end() || !strokes->is_array() || strokes->size() > kMostPoints) return std::nullopt;
+  if (strokes == json.end() || !strokes->is_array() || strokes->size() > kMaxPoints) return std::nullopt;
   std::vector<PenPoint> points;
   for (const Json& point : *strokes) {
     const auto read = ReadPoint(point);
@@ -110,7 +110,7 @@ std::optional<ScreenAction> ReadAction(const Json& json) {
   if (kind == "confirm") return ScreenAction{Kind::kConfirm, {}, {}, {}};
   if (kind == "cancel") return ScreenAction{Kind::kCancel, {}, {}, {}};
   if (kind == "walk_away") return ScreenAction{};
-  if (text.size() > kMostTyped) return std::nullopt;
+  if (text.size() > kMaxTyped) return std::nullopt;
   if (kind == "key") return ScreenAction{Kind::kKey, std::move(text), {}, {}};
   if (kind == "digits" && text.find_first_not_of("0123456789") == std::string::npos)
     return ScreenAction{Kind::kDigits, std::move(text), {}, {}};

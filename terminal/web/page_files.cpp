@@ -29,7 +29,7 @@ constexpr std::array<std::pair<std::string_view, const char*>, 6> kStoredTypes{{
                                                                                 {".gif", "image/gif"},
                                                                                 {".bmp", "image/bmp"},
                                                                                 {".pdf", "application/pdf"}}};
-constexpr std::uint64_t kMostRead = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMaxRead = std::uint64_t{64} << 20;
 
 const char* Find(Types types, std::string_view name) {
   std::string lower(name);
@@ -64,7 +64,7 @@ const char* TypeOfStored(std::string_view path) {
 
 std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path) {
   const auto reader = files.Open(path);
-  if (!reader || reader->Size() > kMostRead) return std::nullopt;
+  if (!reader || reader->Size() > kMaxRead) return std::nullopt;
   std::string content(static_cast<std::size_t>(reader->Size()), '\0');
   std::size_t done = 0;
   while (done < content.size()) {

@@ -22,8 +22,8 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostSockets = 8;
-constexpr std::size_t kMostLines = 300;
+constexpr std::size_t kMaxSockets = 8;
+constexpr std::size_t kMaxLines = 300;
 constexpr guint64 kLongestMessage = 1 << 18;
 constexpr std::int64_t kMaxBacklog = 16 << 20;  // several times the longest message to a page
 constexpr const char* kSocketPath = "socket";
@@ -259,7 +259,7 @@ void PageServer::ServeFile(SoupServerMessage* message, const std::string& path, 
 void PageServer::Open(SoupServer*, SoupServerMessage* message, const char*, SoupWebsocketConnection* socket,
                       gpointer self) {
   auto& server = *static_cast<PageServer*>(self);
-  if (server.pages_.size() == kMostSockets)
+  if (server.pages_.size() == kMaxSockets)
     return soup_websocket_connection_close(socket, SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION, "too many pages");
   soup_websocket_connection_set_max_incoming_payload_size(socket, kLongestMessage);
   g_signal_connect(socket, "message", G_CALLBACK(Hear), self);
@@ -319,7 +319,7 @@ void PageServer::Update() {
   Tell(told_.link, LinkMessage(terminal_.is_plugged(), static_cast<bool>(terminal_.plug), terminal_.rates));
   if (events.empty() && !told_.files.empty()) return;
   lines_.insert(lines_.end(), events.begin(), events.end());
-  while (lines_.size() > kMostLines) lines_.pop_front();
+  while (lines_.size() > kMaxLines) lines_.pop_front();
   std::vector<std::string> paths;
   terminal_.use([&paths](Device& device, Time) { paths = StoredFiles(device.Files()); });
   Tell(told_.files, FilesMessage(paths));

@@ -6,7 +6,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostEvents = 1000;
+constexpr std::size_t kMaxEvents = 1000;
 
 }  // namespace
 
@@ -14,7 +14,7 @@ TraceSink PageTrace::Sink() {
   return [this](const TraceEvent& event) {
     {
       const std::lock_guard lock(mutex_);
-      if (events_.size() == kMostEvents) events_.erase(events_.begin());
+      if (events_.size() == kMaxEvents) events_.erase(events_.begin());
       events_.push_back(event);
     }
     wake_();

@@ -26,7 +26,7 @@ using terminal::Time;
 using terminal::TransferFate;
 
 constexpr std::size_t kReport = 1024;
-constexpr std::size_t kMostReports = 4096;
+constexpr std::size_t kMaxReports = 4096;
 constexpr std::int64_t kAbsenceMs = 700;
 
 class Bus {
@@ -112,7 +112,7 @@ class Bus {
         const auto first = answer->begin() + static_cast<std::ptrdiff_t>(at);
         Bytes report(first, first + static_cast<std::ptrdiff_t>(std::min(kReport, answer->size() - at)));
         report.resize(kReport);
-        if (reports_.size() >= kMostReports) reports_.pop_front();
+        if (reports_.size() >= kMaxReports) reports_.pop_front();
         reports_.push_back(std::move(report));
       }
     }

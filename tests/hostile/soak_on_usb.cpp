@@ -17,7 +17,7 @@ namespace {
 
 // What the line did is not seen from here. A transfer out may take its whole second five times
 // over; the files that are pulled have a few reports.
-constexpr Traffic kMostTraffic = {.stalled_ms = 10'000, .reports = 10};
+constexpr Traffic kMaxTraffic = {.stalled_ms = 10'000, .reports = 10};
 
 std::int64_t NowMs() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -45,7 +45,7 @@ int Run(char** argv) {
   plan.seed = std::strtoull(argv[3], nullptr, 10);
   plan.scene = {
       .now_ms = NowMs, .serial_port = 78, .long_text = 20'000, .directory = directory.Path().string()};
-  plan.take_traffic = [] { return kMostTraffic; };
+  plan.take_traffic = [] { return kMaxTraffic; };
   plan.before_call = [](Caller&) {};
   return Soak(LoadLibrary(), plan) == 0 ? 0 : 1;
 }

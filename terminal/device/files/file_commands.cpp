@@ -10,7 +10,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostVersionLine = 64;
+constexpr std::size_t kMaxVersionLine = 64;
 
 std::string TypeAndName(int type, std::string_view name) {
   return " type " + std::to_string(type) + " " + ShownName(name);
@@ -29,7 +29,7 @@ std::string Joined(const std::vector<std::string>& names) {
 
 // The first line, if it is "version|build date" in printable characters.
 std::optional<Settings> ReadVersionLine(FileReader& firmware) {
-  std::array<std::uint8_t, kMostVersionLine> front{};
+  std::array<std::uint8_t, kMaxVersionLine> front{};
   const std::size_t size = firmware.Read(front).value_or(0);
   const std::string_view text(reinterpret_cast<const char*>(front.data()), size);
   const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
@@ -43,14 +43,14 @@ std::optional<Settings> ReadVersionLine(FileReader& firmware) {
 
 }  // namespace
 
-FileCommands::FileCommands(Outlet& outlet, CommandReader& reader, FileSystem& files, FileFaults faults,
+FileCommands::FileCommands(HostChannel& host, CommandReader& reader, FileSystem& files, FileFaults faults,
                            Settings& settings)
-    : outlet_(outlet),
+    : host_(host),
       files_(files),
       settings_(settings),
       faults_(std::move(faults)),
-      push_(outlet, reader, files, faults_),
-      pull_(outlet, faults_.Script().pull),
+      push_(host, reader, files, faults_),
+      pull_(host, faults_.Script().pull),
       text_download_(files) {}
 
 void FileCommands::AddTo(TextCommands& table) {
@@ -70,16 +70,16 @@ void FileCommands::StopPull() {
 }
 
 void FileCommands::Do(const std::string& step, const std::string& detail, const std::function<void()>& run) {
-  outlet_.Describe(detail);
+  host_.Describe(detail);
   const Verdict verdict = faults_.Next(step);
-  if (verdict != Verdict::kNone) return AnswerVerdict(outlet_, verdict);
+  if (verdict != Verdict::kNone) return AnswerVerdict(host_, verdict);
   run();
 }
 
 void FileCommands::DoQuietly(const std::string& step, const std::string& detail,
                              const std::function<void()>& run) {
-  outlet_.Describe(detail);
-  if (faults_.Next(step) != Verdict::kNone) return outlet_.Note("nothing is done, as scripted");
+  host_.Describe(detail);
+  if (faults_.Next(step) != Verdict::kNone) return host_.Note("nothing is done, as scripted");
   run();
 }
 
@@ -87,31 +87,30 @@ void FileCommands::PullFile(std::string_view name) {
   Do("PULLFILE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
     auto file = path ? files_.Open(*path) : nullptr;
-    if (!file) return AnswerRefusal(outlet_);
+    if (!file) return AnswerRefusal(host_);
     pull_.Start(std::move(file), ShownName(name));
   });
 }
 
 void FileCommands::TakeResponse(std::string_view text) {
   const bool accepted = text == "0";
-  outlet_.Describe(accepted ? ", accepted" : ", rejected");
+  host_.Describe(accepted ? ", accepted" : ", rejected");
   pull_.TakeResponse(accepted);
 }
 
 void FileCommands::ListFiles(int type) {
   Do("GETFILELIST", " type " + std::to_string(type), [&] {
     const auto names = files_.List(MediaDirectory(type));
-    AnswerText(outlet_, Joined(names),
-               std::to_string(names.size()) + (names.size() == 1 ? " name" : " names"));
+    AnswerText(host_, Joined(names), std::to_string(names.size()) + (names.size() == 1 ? " name" : " names"));
   });
 }
 
 void FileCommands::Delete(int type, std::string_view name) {
   Do("DELETE", TypeAndName(type, name), [&] {
-    if (Remove(type, name)) return AnswerDone(outlet_);
-    AnswerRefusal(outlet_);
+    if (Remove(type, name)) return AnswerDone(host_);
+    AnswerRefusal(host_);
   });
-  outlet_.LetAnswersLapse();
+  host_.LetAnswersLapse();
 }
 
 bool FileCommands::Remove(int type, std::string_view name) {
@@ -136,10 +135,10 @@ void FileCommands::TakePiece(int type, std::string_view name_and_record) {
   Do("DOWNLOAD", TypeAndName(type, name), [&] {
     const std::string_view record = name_and_record.substr(std::min(bar + 1, name_and_record.size()));
     const auto [result, text] = text_download_.Take(type, name, record);
-    outlet_.Note(text);
-    if (result == FileResult::kDone) return AnswerDone(outlet_);
-    if (result == FileResult::kFailed) return AnswerFailure(outlet_);
-    AnswerRefusal(outlet_);
+    host_.Note(text);
+    if (result == FileResult::kDone) return AnswerDone(host_);
+    if (result == FileResult::kFailed) return AnswerFailure(host_);
+    AnswerRefusal(host_);
   });
 }
 
@@ -147,15 +146,15 @@ void FileCommands::TakePiece(int type, std::string_view name_and_record) {
 void FileCommands::Query(std::string_view name) {
   Do("SPECQUERYFILE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
-    if (!path || !files_.Open(*path)) return AnswerRefusal(outlet_);
-    AnswerText(outlet_, name, "it is there");
+    if (!path || !files_.Open(*path)) return AnswerRefusal(host_);
+    AnswerText(host_, name, "it is there");
   });
 }
 
 void FileCommands::DeleteQrCode() {
   DoQuietly("QRCODEDELETE", "", [&] {
     const FileResult result = files_.Remove(std::string(kQrCodePath));
-    outlet_.Note(result == FileResult::kDone ? "the QR code is gone" : "there is no QR code");
+    host_.Note(result == FileResult::kDone ? "the QR code is gone" : "there is no QR code");
   });
 }
 
@@ -165,7 +164,7 @@ void FileCommands::Update(std::string_view name) {
   DoQuietly("UPDATE", " " + ShownName(name), [&] {
     const auto path = NameFromHost(name);
     const auto firmware = path ? files_.Open(*path) : nullptr;
-    if (!firmware) return outlet_.Note("there is no such firmware");
+    if (!firmware) return host_.Note("there is no such firmware");
     Install(*firmware);
   });
 }
@@ -173,11 +172,11 @@ void FileCommands::Update(std::string_view name) {
 void FileCommands::Install(FileReader& firmware) {
   const std::string size = ShownSize(firmware.Size());
   const auto version = ReadVersionLine(firmware);
-  if (!version) return outlet_.Note(std::string("firmware of ") + size + " installed, the version stays");
+  if (!version) return host_.Note(std::string("firmware of ") + size + " installed, the version stays");
   settings_.version = version->version;
   settings_.build_date = version->build_date;
-  outlet_.Note(std::string("firmware of ") + size + " installed, now " + settings_.version + "|" +
-               settings_.build_date);
+  host_.Note(std::string("firmware of ") + size + " installed, now " + settings_.version + "|" +
+             settings_.build_date);
 }
 
 }  // namespace gwq::terminal

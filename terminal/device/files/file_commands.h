@@ -25,7 +25,7 @@
 #include "device/files/pull.h"
 #include "device/files/push.h"
 #include "device/files/text_download.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/settings.h"
 #include "device/text_commands.h"
 #include "protocol/command_reader.h"
@@ -35,7 +35,7 @@ namespace gwq::terminal {
 class FileCommands {
  public:
   // `settings` changes with a firmware update. All must outlive this object.
-  FileCommands(Outlet& outlet, CommandReader& reader, FileSystem& files, FileFaults faults,
+  FileCommands(HostChannel& host, CommandReader& reader, FileSystem& files, FileFaults faults,
                Settings& settings);
 
   // This object must outlive the table.
@@ -65,7 +65,7 @@ class FileCommands {
   void Update(std::string_view name);
   void Install(FileReader& firmware);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   FileSystem& files_;
   Settings& settings_;
   FaultCounter faults_;

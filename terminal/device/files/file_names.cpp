@@ -12,8 +12,8 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostShown = 60;
-constexpr std::size_t kMostBytesOfACharacter = 4;
+constexpr std::size_t kMaxShown = 60;
+constexpr std::size_t kMaxCharacterSize = 4;
 
 bool IsControl(char c) {
   const auto byte = static_cast<unsigned char>(c);
@@ -35,7 +35,7 @@ std::optional<std::string> Convert(const char* to, const char* from, std::string
   if (std::bit_cast<std::intptr_t>(opened) == -1) return std::nullopt;
   const std::unique_ptr<void, Closer> converter(opened);
   std::string in(text);
-  std::string out(text.size() * kMostBytesOfACharacter + kMostBytesOfACharacter, '\0');
+  std::string out(text.size() * kMaxCharacterSize + kMaxCharacterSize, '\0');
   char* read = in.data();
   char* write = out.data();
   std::size_t unread = in.size();
@@ -111,7 +111,7 @@ std::optional<std::string> PlaceFor(int type, std::string_view host_name) {
 
 std::string ShownName(std::string_view name) {
   const std::string text = NameFromHost(name).value_or(std::string(name));
-  std::string shown = text.substr(0, CutAtCharacter(text, kMostShown));
+  std::string shown = text.substr(0, CutAtCharacter(text, kMaxShown));
   if (!IsUtf8(shown)) return std::string("(").append(ShownSize(name.size())).append(" that are no text)");
   std::replace_if(shown.begin(), shown.end(), IsControl, '.');
   return shown.size() < text.size() ? shown + "..." : shown;

@@ -28,19 +28,19 @@ void Pull::Start(std::unique_ptr<FileReader> file, const std::string& name) {
 }
 
 void Pull::TakeResponse(bool accepted) {
-  if (!transfer_) return outlet_.Note("no packet waits for that");
+  if (!transfer_) return host_.Note("no packet waits for that");
   if (!accepted) return Stop("the host rejects it");
   if (!transfer_->ended) return SendNext();
-  outlet_.Note(std::string("pull ") + transfer_->name + ": " + ShownSize(transfer_->size) + " in " +
-               Packets(transfer_->packets));
+  host_.Note(std::string("pull ") + transfer_->name + ": " + ShownSize(transfer_->size) + " in " +
+             Packets(transfer_->packets));
   transfer_.reset();
 }
 
 void Pull::Stop(const std::string& why) {
   if (!transfer_) return;
-  outlet_.Note(std::string("pull ") + transfer_->name + ": over, " + why);
+  host_.Note(std::string("pull ") + transfer_->name + ": over, " + why);
   transfer_.reset();
-  outlet_.Withdraw();
+  host_.Withdraw();
 }
 
 void Pull::Advance(Time now) {
@@ -103,11 +103,11 @@ void Pull::Send(Bytes packet, const std::string& what) {
   const std::uint64_t left =
       faults_.stop_after_reports ? *faults_.stop_after_reports - transfer_->reports : reports;
   transfer_->reports += std::min(reports, left);
-  transfer_->gives_up_at = outlet_.Now() + kPatience;
+  transfer_->gives_up_at = host_.Now() + kPatience;
   if (left < reports) packet.resize(left * kPacketReportSize);
-  if (!packet.empty()) outlet_.Answer(std::move(packet), what);
+  if (!packet.empty()) host_.Answer(std::move(packet), what);
   if (left >= reports) return;
-  outlet_.Note(std::string("pull ") + transfer_->name + ": falls silent as scripted");
+  host_.Note(std::string("pull ") + transfer_->name + ": falls silent as scripted");
   transfer_.reset();
 }
 

@@ -20,7 +20,7 @@
 
 #include "device/files/file_faults.h"
 #include "device/files/file_system.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "protocol/transfer_packet.h"
 
 namespace gwq::terminal {
@@ -31,7 +31,7 @@ class Pull {
   // A host takes its time over the reports of a packet.
   static constexpr Time kPatience{10000};
 
-  Pull(Outlet& outlet, const PullFaults& faults) : outlet_(outlet), faults_(faults) {}
+  Pull(HostChannel& host, const PullFaults& faults) : host_(host), faults_(faults) {}
 
   // `name` is for the trace.
   void Start(std::unique_ptr<FileReader> file, const std::string& name);
@@ -61,7 +61,7 @@ class Pull {
   void Spoil(Bytes& packet, const std::string& step);
   void Send(Bytes packet, const std::string& what);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   const PullFaults& faults_;
   std::unique_ptr<Transfer> transfer_;
 };

@@ -9,23 +9,23 @@ namespace gwq::terminal {
 namespace {
 
 // A type and a path, with room to spare.
-constexpr std::size_t kMostEndPayload = 4096;
+constexpr std::size_t kMaxEndPayload = 4096;
 
 }  // namespace
 
-void AnswerVerdict(Outlet& outlet, Verdict verdict) {
-  if (verdict == Verdict::kRefuse) return AnswerRefusal(outlet);
-  if (verdict == Verdict::kFail) return AnswerFailure(outlet);
-  outlet.Note("not answered, as scripted");
+void AnswerVerdict(HostChannel& host, Verdict verdict) {
+  if (verdict == Verdict::kRefuse) return AnswerRefusal(host);
+  if (verdict == Verdict::kFail) return AnswerFailure(host);
+  host.Note("not answered, as scripted");
 }
 
 void Push::ChangeMode() {
   faults_.StartTransfer();
   const Verdict verdict = faults_.Next("HIDCHANGE");
-  if (verdict != Verdict::kNone) return AnswerVerdict(outlet_, verdict);
+  if (verdict != Verdict::kNone) return AnswerVerdict(host_, verdict);
   writer_.reset();
   reader_.ExpectPackets(*this);
-  AnswerDone(outlet_);
+  AnswerDone(host_);
 }
 
 void Push::BeginPacket(const PacketHeader& header) {
@@ -38,7 +38,7 @@ void Push::BeginPacket(const PacketHeader& header) {
 void Push::TakePayload(std::span<const std::uint8_t> piece) {
   folded_ = FoldXor(piece, folded_);
   if (header_.Is(PacketType::kData) && writer_ && appended_) appended_ = writer_->Append(piece);
-  const bool keep = header_.Is(PacketType::kEnd) && header_.length <= kMostEndPayload;
+  const bool keep = header_.Is(PacketType::kEnd) && header_.length <= kMaxEndPayload;
   if (keep) end_payload_.insert(end_payload_.end(), piece.begin(), piece.end());
 }
 
@@ -58,7 +58,7 @@ void Push::EndPacket() {
 void Push::PacketsOver(const char* why) {
   const bool unfinished = writer_ != nullptr;
   writer_.reset();
-  outlet_.Note(std::string("push: over (") + why + (unfinished ? "), the file is dropped" : ")"));
+  host_.Note(std::string("push: over (") + why + (unfinished ? "), the file is dropped" : ")"));
 }
 
 Push::Outcome Push::Judge(const std::string& step, Outcome (Push::*own)()) {
@@ -111,10 +111,10 @@ Push::Outcome Push::Store(int type, std::string_view name) {
 }
 
 void Push::Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome) {
-  outlet_.Trace(CommandReceived{&packet, detail + ", " + outcome.text});
-  if (outcome.verdict == Verdict::kNone) return AnswerDone(outlet_);
+  host_.Trace(CommandReceived{&packet, detail + ", " + outcome.text});
+  if (outcome.verdict == Verdict::kNone) return AnswerDone(host_);
   writer_.reset();
-  AnswerVerdict(outlet_, outcome.verdict);
+  AnswerVerdict(host_, outcome.verdict);
 }
 
 }  // namespace gwq::terminal

@@ -21,7 +21,7 @@
 
 #include "device/files/file_faults.h"
 #include "device/files/file_system.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "protocol/command_reader.h"
 #include "protocol/transfer_packet.h"
 
@@ -29,8 +29,8 @@ namespace gwq::terminal {
 
 class Push final : public PacketSink {
  public:
-  Push(Outlet& outlet, CommandReader& reader, FileSystem& files, FaultCounter& faults)
-      : outlet_(outlet), reader_(reader), files_(files), faults_(faults) {}
+  Push(HostChannel& host, CommandReader& reader, FileSystem& files, FaultCounter& faults)
+      : host_(host), reader_(reader), files_(files), faults_(faults) {}
 
   void ChangeMode();
 
@@ -55,7 +55,7 @@ class Push final : public PacketSink {
   [[nodiscard]] bool IsCut() const;
   void Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   CommandReader& reader_;
   FileSystem& files_;
   FaultCounter& faults_;
@@ -69,6 +69,6 @@ class Push final : public PacketSink {
 };
 
 // Answers as the script of faults wants it; not to be called with kNone.
-void AnswerVerdict(Outlet& outlet, Verdict verdict);
+void AnswerVerdict(HostChannel& host, Verdict verdict);
 
 }  // namespace gwq::terminal

@@ -13,7 +13,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr int kLeastPinDigits = 4;
+constexpr int kMinPinDigits = 4;
 constexpr int kLongestTimeout = 999;
 constexpr const char* kDamaged = ", damaged record";
 constexpr std::uint8_t kShortBlockMark = 0x10;  // before a block of 8 bytes
@@ -51,8 +51,8 @@ std::string Place(const KeyRecord& record) {
 
 }  // namespace
 
-CounterCommands::CounterCommands(Outlet& outlet, PinEntry& entry, const Settings& settings)
-    : outlet_(outlet), entry_(entry), settings_(settings) {}
+CounterCommands::CounterCommands(HostChannel& host, KeyEntry& entry, const Settings& settings)
+    : host_(host), entry_(entry), settings_(settings) {}
 
 void CounterCommands::AddTo(TextCommands& table) {
   table.Add(Row("GETVERSION"), [this](const Match&) { TellVersion(); });
@@ -79,33 +79,33 @@ void CounterCommands::AddTo(TextCommands& table) {
 
 void CounterCommands::TellVersion() {
   const std::string text = settings_.version + "|" + settings_.build_date;
-  AnswerText(outlet_, text, "version " + text);
+  AnswerText(host_, text, "version " + text);
 }
 
 // The common version and the private one.
 void CounterCommands::TellFirmwareVersion() {
   const std::string text = settings_.version + "|P" + settings_.build_date;
-  AnswerText(outlet_, text, "version " + text);
+  AnswerText(host_, text, "version " + text);
 }
 
 // The settings of a PIN entry are not answered, unless their value is impossible.
 
 void CounterCommands::SetPinLength(int digits) {
-  outlet_.Describe(" " + std::to_string(digits));
-  if (digits < 1 || digits > static_cast<int>(kMostPinDigits)) return AnswerRefusal(outlet_);
+  host_.Describe(" " + std::to_string(digits));
+  if (digits < 1 || digits > static_cast<int>(kMaxPinDigits)) return AnswerRefusal(host_);
   pin_digits_ = digits;
 }
 
 // How the digits are shown while they are keyed. Only style 0, a star for each
 // digit, makes sense for a PIN.
 void CounterCommands::SetDisplay(int style) {
-  outlet_.Describe(" " + std::to_string(style));
-  if (style != 0) AnswerRefusal(outlet_);
+  host_.Describe(" " + std::to_string(style));
+  if (style != 0) AnswerRefusal(host_);
 }
 
 void CounterCommands::SetTimeout(int seconds) {
-  outlet_.Describe(" " + std::to_string(seconds) + " s");
-  if (seconds < 1 || seconds > kLongestTimeout) return AnswerRefusal(outlet_);
+  host_.Describe(" " + std::to_string(seconds) + " s");
+  if (seconds < 1 || seconds > kLongestTimeout) return AnswerRefusal(host_);
   timeout_ = std::chrono::seconds(seconds);
 }
 
@@ -141,13 +141,13 @@ void CounterCommands::ResetKeys() {
 // up to a CR for the PIN. The refusal has none, so the host runs into its own
 // time-out instead of taking it for an empty PIN.
 void CounterCommands::StartClearEntry(bool again) {
-  outlet_.Describe((again ? ", mode 1, " : ", mode 0, ") + Seconds(timeout_));
+  host_.Describe((again ? ", mode 1, " : ", mode 0, ") + Seconds(timeout_));
   entry_.Start(Request(again, false), [this](std::span<const std::uint8_t> digits) {
     Bytes answer;
     answer.reserve(digits.size() + 1);
     answer.assign(digits.begin(), digits.end());
     answer.push_back(kCr);
-    outlet_.Answer(std::move(answer), "PIN in clear (" + std::to_string(digits.size()) + " digits, masked)");
+    host_.Answer(std::move(answer), "PIN in clear (" + std::to_string(digits.size()) + " digits, masked)");
   });
 }
 
@@ -161,9 +161,9 @@ void CounterCommands::StartClearEntry(bool again) {
 void CounterCommands::StartBlockEntry(const Match& match, Build build) {
   const int cipher = match.numbers[0];
   const int prompt = match.numbers[1];
-  outlet_.Describe(", " + std::to_string(cipher) + " " + std::to_string(prompt) + ", " + Seconds(timeout_));
+  host_.Describe(", " + std::to_string(cipher) + " " + std::to_string(prompt) + ", " + Seconds(timeout_));
   const bool account_fits = match.text.find_first_not_of("0123456789") == std::string_view::npos;
-  if (cipher > 1 || prompt > 3 || !account_fits || !HasKeyFor(cipher)) return AnswerRefusal(outlet_);
+  if (cipher > 1 || prompt > 3 || !account_fits || !HasKeyFor(cipher)) return AnswerRefusal(host_);
   const auto on_keyed = [this, made = std::move(build)](std::span<const std::uint8_t> digits) {
     AnswerBlock(digits, made);
   };
@@ -179,21 +179,21 @@ bool CounterCommands::HasKeyFor(int cipher) const {
 void CounterCommands::AnswerBlock(std::span<const std::uint8_t> digits, const Build& build) {
   const SecretBytes* key = keys_.Active();
   const auto clear = build(digits);
-  if (key == nullptr || !clear) return AnswerRefusal(outlet_);
+  if (key == nullptr || !clear) return AnswerRefusal(host_);
   const auto block = Encipher(*key, *clear);
-  if (!block) return AnswerRefusal(outlet_);
+  if (!block) return AnswerRefusal(host_);
   const std::uint8_t mark[] = {kShortBlockMark};
   Bytes answer{kStx};
   AppendSplit(answer, mark);
   AppendSplit(answer, *block);
   answer.push_back(kEtx);
-  outlet_.Answer(std::move(answer), "PIN block (" + std::to_string(block->size()) + " bytes)");
+  host_.Answer(std::move(answer), "PIN block (" + std::to_string(block->size()) + " bytes)");
 }
 
 // The length that was set is the most the customer may key.
 PinRequest CounterCommands::Request(bool again, bool ends_when_full) const {
   PinRequest request;
-  request.min_digits = std::min(kLeastPinDigits, pin_digits_);
+  request.min_digits = std::min(kMinPinDigits, pin_digits_);
   request.max_digits = pin_digits_;
   request.time_left = timeout_;
   request.again = again;
@@ -206,8 +206,8 @@ void CounterCommands::EndEntry() {
 }
 
 void CounterCommands::Accept(bool accepted, const std::string& detail) {
-  outlet_.Describe(detail);
-  AnswerKeyCommand(outlet_, accepted);
+  host_.Describe(detail);
+  AnswerKeyCommand(host_, accepted);
 }
 
 }  // namespace gwq::terminal

@@ -11,9 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include "device/outlet.h"
+#include "device/host_channel.h"
+#include "device/pad/key_entry.h"
 #include "device/pad/key_store.h"
-#include "device/pad/pin_entry.h"
 #include "device/settings.h"
 #include "device/text_commands.h"
 #include "protocol/pattern.h"
@@ -23,7 +23,7 @@ namespace gwq::terminal {
 class CounterCommands {
  public:
   // All must outlive this object.
-  CounterCommands(Outlet& outlet, PinEntry& entry, const Settings& settings);
+  CounterCommands(HostChannel& host, KeyEntry& entry, const Settings& settings);
 
   // This object must outlive the table.
   void AddTo(TextCommands& table);
@@ -55,8 +55,8 @@ class CounterCommands {
   // Tells the trace what it was.
   void Accept(bool accepted, const std::string& detail);
 
-  Outlet& outlet_;
-  PinEntry& entry_;
+  HostChannel& host_;
+  KeyEntry& entry_;
   const Settings& settings_;
   KeyStore keys_;
   int pin_digits_ = 12;

@@ -13,7 +13,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostPem = 16384;
+constexpr std::size_t kMaxPem = 16384;
 constexpr std::size_t kExponentBytes = 3;
 constexpr std::size_t kPointBytes = 64;
 constexpr std::size_t kCoordinateBytes = 32;
@@ -47,7 +47,7 @@ std::size_t RsaBits(PairKind kind) {
 std::optional<SecretBytes> ReadAll(FileSystem& files, const std::string& path) {
   const auto reader = files.Open(path);
   if (!reader) return std::nullopt;
-  SecretBytes content(kMostPem);
+  SecretBytes content(kMaxPem);
   content.resize(reader->Read(content).value_or(0));
   return content;
 }
@@ -63,9 +63,9 @@ bool AppendNumber(Bytes& out, EVP_PKEY* pair, const char* name, std::size_t size
 }
 
 void AppendDer(SecretBytes& out, std::uint8_t tag, std::span<const std::uint8_t> content) {
-  constexpr std::size_t kMostShortLength = 127;
+  constexpr std::size_t kMaxShortLength = 127;
   out.push_back(tag);
-  if (content.size() > kMostShortLength) out.push_back(0x81);
+  if (content.size() > kMaxShortLength) out.push_back(0x81);
   out.push_back(static_cast<std::uint8_t>(content.size()));
   out.insert(out.end(), content.begin(), content.end());
 }
@@ -82,8 +82,8 @@ void AppendInteger(SecretBytes& out, std::span<const std::uint8_t> number) {
 // SEQUENCE { INTEGER X, INTEGER Y, OCTET STRING C3, OCTET STRING C2 }. C2 is at most
 // a few dozen bytes, so that the length of the whole has one byte.
 std::optional<SecretBytes> AsSm2Cipher(std::span<const std::uint8_t> data) {
-  constexpr std::size_t kMostC2 = 64;
-  if (data.size() <= kPointBytes + kSm3Bytes || data.size() > kPointBytes + kSm3Bytes + kMostC2)
+  constexpr std::size_t kMaxC2 = 64;
+  if (data.size() <= kPointBytes + kSm3Bytes || data.size() > kPointBytes + kSm3Bytes + kMaxC2)
     return std::nullopt;
   const std::size_t c2_size = data.size() - kPointBytes - kSm3Bytes;
   SecretBytes content;

@@ -10,7 +10,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostAnswered = 4000;
+constexpr std::size_t kMaxAnswered = 4000;
 constexpr const char* kPath = "/tmp/encdata.txt";
 
 }  // namespace
@@ -21,24 +21,24 @@ void PadData::AddTo(TextCommands& table) {
 
 void PadData::Encipher(const Match& match) {
   const auto number = static_cast<std::size_t>(match.numbers[0]);
-  outlet_.Describe(", algorithm " + std::to_string(number) + " (" + std::to_string(match.text.size()) +
-                   " characters, masked)");
+  host_.Describe(", algorithm " + std::to_string(number) + " (" + std::to_string(match.text.size()) +
+                 " characters, masked)");
   files_.Remove(kPath);
   const auto data = ReadHexText(match.text);
   const bool fits = number < kAlgorithms && static_cast<std::size_t>(match.numbers[1]) == match.text.size();
-  if (!data || !fits) return AnswerFailure(outlet_);
+  if (!data || !fits) return AnswerFailure(host_);
   const auto algorithm = static_cast<Algorithm>(number);
   const SecretBytes* key = keys_.Working(algorithm);
-  if (key == nullptr) return AnswerRefusal(outlet_);
+  if (key == nullptr) return AnswerRefusal(host_);
   const auto enciphered = EncipherData(algorithm, *key, *data);
-  if (!enciphered) return AnswerFailure(outlet_);
+  if (!enciphered) return AnswerFailure(host_);
   const std::string text = ToHexText(*enciphered);
-  if (!Keep(text)) return AnswerFailure(outlet_);
+  if (!Keep(text)) return AnswerFailure(host_);
   Bytes answer{kStx, kAccepted};
   answer.insert(answer.end(), text.begin(),
-                text.begin() + std::ptrdiff_t(std::min(text.size(), kMostAnswered)));
+                text.begin() + std::ptrdiff_t(std::min(text.size(), kMaxAnswered)));
   answer.push_back(kEtx);
-  outlet_.Answer(std::move(answer), "enciphered data (" + std::to_string(text.size()) + " characters)");
+  host_.Answer(std::move(answer), "enciphered data (" + std::to_string(text.size()) + " characters)");
 }
 
 bool PadData::Keep(const std::string& text) {

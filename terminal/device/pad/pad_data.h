@@ -8,7 +8,7 @@
 #pragma once
 
 #include "device/files/file_system.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/pad/pad_keys.h"
 #include "device/text_commands.h"
 
@@ -17,8 +17,8 @@ namespace gwq::terminal {
 class PadData {
  public:
   // All must outlive this object.
-  PadData(Outlet& outlet, const PadKeys& keys, FileSystem& files)
-      : outlet_(outlet), keys_(keys), files_(files) {}
+  PadData(HostChannel& host, const PadKeys& keys, FileSystem& files)
+      : host_(host), keys_(keys), files_(files) {}
 
   // This object must outlive the table.
   void AddTo(TextCommands& table);
@@ -27,7 +27,7 @@ class PadData {
   void Encipher(const Match& match);
   [[nodiscard]] bool Keep(const std::string& text);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   const PadKeys& keys_;
   FileSystem& files_;
 };

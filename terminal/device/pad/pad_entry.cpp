@@ -11,8 +11,8 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr int kLeastPinDigits = 4;
-constexpr int kMostNumberDigits = 20;
+constexpr int kMinPinDigits = 4;
+constexpr int kMaxNumberDigits = 20;
 constexpr int kLongestTimeout = 999;
 constexpr std::size_t kAccountField = 12;
 constexpr std::uint8_t kSm4Padding = 8;
@@ -33,11 +33,11 @@ std::optional<NumberRequest> ReadNumberRequest(const Match& match) {
   const int display = match.numbers[2];
   const auto gbk = MergeSplit({reinterpret_cast<const std::uint8_t*>(match.text.data()), match.text.size()});
   const auto prompt = gbk ? TextFromGbk(AsText(*gbk)) : std::nullopt;
-  const bool fits = seconds >= 1 && seconds <= kLongestTimeout && digits <= kMostNumberDigits && display <= 2;
+  const bool fits = seconds >= 1 && seconds <= kLongestTimeout && digits <= kMaxNumberDigits && display <= 2;
   if (!fits || !prompt) return std::nullopt;
   NumberRequest request;
   request.prompt = *prompt;
-  request.max_digits = digits == 0 ? kMostNumberDigits : digits;
+  request.max_digits = digits == 0 ? kMaxNumberDigits : digits;
   request.display = static_cast<NumberRequest::Display>(display);
   request.time_left = std::chrono::seconds(seconds);
   return request;
@@ -59,18 +59,17 @@ void PadEntry::AddTo(TextCommands& texts, FramedCommands& frames) {
 
 void PadEntry::StartPin(int seconds, Arguments shown) {
   const std::string text = shown.empty() ? "" : ", with a text of " + std::to_string(shown.size()) + " bytes";
-  outlet_.Describe(", mode " + std::to_string(values_.pin_mode) + ", " + std::to_string(seconds) + " s" +
-                   text);
+  host_.Describe(", mode " + std::to_string(values_.pin_mode) + ", " + std::to_string(seconds) + " s" + text);
   if (keys_.Working(values_.CurrentAlgorithm()) == nullptr) return RefusePin();
   entry_.Start(
       Request(seconds, shown), [this](std::span<const std::uint8_t> digits) { AnswerBlock(digits); },
-      [this](PinEntry::End end) { EndPin(end); });
+      [this](KeyEntry::End end) { EndPin(end); });
 }
 
 PinRequest PadEntry::Request(int seconds, Arguments shown) const {
   PinRequest request;
   request.max_digits = values_.pin_length;
-  request.min_digits = values_.pin_mode == kOfFixedLength ? request.max_digits : kLeastPinDigits;
+  request.min_digits = values_.pin_mode == kOfFixedLength ? request.max_digits : kMinPinDigits;
   request.time_left = std::chrono::seconds(seconds);
   request.ends_when_full = values_.end_rule == 1;
   request.shown = TextFromHost(AsText(shown)).value_or("");
@@ -80,7 +79,7 @@ PinRequest PadEntry::Request(int seconds, Arguments shown) const {
 void PadEntry::AnswerBlock(std::span<const std::uint8_t> digits) {
   const auto block = Block(digits);
   if (!block) return RefusePin();
-  AnswerFrame(outlet_, {kStatusOk, {block->begin(), block->end()}});
+  AnswerFrame(host_, {kStatusOk, {block->begin(), block->end()}});
 }
 
 std::optional<SecretBytes> PadEntry::Block(std::span<const std::uint8_t> digits) const {
@@ -94,17 +93,17 @@ std::optional<SecretBytes> PadEntry::Block(std::span<const std::uint8_t> digits)
   return EncipherBlocks(algorithm, *key, *clear);
 }
 
-void PadEntry::EndPin(PinEntry::End end) {
-  if (end == PinEntry::End::kCancelled) return outlet_.Answer({0x01, kEtx}, "PIN entry cancelled");
-  outlet_.Answer({0x02, kEtx}, "PIN entry timed out");
+void PadEntry::EndPin(KeyEntry::End end) {
+  if (end == KeyEntry::End::kCancelled) return host_.Answer({0x01, kEtx}, "PIN entry cancelled");
+  host_.Answer({0x02, kEtx}, "PIN entry timed out");
 }
 
 void PadEntry::RefusePin() {
-  outlet_.Answer({kEtx}, "PIN entry refused");
+  host_.Answer({kEtx}, "PIN entry refused");
 }
 
 void PadEntry::StartNumber(const Match& match) {
-  outlet_.Describe(", " + std::to_string(match.numbers[0]) + " s");
+  host_.Describe(", " + std::to_string(match.numbers[0]) + " s");
   const auto request = ReadNumberRequest(match);
   if (!request) return AnswerNumber('R', {}, "refused");
   entry_.Start(
@@ -112,8 +111,8 @@ void PadEntry::StartNumber(const Match& match) {
       [this](std::span<const std::uint8_t> digits) {
         AnswerNumber('B', digits, "number (" + std::to_string(digits.size()) + " digits, masked)");
       },
-      [this](PinEntry::End end) {
-        if (end == PinEntry::End::kCancelled) return AnswerNumber('C', {}, "number cancelled");
+      [this](KeyEntry::End end) {
+        if (end == KeyEntry::End::kCancelled) return AnswerNumber('C', {}, "number cancelled");
         AnswerNumber('T', {}, "number timed out");
       });
 }
@@ -124,7 +123,7 @@ void PadEntry::AnswerNumber(char lead, std::span<const std::uint8_t> digits, con
   answer.push_back(static_cast<std::uint8_t>(lead));
   answer.insert(answer.end(), digits.begin(), digits.end());
   answer.push_back('F');
-  outlet_.Answer(std::move(answer), what);
+  host_.Answer(std::move(answer), what);
 }
 
 }  // namespace gwq::terminal

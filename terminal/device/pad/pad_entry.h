@@ -22,10 +22,10 @@
 #include <string>
 
 #include "device/framed_commands.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
+#include "device/pad/key_entry.h"
 #include "device/pad/pad_keys.h"
 #include "device/pad/pad_settings.h"
-#include "device/pad/pin_entry.h"
 #include "device/text_commands.h"
 
 namespace gwq::terminal {
@@ -33,8 +33,8 @@ namespace gwq::terminal {
 class PadEntry {
  public:
   // All must outlive this object.
-  PadEntry(Outlet& outlet, PinEntry& entry, const PadValues& values, const PadKeys& keys)
-      : outlet_(outlet), entry_(entry), values_(values), keys_(keys) {}
+  PadEntry(HostChannel& host, KeyEntry& entry, const PadValues& values, const PadKeys& keys)
+      : host_(host), entry_(entry), values_(values), keys_(keys) {}
 
   // This object must outlive the tables.
   void AddTo(TextCommands& texts, FramedCommands& frames);
@@ -44,14 +44,14 @@ class PadEntry {
   [[nodiscard]] PinRequest Request(int seconds, Arguments shown) const;
   void AnswerBlock(std::span<const std::uint8_t> digits);
   [[nodiscard]] std::optional<SecretBytes> Block(std::span<const std::uint8_t> digits) const;
-  void EndPin(PinEntry::End end);
+  void EndPin(KeyEntry::End end);
   void RefusePin();
 
   void StartNumber(const Match& match);
   void AnswerNumber(char lead, std::span<const std::uint8_t> digits, const std::string& what);
 
-  Outlet& outlet_;
-  PinEntry& entry_;
+  HostChannel& host_;
+  KeyEntry& entry_;
   const PadValues& values_;
   const PadKeys& keys_;
 };

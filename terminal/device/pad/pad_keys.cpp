@@ -12,7 +12,7 @@ namespace gwq::terminal {
 namespace {
 
 constexpr std::size_t kFactorSize = 16;
-constexpr std::size_t kLeastVerifyKey = 6;
+constexpr std::size_t kMinVerifyKey = 6;
 constexpr std::size_t kSm2Frame = 96;  // C1 and C3
 
 struct Shape {
@@ -56,7 +56,7 @@ const EVP_MD* DigestFor(std::uint8_t number) {
 bool Verifies(Algorithm algorithm, const SecretBytes& key, std::string_view verify_key) {
   const auto told = ReadHexText(verify_key);
   const auto block = EncipherBlocks(algorithm, key, SecretBytes(BlockSize(algorithm)));
-  return told && block && verify_key.size() >= kLeastVerifyKey && told->size() <= block->size() &&
+  return told && block && verify_key.size() >= kMinVerifyKey && told->size() <= block->size() &&
          std::equal(told->begin(), told->end(), block->begin());
 }
 
@@ -67,11 +67,11 @@ void PadKeys::AddTo(FramedCommands& table) {
   table.Add(Row("digest"), [this](Arguments arguments) { return TellDigest(arguments); });
   table.Add(Row("read factor"), [this](Arguments) { return factor_.empty() ? MakeFactor() : TellFactor(); });
   table.Add(Row("make factor"), [this](Arguments) {
-    outlet_.Describe(", type 1");
+    host_.Describe(", type 1");
     return FramedAnswer{MakeFactor().status, {}};
   });
   table.Add(Row("make factor", "type 2"), [this](Arguments) {
-    outlet_.Describe(", type 2");
+    host_.Describe(", type 2");
     return MakeFactor();
   });
   for (const CommandRow* row :
@@ -85,7 +85,7 @@ const SecretBytes* PadKeys::Working(Algorithm algorithm) const {
 }
 
 FramedAnswer PadKeys::TellPublicKey(Arguments arguments) {
-  outlet_.Describe(", algorithm " + std::to_string(ArgumentAt(arguments, 0)));
+  host_.Describe(", algorithm " + std::to_string(ArgumentAt(arguments, 0)));
   const auto kind = PairFor(ArgumentAt(arguments, 0), ArgumentAt(arguments, 1));
   auto key = kind ? pairs_.PublicKey(*kind) : std::nullopt;
   if (!key) return {kStatusNoSuchKey, {}};
@@ -95,8 +95,8 @@ FramedAnswer PadKeys::TellPublicKey(Arguments arguments) {
 FramedAnswer PadKeys::TellDigest(Arguments arguments) {
   const EVP_MD* algorithm = DigestFor(ArgumentAt(arguments, 0));
   const Arguments data = arguments.subspan(std::min<std::size_t>(arguments.size(), 2));
-  outlet_.Describe(" " + std::to_string(ArgumentAt(arguments, 0)) + " of " + std::to_string(data.size()) +
-                   " bytes");
+  host_.Describe(" " + std::to_string(ArgumentAt(arguments, 0)) + " of " + std::to_string(data.size()) +
+                 " bytes");
   if (algorithm == nullptr || data.size() != ArgumentAt(arguments, 1)) return {kStatusBadArgument, {}};
   Bytes digest(EVP_MAX_MD_SIZE);
   unsigned size = 0;
@@ -118,11 +118,11 @@ FramedAnswer PadKeys::TellFactor() {
 }
 
 FramedAnswer PadKeys::Load(std::uint16_t code, Arguments arguments) {
-  outlet_.Describe(" (" + std::to_string(arguments.size()) + " bytes, masked)");
+  host_.Describe(" (" + std::to_string(arguments.size()) + " bytes, masked)");
   const KeyLoad result = Load(arguments);
   constexpr std::array<const char*, 4> kTexts{"the working key is loaded", "wrong factor",
                                               "the key cannot be deciphered", "wrong verify key"};
-  outlet_.Note(kTexts.at(static_cast<std::size_t>(result)));
+  host_.Note(kTexts.at(static_cast<std::size_t>(result)));
   return {code, {static_cast<std::uint8_t>(result)}};
 }
 

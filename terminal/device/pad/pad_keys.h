@@ -27,7 +27,7 @@
 #include <string_view>
 
 #include "device/framed_commands.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/pad/ciphers.h"
 #include "device/pad/key_pairs.h"
 #include "device/pad/key_store.h"
@@ -38,8 +38,8 @@ namespace gwq::terminal {
 class PadKeys {
  public:
   // `key_files` may be null. All must outlive this object.
-  PadKeys(Outlet& outlet, const PadValues& values, const KeyStore& master_keys, FileSystem* key_files)
-      : outlet_(outlet), values_(values), master_keys_(master_keys), pairs_(key_files) {}
+  PadKeys(HostChannel& host, const PadValues& values, const KeyStore& master_keys, FileSystem* key_files)
+      : host_(host), values_(values), master_keys_(master_keys), pairs_(key_files) {}
 
   // This object must outlive the table.
   void AddTo(FramedCommands& table);
@@ -71,7 +71,7 @@ class PadKeys {
   [[nodiscard]] std::optional<Record> ReadRecord(Arguments arguments) const;
   [[nodiscard]] std::optional<SecretBytes> Decipher(const Record& record);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   const PadValues& values_;
   const KeyStore& master_keys_;
   KeyPairs pairs_;

@@ -8,8 +8,8 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMostAccountDigits = 19;
-constexpr std::size_t kMostDeviceId = 20;
+constexpr std::size_t kMaxAccountDigits = 19;
+constexpr std::size_t kMaxDeviceId = 20;
 
 struct Setting {
   const CommandRow* command;
@@ -40,7 +40,7 @@ void PadSettings::AddTo(TextCommands& texts, FramedCommands& frames) {
   for (const Setting& setting : kSettings)
     frames.Add(*setting.command, [this, &setting](Arguments arguments) {
       const std::uint8_t value = ArgumentAt(arguments, 0);
-      outlet_.Describe(" " + std::to_string(value));
+      host_.Describe(" " + std::to_string(value));
       if (arguments.size() > 1 || !setting.allows(value)) return FramedAnswer{kStatusBadArgument, {}};
       values_.*setting.value = value;
       return FramedAnswer{};
@@ -61,9 +61,9 @@ void PadSettings::AddTo(TextCommands& texts, FramedCommands& frames) {
 // Hosts fill a short account with zero bytes in front, and nothing of it arrives.
 FramedAnswer PadSettings::SetAccount(Arguments arguments) {
   const Arguments digits = arguments.empty() ? arguments : arguments.subspan(1);
-  outlet_.Describe(" (" + std::to_string(digits.size()) + " digits, masked)");
+  host_.Describe(" (" + std::to_string(digits.size()) + " digits, masked)");
   const std::size_t length = ArgumentAt(arguments, 0);
-  const bool fits = length <= kMostAccountDigits && (digits.empty() || digits.size() == length) &&
+  const bool fits = length <= kMaxAccountDigits && (digits.empty() || digits.size() == length) &&
                     std::all_of(digits.begin(), digits.end(), IsDigit);
   if (!fits) return {kStatusBadArgument, {}};
   values_.account.assign(digits.begin(), digits.end());
@@ -71,11 +71,11 @@ FramedAnswer PadSettings::SetAccount(Arguments arguments) {
 }
 
 void PadSettings::SetDeviceId(std::string_view id) {
-  outlet_.Describe(" (" + std::to_string(id.size()) + " characters)");
-  const bool good = !id.empty() && id.size() <= kMostDeviceId && std::all_of(id.begin(), id.end(), IsVisible);
-  if (!good) return outlet_.Answer({kStx, kNotAccepted, kEtx}, "not accepted");
+  host_.Describe(" (" + std::to_string(id.size()) + " characters)");
+  const bool good = !id.empty() && id.size() <= kMaxDeviceId && std::all_of(id.begin(), id.end(), IsVisible);
+  if (!good) return host_.Answer({kStx, kNotAccepted, kEtx}, "not accepted");
   values_.device_id = id;
-  AnswerDone(outlet_);
+  AnswerDone(host_);
 }
 
 }  // namespace gwq::terminal

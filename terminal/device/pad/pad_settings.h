@@ -18,7 +18,7 @@
 #include <string_view>
 
 #include "device/framed_commands.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/pad/ciphers.h"
 #include "device/text_commands.h"
 
@@ -41,7 +41,7 @@ struct PadValues {
 
 class PadSettings {
  public:
-  explicit PadSettings(Outlet& outlet) : outlet_(outlet) {}
+  explicit PadSettings(HostChannel& host) : host_(host) {}
 
   // This object must outlive the tables.
   void AddTo(TextCommands& texts, FramedCommands& frames);
@@ -52,7 +52,7 @@ class PadSettings {
   [[nodiscard]] FramedAnswer SetAccount(Arguments arguments);
   void SetDeviceId(std::string_view id);
 
-  Outlet& outlet_;
+  HostChannel& host_;
   PadValues values_;
 };
 

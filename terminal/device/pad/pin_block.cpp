@@ -17,7 +17,7 @@ bool AreDigits(const Range& range) {
 }
 
 bool CanStandInBlock(std::span<const std::uint8_t> digits) {
-  return !digits.empty() && digits.size() <= kMostPinDigits && AreDigits(digits);
+  return !digits.empty() && digits.size() <= kMaxPinDigits && AreDigits(digits);
 }
 
 // Puts the format, the length and the digits before the filler that is already there.

@@ -18,7 +18,7 @@
 
 namespace gwq::terminal {
 
-inline constexpr std::size_t kMostPinDigits = 14;
+inline constexpr std::size_t kMaxPinDigits = 14;
 
 // Nothing when `digits` (characters "0".."9") cannot stand in a block or no
 // random numbers are to be had.

@@ -12,12 +12,12 @@ namespace gwq::terminal {
 class PinPad {
  public:
   // `key_files` may be null. All must outlive this object.
-  PinPad(Outlet& outlet, PinEntry& entry, const KeyStore& master_keys, FileSystem& files,
+  PinPad(HostChannel& host, KeyEntry& entry, const KeyStore& master_keys, FileSystem& files,
          FileSystem* key_files)
-      : settings_(outlet),
-        keys_(outlet, settings_.Values(), master_keys, key_files),
-        entry_(outlet, entry, settings_.Values(), keys_),
-        data_(outlet, keys_, files) {}
+      : settings_(host),
+        keys_(host, settings_.Values(), master_keys, key_files),
+        entry_(host, entry, settings_.Values(), keys_),
+        data_(host, keys_, files) {}
 
   // This object must outlive the tables.
   void AddTo(TextCommands& texts, FramedCommands& frames) {

@@ -56,7 +56,7 @@ struct ScreenAction {
     kSign,     // writes `strokes`, and confirms
     kConfirm,  // presses the key that agrees, the best one of an evaluation
     kCancel,
-    kAnswer,  // not a person's deed: the terminal answers just `text`, whatever the screen
+    kAnswer,  // not a person's action: the terminal answers just `text`, whatever the screen
     kWalkAway,
   };
   Kind kind = Kind::kWalkAway;

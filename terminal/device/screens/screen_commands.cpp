@@ -12,7 +12,7 @@ namespace gwq::terminal {
 namespace {
 
 constexpr int kLongestTime = 999;
-constexpr int kMostStars = 6;
+constexpr int kMaxStars = 6;
 constexpr int kHeadPhotoType = 2;
 constexpr const char* kPageFile = "/tmp/infoviewerex.html";
 
@@ -66,7 +66,7 @@ std::optional<TellerCard> ReadCard(std::string_view fields) {
   card.name = ShownText(TakeField(fields, '|'));
   card.number = ShownText(TakeField(fields, '|'));
   const std::string_view stars = TakeField(fields, '|');
-  const bool fits = stars.size() == 1 && stars[0] >= '0' && stars[0] <= '0' + kMostStars;
+  const bool fits = stars.size() == 1 && stars[0] >= '0' && stars[0] <= '0' + kMaxStars;
   if (!fits) return std::nullopt;
   card.stars = stars[0] - '0';
   card.photo = ShownText(fields);
@@ -115,7 +115,7 @@ void ScreenCommands::AddInformation(TextCommands& table) {
   table.Add(Row("close information"), [this](const Match&) { screens_.Close(kInformationChannel); });
   table.Add(Row("information"), [this](const Match& match) { StartInformation(match.text); });
   table.Add(Row("SETHTMLBTNTIME"), [this](const Match& match) {
-    outlet_.Describe(" " + std::to_string(match.numbers[0]) + " s");
+    host_.Describe(" " + std::to_string(match.numbers[0]) + " s");
     countdown_ = match.numbers[0];
   });
   table.Add(Row("HTML"), [this](const Match& match) { StartHtml(match.text, false); });
@@ -151,13 +151,13 @@ void ScreenCommands::AddOthers(TextCommands& table) {
 }
 
 void ScreenCommands::SetTimeout(Time& timeout, int seconds) {
-  outlet_.Describe(" " + std::to_string(seconds) + " s");
+  host_.Describe(" " + std::to_string(seconds) + " s");
   timeout = Seconds(seconds);
 }
 
 bool ScreenCommands::SetCard(std::string_view fields) {
   auto card = ReadCard(fields);
-  outlet_.Describe(card ? "" : ", damaged");
+  host_.Describe(card ? "" : ", damaged");
   if (!card) return false;
   const auto path = MediaPath(kHeadPhotoType, card->photo);
   if (path && IsThere(*path)) card->photo_path = *path;
@@ -185,7 +185,7 @@ void ScreenCommands::StartEvaluation() {
 
 void ScreenCommands::StartInformation(std::string_view split_text) {
   auto text = ReadSplitText(split_text);
-  if (!text) return AnswerRefusal(outlet_);
+  if (!text) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kInformation, "Information", information_time_);
   screen.text = std::move(*text);
   screen.keys = InformationKeys();
@@ -195,7 +195,7 @@ void ScreenCommands::StartInformation(std::string_view split_text) {
 
 void ScreenCommands::ShowHtml(std::string_view split_page) {
   auto page = ReadSplitText(split_page);
-  if (!page) return outlet_.Note("the page is damaged");
+  if (!page) return host_.Note("the page is damaged");
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", information_time_);
   screen.text = std::move(*page);
   screens_.Show(std::move(screen));
@@ -203,7 +203,7 @@ void ScreenCommands::ShowHtml(std::string_view split_page) {
 
 void ScreenCommands::StartHtml(std::string_view split_page, bool keeps_picture) {
   auto page = ReadSplitText(split_page);
-  if (!page) return AnswerRefusal(outlet_);
+  if (!page) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", information_time_);
   screen.text = std::move(*page);
   screen.keys = InformationKeys();
@@ -216,7 +216,7 @@ void ScreenCommands::StartHtml(std::string_view split_page, bool keeps_picture) 
 // Behind the extra text there is a field that hosts leave empty.
 void ScreenCommands::StartPageFile(int seconds, std::string_view fields) {
   auto extra = ReadSplitText(TakeField(fields, '#'));
-  if (!extra || !IsThere(kPageFile)) return AnswerRefusal(outlet_);
+  if (!extra || !IsThere(kPageFile)) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kHtml, "Information", Seconds(seconds));
   screen.documents = {kPageFile};
   screen.second_text = std::move(*extra);
@@ -227,7 +227,7 @@ void ScreenCommands::StartPageFile(int seconds, std::string_view fields) {
 }
 
 void ScreenCommands::StartKeypad(int mode) {
-  outlet_.Describe(", mode " + std::to_string(mode));
+  host_.Describe(", mode " + std::to_string(mode));
   Screen screen = MakeScreen(ScreenKind::kKeypad, "Please key a number", keypad_time_);
   screen.hides_digits = mode == 1;
   screen.keys = {{Role::kConfirm, "confirm", "Confirm", "AF"}, {Role::kCancel, "cancel", "Cancel", "AF"}};
@@ -235,18 +235,18 @@ void ScreenCommands::StartKeypad(int mode) {
 }
 
 void ScreenCommands::ShowDocuments(int seconds, std::string_view list) {
-  outlet_.Describe(" " + ShownName(list));
+  host_.Describe(" " + ShownName(list));
   auto documents = FindDocuments(list);
-  if (!documents) return outlet_.Note("there is no such document");
+  if (!documents) return host_.Note("there is no such document");
   Screen screen = MakeScreen(ScreenKind::kDocument, "Document", Seconds(seconds));
   screen.documents = std::move(*documents);
   screens_.Show(std::move(screen));
 }
 
 void ScreenCommands::ConfirmDocuments(int seconds, std::string_view list) {
-  outlet_.Describe(" " + ShownName(list));
+  host_.Describe(" " + ShownName(list));
   auto documents = FindDocuments(list);
-  if (!documents) return AnswerRefusal(outlet_);
+  if (!documents) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kConfirm, "Please read and agree", Seconds(seconds));
   screen.documents = std::move(*documents);
   screen.keys = {{Role::kConfirm, "confirm", "Agree", kDone}, {Role::kCancel, "cancel", "Refuse", kAnswerF}};
@@ -256,15 +256,15 @@ void ScreenCommands::ConfirmDocuments(int seconds, std::string_view list) {
 
 // Some hosts do not read the answer.
 void ScreenCommands::SetVoice(std::string_view text) {
-  outlet_.Describe(" (" + ShownSize(text.size()) + ")");
+  host_.Describe(" (" + ShownSize(text.size()) + ")");
   voice_ = ShownText(text);
-  AnswerDone(outlet_);
-  outlet_.LetAnswersLapse();
+  AnswerDone(host_);
+  host_.LetAnswersLapse();
 }
 
 void ScreenCommands::TellTzg() {
-  if (settings_.tzg) return AnswerDone(outlet_);
-  AnswerRefusal(outlet_);
+  if (settings_.tzg) return AnswerDone(host_);
+  AnswerRefusal(host_);
 }
 
 void ScreenCommands::StartSigning(int seconds, std::string_view fields) {
@@ -272,8 +272,8 @@ void ScreenCommands::StartSigning(int seconds, std::string_view fields) {
 }
 
 void ScreenCommands::StartTzgSigning(const Match& match) {
-  outlet_.Describe(", mode " + std::to_string(match.numbers[3]));
-  if (!settings_.tzg) return AnswerRefusal(outlet_);
+  host_.Describe(", mode " + std::to_string(match.numbers[3]));
+  if (!settings_.tzg) return AnswerRefusal(host_);
   Sign(MakeScreen(ScreenKind::kSigning, "Please sign", Seconds(match.numbers[1])), match.text);
 }
 
@@ -281,7 +281,7 @@ void ScreenCommands::Sign(Screen screen, std::string_view fields) {
   screen.location = ShownText(TakeField(fields, '|'));
   auto documents = FindDocuments(fields);
   screen.voice = std::exchange(voice_, {});
-  if (!documents) return AnswerRefusal(outlet_);
+  if (!documents) return AnswerRefusal(host_);
   screen.documents = std::move(*documents);
   screen.keys = SigningKeys();
   screen.late_answer = kAnswerW;
@@ -289,9 +289,9 @@ void ScreenCommands::Sign(Screen screen, std::string_view fields) {
 }
 
 void ScreenCommands::StartHandSign(int page_type, int seconds) {
-  outlet_.Describe(", page type " + std::to_string(page_type));
+  host_.Describe(", page type " + std::to_string(page_type));
   const auto page = HandSignPage(page_type);
-  if (!page || !IsThere(*page)) return AnswerRefusal(outlet_);
+  if (!page || !IsThere(*page)) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kHandSign, "Please sign", Seconds(seconds));
   screen.documents = {*page};
   screen.keys = SigningKeys();
@@ -303,7 +303,7 @@ void ScreenCommands::StartHandSign(int page_type, int seconds) {
 void ScreenCommands::StartCheckout(int seconds, std::string_view fields) {
   auto second = ReadSplitText(TakeField(fields, '#'));
   auto first = ReadSplitText(fields);
-  if (!first || !second) return AnswerRefusal(outlet_);
+  if (!first || !second) return AnswerRefusal(host_);
   Screen screen = MakeScreen(ScreenKind::kCheckout, "Checkout", Seconds(seconds));
   screen.text = std::move(*first);
   screen.second_text = std::move(*second);
@@ -316,8 +316,8 @@ void ScreenCommands::StartCheckout(int seconds, std::string_view fields) {
 void ScreenCommands::CloseProgram() {
   screens_.CloseAny();
   entry_.Stop();
-  outlet_.Withdraw();
-  AnswerDone(outlet_);
+  host_.Withdraw();
+  AnswerDone(host_);
 }
 
 // In GBK a "|" may be half of a character, so the list is cut up as a text.

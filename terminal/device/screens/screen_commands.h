@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "device/files/file_system.h"
-#include "device/outlet.h"
-#include "device/pad/pin_entry.h"
-#include "device/screens/screens.h"
+#include "device/host_channel.h"
+#include "device/pad/key_entry.h"
+#include "device/screens/screen_session.h"
 #include "device/settings.h"
 #include "device/text_commands.h"
 
@@ -30,9 +30,9 @@ namespace gwq::terminal {
 class ScreenCommands {
  public:
   // All must outlive this object.
-  ScreenCommands(Outlet& outlet, Screens& screens, PinEntry& entry, FileSystem& files,
+  ScreenCommands(HostChannel& host, ScreenSession& screens, KeyEntry& entry, FileSystem& files,
                  const Settings& settings)
-      : outlet_(outlet), screens_(screens), entry_(entry), files_(files), settings_(settings) {}
+      : host_(host), screens_(screens), entry_(entry), files_(files), settings_(settings) {}
 
   // This object must outlive the table.
   void AddTo(TextCommands& table);
@@ -70,9 +70,9 @@ class ScreenCommands {
   [[nodiscard]] Documents FindDocuments(std::string_view list) const;
   [[nodiscard]] bool IsThere(const std::string& path) const { return files_.Open(path) != nullptr; }
 
-  Outlet& outlet_;
-  Screens& screens_;
-  PinEntry& entry_;
+  HostChannel& host_;
+  ScreenSession& screens_;
+  KeyEntry& entry_;
   FileSystem& files_;
   const Settings& settings_;
   Time evaluation_time_{30000};

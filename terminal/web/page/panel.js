@@ -61,7 +61,7 @@ export class Panel {
     this.heads = ["Connection", "Commands and answers", "Stored files"].map((text) => [text, make("h2")]);
     const [connection, commands, stored] = this.heads.map(([, head]) => head);
     this.element = byId("panel");
-    this.element.append(connection, this.status, make("div.deeds", {}, this.plug, this.away), this.faultsPart,
+    this.element.append(connection, this.status, make("div.actions", {}, this.plug, this.away), this.faultsPart,
       commands, this.lines, stored, this.files);
     this.toggle = byId("toggle");
     new ResizeObserver(() => (this.lines.scrollTop = this.lines.scrollHeight)).observe(this.lines);

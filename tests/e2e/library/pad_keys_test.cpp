@@ -182,7 +182,7 @@ TEST_F(PadData, OfAFewBytesComeBackEncipheredAsFileAndAsAnswer) {
 }
 
 TEST_F(PadData, OfThousandsOfBytesComeBackWholeInTheFileAndCutInTheAnswer) {
-  constexpr std::size_t kMostAnswered = 4000;
+  constexpr std::size_t kMaxAnswered = 4000;
   Prepare(Algorithm::kSm4, 6);
   std::string text;
   for (int i = 0; i < 300; ++i) text += std::to_string(i) + " of many;";
@@ -190,7 +190,7 @@ TEST_F(PadData, OfThousandsOfBytesComeBackWholeInTheFileAndCutInTheAnswer) {
   std::string answer;
   ASSERT_EQ(0, StringBlock(kSm4, text, file, answer));
   EXPECT_EQ(text, Opened(file, Algorithm::kSm4));
-  EXPECT_EQ(file.substr(0, kMostAnswered), answer);
+  EXPECT_EQ(file.substr(0, kMaxAnswered), answer);
 }
 
 TEST_F(PadData, WithoutAFileToFetchAreRefused) {

@@ -140,8 +140,8 @@ class Page(unittest.IsolatedAsyncioTestCase):
         self.terminal.host_sends(command)
         return await told(socket, "screen", lambda message: message["kind"] == kind)
 
-    async def act(self, socket, screen, **deed):
-        await socket.send(json.dumps({"type": "act", "screen": screen["number"], **deed}))
+    async def act(self, socket, screen, **action):
+        await socket.send(json.dumps({"type": "act", "screen": screen["number"], **action}))
 
     async def test_rates_a_service(self):
         async with self.terminal.page() as socket:

@@ -359,7 +359,7 @@ TEST_F(Pull, CancelAtAnyReportEndsItWithTheNextOne) {
 }
 
 TEST_F(Pull, EndsWithMinus11BeyondTheMostBytes) {
-  constexpr std::size_t kMost = 256U << 20U;
+  constexpr std::size_t kMax = 256U << 20U;
   const Bytes long_packet = TransferPacket(kDataPacket, Bytes(256'000, 0));
   std::size_t next = 0;
   const std::vector<Bytes> reports = CutIntoReports(long_packet);
@@ -367,8 +367,8 @@ TEST_F(Pull, EndsWithMinus11BeyondTheMostBytes) {
     if (transfer.in) usb_.Answer(reports[next++ % reports.size()]);
   });
   EXPECT_EQ(Run("/dev/null"), -11);
-  EXPECT_NEAR(static_cast<double>(next), static_cast<double>(kMost) / 1024,
-              static_cast<double>(kMost) / 1024 / 100);
+  EXPECT_NEAR(static_cast<double>(next), static_cast<double>(kMax) / 1024,
+              static_cast<double>(kMax) / 1024 / 100);
 }
 
 TEST_F(Pull, LengthOf0MeansTheCommandsTextLengthAndALongOneIsCut) {

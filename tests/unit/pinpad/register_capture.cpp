@@ -16,12 +16,12 @@ constexpr std::size_t kRegisters = 32;
 #else
 #error "no capture of registers on this architecture"
 #endif
-constexpr std::size_t kMostCaptures = 512;
+constexpr std::size_t kMaxCaptures = 512;
 
 using Register = std::array<std::uint8_t, 16>;
 using Capture = std::array<Register, kRegisters>;
 
-std::array<Capture, kMostCaptures> g_captures;
+std::array<Capture, kMaxCaptures> g_captures;
 
 }  // namespace
 }  // namespace gwq::test
@@ -31,9 +31,9 @@ std::array<Capture, kMostCaptures> g_captures;
 extern "C" {
 [[gnu::visibility("hidden"), gnu::used]] int gwq_fill_registers = 0;
 [[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_next_capture =
-    gwq::test::g_captures.data() + gwq::test::kMostCaptures;
+    gwq::test::g_captures.data() + gwq::test::kMaxCaptures;
 [[gnu::visibility("hidden"), gnu::used]] gwq::test::Capture* gwq_no_capture =
-    gwq::test::g_captures.data() + gwq::test::kMostCaptures;
+    gwq::test::g_captures.data() + gwq::test::kMaxCaptures;
 }
 
 // Each entry stores the registers, with those alone that no argument is in, and goes on to the

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A terminal under test, with a clock that the test moves, a customer whose
-// deeds the test lists, and its trace kept.
+// actions the test lists, and its trace kept.
 #pragma once
 
 #include <gtest/gtest.h>

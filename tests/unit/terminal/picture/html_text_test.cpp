@@ -113,8 +113,8 @@ TEST(HtmlPage, EndsWhereNoScreenIsLongEnough) {
                            "<!--", "<script>", "</", "<td>", "a\n", "<table><tr><td>x"}) {
     const std::string html = Repeated(part, kBytes);
     for (const Page& page : {ReadHtml(html), ReadPlainText(html)}) {
-      EXPECT_LE(BytesOf(page), 2 * kMostPageBytes) << part;
-      EXPECT_LE(page.size(), kMostPageLines + 1) << part;
+      EXPECT_LE(BytesOf(page), 2 * kMaxPageBytes) << part;
+      EXPECT_LE(page.size(), kMaxPageLines + 1) << part;
     }
   }
 }

@@ -15,7 +15,7 @@ namespace gwq::terminal::test {
 namespace {
 
 constexpr int kRounds = 150;
-constexpr std::uint64_t kMostStored = 20000;
+constexpr std::uint64_t kMaxStored = 20000;
 
 std::string RandomPacket(std::mt19937& random) {
   std::string packet = Packet(static_cast<int>(1 + random() % 3),
@@ -77,14 +77,14 @@ void Torment(Line line, unsigned seed) {
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
   const gwq::test::TempDir dir;
-  FileStore files((dir / "store").string(), {5000, kMostStored});
+  FileStore files((dir / "store").string(), {5000, kMaxStored});
   Rig rig(line, {}, {&files, {}});
   for (int i = 0; i < kRounds; ++i) {
     rig.Wait(Time(random() % 4 == 0 ? random() % 40000 : random() % 30));
     rig.customer.actions.assign(5000, WalksAway());  // noise may ask for PINs
     SendSomething(rig, random);
     ASSERT_GT(rig.device().NextDeadline().value_or(Time::max()), rig.now);
-    ASSERT_LE(SizeOf(dir.Path()), kMostStored);
+    ASSERT_LE(SizeOf(dir.Path()), kMaxStored);
     for (std::string answer = rig.Answer(); answer != "(none)"; answer = rig.Answer())
       ASSERT_LE(answer.size(), 70000U);
   }

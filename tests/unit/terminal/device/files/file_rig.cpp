@@ -105,11 +105,11 @@ std::string RandomContent(std::size_t size, unsigned seed) {
 FileRig::FileRig(Line line, FileFaults faults) : rig(line, {}, {&store, std::move(faults)}) {}
 
 std::vector<std::string> FileRig::Push(int type, std::string_view name, std::string_view content) {
-  constexpr std::size_t kMostData = 200000;
+  constexpr std::size_t kMaxData = 200000;
   std::vector<std::string> steps{"\033[0HIDCHANGE", kStartPacket};
-  for (std::size_t i = 0; i < content.size(); i += kMostData)
-    steps.push_back(Packet(2, content.substr(i, kMostData)));
-  if (!content.empty() && content.size() % kMostData == 0) steps.push_back(Packet(2, ""));
+  for (std::size_t i = 0; i < content.size(); i += kMaxData)
+    steps.push_back(Packet(2, content.substr(i, kMaxData)));
+  if (!content.empty() && content.size() % kMaxData == 0) steps.push_back(Packet(2, ""));
   steps.push_back(EndPacket(type, name));
   std::vector<std::string> answers;
   for (const std::string& step : steps) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "device/pad/pin_entry.h"
+#include "device/pad/key_entry.h"
 
 #include <algorithm>
 #include <string>
@@ -21,7 +21,7 @@ SecretBytes TakeKeys(const std::string& keys, std::size_t most) {
 
 }  // namespace
 
-void PinEntry::Start(const PinRequest& request, OnKeyed on_keyed, OnEnded on_ended) {
+void KeyEntry::Start(const PinRequest& request, OnKeyed on_keyed, OnEnded on_ended) {
   Stop();
   Waiting waiting;
   waiting.what = "PIN";
@@ -32,7 +32,7 @@ void PinEntry::Start(const PinRequest& request, OnKeyed on_keyed, OnEnded on_end
   Wait(std::move(waiting), customer_.KeyPin(request));
 }
 
-void PinEntry::Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_ended) {
+void KeyEntry::Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_ended) {
   Stop();
   Waiting waiting;
   waiting.what = "number";
@@ -43,31 +43,31 @@ void PinEntry::Start(const NumberRequest& request, OnKeyed on_keyed, OnEnded on_
   Wait(std::move(waiting), customer_.KeyNumber(request));
 }
 
-void PinEntry::Wait(Waiting waiting, PinAction action) {
+void KeyEntry::Wait(Waiting waiting, PinAction action) {
   const Time time_left = waiting.limits.time_left;
   waiting.kind = action.kind;
-  waiting.times_out_at = outlet_.Now() + time_left;
+  waiting.times_out_at = host_.Now() + time_left;
   const bool acts = action.kind != PinAction::Kind::kWalkAway && action.after < time_left;
-  if (acts) waiting.acts_at = outlet_.Now() + std::max(action.after, Time{0});
+  if (acts) waiting.acts_at = host_.Now() + std::max(action.after, Time{0});
   waiting_ = std::move(waiting);
   ++entries_;
   waiting_->digits = TakeKeys(action.digits, Room());
   Wipe(action.digits);
   if (action.kind != PinAction::Kind::kEnter || !IsTooShort()) return;
-  outlet_.Note("the " + waiting_->what +
-               " is too short for Enter to be taken; the entry waits for its time-out");
+  host_.Note("the " + waiting_->what +
+             " is too short for Enter to be taken; the entry waits for its time-out");
   waiting_->acts_at.reset();
 }
 
-bool PinEntry::IsTooShort() const {
+bool KeyEntry::IsTooShort() const {
   return waiting_->digits.size() < static_cast<std::size_t>(std::max(waiting_->limits.min_digits, 1));
 }
 
-std::size_t PinEntry::Room() const {
+std::size_t KeyEntry::Room() const {
   return static_cast<std::size_t>(std::max(waiting_->limits.max_digits, 0));
 }
 
-void PinEntry::Press(const PadKey& key) {
+void KeyEntry::Press(const PadKey& key) {
   if (!waiting_) return;
   SecretBytes& digits = waiting_->digits;
   if (!std::exchange(waiting_->pressed, true)) {
@@ -90,18 +90,18 @@ void PinEntry::Press(const PadKey& key) {
   }
 }
 
-void PinEntry::PressDigit(char digit) {
+void KeyEntry::PressDigit(char digit) {
   SecretBytes& digits = waiting_->digits;
   if (digit < '0' || digit > '9' || digits.size() >= Room()) return;
   digits.push_back(static_cast<std::uint8_t>(digit));
   if (waiting_->limits.ends_when_full && digits.size() == Room()) PressEnter();
 }
 
-void PinEntry::PressEnter() {
+void KeyEntry::PressEnter() {
   if (!IsTooShort()) ActAs(PinAction::Kind::kEnter);
 }
 
-std::optional<EntryState> PinEntry::Current() const {
+std::optional<EntryState> KeyEntry::Current() const {
   if (!waiting_) return std::nullopt;
   EntryState state;
   state.number = entries_;
@@ -114,47 +114,47 @@ std::optional<EntryState> PinEntry::Current() const {
   return state;
 }
 
-void PinEntry::Stop() {
+void KeyEntry::Stop() {
   if (!waiting_) return;
-  outlet_.Note(waiting_->what + " entry ended by the host");
+  host_.Note(waiting_->what + " entry ended by the host");
   waiting_.reset();
 }
 
-std::optional<Time> PinEntry::NextDeadline() const {
+std::optional<Time> KeyEntry::NextDeadline() const {
   if (!waiting_) return std::nullopt;
   return waiting_->acts_at.value_or(waiting_->times_out_at);
 }
 
-void PinEntry::Advance(Time now) {
+void KeyEntry::Advance(Time now) {
   const auto deadline = NextDeadline();
   if (!deadline || *deadline > now) return;
   if (waiting_->acts_at) return Act();
   TimeOut();
 }
 
-void PinEntry::ActAs(PinAction::Kind kind) {
+void KeyEntry::ActAs(PinAction::Kind kind) {
   waiting_->kind = kind;
   Act();
 }
 
 // The entry is over before its result goes out.
-void PinEntry::Act() {
+void KeyEntry::Act() {
   const Waiting done = std::move(*waiting_);
   waiting_.reset();
   if (done.kind == PinAction::Kind::kCancel) {
-    outlet_.Trace(CustomerActed{CustomerActed::Kind::kCancelsEntry, {}});
-    return done.on_ended ? done.on_ended(End::kCancelled) : AnswerRefusal(outlet_);
+    host_.Trace(CustomerActed{CustomerActed::Kind::kCancelsEntry, {}});
+    return done.on_ended ? done.on_ended(End::kCancelled) : AnswerRefusal(host_);
   }
   const bool is_pin = std::holds_alternative<PinRequest>(done.request);
   const auto kind = is_pin ? CustomerActed::Kind::kKeysPin : CustomerActed::Kind::kKeysNumber;
-  outlet_.Trace(CustomerActed{kind, " (" + std::to_string(done.digits.size()) + " digits, masked)"});
+  host_.Trace(CustomerActed{kind, " (" + std::to_string(done.digits.size()) + " digits, masked)"});
   done.on_keyed(done.digits);
 }
 
-void PinEntry::TimeOut() {
+void KeyEntry::TimeOut() {
   const Waiting done = std::move(*waiting_);
   waiting_.reset();
-  outlet_.Note(done.what + " entry timed out");
+  host_.Note(done.what + " entry timed out");
   if (done.on_ended) done.on_ended(End::kTimedOut);
 }
 

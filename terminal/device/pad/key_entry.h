@@ -15,19 +15,19 @@
 #include <string>
 
 #include "base/secret.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/pad/entry_state.h"
 #include "device/screens/customer.h"
 
 namespace gwq::terminal {
 
-class PinEntry {
+class KeyEntry {
  public:
   enum class End { kCancelled, kTimedOut };
   using OnKeyed = std::function<void(std::span<const std::uint8_t> digits)>;
   using OnEnded = std::function<void(End end)>;
 
-  PinEntry(Customer& customer, Outlet& outlet) : customer_(customer), outlet_(outlet) {}
+  KeyEntry(Customer& customer, HostChannel& host) : customer_(customer), host_(host) {}
 
   // Ends the entry that may be waiting, and asks the customer, once. Without
   // `on_ended` a cancel is answered by the refusal, and a time-out not at all.
@@ -75,7 +75,7 @@ class PinEntry {
   void TimeOut();
 
   Customer& customer_;
-  Outlet& outlet_;
+  HostChannel& host_;
   std::optional<Waiting> waiting_;
   std::uint64_t entries_ = 0;
 };

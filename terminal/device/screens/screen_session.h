@@ -13,7 +13,7 @@
 
 #include "base/types.h"
 #include "device/files/file_system.h"
-#include "device/outlet.h"
+#include "device/host_channel.h"
 #include "device/screens/customer.h"
 #include "device/screens/painter.h"
 #include "device/screens/screen.h"
@@ -25,10 +25,10 @@ inline constexpr int kInformationChannel = 2;
 inline constexpr int kEvaluationChannel = 4;
 inline constexpr int kKeypadChannel = 5;
 
-class Screens {
+class ScreenSession {
  public:
   // All must outlive this object. Without a painter no pictures are kept.
-  Screens(Customer& customer, Outlet& outlet, FileSystem& files, const Painter* painter);
+  ScreenSession(Customer& customer, HostChannel& host, FileSystem& files, const Painter* painter);
 
   // Asks the customer, once, if the screen offers a key.
   void Show(Screen screen);
@@ -62,7 +62,7 @@ class Screens {
   void KeepPicture();
 
   Customer& customer_;
-  Outlet& outlet_;
+  HostChannel& host_;
   FileSystem& files_;
   const Painter* painter_;
   Screen current_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "device/screens/screens.h"
+#include "device/screens/screen_session.h"
 
 #include <algorithm>
 #include <span>
@@ -37,7 +37,7 @@ Screen IdleScreen() {
 }
 
 // For the trace; what was typed stays out of it.
-std::string Deed(const ScreenAction& action) {
+std::string ActionText(const ScreenAction& action) {
   switch (action.kind) {
     case ScreenAction::Kind::kKey:
       return "presses key " + action.text;
@@ -63,20 +63,20 @@ std::span<const std::uint8_t> AsBytes(const std::string& text) {
 
 }  // namespace
 
-Screens::Screens(Customer& customer, Outlet& outlet, FileSystem& files, const Painter* painter)
-    : customer_(customer), outlet_(outlet), files_(files), painter_(painter), current_(IdleScreen()) {}
+ScreenSession::ScreenSession(Customer& customer, HostChannel& host, FileSystem& files, const Painter* painter)
+    : customer_(customer), host_(host), files_(files), painter_(painter), current_(IdleScreen()) {}
 
-void Screens::Show(Screen screen) {
-  outlet_.Describe({});  // those who watch the customer learn of the command first
+void ScreenSession::Show(Screen screen) {
+  host_.Describe({});  // those who watch the customer learn of the command first
   CloseAny();
   const bool takes_signature = screen.KeyFor(ScreenKey::Role::kSign) != nullptr;
   if (takes_signature) ForgetSignature();
   Put(std::move(screen));
-  closes_at_ = outlet_.Now() + current_.time_left;
+  closes_at_ = host_.Now() + current_.time_left;
   if (current_.AsksCustomer()) AskCustomer();
 }
 
-void Screens::Put(Screen screen) {
+void ScreenSession::Put(Screen screen) {
   current_ = std::move(screen);
   acts_at_.reset();
   closes_at_.reset();
@@ -84,60 +84,60 @@ void Screens::Put(Screen screen) {
   customer_.See(current_);
 }
 
-void Screens::AskCustomer() {
+void ScreenSession::AskCustomer() {
   action_ = customer_.Respond(current_);
   const bool acts = action_.kind != ScreenAction::Kind::kWalkAway && action_.after < current_.time_left;
-  if (acts) acts_at_ = outlet_.Now() + std::max(action_.after, Time{0});
+  if (acts) acts_at_ = host_.Now() + std::max(action_.after, Time{0});
 }
 
-void Screens::Close(int channel) {
+void ScreenSession::Close(int channel) {
   if (ChannelOf(current_.kind) == channel) CloseAny();
 }
 
-void Screens::CloseAny() {
+void ScreenSession::CloseAny() {
   if (current_.kind == ScreenKind::kIdle) return;
-  outlet_.Note(std::string("screen ").append(NameOf(current_.kind)).append(" closed by the host"));
+  host_.Note(std::string("screen ").append(NameOf(current_.kind)).append(" closed by the host"));
   Put(IdleScreen());
 }
 
-std::optional<Time> Screens::NextDeadline() const {
+std::optional<Time> ScreenSession::NextDeadline() const {
   return acts_at_ ? acts_at_ : closes_at_;
 }
 
-void Screens::Advance(Time now) {
+void ScreenSession::Advance(Time now) {
   const auto deadline = NextDeadline();
   if (!deadline || *deadline > now) return;
   if (acts_at_) return PerformScheduledAction();
   TimeOut();
 }
 
-void Screens::TimeOut() {
-  outlet_.Note(std::string("screen ").append(NameOf(current_.kind)).append(" timed out"));
+void ScreenSession::TimeOut() {
+  host_.Note(std::string("screen ").append(NameOf(current_.kind)).append(" timed out"));
   Finish(current_.late_answer.value_or(""), "time-out");
 }
 
-void Screens::Act(ScreenAction action) {
+void ScreenSession::Act(ScreenAction action) {
   if (!current_.AsksCustomer()) return;
   action_ = std::move(action);
   PerformScheduledAction();
 }
 
-void Screens::PerformScheduledAction() {
+void ScreenSession::PerformScheduledAction() {
   acts_at_.reset();
   const auto answer = AnswerTo(action_);
-  const std::string deed = Deed(action_);
-  outlet_.Trace(CustomerActed{CustomerActed::Kind::kAtScreen, deed});
+  const std::string action = ActionText(action_);
+  host_.Trace(CustomerActed{CustomerActed::Kind::kAtScreen, action});
   if (action_.kind == ScreenAction::Kind::kWalkAway) return;
-  if (!answer) return outlet_.Note("the screen does not take that; it waits for its time-out");
+  if (!answer) return host_.Note("the screen does not take that; it waits for its time-out");
   if (action_.kind == ScreenAction::Kind::kSign && !KeepSignature(action_.strokes)) {
-    outlet_.Note("the signature cannot be kept");
+    host_.Note("the signature cannot be kept");
     return Finish({kStx, kRefusalMark, kEtx}, "refusal");
   }
   if (current_.keeps_picture) KeepPicture();
-  Finish(*answer, deed);
+  Finish(*answer, action);
 }
 
-const ScreenKey* Screens::KeyOf(const ScreenAction& action) const {
+const ScreenKey* ScreenSession::KeyOf(const ScreenAction& action) const {
   switch (action.kind) {
     case ScreenAction::Kind::kKey:
       return current_.KeyNamed(action.text);
@@ -156,7 +156,7 @@ const ScreenKey* Screens::KeyOf(const ScreenAction& action) const {
   return nullptr;
 }
 
-std::optional<std::string> Screens::AnswerTo(const ScreenAction& action) const {
+std::optional<std::string> ScreenSession::AnswerTo(const ScreenAction& action) const {
   if (action.kind == ScreenAction::Kind::kAnswer) return action.text;
   const ScreenKey* const key = KeyOf(action);
   if (key == nullptr) return std::nullopt;
@@ -165,27 +165,27 @@ std::optional<std::string> Screens::AnswerTo(const ScreenAction& action) const {
 }
 
 // The screen is gone before its answer goes out.
-void Screens::Finish(const std::string& answer, const std::string& what) {
+void ScreenSession::Finish(const std::string& answer, const std::string& what) {
   const std::string name(NameOf(current_.kind));
   Put(IdleScreen());
-  if (!answer.empty()) outlet_.Answer({answer.begin(), answer.end()}, name + ": " + what);
+  if (!answer.empty()) host_.Answer({answer.begin(), answer.end()}, name + ": " + what);
 }
 
 // What the host fetches after a signing screen is what was written on it, or nothing.
-void Screens::ForgetSignature() {
+void ScreenSession::ForgetSignature() {
   for (const char* path : {kSignaturePath, kStrokesPath}) files_.Remove(path);
 }
 
-bool Screens::KeepSignature(const std::vector<PenPoint>& strokes) {
+bool ScreenSession::KeepSignature(const std::vector<PenPoint>& strokes) {
   if (StoreFile(files_, kStrokesPath, AsBytes(StrokeText(strokes))) != FileResult::kDone) return false;
   return painter_ == nullptr ||
          StoreFile(files_, kSignaturePath, painter_->Signature(strokes)) == FileResult::kDone;
 }
 
-void Screens::KeepPicture() {
+void ScreenSession::KeepPicture() {
   if (painter_ == nullptr) return;
   const FileResult result = StoreFile(files_, kPicturePath, painter_->Picture(current_, KeyOf(action_)));
-  if (result != FileResult::kDone) outlet_.Note("the picture of the screen cannot be kept");
+  if (result != FileResult::kDone) host_.Note("the picture of the screen cannot be kept");
 }
 
 }  // namespace gwq::terminal

@@ -11,12 +11,12 @@
 
 namespace gwq::terminal {
 
-class Outlet {
+class HostChannel {
  public:
-  Outlet() = default;
-  Outlet(const Outlet&) = delete;
-  Outlet& operator=(const Outlet&) = delete;
-  virtual ~Outlet() = default;
+  HostChannel() = default;
+  HostChannel(const HostChannel&) = delete;
+  HostChannel& operator=(const HostChannel&) = delete;
+  virtual ~HostChannel() = default;
 
   [[nodiscard]] virtual Time Now() const = 0;
   // `what` describes the answer in the trace, without any secret in it.
@@ -36,10 +36,10 @@ class Outlet {
 };
 
 // The answers that many commands have in common.
-void AnswerRefusal(Outlet& outlet);                                               // STX 'U' ETX
-void AnswerKeyCommand(Outlet& outlet, bool accepted);                             // 0xAA or 0x55
-void AnswerDone(Outlet& outlet);                                                  // STX 0xAA ETX
-void AnswerFailure(Outlet& outlet);                                               // STX 0xAA '1' ETX
-void AnswerText(Outlet& outlet, std::string_view text, const std::string& what);  // STX text ETX
+void AnswerRefusal(HostChannel& host);                                               // STX 'U' ETX
+void AnswerKeyCommand(HostChannel& host, bool accepted);                             // 0xAA or 0x55
+void AnswerDone(HostChannel& host);                                                  // STX 0xAA ETX
+void AnswerFailure(HostChannel& host);                                               // STX 0xAA '1' ETX
+void AnswerText(HostChannel& host, std::string_view text, const std::string& what);  // STX text ETX
 
 }  // namespace gwq::terminal
