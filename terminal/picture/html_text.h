@@ -13,7 +13,7 @@ namespace gwq::terminal {
 struct PageLine {
   enum class Kind { kText, kRule };
   Kind kind = Kind::kText;
-  std::string text;           // bytes as they came: not always UTF-8; a tab begins the next cell of a table
+  std::string text;           // a tab begins the next cell of a table
   int heading = 0;            // 1 to 6; 0: no heading
   int depth = 0;              // how many lists it stands in
   std::string marker;         // of a list's item, "•" or "1."
@@ -27,7 +27,9 @@ using Page = std::vector<PageLine>;
 inline constexpr std::size_t kMaxPageBytes = 8192;
 inline constexpr std::size_t kMaxPageLines = 64;
 
+// In UTF-8, whatever came.
 [[nodiscard]] Page ReadHtml(std::string_view html);
+// Bytes as they came: not always UTF-8.
 [[nodiscard]] Page ReadPlainText(std::string_view text);
 
 }  // namespace gwq::terminal
