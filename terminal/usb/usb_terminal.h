@@ -45,6 +45,7 @@ class UsbTerminal final : public Timed {
   // `deadline_moved` is called, on any thread, when NextDeadline has changed by
   // what a host did.
   UsbTerminal(UsbId id, const Wiring& wiring, const Clock& clock, std::function<void()> deadline_moved);
+  ~UsbTerminal() override;
 
   // `reapable`, if any, is told when there is something to reap, and when there is nothing more.
   void Plug(ReapSignal reapable = {});
