@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: MIT A host that sends anything, at any time, to a unit with an agreeable
+// SPDX-License-Identifier: MIT
+// A host that sends anything, at any time, to a unit with an agreeable
 // customer; what the unit records of it is masked.
 #include <chrono>
 

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: MIT Recordings and captures: text, pcap and pcapng. What is read can be
+// SPDX-License-Identifier: MIT
+// Recordings and captures: text, pcap and pcapng. What is read can be
 // written as text, and is the same when it is read again.
 #include <stdexcept>
 

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: MIT Reads the JSON scripts of customers, faults and scenarios. What is
+// SPDX-License-Identifier: MIT
+// Reads the JSON scripts of customers, faults and scenarios. What is
 // wrong is thrown as a ScriptError, and Script adds the line: duplicate and unknown members and
 // wrong types are refused, with what is allowed.
 #pragma once

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: MIT What passes on the line and at the unit, as data; TextOf alone makes
+// SPDX-License-Identifier: MIT
+// What passes on the line and at the unit, as data; TextOf alone makes
 // words of it. Key material and PINs are masked.
 #pragma once
 

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: MIT Every command that the unit knows: one row each, with what the parts
+// SPDX-License-Identifier: MIT
+// Every command that the unit knows: one row each, with what the parts
 // of the terminal need to know of it. Handlers register for rows; the trace, the names in scenarios
 // and the masks of recordings come from them. A new command is a row and a handler.
 #pragma once
@@ -22,8 +23,8 @@ enum class CommandForm : std::uint8_t {
 enum class Carried : std::uint8_t {
   kOpen,
   kSecret,
-  kSecretText
-};  // kSecretText: all but the numbers before its text
+  kSecretText,  // all but the numbers before its text
+};
 
 // What the answer may be, which is then masked.
 enum class AnswerKind : std::uint8_t { kOpen, kPin, kNumber };

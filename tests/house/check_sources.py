@@ -10,7 +10,7 @@ import re
 import subprocess
 import sys
 
-LICENCE = 'SPDX-License-Identifier: MIT'
+LICENCE = re.compile(r'SPDX-License-Identifier: MIT(?: \*/| -->)?$')
 SOURCES = {'.c', '.h', '.cpp', '.hpp', '.py', '.sh', '.js', '.java', '.cmake'}
 WIDTH = 110
 WIDE = {'.c', '.h', '.cpp', '.hpp'}
@@ -21,8 +21,8 @@ DRAWING = re.compile(r'\S {2,}\S')
 def problems(path, text):
     """What is wrong with one file, a line each."""
     lines = text.split('\n')
-    if not any(LICENCE in line for line in lines[:3]):
-        yield f'{path}: no "{LICENCE}" in its first three lines'
+    if not any(LICENCE.search(line) for line in lines[:3]):
+        yield f'{path}: no "SPDX-License-Identifier: MIT" in its first three lines'
     if path.suffix in WIDE:
         for number, line in enumerate(lines, 1):
             if len(line) > WIDTH and COMMENT.match(line) and not DRAWING.search(line):

@@ -6,7 +6,7 @@ import unittest
 
 import check_sources
 
-LICENCE = '// ' + check_sources.LICENCE + '\n'
+LICENCE = '// SPDX-License-Identifier: MIT\n'
 
 
 class CheckSources(unittest.TestCase):
@@ -19,6 +19,7 @@ class CheckSources(unittest.TestCase):
 
     def test_finds_a_missing_licence(self):
         self.assertEqual(len(self.problems('a.cpp', '#include <vector>\n')), 1)
+        self.assertEqual(len(self.problems('a.h', '// SPDX-License-Identifier: MIT What it holds\n')), 1, 'text behind it')
         self.assertEqual(len(self.problems('a.py', '\n\n\n' + LICENCE)), 1, 'too far down')
 
     def test_finds_a_wide_line_and_counts_characters(self):
