@@ -15,9 +15,7 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr std::size_t kMaxTyped = 32;
 constexpr std::size_t kLongestAnswer = 4096;
-constexpr std::size_t kMaxPoints = 10'000;
 constexpr int kSampleMs = 8;
 constexpr int kPressure = 500;
 
@@ -32,8 +30,10 @@ std::string ReadKey(const Json& value) {
 
 std::string ReadTyped(const Json& value) {
   auto digits = value.is_string() ? value.get<std::string>() : "?";
-  const bool fits = digits.size() <= kMaxTyped && digits.find_first_not_of("0123456789") == std::string::npos;
-  if (!fits) FailAt(value, "\"digits\" must be a text of at most 32 digits");
+  const bool fits =
+      digits.size() <= kMaxTypedDigits && digits.find_first_not_of("0123456789") == std::string::npos;
+  if (!fits)
+    FailAt(value, "\"digits\" must be a text of at most " + std::to_string(kMaxTypedDigits) + " digits");
   return digits;
 }
 
@@ -52,9 +52,14 @@ std::string ReadAnswer(const Json& value) {
   return bytes;
 }
 
+std::string PointRule() {
+  return "a point of \"sign\" must be [x, y] inside " + std::to_string(kSignatureWidth) + " by " +
+         std::to_string(kSignatureHeight);
+}
+
 int ReadCoordinate(const Json& value, int limit) {
   const bool fits = value.is_number_unsigned() && value.get<std::uint64_t>() < static_cast<unsigned>(limit);
-  if (!fits) FailAt(value, "a point of \"sign\" must be [x, y] inside 480 by 160");
+  if (!fits) FailAt(value, PointRule());
   return value.get<int>();
 }
 
@@ -62,8 +67,8 @@ int ReadCoordinate(const Json& value, int limit) {
 void AddStroke(std::vector<PenPoint>& points, const Json& stroke) {
   if (!stroke.is_array() || stroke.empty()) Fail("\"sign\" must be true or a list of strokes");
   for (const Json& point : stroke) {
-    if (!point.is_array() || point.size() != 2) Fail("a point of \"sign\" must be [x, y] inside 480 by 160");
-    if (points.size() == kMaxPoints) Fail("\"sign\" has too many points");
+    if (!point.is_array() || point.size() != 2) Fail(PointRule());
+    if (points.size() == kMaxPenPoints) Fail("\"sign\" has too many points");
     points.push_back({ReadCoordinate(point[0], kSignatureWidth), ReadCoordinate(point[1], kSignatureHeight),
                       kPressure, static_cast<int>(points.size()) * kSampleMs});
   }

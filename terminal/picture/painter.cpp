@@ -173,7 +173,6 @@ void ScreenPicture::DrawLine(const PageLine& line) {
 }
 
 void ScreenPicture::DrawTeller(const TellerCard& teller) {
-  constexpr int kMaxStars = 6;
   const double left = kMargin + kCardPadding;
   const SetText name = type_.Label(teller.name, {27, true, kNavy}, kCardWidth - 2 * kCardPadding);
   name.Draw(left, y_);

@@ -10,7 +10,7 @@ namespace gwq::terminal {
 namespace {
 
 constexpr double kThinnest = 1.4;
-constexpr double kPerPressure = 3.6 / 1023;
+constexpr double kPerPressure = 3.6 / kMaxPressure;
 constexpr int kSteps = 16;  // of a curve, each as wide as the pen is there
 
 struct Spot {

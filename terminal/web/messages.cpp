@@ -7,17 +7,15 @@
 #include <stdexcept>
 #include <utility>
 
+#include "device/files/file_names.h"
+
 namespace gwq::terminal {
 namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kMaxTyped = 32;
-constexpr std::size_t kMaxPoints = 10'000;
 constexpr std::size_t kLongestRates = 500;
-constexpr int kMaxPressure = 1023;
-constexpr int kMaxTimeMs = 3'600'000;
-constexpr std::size_t kLongestMessage = std::size_t{1} << 18;
+constexpr int kMaxTimeMs = 3'600'000;  // of a signature
 
 // Whatever the bytes are, the page gets a text.
 std::string Text(const Json& json) {
@@ -91,7 +89,7 @@ std::optional<PenPoint> ReadPoint(const Json& json) {
 // The pen has left the pad at the end.
 std::optional<std::vector<PenPoint>> ReadStrokes(const Json& json) {
   const auto strokes = json.find("strokes");
-  if (strokes == json.end() || !strokes->is_array() || strokes->size() > kMaxPoints) return std::nullopt;
+  if (strokes == json.end() || !strokes->is_array() || strokes->size() > kMaxPenPoints) return std::nullopt;
   std::vector<PenPoint> points;
   for (const Json& point : *strokes) {
     const auto read = ReadPoint(point);
@@ -110,7 +108,7 @@ std::optional<ScreenAction> ReadAction(const Json& json) {
   if (kind == "confirm") return ScreenAction{Kind::kConfirm, {}, {}, {}};
   if (kind == "cancel") return ScreenAction{Kind::kCancel, {}, {}, {}};
   if (kind == "walk_away") return ScreenAction{};
-  if (text.size() > kMaxTyped) return std::nullopt;
+  if (text.size() > kMaxTypedDigits) return std::nullopt;
   if (kind == "key") return ScreenAction{Kind::kKey, std::move(text), {}, {}};
   if (kind == "digits" && text.find_first_not_of("0123456789") == std::string::npos)
     return ScreenAction{Kind::kDigits, std::move(text), {}, {}};
@@ -138,6 +136,20 @@ std::optional<FaultRates> ReadRates(const std::string& text) {
 }
 
 }  // namespace
+
+std::string UnitMessage() {
+  const Json signature{{"width", kSignatureWidth},
+                       {"height", kSignatureHeight},
+                       {"max_points", kMaxPenPoints},
+                       {"max_pressure", kMaxPressure},
+                       {"max_time_ms", kMaxTimeMs}};
+  return Text({{"type", "unit"},
+               {"signature", signature},
+               {"max_digits", kMaxTypedDigits},
+               {"max_stars", kMaxStars},
+               {"max_lines", kMaxTraceLines},
+               {"picture_directory", MediaDirectory(kIdlePictureType)}});
+}
 
 std::string ScreenMessage(const ShownScreen& shown) {
   const Screen& screen = shown.screen;
@@ -187,7 +199,7 @@ std::string LinkMessage(bool plugged, bool pluggable, const FaultRates& rates) {
 }
 
 std::optional<PageRequest> ReadPageRequest(std::string_view message) {
-  if (message.size() > kLongestMessage) return std::nullopt;
+  if (message.size() > kMaxRequestSize) return std::nullopt;
   const Json json = Json::parse(message, nullptr, false);
   if (!json.is_object()) return std::nullopt;
   const std::string type = ReadText(json, "type");

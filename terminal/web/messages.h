@@ -2,6 +2,7 @@
 // What the terminal and the customer's page tell each other: JSON texts with a "type".
 //
 //   terminal -> page
+//     unit    signature: {width, height, max_points, ...}, max_digits, max_stars, ...   first, and once
 //     screen  number, kind, title, text, ..., keys, time_left_ms   what is shown
 //     entry   number, what, keyed, ..., time_left_ms                the PIN pad; number 0: no entry
 //     trace   lines: [{time_ms, from, text}]
@@ -14,9 +15,11 @@
 //     faults  rates: "drop=100"
 //
 // The page names what it answers by its number, so that a late answer never meets another
-// screen. Of a PIN it only ever learns how many digits there are.
+// screen. Of a PIN it only ever learns how many digits there are. page/types.d.ts has all
+// members of each message.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,12 +34,17 @@
 
 namespace gwq::terminal {
 
+inline constexpr std::size_t kMaxRequestSize = std::size_t{1} << 18;
+inline constexpr std::size_t kMaxTraceLines = 300;  // that a page shows
+
 struct ShownScreen {
   std::uint64_t number = 0;
   Screen screen;
   Time time_left{0};  // 0: it stays
 };
 
+// What a page has to know of the unit before it shows anything.
+[[nodiscard]] std::string UnitMessage();
 [[nodiscard]] std::string ScreenMessage(const ShownScreen& shown);
 [[nodiscard]] std::string EntryMessage(const std::optional<EntryState>& entry, Time now);
 [[nodiscard]] std::string TraceMessage(const std::vector<TraceEvent>& events);

@@ -82,7 +82,7 @@ std::optional<std::string> NameForHost(const std::string& name) {
 
 std::string MediaDirectory(int type) {
   switch (type) {
-    case 0:
+    case kIdlePictureType:
       return "/mnt/internal_sd/media/picture";
     case 1:
       return "/mnt/internal_sd/media/video";

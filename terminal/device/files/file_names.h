@@ -40,6 +40,7 @@ namespace gwq::terminal {
 // would lead out of the type's directory.
 [[nodiscard]] std::optional<std::string> MediaPath(int type, std::string_view host_name);
 
+inline constexpr int kIdlePictureType = 0;
 inline constexpr int kFirmwareType = 4;
 inline constexpr int kExplicitPathType = 255;
 inline constexpr std::string_view kFirmwarePath = "/mnt/sdcard/media/data/update.dat";

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,8 @@ struct PadKey {
   Kind kind = Kind::kDigit;
   char digit = '0';
 };
+
+inline constexpr std::size_t kMaxTypedDigits = 32;  // on a keypad
 
 // What the person does about any other screen. What the screen offers no key for is not taken,
 // and leaves the screen to its time-out.

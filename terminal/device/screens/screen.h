@@ -28,10 +28,12 @@ enum class ScreenKind {
 [[nodiscard]] std::string_view NameOf(ScreenKind kind);
 [[nodiscard]] std::optional<ScreenKind> ScreenKindNamed(std::string_view name);
 
+inline constexpr int kMaxStars = 6;
+
 struct TellerCard {
   std::string name;
   std::string number;
-  int stars = 0;           // 0 to 6
+  int stars = 0;           // 0 to kMaxStars
   std::string photo;       // as the host names it, UTF-8
   std::string photo_path;  // of the photo among the terminal's files; empty if it is not there
 };

@@ -12,7 +12,6 @@ namespace gwq::terminal {
 namespace {
 
 constexpr int kLongestTime = 999;
-constexpr int kMaxStars = 6;
 constexpr int kHeadPhotoType = 2;
 constexpr const char* kPageFile = "/tmp/infoviewerex.html";
 

@@ -95,6 +95,32 @@ TEST(PageMessages, TheLastPointOfASignatureLiftsThePen) {
   EXPECT_EQ(sign->action.strokes[1].pressure, 0);
 }
 
+// A signature of `count` points, all alike.
+std::optional<ActRequest> Sign(std::size_t count, int x, int y, int pressure, int time) {
+  const std::vector<nlohmann::json> points(count, {x, y, pressure, time});
+  return Read<ActRequest>(nlohmann::json{{"type", "act"}, {"kind", "sign"}, {"strokes", points}}.dump());
+}
+
+TEST(PageMessages, TheUnitsLimitsAreThoseOfWhatIsTaken) {
+  const nlohmann::json unit = nlohmann::json::parse(UnitMessage());
+  const nlohmann::json& field = unit.at("signature");
+  const int width = field.at("width");
+  const int height = field.at("height");
+  const int pressure = field.at("max_pressure");
+  const int time = field.at("max_time_ms");
+  const std::size_t points = field.at("max_points");
+  EXPECT_TRUE(Sign(points, width - 1, height - 1, pressure, time));
+  EXPECT_FALSE(Sign(points + 1, width - 1, height - 1, pressure, time));
+  EXPECT_FALSE(Sign(1, width, 0, 0, 0));
+  EXPECT_FALSE(Sign(1, 0, height, 0, 0));
+  EXPECT_FALSE(Sign(1, 0, 0, pressure + 1, 0));
+  EXPECT_FALSE(Sign(1, 0, 0, 0, time + 1));
+  const std::string start = R"({"type":"act","kind":"digits","text":")";
+  const std::string digits(unit.at("max_digits").get<std::size_t>(), '7');
+  EXPECT_TRUE(ReadPageRequest(start + digits + "\"}"));
+  EXPECT_FALSE(ReadPageRequest(start + digits + "7\"}"));
+}
+
 TEST(PageMessages, WhatNoCustomerCanDoIsNotTaken) {
   for (const char* message : {"",
                               "null",
