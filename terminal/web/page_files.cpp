@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <span>
 #include <utility>
-
-#include "device/files/file_names.h"
 
 extern "C" {
 #include "page.h"
@@ -29,7 +28,6 @@ constexpr std::array<std::pair<std::string_view, const char*>, 6> kStoredTypes{{
                                                                                 {".gif", "image/gif"},
                                                                                 {".bmp", "image/bmp"},
                                                                                 {".pdf", "application/pdf"}}};
-constexpr std::uint64_t kMaxRead = std::uint64_t{64} << 20;
 
 const char* Find(Types types, std::string_view name) {
   std::string lower(name);
@@ -60,38 +58,6 @@ const char* TypeOf(std::string_view name) {
 
 const char* TypeOfStored(std::string_view path) {
   return Find(kStoredTypes, path);
-}
-
-std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path) {
-  const auto reader = files.Open(path);
-  if (!reader || reader->Size() > kMaxRead) return std::nullopt;
-  std::string content(static_cast<std::size_t>(reader->Size()), '\0');
-  std::size_t done = 0;
-  while (done < content.size()) {
-    const auto count =
-        reader->Read({reinterpret_cast<std::uint8_t*>(content.data()) + done, content.size() - done});
-    if (!count) return std::nullopt;
-    if (*count == 0) break;
-    done += *count;
-  }
-  content.resize(done);
-  return content;
-}
-
-std::vector<std::string> StoredFiles(FileSystem& files) {
-  constexpr int kMediaTypes = 5;
-  std::vector<std::string> directories;
-  directories.reserve(kMediaTypes + 1);
-  for (int type = 0; type < kMediaTypes; ++type) directories.push_back(MediaDirectory(type));
-  directories.emplace_back("/tmp");
-  std::vector<std::string> paths;
-  for (const std::string& directory : directories) {
-    for (const std::string& name : files.List(directory)) {
-      paths.push_back(directory);
-      (paths.back() += '/') += name;
-    }
-  }
-  return paths;
 }
 
 }  // namespace gwq::terminal
