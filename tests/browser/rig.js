@@ -11,7 +11,7 @@ import { chromium } from "playwright-core";
 
 const here = dirname(fileURLToPath(import.meta.url));
 const source = join(here, "../..");
-const build = process.env.GWQ_BUILD ?? join(source, "build/release");
+export const build = process.env.GWQ_BUILD ?? join(source, "build/release");
 const pictures = join(build, "page-pictures");
 const SIZES = { wide: { width: 1280, height: 800 }, tall: { width: 800, height: 1280 } };
 
@@ -46,7 +46,7 @@ export async function makeFiles(browser) {
     `<svg viewBox="0 0 240 300" style="display:block"><rect width="240" height="300" fill="#cfe0f2"/>
      <path d="M20 300c0-74 42-104 100-104s100 30 100 104z" fill="#22406b"/><circle cx="120" cy="120" r="62" fill="#f1c9a5"/>
      <path d="M56 112c0-88 128-88 128 0-22-34-96-40-128 0z" fill="#2b2018"/></svg>`);
-  const clause = (n) => `<h2>第${n}条　Clause ${n}</h2>${"<p>银行为客户保管账户，并应客户要求告知余额。The bank keeps the account and tells the customer its balance on request.</p>".repeat(6)}`;
+  const clause = (n) => `<h2>第${n}条\u3000Clause ${n}</h2>${"<p>银行为客户保管账户，并应客户要求告知余额。The bank keeps the account and tells the customer its balance on request.</p>".repeat(6)}`;
   await page.setContent(`<meta charset="utf-8"><body style="font:15px/1.7 sans-serif"><h1>账户协议 Account agreement</h1>
     ${[1, 2, 3].map((n) => `<section style="break-after:page">${clause(n)}</section>`).join("")}`);
   await page.pdf({ path: join(directory, "agreement-协议.pdf"), format: "A4", margin: { top: 60, left: 60, right: 60 } });
@@ -121,6 +121,9 @@ export class Counter {
   }
 }
 
+// Each different message that any page heard or said.
+export const messages = { heard: new Set(), said: new Set() };
+
 // The customer at the page. What the page is told is kept, and nothing may go elsewhere or wrong.
 export class Customer {
   heard = [];
@@ -154,8 +157,12 @@ export class Customer {
       if (!own.some((start) => request.url().startsWith(start))) this.wrong.push(request.url());
     });
     this.page.on("websocket", (socket) => {
-      socket.on("framereceived", ({ payload }) => this.heard.push(String(payload)));
-      socket.on("framesent", ({ payload }) => this.said.push(String(payload)));
+      const keep = (kind) => ({ payload }) => {
+        this[kind].push(String(payload));
+        messages[kind].add(String(payload));
+      };
+      socket.on("framereceived", keep("heard"));
+      socket.on("framesent", keep("said"));
     });
   }
 

@@ -192,6 +192,14 @@ class Page(unittest.IsolatedAsyncioTestCase):
         with open(self.terminal.storage.name + "/tmp/hw.txt", encoding="ascii") as file:
             self.assertEqual(file.read(), "10,20,500,0\n300,90,700,40\n301,91,0,48\n")
 
+    async def test_a_page_learns_first_what_the_unit_takes(self):
+        for _ in range(2):
+            async with self.terminal.page() as socket:
+                unit = json.loads(await socket.recv())
+                self.assertEqual(unit["type"], "unit")
+                self.assertEqual((unit["signature"]["width"], unit["signature"]["height"]), (480, 160))
+                self.assertEqual(unit["picture_directory"], "/mnt/internal_sd/media/picture")
+
     async def test_a_page_that_comes_later_sees_what_is_shown(self):
         async with self.terminal.page() as first:
             screen = await self.shown(first, "evaluation", "\x1b[4STARTEVALUTF8")
@@ -244,7 +252,7 @@ class Page(unittest.IsolatedAsyncioTestCase):
             self.assertEqual(refused.exception.status_code, 403)
 
     def test_serves_itself_under_a_strict_policy(self):
-        for name, kind in [("", "text/html"), ("app.js", "text/javascript"), ("pdf.worker.js", "text/javascript")]:
+        for name, kind in [("", "text/html"), ("session.js", "text/javascript"), ("pdf.worker.js", "text/javascript")]:
             response, body = self.terminal.get(self.terminal.parts.path + name)
             self.assertEqual(response.status, 200, name)
             self.assertIn(kind, response.getheader("Content-Type"))
