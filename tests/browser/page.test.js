@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The customer's page in Chromium, with the library and a teller application on the other side.
 import assert from "node:assert/strict";
+import { spawnSync } from "node:child_process";
 import { createDecipheriv } from "node:crypto";
 import { readFileSync, writeFileSync } from "node:fs";
 import { createServer } from "node:http";
 import { after, before, describe, test } from "node:test";
-import { Counter, Customer, inkOf, makeFiles, openBrowser } from "./rig.js";
+import { dirname, join } from "node:path";
+import { fileURLToPath } from "node:url";
+import { build, Counter, Customer, inkOf, limit, makeFiles, messages, openBrowser } from "./rig.js";
 
 const TELLER = { name: "王芳", number: "0123", stars: 5 };
 const htmlWith = (address) => `<h1>转账确认 Transfer</h1><p>收款人 Li Ming，金额 1,200.00 元</p>
@@ -78,10 +81,10 @@ async function pdfIsDrawn(page, number, pages) {
   });
 }
 
-// How many objects of a kind the page keeps, once the browser has collected what nothing refers to.
+// How many objects of a class, which an expression names, the page keeps once the browser has collected what nothing refers to.
 async function aliveOf(page, kind) {
   const session = await page.context().newCDPSession(page);
-  const { result } = await session.send("Runtime.evaluate", { expression: `${kind}.prototype` });
+  const { result } = await session.send("Runtime.evaluate", { expression: `(${kind}).prototype`, replMode: true });
   const { objects } = await session.send("Runtime.queryObjects", { prototypeObjectId: result.objectId });
   const count = await session.send("Runtime.callFunctionOn",
     { objectId: objects.objectId, functionDeclaration: "function () { return this.length; }" });
@@ -89,10 +92,11 @@ async function aliveOf(page, kind) {
   return count.result.value;
 }
 
-// What was stopped a moment ago may still hold on to its objects.
-async function keeps(page, kind, count) {
-  for (let tries = 20; tries > 0 && (await aliveOf(page, kind)) !== count; tries--) await page.waitForTimeout(100);
-  assert.equal(await aliveOf(page, kind), count);
+// What was stopped a moment ago may still be there, or hold on to its objects.
+async function becomes(wanted, count) {
+  const deadline = performance.now() + limit;
+  while ((await count()) !== wanted && performance.now() < deadline) await new Promise((resolve) => setTimeout(resolve, 100));
+  assert.equal(await count(), wanted);
 }
 
 together("idle", () => {
@@ -246,6 +250,7 @@ together("documents", () => {
     assert.deepEqual(await agreed, { value: 1 });
   });
 
+  const DOCUMENTS = '(await import("./pdf_view.js")).PdfView';
   visit("leave nothing behind, a hundred of them", async ({ counter, customer, page }) => {
     const before = await aliveOf(page, "ResizeObserver");
     const agreed = counter.call("confirm_documents", [[files.at("agreement-协议.pdf"), files.at("terms.pdf")]]);
@@ -261,12 +266,15 @@ together("documents", () => {
       }
     });
     await pdfIsDrawn(page, 1, 3);
-    assert.equal(page.workers().length, 1);
-    await keeps(page, "ResizeObserver", before + 1);
-    await customer.button("Agree").click();
+    await becomes(1, () => page.workers().length);
+    await becomes(before + 1, () => aliveOf(page, "ResizeObserver"));
+    await becomes(1, () => aliveOf(page, DOCUMENTS));
+    // Not by Playwright's click, which keeps hold of what it clicked.
+    await customer.button("Agree").evaluate((agree) => agree.click());
     assert.deepEqual(await agreed, { value: 0 });
     await customer.waits();
-    assert.equal(page.workers().length, 0);
+    await becomes(0, () => page.workers().length);
+    await becomes(0, () => aliveOf(page, DOCUMENTS));
   });
 });
 
@@ -554,6 +562,10 @@ together("developer's panel", () => {
     await customer.shows("panel-faults");
     await page.getByRole("checkbox", { name: "Lost answers" }).check();
     await page.locator("summary b").getByText("1").waitFor();
+    const { faults } = JSON.parse(customer.heard.findLast((text) => JSON.parse(text).type === "link"));
+    const named = faults.split(",").map((rate) => rate.split("=")[0]).filter((name) => name !== "seed");
+    const switches = await page.locator(".switches input").evaluateAll((inputs) => inputs.map(({ name }) => name));
+    assert.deepEqual(switches.sort(), named.sort(), "a switch for every fault");
     await page.reload();
     await page.locator("summary b").getByText("1").waitFor();
     const { failed } = await counter.call("build_date");
@@ -583,4 +595,21 @@ together("developer's panel", () => {
     await customer.page.getByText("The terminal has ended.").waitFor();
     await customer.leaves();
   });
+});
+
+// The compiler reads the messages of all the tests above as values of the types that the page takes them for.
+test("messages are as types.d.ts says", () => {
+  const here = dirname(fileURLToPath(import.meta.url));
+  const types = join(here, "../../terminal/web/page/types.d.ts");
+  const file = join(build, "page-messages.ts");
+  const list = (name, type, texts) => `export const ${name}: ${type}[] = [\n${[...texts].join(",\n")}\n];\n`;
+  writeFileSync(file, `import type { FromTerminal, ToTerminal } from ${JSON.stringify(types.replace(/\.d\.ts$/, ".js"))};\n` +
+    list("heard", "FromTerminal", messages.heard) + list("said", "ToTerminal", messages.said));
+  const typesOf = (texts) => [...new Set([...texts].map((text) => JSON.parse(text).type))].sort();
+  assert.deepEqual(typesOf(messages.heard), ["entry", "files", "link", "screen", "trace", "unit"]);
+  assert.deepEqual(typesOf(messages.said), ["act", "faults", "plug", "press"]);
+  const { status, stdout } = spawnSync(join(here, "node_modules/.bin/tsc"),
+    ["--strict", "--noEmit", "--target", "ES2022", "--module", "ES2022", "--moduleResolution", "bundler", file],
+    { encoding: "utf8" });
+  assert.equal(status, 0, stdout);
 });
