@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The block ciphers of the PIN pad's working keys, each in the modes it is used in.
+// The block ciphers of the PIN pad's keys, each in the modes it is used in.
 #pragma once
-
-#include <openssl/types.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +11,18 @@
 
 namespace gwq::terminal {
 
-// As the host numbers them.
+// DES and triple DES in electronic-code-book mode, the only mode in which the keys and PIN blocks of
+// the counter command set travel. A key of 8 bytes is DES, one of 16 (K1 K2 K1) or 24 bytes is triple DES.
+[[nodiscard]] bool IsDesKeyLength(std::size_t size);
+
+// `data` is a whole number of 8-byte blocks. Nothing when a length is wrong or
+// the cipher is not to be had.
+[[nodiscard]] std::optional<SecretBytes> EncipherDes(std::span<const std::uint8_t> key,
+                                                     std::span<const std::uint8_t> data);
+[[nodiscard]] std::optional<SecretBytes> DecipherDes(std::span<const std::uint8_t> key,
+                                                     std::span<const std::uint8_t> data);
+
+// The ciphers of the PIN pad's frames, as the host numbers them.
 enum class Algorithm : std::uint8_t { kTripleDes = 0, kSm4 = 1 };
 inline constexpr std::size_t kAlgorithms = 2;
 
@@ -33,15 +42,5 @@ inline constexpr std::size_t kAlgorithms = 2;
 // vector is random and stands before the result.
 [[nodiscard]] std::optional<SecretBytes> EncipherData(Algorithm algorithm, std::span<const std::uint8_t> key,
                                                       std::span<const std::uint8_t> data);
-
-// One run of a cipher of libcrypto, whose key must have the length it wants.
-struct CipherRun {
-  const EVP_CIPHER* cipher = nullptr;
-  std::span<const std::uint8_t> key;
-  const std::uint8_t* vector = nullptr;
-  bool encipher = true;
-  bool padded = false;
-};
-[[nodiscard]] std::optional<SecretBytes> RunCipher(const CipherRun& run, std::span<const std::uint8_t> data);
 
 }  // namespace gwq::terminal

@@ -5,7 +5,7 @@
 #include <array>
 #include <utility>
 
-#include "device/pad/des.h"
+#include "device/pad/ciphers.h"
 #include "device/pad/pin_block.h"
 #include "protocol/marks.h"
 #include "protocol/split_form.h"
@@ -180,7 +180,7 @@ void CounterCommands::AnswerBlock(std::span<const std::uint8_t> digits, const Bu
   const SecretBytes* key = keys_.Active();
   const auto clear = build(digits);
   if (key == nullptr || !clear) return AnswerRefusal(host_);
-  const auto block = Encipher(*key, *clear);
+  const auto block = EncipherDes(*key, *clear);
   if (!block) return AnswerRefusal(host_);
   const std::uint8_t mark[] = {kShortBlockMark};
   Bytes answer{kStx};

@@ -3,7 +3,7 @@
 
 #include <openssl/crypto.h>
 
-#include "device/pad/des.h"
+#include "device/pad/ciphers.h"
 
 namespace gwq::terminal {
 
@@ -12,7 +12,7 @@ bool KeyStore::ReplaceMaster(std::size_t slot, std::span<const std::uint8_t> old
   SecretBytes& current = masters_[slot];
   if (old_then_new.size() < current.size()) return false;
   const auto fresh = old_then_new.subspan(current.size());
-  if (!IsKeyLength(fresh.size())) return false;
+  if (!IsDesKeyLength(fresh.size())) return false;
   if (CRYPTO_memcmp(current.data(), old_then_new.data(), current.size()) != 0) return false;
   current = CopySecret(fresh);
   ForgetWorkingKeysUnder(slot);
@@ -20,8 +20,8 @@ bool KeyStore::ReplaceMaster(std::size_t slot, std::span<const std::uint8_t> old
 }
 
 bool KeyStore::LoadWorking(std::size_t master, std::size_t slot, std::span<const std::uint8_t> enciphered) {
-  if (master >= kKeySlots || slot >= kKeySlots || !IsKeyLength(enciphered.size())) return false;
-  auto key = Decipher(masters_[master], enciphered);
+  if (master >= kKeySlots || slot >= kKeySlots || !IsDesKeyLength(enciphered.size())) return false;
+  auto key = DecipherDes(masters_[master], enciphered);
   if (!key) return false;
   working_[{master, slot}] = std::move(*key);
   return true;

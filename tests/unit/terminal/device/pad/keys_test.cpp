@@ -2,7 +2,7 @@
 // Loading, activating and resetting keys, byte for byte.
 #include <gtest/gtest.h>
 
-#include "device/pad/des.h"
+#include "device/pad/ciphers.h"
 #include "device/pad/key_store.h"
 #include "unit/terminal/device/rig.h"
 
@@ -14,7 +14,7 @@ constexpr std::string_view kDouble = "A1B2C3D4E5F60718293A4B5C6D7E8F90";
 constexpr std::string_view kTriple = "A1B2C3D4E5F60718293A4B5C6D7E8F900F1E2D3C4B5A6978";
 
 TEST(Des, GivesThePublishedBlock) {
-  const auto block = Encipher(FromHex(kSingle), FromHex("0123456789ABCDEF"));
+  const auto block = EncipherDes(FromHex(kSingle), FromHex("0123456789ABCDEF"));
   ASSERT_TRUE(block);
   EXPECT_EQ(ToHex(*block), "85E813540F0AB405");
 }
@@ -22,10 +22,10 @@ TEST(Des, GivesThePublishedBlock) {
 TEST(Des, AgreesWithTheSingleBlockCallsForEveryKeyLength) {
   const auto data = FromHex("0123456789ABCDEF00112233445566778899AABBCCDDEEFF");
   for (const std::string_view key : {kSingle, kDouble, kTriple}) {
-    const auto block = Encipher(FromHex(key), data);
+    const auto block = EncipherDes(FromHex(key), data);
     ASSERT_TRUE(block);
     EXPECT_EQ(ToHex(*block), ToHex(PlainDes(FromHex(key), data, true)));
-    const auto back = Decipher(FromHex(key), *block);
+    const auto back = DecipherDes(FromHex(key), *block);
     ASSERT_TRUE(back);
     EXPECT_EQ(ToHex(*back), ToHex(data));
   }
@@ -34,9 +34,9 @@ TEST(Des, AgreesWithTheSingleBlockCallsForEveryKeyLength) {
 TEST(Des, RefusesOtherLengths) {
   const auto data = FromHex("0123456789ABCDEF");
   for (const std::size_t size : {0U, 1U, 7U, 9U, 15U, 17U, 23U, 25U, 32U}) {
-    EXPECT_FALSE(Encipher(std::vector<std::uint8_t>(size, 1), data)) << size;
+    EXPECT_FALSE(EncipherDes(std::vector<std::uint8_t>(size, 1), data)) << size;
   }
-  EXPECT_FALSE(Encipher(FromHex(kSingle), FromHex("01234567")));
+  EXPECT_FALSE(EncipherDes(FromHex(kSingle), FromHex("01234567")));
 }
 
 TEST(MasterKey, IsTakenWithTheFactoryKeyAsTheOldOne) {
