@@ -22,7 +22,9 @@ constexpr const char* kExecFooter =
     R"(COMMAND and its children see the terminal as a USB device. With --serial there is a
 second terminal, with keys and a customer of its own, at the serial port; --no-usb
 leaves the USB one out. COMMAND finds this program's process id in GWQ_TERMINAL_PID:
-SIGUSR1 to it unplugs the USB terminal, SIGUSR2 plugs it in again.
+SIGUSR1 to it unplugs the USB terminal, SIGUSR2 plugs it in again. The serial port's
+path is in GWQ_TERMINAL_SERIAL. With --pty this is a pseudo-terminal, which every
+program can open; umockdev, which shows COMMAND the other terminals, is not used.
 
 The exit status is COMMAND's, or 128 and the signal's number if it died by a signal;
 127 if it was not found, 126 if it could not be started, 2 for a wrong command line,
@@ -125,7 +127,6 @@ struct RawOptions {
   std::uint16_t page_port = 0;
   std::string trace;
   std::string usbip_port;
-  bool pty = false;
   RawRecording recording;
   int control_fd = -1;
   CheckCommand check;
@@ -160,7 +161,7 @@ ServeOptions InterpretServe(const RawOptions& raw, const CLI::App& serve, Termin
   std::optional<std::uint16_t> port;
   if (serve.count("--usbip") > 0)
     port = raw.usbip_port.empty() ? kUsbIpPort : static_cast<std::uint16_t>(std::stoi(raw.usbip_port));
-  return {std::move(terminal), port, raw.pty};
+  return {std::move(terminal), port};
 }
 
 // The command may run in another directory.
@@ -218,10 +219,16 @@ void AddUsbIdOption(CLI::App& app, RawOptions& raw) {
       ->capture_default_str();
 }
 
+CLI::Option* AddPtyOption(CLI::App& app, bool& pty) {
+  return app.add_flag("--pty", pty,
+                      "The terminal at a pseudo-terminal instead, at the path in GWQ_TERMINAL_SERIAL");
+}
+
 void AddLinkOptions(CLI::App& app, RawOptions& raw) {
   AddUsbIdOption(app, raw);
   AddSerialOption(app, raw);
   app.add_flag("--no-usb", raw.no_usb, "No terminal on USB");
+  AddPtyOption(app, raw.terminal.pty)->excludes("--serial");
 }
 
 void AddServeOptions(CLI::App& app, RawOptions& raw) {
@@ -231,7 +238,7 @@ void AddServeOptions(CLI::App& app, RawOptions& raw) {
       ->type_name("[PORT]")
       ->expected(0, 1)
       ->check(CLI::Validator(UsbIpProblem, ""));
-  app.add_flag("--pty", raw.pty, "A terminal at a pseudo-terminal");
+  app.add_flag("--pty", raw.terminal.pty, "A terminal at a pseudo-terminal");
   AddUsbIdOption(app, raw);
 }
 
@@ -240,6 +247,7 @@ void AddCheckOptions(CLI::App& app, CheckCommand& command) {
   app.add_option("SCENARIO", check.scenarios, "Files, or names of those that come with the program")
       ->type_name("");
   app.add_flag("--list", command.list, "List those that come with the program");
+  AddPtyOption(app, check.pty);
   app.add_option("--junit", check.junit_file, "Write the results to FILE too, as JUnit does")
       ->type_name("FILE");
   app.add_option("--timeout", check.time_limit_s, "End the command after this time, whatever a scenario says")
@@ -287,6 +295,7 @@ Parser::Parser() {
   AddReplayFile(*replay, raw.recording)->required();
   AddReplayOptions(*replay, raw.recording);
   AddSerialOption(*replay, raw);
+  AddPtyOption(*replay, raw.terminal.pty)->excludes("--serial");
   AddRecordOptions(*replay, raw.recording);
 
   check = app.add_subcommand("check",
@@ -327,7 +336,7 @@ Request Parser::Result(std::vector<std::string> command) const {
   const TerminalOptions options = Interpret(raw, *chosen);
   if (chosen == pty) return PtyRequest{options};
   if (chosen == serve) return InterpretServe(raw, *serve, options);
-  return ExecOptions{options, std::move(command)};
+  return ExecOptions{options.pty ? OnPseudoTerminal(options) : options, std::move(command)};
 }
 
 // What stands after the first "--" is the command's affair, not the parser's.
@@ -349,7 +358,7 @@ Request ParseArguments(int argc, const char* const* argv) {
   try {
     parser.app.parse(arguments);
     parser.CheckCommandGiven(!command.empty());
-    if (parser.serve->parsed() && parser.serve->count("--usbip") == 0 && !parser.raw.pty)
+    if (parser.serve->parsed() && parser.serve->count("--usbip") == 0 && !parser.raw.terminal.pty)
       throw CLI::ValidationError("nothing to serve: give --usbip, --pty or both");
   } catch (const CLI::ParseError& error) {
     return ExitRequest{parser.app.exit(error) == 0 ? 0 : kUsageError};

@@ -97,6 +97,7 @@ ExecOptions OptionsFor(const CheckRequest& request, const Chosen& chosen, const 
   options.terminal.hostile = chosen.scenario.hostile;
   options.terminal.scenario_file = chosen.file;
   options.terminal.history_file = places.history;
+  if (request.pty) options.terminal = OnPseudoTerminal(options.terminal);
   options.command = request.command;
   options.time_limit = request.time_limit_s > 0 ? std::chrono::seconds(request.time_limit_s)
                                                 : chosen.scenario.time_limit.value_or(kUsualLimit);

@@ -13,6 +13,7 @@ struct CheckRequest {
   std::vector<std::string> scenarios;  // paths, or names of those that come with the program
   std::vector<std::string> command;
   UsbId usb;               // where a scenario names no identity
+  bool pty = false;        // at a pseudo-terminal, and not where the scenarios say
   std::string junit_file;  // empty: none
   int time_limit_s = 0;    // 0: as the scenarios say
 };

@@ -15,6 +15,25 @@ constexpr std::size_t kMaxMessage = 65536;
 
 }  // namespace
 
+// As in /proc/PID/environ.
+std::string ReadyMessage(const Variables& variables) {
+  std::string message = "ready";
+  for (const auto& [name, value] : variables) message += '\0' + name + "=" + value;
+  return message;
+}
+
+Variables ReadReadyMessage(const std::string& message) {
+  Variables variables;
+  for (std::size_t begin = message.find('\0'); begin != std::string::npos;) {
+    const std::size_t end = message.find('\0', ++begin);
+    const std::string entry = message.substr(begin, end - begin);
+    const std::size_t mark = entry.find('=');
+    variables.emplace_back(entry.substr(0, mark), entry.substr(mark + 1));
+    begin = end;
+  }
+  return variables;
+}
+
 std::pair<ControlChannel, ControlChannel> ControlChannel::Pair() {
   std::array<int, 2> fds{};
   Checked(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, fds.data()), "socketpair");

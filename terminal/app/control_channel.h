@@ -2,17 +2,24 @@
 // The line between the supervisor, which runs the command, and the server, which
 // is the terminal. Either side learns from it that the other has died.
 //
-//   server -> supervisor   "ready DIRECTORY", "failed REASON"
+//   server -> supervisor   "ready" with variables (ReadyMessage), "failed REASON"
 //   supervisor -> server   the options (options_message.h), then "unplug", "replug", "done"
 #pragma once
 
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/unique_fd.h"
 
 namespace gwq::terminal {
+
+// What the command's environment is to have: names and values.
+using Variables = std::vector<std::pair<std::string, std::string>>;
+
+[[nodiscard]] std::string ReadyMessage(const Variables& variables);
+[[nodiscard]] Variables ReadReadyMessage(const std::string& message);
 
 class ControlChannel {
  public:

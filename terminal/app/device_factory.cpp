@@ -72,11 +72,11 @@ TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
   if (replay_.file.empty()) return options;
   recording_ = LoadRecording(replay_.file, replay_.device);
   const bool serial = recording_.Has(Wire::kSerial);
-  if (serial && !options.serial_port)
+  if (serial && !options.serial_port && !options.pty)
     throw std::runtime_error(
-        "the recording has a serial line; say with --serial N at which port it is to be");
-  if (!serial && options.serial_port)
-    throw std::runtime_error("the recording has no serial line; leave --serial out");
+        "the recording has a serial line; say with --serial N at which port it is to be, or --pty");
+  if (!serial && (options.serial_port || options.pty))
+    throw std::runtime_error("the recording has no serial line; leave --serial and --pty out");
   if (!recording_.Has(Wire::kUsb)) options.usb.reset();
   if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
   if (options.usb && recording_.identity)

@@ -17,6 +17,7 @@ namespace gwq::terminal {
 struct TerminalOptions {
   std::optional<UsbId> usb;                // nothing: no terminal on USB
   std::optional<int> serial_port;          // n: a terminal at /dev/ttyS(n-1)
+  bool pty = false;                        // a terminal at a pseudo-terminal
   std::string customer_file;               // empty: the agreeable customer
   std::string storage_dir;                 // the terminals' files; empty: fresh ones, gone at the end
   std::string keys_dir;                    // their PIN pads' key pairs; empty: new each time
@@ -36,6 +37,7 @@ template <typename Options, typename Visitor>
 void VisitOptions(Options& options, Visitor&& visit) {
   visit("usb", options.usb);
   visit("serial_port", options.serial_port);
+  visit("pty", options.pty);
   visit("customer_file", options.customer_file);
   visit("storage_dir", options.storage_dir);
   visit("keys_dir", options.keys_dir);
@@ -56,8 +58,15 @@ void VisitOptions(Options& options, Visitor&& visit) {
 struct ServeOptions {
   TerminalOptions terminal;                 // its USB identity is that on USB/IP
   std::optional<std::uint16_t> usbip_port;  // nothing: not on USB/IP; 0: any port
-  bool pty = false;
 };
+
+// A terminal at a pseudo-terminal and nowhere else.
+[[nodiscard]] inline TerminalOptions OnPseudoTerminal(TerminalOptions options) {
+  options.usb.reset();
+  options.serial_port.reset();
+  options.pty = true;
+  return options;
+}
 
 struct ExecOptions {
   TerminalOptions terminal;

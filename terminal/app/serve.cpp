@@ -71,36 +71,32 @@ void Print(const std::string& text) {
 }
 
 // `pty_name` stands before the path of a pseudo-terminal.
-int Serve(const TerminalOptions& options, std::optional<std::uint16_t> usbip_port, bool pty,
+int Serve(const TerminalOptions& options, std::optional<std::uint16_t> usbip_port,
           const std::string& pty_name) {
   IgnoreOutputSignals();
   AnnounceHostility(options);
   // Before all else, so that no signal is missed.
   const SignalWatch signals{SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2};
   CheckDescriptors();
-  TerminalHost host(options, pty);
+  TerminalHost host(options);
   UsbIp usbip(host, usbip_port);
   host.Open(usbip.Plug());
   const SignalServer obeys(host, signals);
-  Print(usbip.Place() + (pty ? pty_name + host.Serial()->Path() + "\n" : ""));
+  Print(usbip.Place() + (options.pty ? pty_name + host.Serial()->Path() + "\n" : ""));
   host.Run();
   return 0;
-}
-
-TerminalOptions WithoutUsb(TerminalOptions options) {
-  options.usb.reset();
-  return options;
 }
 
 }  // namespace
 
 int RunServe(const ServeOptions& options) {
-  return Serve(options.usbip_port ? options.terminal : WithoutUsb(options.terminal), options.usbip_port,
-               options.pty, "pty ");
+  TerminalOptions terminal = options.terminal;
+  if (!options.usbip_port) terminal.usb.reset();
+  return Serve(terminal, options.usbip_port, "pty ");
 }
 
 int RunPty(const TerminalOptions& options) {
-  return Serve(WithoutUsb(options), {}, true, "");
+  return Serve(OnPseudoTerminal(options), {}, "");
 }
 
 }  // namespace gwq::terminal

@@ -1,23 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "app/server.h"
 
+#include <glib.h>
 #include <openssl/crypto.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "app/command_view.h"
 #include "app/control_channel.h"
 #include "app/failures.h"
 #include "app/options_message.h"
 #include "app/terminal_host.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
-#include "umockdev/testbed.h"
-#include "umockdev/testbed_plug.h"
 
 namespace gwq::terminal {
 namespace {
@@ -70,24 +71,38 @@ bool RunUntilDone(TerminalHost& host, const ControlChannel& control) {
   return done;
 }
 
+// A pseudo-terminal, which every program can open.
+class PtyView final : public CommandView {
+ public:
+  explicit PtyView(const TerminalHost& host) : host_(host) {}
+  [[nodiscard]] UsbPlug* Plug() override { return nullptr; }
+  [[nodiscard]] Variables Environment() const override {
+    return {{kSerialPathVariable, host_.Serial()->Path()}};
+  }
+
+ private:
+  const TerminalHost& host_;
+};
+
+std::unique_ptr<CommandView> MakeView(const TerminalOptions& options, TerminalHost& host) {
+  if (NeedsTestbed(options)) return MakeTestbedView(host, options.serial_port);
+  return std::make_unique<PtyView>(host);
+}
+
 // False when the supervisor is gone and can no longer clean up.
-bool Serve(const TerminalOptions& options, const ControlChannel& control, int& status) {
-  TerminalHost host(options, options.serial_port.has_value());
-  std::optional<TestbedPlug> plug;  // destroyed after the testbed, whose thread uses it
-  Testbed testbed;
-  if (host.Usb() != nullptr) plug.emplace(testbed, *host.Usb(), host.Identity());
-  if (host.Serial() != nullptr) testbed.LinkSerial(*options.serial_port, host.Serial()->Path());
-  host.Open(plug ? &*plug : nullptr);
-  control.Send("ready " + testbed.RootDir());
+bool Serve(const TerminalOptions& options, const ControlChannel& control, const std::string& dir,
+           int& status) {
+  TerminalHost host(options);
+  const std::unique_ptr<CommandView> view = MakeView(options, host);
+  host.Open(view->Plug());
+  control.Send(ReadyMessage(view->Environment()));
   const bool in_good_order = RunUntilDone(host, control);
-  if (!in_good_order) KillProcessesOf(testbed.RootDir());
+  if (!in_good_order) KillProcessesOf(dir);
   status = host.FinishReplay() ? 0 : kReplayDiffered;
   return in_good_order;
 }
 
 }  // namespace
-
-void CheckHasServer() {}
 
 int RunServer(int control_fd) {
   IgnoreOutputSignals();
@@ -103,7 +118,7 @@ int RunServer(int control_fd) {
     const TerminalOptions options = ReadOptionsMessage(*message);
     AnnounceHostility(options);
     // After the testbed is gone, which complains when its directory is.
-    if (!Serve(options, control, status)) PrivateDir::Remove(dir.string());
+    if (!Serve(options, control, dir.string(), status)) PrivateDir::Remove(dir.string());
     return status;
   } catch (const std::exception& error) {
     ReportFailure(control, ReasonOf(error));

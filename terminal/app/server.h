@@ -4,13 +4,10 @@
 
 namespace gwq::terminal {
 
-// Takes its options from `control_fd`, makes a testbed below $TMPDIR, reports it
-// there and serves until the supervisor says that it is done. If the supervisor dies instead, ends the
-// command with all its children and removes $TMPDIR in its place.
-// Must run with the testbed's preload library. Returns the exit status.
+// Takes its options from `control_fd`, makes the terminal with all its files below $TMPDIR, reports
+// there what the command's environment is to have, and serves until the supervisor says that it is
+// done. If the supervisor dies instead, ends the command with all its children and removes $TMPDIR in
+// its place. Must run with the testbed's preload library where there is a testbed. Returns the exit status.
 int RunServer(int control_fd);
-
-// Throws when this program was built without umockdev and has no such process.
-void CheckHasServer();
 
 }  // namespace gwq::terminal

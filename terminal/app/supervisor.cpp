@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/supervisor.h"
 
-#include <dlfcn.h>
-#include <poll.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,10 +10,10 @@
 #include <string_view>
 #include <utility>
 
+#include "app/command_view.h"
 #include "app/control_channel.h"
 #include "app/failures.h"
 #include "app/options_message.h"
-#include "app/server.h"
 #include "base/clock.h"
 #include "base/errors.h"
 #include "base/event_loop.h"
@@ -26,21 +23,11 @@
 namespace gwq::terminal {
 namespace {
 
-constexpr const char* kPreload = "libumockdev-preload.so.0";
 // How long a command that was asked to end may take.
 constexpr Time kGrace{2000};
-constexpr int kServerStartLimitMs = 10'000;
-constexpr std::chrono::milliseconds kServerExitLimit{2000};
+constexpr std::chrono::seconds kServerStartLimit{10};
+constexpr Time kServerExitLimit{2000};
 constexpr std::string_view kFailed = "failed ";
-
-// Without the library a command would see no terminal, and the linker only warns.
-void CheckPreload() {
-  if (void* library = dlopen(kPreload, RTLD_LAZY | RTLD_LOCAL)) {
-    dlclose(library);
-    return;
-  }
-  throw std::runtime_error(std::string(dlerror()) + " (install umockdev)");
-}
 
 std::string EndText(int status) {
   constexpr int kFirstSignal = 128;
@@ -52,8 +39,8 @@ std::string EndText(int status) {
 // What is there stays in front: a sanitizer's runtime insists on being first.
 void AddPreload(Environment& environment) {
   const std::string present = environment.Get("LD_PRELOAD");
-  if (present.find(kPreload) != std::string::npos) return;
-  environment.Set("LD_PRELOAD", present.empty() ? kPreload : present + ":" + kPreload);
+  if (present.find(kTestbedPreload) != std::string::npos) return;
+  environment.Set("LD_PRELOAD", present.empty() ? kTestbedPreload : present + ":" + kTestbedPreload);
 }
 
 // The process that is the terminal. Ended, and reaped, on every way out.
@@ -70,8 +57,8 @@ class ServerProcess {
   // Ends it in good order and tells its exit status.
   int End();
 
-  // Waits for the testbed and returns its directory.
-  [[nodiscard]] std::string AwaitReady();
+  // Waits for the terminal and returns what the command's environment is to have.
+  [[nodiscard]] Variables AwaitReady();
 
  private:
   ServerProcess(const ExecOptions& options, const PrivateDir& dir, const SignalWatch& signals,
@@ -91,24 +78,26 @@ ServerProcess::ServerProcess(const ExecOptions& options, const PrivateDir& dir, 
                        "--control-fd=" + std::to_string(ends.second.Fd())};
   // Nothing else: what was preloaded is meant for the command, and a sanitizer's
   // runtime in a program that was not built for it can lock up the testbed.
-  request.environment.Set("LD_PRELOAD", kPreload);
+  request.environment.Unset("LD_PRELOAD");
+  if (NeedsTestbed(options.terminal)) request.environment.Set("LD_PRELOAD", kTestbedPreload);
   request.environment.Unset("UMOCKDEV_DIR");
+  request.environment.Unset(kRunDirVariable);  // of another terminal's run, whose end is not ours
   request.environment.Set("TMPDIR", dir.Path());
   request.signal_mask = signals.OriginalMask();
   request.passed_fd = ends.second.Fd();
   pid_ = Spawn(request);
 }
 
-std::string ServerProcess::AwaitReady() {
-  constexpr std::string_view kReady = "ready ";
-  pollfd news{control_.Fd(), POLLIN, 0};
-  if (poll(&news, 1, kServerStartLimitMs) == 0)
+Variables ServerProcess::AwaitReady() {
+  EventLoop loop;
+  const EventLoop::Watch news = loop.OnReady(control_.Fd(), [&loop](unsigned) { loop.Stop(); });
+  if (!loop.RunFor(Clock{}, kServerStartLimit))
     throw std::runtime_error("the terminal does not start within " +
-                             std::to_string(kServerStartLimitMs / 1000) + " s (is this machine overloaded?)");
+                             std::to_string(kServerStartLimit.count()) + " s (is this machine overloaded?)");
   const std::optional<std::string> message = control_.Receive();
   if (!message) throw std::runtime_error("the terminal's process ended while it started, " + EndText(End()));
   if (message->starts_with(kFailed)) throw std::runtime_error(message->substr(kFailed.size()));
-  return message->substr(kReady.size());
+  return ReadReadyMessage(*message);
 }
 
 int ServerProcess::End() {
@@ -126,18 +115,18 @@ int ServerProcess::End() {
 // The command, from its start to its end.
 class CommandRun final : public Timed {
  public:
-  CommandRun(const SignalWatch& signals, const ServerProcess& server, std::string testbed_dir)
-      : signals_(signals), server_(server), dir_(std::move(testbed_dir)) {}
+  CommandRun(const SignalWatch& signals, const ServerProcess& server, std::string dir)
+      : signals_(signals), server_(server), dir_(std::move(dir)) {}
   ~CommandRun() override { EndProcessesOf(dir_); }
 
-  [[nodiscard]] CommandOutcome Run(const ExecOptions& options);
+  [[nodiscard]] CommandOutcome Run(const ExecOptions& options, const Variables& variables);
 
  private:
   // Of the time limit, or of the grace after it.
   std::optional<Time> NextDeadline() override;
   void Advance(Time now) override;
 
-  void Start(const ExecOptions& options);
+  void Start(const ExecOptions& options, const Variables& variables);
   void AwaitExit();
   void OnSignal(const signalfd_siginfo& info);
   void AskToEnd(int signal);
@@ -159,19 +148,19 @@ class CommandRun final : public Timed {
   bool asked_to_end_ = false;
 };
 
-CommandOutcome FailedStart(const std::system_error& error) {
+CommandOutcome FailedStart(const StartFailure& error) {
   CommandOutcome outcome;
-  outcome.status = error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
+  outcome.status = error.WasNotFound() ? 127 : 126;
   outcome.start_problem = error.what();
   return outcome;
 }
 
-CommandOutcome CommandRun::Run(const ExecOptions& options) {
+CommandOutcome CommandRun::Run(const ExecOptions& options, const Variables& variables) {
   const Time begin = clock_.Now();
   if (options.time_limit) ends_at_ = begin + *options.time_limit;
   try {
-    Start(options);
-  } catch (const std::system_error& error) {
+    Start(options, variables);
+  } catch (const StartFailure& error) {
     return FailedStart(error);
   }
   AwaitExit();
@@ -181,13 +170,14 @@ CommandOutcome CommandRun::Run(const ExecOptions& options) {
   return outcome_;
 }
 
-void CommandRun::Start(const ExecOptions& options) {
+void CommandRun::Start(const ExecOptions& options, const Variables& variables) {
   SpawnRequest request;
   request.arguments = options.command;
   request.output_file = options.output_file;
   request.errors_file = options.errors_file;
-  AddPreload(request.environment);
-  request.environment.Set("UMOCKDEV_DIR", dir_);
+  if (NeedsTestbed(options.terminal)) AddPreload(request.environment);
+  for (const auto& [name, value] : variables) request.environment.Set(name, value);
+  request.environment.Set(kRunDirVariable, dir_);
   request.environment.Set("GWQ_TERMINAL_PID", std::to_string(getpid()));
   request.signal_mask = signals_.OriginalMask();
   request.dies_with_us = true;
@@ -199,11 +189,11 @@ void CommandRun::AwaitExit() {
     while (const std::optional<signalfd_siginfo> info = signals_.Next()) OnSignal(*info);
   });
   server_watch_ = loop_.OnReady(server_.Control().Fd(), [this](unsigned) { OnServerMessage(); });
-  loop_.Add(*this);
-  loop_.BeforeEachWait([this] {
-    status_ = TryWait(pid_);
-    if (status_) loop_.Stop();
+  const EventLoop::ExitWatch exit = loop_.OnExit(pid_, [this](int status) {
+    status_ = status;
+    loop_.Stop();
   });
+  loop_.Add(*this);
   loop_.Run(clock_);
 }
 
@@ -215,7 +205,7 @@ void CommandRun::OnSignal(const signalfd_siginfo& info) {
     server_.Control().Send("unplug");
   } else if (signal == SIGUSR2) {
     server_.Control().Send("replug");
-  } else if (signal != SIGCHLD && !from_keyboard) {
+  } else if (!from_keyboard) {
     outcome_.interrupted = true;
     AskToEnd(signal);
   }
@@ -260,16 +250,16 @@ void CommandRun::Advance(Time now) {
 SignalWatch WatchSignals() {
   // An ignored SIGCHLD, which a parent may hand down, would hide how children end.
   std::signal(SIGCHLD, SIG_DFL);
-  return SignalWatch({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD, SIGUSR1, SIGUSR2});
+  return SignalWatch({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2});
 }
 
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   CheckDescriptors();
-  CheckHasServer();
-  CheckPreload();
+  if (NeedsTestbed(options.terminal)) CheckTestbed();
   dir.CheckRoom();
   ServerProcess server(options, dir, signals);
-  CommandOutcome outcome = CommandRun(signals, server, server.AwaitReady()).Run(options);
+  const Variables variables = server.AwaitReady();
+  CommandOutcome outcome = CommandRun(signals, server, dir.Path()).Run(options, variables);
   const int server_status = server.End();
   if (server_status == kReplayDiffered) outcome.status = 1;
   if (server_status != 0 && server_status != kReplayDiffered)

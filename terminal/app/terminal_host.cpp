@@ -28,12 +28,12 @@ class TerminalHost::StageTimer final : public Timed {
   Stage& stage_;
 };
 
-TerminalHost::TerminalHost(const TerminalOptions& asked, bool on_serial_line)
+TerminalHost::TerminalHost(const TerminalOptions& asked)
     : stage_(MakeStage(asked)), devices_(asked, stage_.get()), options_(devices_.AdaptToRecording(asked)) {
   // The page belongs to one terminal.
   const TraceSink page = options_.page_port ? page_trace_.Sink() : TraceSink{};
   if (options_.usb) AddUsb(page);
-  if (on_serial_line) AddSerial(options_.usb ? TraceSink{} : page);
+  if (options_.serial_port || options_.pty) AddSerial(options_.usb ? TraceSink{} : page);
 }
 
 TerminalHost::~TerminalHost() = default;

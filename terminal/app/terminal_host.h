@@ -33,7 +33,7 @@ void AnnounceHostility(const TerminalOptions& options);
 class TerminalHost {
  public:
   // On USB if the options have an identity.
-  TerminalHost(const TerminalOptions& asked, bool on_serial_line);
+  explicit TerminalHost(const TerminalOptions& asked);
   TerminalHost(const TerminalHost&) = delete;
   TerminalHost& operator=(const TerminalHost&) = delete;
   ~TerminalHost();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/event_loop.h"
 
+#include <sys/wait.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -17,6 +19,11 @@ struct EventLoop::FdSource {
   GSource base;
   EventLoop* loop;
   gpointer tag;
+};
+
+struct EventLoop::ExitAction {
+  EventLoop* loop;
+  std::function<void(int status)> action;
 };
 
 void EventLoop::SourceEnd::operator()(GSource* source) const {
@@ -54,6 +61,21 @@ EventLoop::Watch EventLoop::OnReady(int fd, Action action) {
   return watch;
 }
 
+EventLoop::ExitWatch EventLoop::OnExit(pid_t child, std::function<void(int status)> action) {
+  ExitWatch watch(g_child_watch_source_new(child));
+  auto owned = std::make_unique<ExitAction>(ExitAction{this, std::move(action)});
+  g_source_set_callback(watch.source_.get(), G_SOURCE_FUNC(DispatchExit), owned.release(),
+                        [](gpointer data) { delete static_cast<ExitAction*>(data); });
+  g_source_attach(watch.source_.get(), context_.get());
+  return watch;
+}
+
+void EventLoop::DispatchExit(GPid, gint wait_status, gpointer action) {
+  const auto* exit = static_cast<ExitAction*>(action);
+  const int status = WIFSIGNALED(wait_status) ? 128 + WTERMSIG(wait_status) : WEXITSTATUS(wait_status);
+  exit->loop->Guard([&] { exit->action(status); });
+}
+
 // Nothing may be thrown through GLib.
 void EventLoop::Guard(const std::function<void()>& action) {
   try {
@@ -79,7 +101,7 @@ gboolean EventLoop::DispatchTimer(GSource*, GSourceFunc, gpointer loop) {
 
 // When the nearest deadline is, by GLib's clock; -1 when there is none.
 gint64 EventLoop::ReadyTime(const Clock& clock) const {
-  std::optional<Time> nearest;
+  std::optional<Time> nearest = ends_at_;
   for (Timed* timed : timed_) {
     const std::optional<Time> deadline = timed->NextDeadline();
     if (deadline && (!nearest || *deadline < *nearest)) nearest = deadline;
@@ -94,9 +116,23 @@ void EventLoop::ServeTimed(Time now) {
     const std::optional<Time> deadline = timed->NextDeadline();
     if (deadline && *deadline <= now) timed->Advance(now);
   }
+  if (!ends_at_ || *ends_at_ > now) return;
+  ends_at_.reset();
+  Stop();
 }
 
 void EventLoop::Run(const Clock& clock) {
+  ends_at_.reset();
+  RunUntilStopped(clock);
+}
+
+bool EventLoop::RunFor(const Clock& clock, Time limit) {
+  ends_at_ = clock.Now() + limit;
+  RunUntilStopped(clock);
+  return ends_at_.has_value();
+}
+
+void EventLoop::RunUntilStopped(const Clock& clock) {
   clock_ = &clock;
   running_ = true;
   while (running_) {

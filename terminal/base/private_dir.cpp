@@ -48,7 +48,7 @@ bool IsOurs(int dir) {
 void RemoveIfAbandoned(const std::string& path) {
   const UniqueFd dir = OpenDir(path);
   if (!dir || !IsOurs(dir.Get()) || flock(dir.Get(), LOCK_EX | LOCK_NB) != 0) return;
-  if (ProcessesBelow(path).empty()) PrivateDir::Remove(path);
+  if (ProcessesOf(path).empty()) PrivateDir::Remove(path);
 }
 
 void Sweep(const std::string& parent) {

@@ -3,72 +3,94 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdint>
-#include <ctime>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
+#include "base/clock.h"
 #include "base/errors.h"
+#include "base/event_loop.h"
 
 namespace gwq::terminal {
 namespace {
 
 using namespace std::chrono_literals;
-using SteadyTime = std::chrono::steady_clock::time_point;
 
-std::vector<char*> Pointers(const std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  // The exec family takes pointers to non-const but leaves the texts alone.
-  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
-  pointers.push_back(nullptr);
-  return pointers;
+// GLib's errors as those of the system, in whose words users know them.
+constexpr std::array kStartErrors = {
+    std::pair{G_SPAWN_ERROR_ACCES, EACCES},   std::pair{G_SPAWN_ERROR_PERM, EPERM},
+    std::pair{G_SPAWN_ERROR_TOO_BIG, E2BIG},  std::pair{G_SPAWN_ERROR_NOEXEC, ENOEXEC},
+    std::pair{G_SPAWN_ERROR_NOENT, ENOENT},   std::pair{G_SPAWN_ERROR_NAMETOOLONG, ENAMETOOLONG},
+    std::pair{G_SPAWN_ERROR_NOMEM, ENOMEM},   std::pair{G_SPAWN_ERROR_NOTDIR, ENOTDIR},
+    std::pair{G_SPAWN_ERROR_LOOP, ELOOP},     std::pair{G_SPAWN_ERROR_TXTBUSY, ETXTBSY},
+    std::pair{G_SPAWN_ERROR_IO, EIO},         std::pair{G_SPAWN_ERROR_NFILE, ENFILE},
+    std::pair{G_SPAWN_ERROR_MFILE, EMFILE},   std::pair{G_SPAWN_ERROR_ISDIR, EISDIR},
+    std::pair{G_SPAWN_ERROR_LIBBAD, ELIBBAD}, std::pair{G_SPAWN_ERROR_INVAL, EINVAL}};
+
+StartFailure FailureOf(const std::string& program, GError* error) {
+  const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
+  std::string reason = error->message;
+  for (const auto& [code, number] : kStartErrors) {
+    if (g_error_matches(error, G_SPAWN_ERROR, code)) reason = std::generic_category().message(number);
+  }
+  return {"cannot start " + program + ": " + reason,
+          g_error_matches(error, G_SPAWN_ERROR, G_SPAWN_ERROR_NOENT) != FALSE};
 }
 
-bool RedirectTo(int fd, const std::string& file, int flags) {
-  if (file.empty()) return true;
-  const int opened = open(file.c_str(), flags, 0600);
-  return opened >= 0 && dup2(opened, fd) == fd && (opened == fd || close(opened) == 0);
-}
+// What GLib gives back their default action in the child.
+constexpr std::array kResetSignals = {SIGINT, SIGTERM, SIGHUP};
 
-// In the child. False, and errno, when something does not work.
-bool Prepare(const SpawnRequest& request, pid_t parent) {
-  constexpr int kAppend = O_WRONLY | O_CREAT | O_APPEND;
+struct ChildSetup {
+  const SpawnRequest& request;
+  const pid_t parent = getpid();
+  std::array<bool, kResetSignals.size()> ignored{};
+};
+
+// In the child, between fork and exec: what GLib has no option for.
+void SetUpChild(gpointer data) {
+  const auto& [request, parent, ignored] = *static_cast<const ChildSetup*>(data);
   if (request.dies_with_us) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(128 + SIGKILL);  // it had ended before
   }
   if (request.passed_fd) {
     setpgid(0, 0);
-    if (fcntl(*request.passed_fd, F_SETFD, 0) != 0 || !RedirectTo(STDIN_FILENO, "/dev/null", O_RDONLY))
-      return false;
+    fcntl(*request.passed_fd, F_SETFD, 0);
   }
-  if (!RedirectTo(STDOUT_FILENO, request.output_file, kAppend) ||
-      !RedirectTo(STDERR_FILENO, request.errors_file, kAppend))
-    return false;
-  return pthread_sigmask(SIG_SETMASK, &request.signal_mask, nullptr) == 0;
+  // As nohup and the shell's background jobs have it.
+  for (std::size_t i = 0; i < kResetSignals.size(); ++i) {
+    if (ignored[i]) std::signal(kResetSignals[i], SIG_IGN);
+  }
+  pthread_sigmask(SIG_SETMASK, &request.signal_mask, nullptr);
 }
 
-// What kept the child from becoming another program; 0 when nothing did.
-int ReadFailure(const UniqueFd& pipe) {
-  int error = 0;
-  ssize_t count = -1;
-  do {
-    count = read(pipe.Get(), &error, sizeof error);
-  } while (count < 0 && errno == EINTR);
-  return count == sizeof error ? error : 0;
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+// For the child's output; none where it has ours.
+UniqueFd OpenOutput(const std::string& file) {
+  if (file.empty()) return {};
+  return UniqueFd(Checked(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), file));
+}
+
+std::vector<char*> Pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  // GLib takes pointers to non-const but leaves the texts alone.
+  for (const std::string& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+  pointers.push_back(nullptr);
+  return pointers;
 }
 
 // Whether `assignment` begins an entry of the environment it was started with. Entries end with a zero byte.
@@ -96,15 +118,24 @@ std::vector<pid_t> ProcessesWith(const std::string& assignment) {
   return found;
 }
 
-// Waits until each has ended, children or not, but not longer than to `end`.
-void AwaitEnd(const std::vector<pid_t>& pids, SteadyTime end) {
+// Waits until each has ended, children or not, but not longer than `limit`.
+void AwaitEnd(const std::vector<pid_t>& pids, Time limit) {
+  EventLoop loop;
+  std::vector<UniqueFd> processes;
+  std::vector<EventLoop::Watch> watches;
+  std::size_t running = 0;
   for (const pid_t pid : pids) {
-    const UniqueFd process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    UniqueFd process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     if (!process) continue;  // it has ended
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    pollfd ended{process.Get(), POLLIN, 0};
-    poll(&ended, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+    const std::size_t at = watches.size();
+    watches.push_back(loop.OnReady(process.Get(), [&, at](unsigned) {
+      watches[at].Want(0);
+      if (--running == 0) loop.Stop();
+    }));
+    processes.push_back(std::move(process));
+    ++running;
   }
+  if (running > 0) loop.RunFor(Clock{}, limit);
 }
 
 }  // namespace
@@ -124,101 +155,74 @@ std::optional<signalfd_siginfo> SignalWatch::Next() const {
   return info;
 }
 
-Environment::Environment() {
-  for (char** entry = environ; *entry != nullptr; ++entry) entries_.emplace_back(*entry);
-}
+Environment::Environment() : entries_(g_get_environ()) {}
 
 void Environment::Set(const std::string& name, const std::string& value) {
-  Unset(name);
-  entries_.push_back(name + "=" + value);
+  entries_.reset(g_environ_setenv(entries_.release(), name.c_str(), value.c_str(), TRUE));
 }
 
 void Environment::Unset(const std::string& name) {
-  std::erase_if(entries_, [&](const std::string& entry) { return entry.starts_with(name + "="); });
+  entries_.reset(g_environ_unsetenv(entries_.release(), name.c_str()));
 }
 
 std::string Environment::Get(const std::string& name) const {
-  for (const std::string& entry : entries_) {
-    if (entry.starts_with(name + "=")) return entry.substr(name.size() + 1);
-  }
-  return {};
+  const gchar* value = g_environ_getenv(entries_.get(), name.c_str());
+  return value == nullptr ? "" : value;
 }
 
-// Not posix_spawn, which cannot have the child die with us.
 pid_t Spawn(const SpawnRequest& request) {
-  const std::vector<char*> arguments = Pointers(request.arguments);
-  const std::vector<char*> environment = Pointers(request.environment.Entries());
-  std::array<int, 2> ends{};
-  Checked(pipe2(ends.data(), O_CLOEXEC), "cannot start " + request.arguments[0]);
-  const UniqueFd failure(ends[0]);
-  UniqueFd report(ends[1]);
-  const pid_t parent = getpid();
-  const pid_t pid = Checked(fork(), "cannot start " + request.arguments[0]);
-  if (pid == 0) {
-    if (Prepare(request, parent)) execvpe(arguments[0], arguments.data(), environment.data());
-    const int error = errno;
-    std::ignore = write(report.Get(), &error, sizeof error);
-    _exit(127);
-  }
-  report.Reset();
-  if (const int error = ReadFailure(failure)) {
-    waitpid(pid, nullptr, 0);
-    throw std::system_error(error, std::generic_category(), "cannot start " + request.arguments[0]);
-  }
+  std::vector<char*> arguments = Pointers(request.arguments);
+  const UniqueFd output = OpenOutput(request.output_file);
+  const UniqueFd errors = OpenOutput(request.errors_file);
+  ChildSetup setup{request};
+  for (std::size_t i = 0; i < kResetSignals.size(); ++i) setup.ignored[i] = IsIgnored(kResetSignals[i]);
+  constexpr auto kAlways = G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_SEARCH_PATH | G_SPAWN_LEAVE_DESCRIPTORS_OPEN;
+  const auto flags =
+      static_cast<GSpawnFlags>(kAlways | (request.passed_fd ? 0 : G_SPAWN_CHILD_INHERITS_STDIN));
+  GPid pid = -1;
+  GError* error = nullptr;
+  if (!g_spawn_async_with_fds(nullptr, arguments.data(), request.environment.Entries(), flags, SetUpChild,
+                              &setup, &pid, -1, output.Get(), errors.Get(), &error))
+    throw FailureOf(request.arguments[0], error);
   return pid;
 }
 
-std::optional<int> TryWait(pid_t pid) {
-  int status = 0;
-  if (waitpid(pid, &status, WNOHANG) != pid) return std::nullopt;
-  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+std::optional<int> WaitFor(pid_t pid, Time limit) {
+  EventLoop loop;
+  std::optional<int> status;
+  const EventLoop::ExitWatch watch = loop.OnExit(pid, [&](int exit_status) {
+    status = exit_status;
+    loop.Stop();
+  });
+  loop.RunFor(Clock{}, limit);
+  return status;
 }
 
-// The signal is blocked, and so waits for us when it comes before we do.
-std::optional<int> WaitFor(pid_t pid, std::chrono::milliseconds limit) {
-  sigset_t child;
-  sigemptyset(&child);
-  sigaddset(&child, SIGCHLD);
-  for (const SteadyTime end = std::chrono::steady_clock::now() + limit;;) {
-    if (const std::optional<int> status = TryWait(pid)) return status;
-    const auto left = end - std::chrono::steady_clock::now();
-    if (left <= 0s) return std::nullopt;
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
-    const timespec time{seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
-    sigtimedwait(&child, nullptr, &time);
-  }
+std::vector<pid_t> ProcessesOf(const std::string& dir) {
+  return ProcessesWith(std::string(kRunDirVariable) + "=" + dir + '\0');
 }
 
-std::vector<pid_t> ProcessesOf(const std::string& testbed_dir) {
-  return ProcessesWith("UMOCKDEV_DIR=" + testbed_dir + '\0');
-}
-
-std::vector<pid_t> ProcessesBelow(const std::string& dir) {
-  return ProcessesWith("UMOCKDEV_DIR=" + dir + "/");
-}
-
-bool SignalProcessesOf(const std::string& testbed_dir, int signal) {
-  const std::vector<pid_t> found = ProcessesOf(testbed_dir);
+bool SignalProcessesOf(const std::string& dir, int signal) {
+  const std::vector<pid_t> found = ProcessesOf(dir);
   for (const pid_t pid : found) kill(pid, signal);
   return !found.empty();
 }
 
-void KillProcessesOf(const std::string& testbed_dir) {
-  const SteadyTime end = std::chrono::steady_clock::now() + 5s;
-  while (std::chrono::steady_clock::now() < end) {
-    const std::vector<pid_t> found = ProcessesOf(testbed_dir);
-    if (found.empty()) return;
+void KillProcessesOf(const std::string& dir) {
+  constexpr Time kLimit = 5s;
+  const Clock clock;
+  for (std::vector<pid_t> found; clock.Now() < kLimit && !(found = ProcessesOf(dir)).empty();) {
     for (const pid_t pid : found) kill(pid, SIGKILL);
-    AwaitEnd(found, end);
+    AwaitEnd(found, kLimit - clock.Now());
   }
 }
 
-void EndProcessesOf(const std::string& testbed_dir) {
-  const std::vector<pid_t> found = ProcessesOf(testbed_dir);
+void EndProcessesOf(const std::string& dir) {
+  const std::vector<pid_t> found = ProcessesOf(dir);
   if (found.empty()) return;
   for (const pid_t pid : found) kill(pid, SIGTERM);
-  AwaitEnd(found, std::chrono::steady_clock::now() + 500ms);
-  KillProcessesOf(testbed_dir);
+  AwaitEnd(found, 500ms);
+  KillProcessesOf(dir);
 }
 
 }  // namespace gwq::terminal

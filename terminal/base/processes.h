@@ -2,21 +2,25 @@
 // Signals, and starting and ending other processes.
 #pragma once
 
+#include <glib.h>
 #include <sys/signalfd.h>
 #include <sys/types.h>
 
-#include <chrono>
 #include <csignal>
 #include <initializer_list>
+#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "base/types.h"
 #include "base/unique_fd.h"
 
 namespace gwq::terminal {
 
-// Turns signals into something to poll. They stay blocked afterwards.
+// Makes signals a descriptor to wait for. They stay blocked afterwards. GLib's own source of signals
+// does not tell who sent one.
 class SignalWatch {
  public:
   explicit SignalWatch(std::initializer_list<int> signals);
@@ -39,10 +43,14 @@ class Environment {
   void Set(const std::string& name, const std::string& value);
   void Unset(const std::string& name);
   [[nodiscard]] std::string Get(const std::string& name) const;
-  [[nodiscard]] const std::vector<std::string>& Entries() const { return entries_; }
+  // As GLib takes them.
+  [[nodiscard]] gchar** Entries() const { return entries_.get(); }
 
  private:
-  std::vector<std::string> entries_;
+  struct Free {
+    void operator()(gchar** entries) const { g_strfreev(entries); }
+  };
+  std::unique_ptr<gchar*, Free> entries_;
 };
 
 struct SpawnRequest {
@@ -59,30 +67,37 @@ struct SpawnRequest {
   std::string errors_file;
 };
 
-// The process id; throws std::system_error with what kept it from starting.
+// A program that could not be started.
+class StartFailure : public std::runtime_error {
+ public:
+  StartFailure(const std::string& reason, bool not_found) : runtime_error(reason), not_found_(not_found) {}
+  [[nodiscard]] bool WasNotFound() const { return not_found_; }
+
+ private:
+  bool not_found_;
+};
+
+// The process id. Throws StartFailure; std::system_error when its output cannot be opened.
 pid_t Spawn(const SpawnRequest& request);
 
-// An exit status in the manner of a shell: 128 and the signal's number for a
-// process that died by one. Nothing while it runs.
-std::optional<int> TryWait(pid_t pid);
+// Waits for a child to exit. Its status in the manner of a shell: 128 and the signal's number for a
+// process that died by one. Nothing when it still runs.
+std::optional<int> WaitFor(pid_t pid, Time limit);
 
-// Waits for a child to exit. SIGCHLD must be blocked.
-std::optional<int> WaitFor(pid_t pid, std::chrono::milliseconds limit);
+// The variable that all processes of a run have in their environment; its value is the run's directory.
+inline constexpr const char* kRunDirVariable = "GWQ_TERMINAL_DIR";
 
-// Processes that run with this testbed, whoever started them and whatever group
-// or session they moved to. Told by the environment they were started with.
-std::vector<pid_t> ProcessesOf(const std::string& testbed_dir);
-
-// The same for any testbed inside of `dir`.
-std::vector<pid_t> ProcessesBelow(const std::string& dir);
+// The processes of a run, whoever started them and whatever group or session they moved to. Told by
+// the environment they were started with.
+std::vector<pid_t> ProcessesOf(const std::string& dir);
 
 // Sends `signal` to each of them; false when there was none.
-bool SignalProcessesOf(const std::string& testbed_dir, int signal);
+bool SignalProcessesOf(const std::string& dir, int signal);
 
 // Kills them, and what they start meanwhile.
-void KillProcessesOf(const std::string& testbed_dir);
+void KillProcessesOf(const std::string& dir);
 
 // Asks them to end, and after a moment makes them.
-void EndProcessesOf(const std::string& testbed_dir);
+void EndProcessesOf(const std::string& dir);
 
 }  // namespace gwq::terminal

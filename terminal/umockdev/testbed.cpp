@@ -47,6 +47,10 @@ void CheckSocketLength(const std::string& root) {
 
 }  // namespace
 
+std::string SerialNode(int port) {
+  return "/dev/ttyS" + std::to_string(port - 1);
+}
+
 Testbed::Testbed() : testbed_(umockdev_testbed_new()), kernel_requests_(umockdev_ioctl_base_new()) {
   g_signal_connect(kernel_requests_.get(), "handle-ioctl", G_CALLBACK(PassToKernel), nullptr);
   root_ = Owned(umockdev_testbed_get_root_dir(testbed_.get()));
@@ -80,7 +84,7 @@ void Testbed::Unplug() {
 }
 
 void Testbed::LinkSerial(int port, const std::string& slave) {
-  const std::string node = "/dev/ttyS" + std::to_string(port - 1);
+  const std::string node = SerialNode(port);
   GError* error = nullptr;
   const gboolean done =
       umockdev_testbed_attach_ioctl(testbed_.get(), node.c_str(), kernel_requests_.get(), &error);

@@ -12,6 +12,9 @@
 
 namespace gwq::terminal {
 
+// The device node of a serial port.
+[[nodiscard]] std::string SerialNode(int port);
+
 class Testbed {
  public:
   // Lives in a new directory below $TMPDIR until destroyed.
@@ -29,7 +32,7 @@ class Testbed {
   ReapGate Plug(UsbId id);
   void Unplug();
 
-  // Makes /dev/ttyS(port-1) lead to the pseudo-terminal at `slave`.
+  // Makes SerialNode(port) lead to the pseudo-terminal at `slave`.
   void LinkSerial(int port, const std::string& slave);
 
  private:

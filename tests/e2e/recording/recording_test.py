@@ -292,6 +292,39 @@ class Replay(Session):
         self.assertEqual(self.run_terminal("replay", "--device", "x", path, "--", "true").returncode, 2)
 
 
+class Pty(Session):
+    """What needs no umockdev."""
+
+    def on_pty(self, *arguments):
+        """Of gwq-terminal, with the host for its command."""
+        command = f'exec {HOST} --brief --serial "$GWQ_TERMINAL_SERIAL"'
+        return self.run_terminal(*arguments, "--", "/bin/sh", "-c", command)
+
+    def test_a_recording_of_a_pseudo_terminal_is_replayed_at_one(self):
+        for name in ("session.txt", "session.pcapng"):
+            path = self.directory / name
+            recorded = self.on_pty("exec", "--pty", "--record", path, "--record-secrets")
+            self.assertEqual(recorded.returncode, 0, recorded.stderr)
+            replayed = self.on_pty("replay", "--pty", "--fast", path)
+            self.assertEqual((replayed.returncode, replayed.stdout), (0, recorded.stdout), replayed.stderr)
+            self.assertIn(b"serial: replayed 8 of 8 transfers of the host, no difference", replayed.stderr)
+
+    def test_a_difference_is_told(self):
+        path = self.directory / "session.txt"
+        self.on_pty("exec", "--pty", "--record", path)
+        path.write_text(path.read_text().replace('"[0GETVERSION"', '"[0GETVERSIOM"'))
+        run = self.on_pty("replay", "--pty", "--fast", path)
+        self.assertEqual(run.returncode, 1)
+        self.assertIn(b"differs from the recording in its transfer 1 of 8", run.stderr)
+
+    def test_a_recording_of_usb_has_no_line(self):
+        path = self.directory / "usb.txt"
+        path.write_text("# gwq-terminal recording 1\n0.100000 usb out 02 4 1b 52 0d 0a\n")
+        run = self.on_pty("replay", "--pty", path)
+        self.assertEqual(run.returncode, 1)
+        self.assertIn(b"the recording has no serial line; leave --serial and --pty out", run.stderr)
+
+
 class Captures(Session):
     """Captures of a real unit, made here by the layout of usbmon."""
 

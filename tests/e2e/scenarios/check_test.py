@@ -255,6 +255,27 @@ class Expectations(Case):
         self.assertEqual([one for one, can_fail in zip(every, results) if not can_fail], [])
 
 
+class Pty(Case):
+    """Scenarios at a pseudo-terminal, which need no umockdev. The command is a host that asks for PIN blocks."""
+
+    def check_at(self, *scenarios):
+        return self.check("--pty", *scenarios, "--", "sh", "-c", f'exec {CARELESS} --serial "$GWQ_TERMINAL_SERIAL"')
+
+    def test_pass_whatever_the_scenario_says_of_lines(self):
+        expect = [{"exit_status": 0}, {"command": "GETVERSION"}, {"pin_keyed": True, "times": 3},
+                  {"output_contains": "313233343536"}]
+        lines = {"usb": {}, "serial": {"terminal": {"usb": False, "serial": 78}},
+                 "both": {"terminal": {"serial": 1, "version": "V1.0.0"}}}
+        paths = [self.scenario(name, expect, **members) for name, members in lines.items()]
+        outcome = self.check_at(*paths)
+        self.assertEqual((outcome.returncode, outcome.stdout.splitlines()[-1]), (0, "3 passed, 0 failed"), outcome)
+
+    def test_fail_with_what_was_seen(self):
+        path = self.scenario(customer={"pin_entries": [{"pin": "4321"}]}, events=[{"after_ms": 0, "unplug": True}],
+                             expect=[{"output_contains": "313233343536"}, {"unplugged": True}])
+        self.assert_fails(self.check_at(path), "expected: standard output with", "expected: the terminal unplugged")
+
+
 class WrongCommands(Case):
     def test_pass_no_scenario(self):
         names = [path.stem for path in shipped_scenarios(SHIPPED)]

@@ -41,9 +41,12 @@ TempDir::~TempDir() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-Child::Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+Child::Child(std::vector<std::string> arguments, const std::vector<std::string>& environment) {
   int output[2];
   if (pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+#ifdef GWQ_EMULATOR
+  arguments.insert(arguments.begin(), GWQ_EMULATOR);
+#endif
   std::vector<char*> argv = Pointers(arguments);
   std::vector<char*> env = Pointers(environment);
   env.pop_back();

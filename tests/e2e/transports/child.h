@@ -27,7 +27,7 @@ class TempDir {
 class Child {
  public:
   // `arguments` begin with the path of the program. `environment` is added to ours.
-  explicit Child(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
+  explicit Child(std::vector<std::string> arguments, const std::vector<std::string>& environment = {});
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child();

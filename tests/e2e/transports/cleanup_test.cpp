@@ -114,7 +114,7 @@ TEST_F(Cleanup, leaves_what_is_not_its_own_or_still_used_by_a_command) {
   const std::string link = dir_.Path() + "/gwq-terminal-123456";
   for (const std::string& path : {used, other}) std::filesystem::create_directory(path);
   std::filesystem::create_directory_symlink(other, link);
-  Child user({"/bin/sh", "-c", "echo ready; exec sleep 1000"}, {"UMOCKDEV_DIR=" + used + "/umockdev.X"});
+  Child user({"/bin/sh", "-c", "echo ready; exec sleep 1000"}, {"GWQ_TERMINAL_DIR=" + used});
   ASSERT_EQ(user.ReadLine(), "ready");
   const auto run = [this] { return Child({GWQ_TERMINAL, "exec", "--", "true"}, Environment()).Wait(); };
   EXPECT_EQ(run(), 0);

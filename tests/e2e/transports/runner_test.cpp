@@ -109,6 +109,19 @@ TEST(Runner, gives_the_command_its_own_signal_mask_and_temporary_directory) {
   EXPECT_EQ(outcome.output, "SigBlk:\t0000000000000000\n/tmp\n");
 }
 
+TEST(Runner, leaves_signals_ignored_that_were) {
+  const Outcome outcome = OutcomeOf(
+      {"/bin/sh", "-c", "trap '' HUP INT TERM; exec " GWQ_TERMINAL " exec -- grep SigIgn /proc/self/status"},
+      {});
+  EXPECT_EQ(outcome.output, "SigIgn:\t0000000000004003\n");
+}
+
+TEST(Runner, tells_the_command_the_path_of_its_serial_port) {
+  const Outcome outcome =
+      RunTerminal({"exec", "--serial", "78", "--", "/bin/sh", "-c", "echo $GWQ_TERMINAL_SERIAL"});
+  EXPECT_EQ(outcome.output, "/dev/ttyS77\n");
+}
+
 TEST(Runner, can_leave_the_usb_terminal_out) {
   EXPECT_EQ(RunShell("test -e /dev/bus/usb/001/005").status, 0);
   EXPECT_EQ(RunTerminal({"exec", "--no-usb", "--", "test", "-e", "/dev/bus/usb/001/005"}).status, 1);

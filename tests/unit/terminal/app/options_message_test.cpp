@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "app/control_channel.h"
+
 namespace gwq::terminal::test {
 namespace {
 
@@ -15,6 +17,7 @@ TerminalOptions AllChanged() {
   TerminalOptions options;
   options.usb = UsbId{0x1209, 0xffff};
   options.serial_port = 256;
+  options.pty = true;
   options.customer_file = "/tmp/\xB9\xF1/customer.json";  // a path need not be UTF-8
   options.storage_dir = std::string(4095, 'd');
   options.keys_dir = "/keys with spaces";
@@ -37,6 +40,7 @@ TEST(OptionsMessage, tells_each_option) {
   EXPECT_EQ(got.usb->vendor, 0x1209);
   EXPECT_EQ(got.usb->product, 0xffff);
   EXPECT_EQ(got.serial_port, 256);
+  EXPECT_TRUE(got.pty);
   EXPECT_EQ(got.customer_file, sent.customer_file);
   EXPECT_EQ(got.storage_dir, sent.storage_dir);
   EXPECT_EQ(got.keys_dir, sent.keys_dir);
@@ -59,6 +63,7 @@ TEST(OptionsMessage, tells_which_options_there_are_not) {
   const TerminalOptions got = ReadOptionsMessage(OptionsMessage({}));
   EXPECT_FALSE(got.usb || got.serial_port || got.hostile || got.page_port || got.trace || got.replay.device);
   EXPECT_TRUE(got.tzg);
+  EXPECT_FALSE(got.pty);
   EXPECT_EQ(got.customer_file, "");
 }
 
@@ -77,6 +82,12 @@ TEST(OptionsMessage, refuses_another_message) {
   for (const char* text : {"", "done", "{}", "\xA0"}) {
     EXPECT_THROW(static_cast<void>(ReadOptionsMessage(text)), std::exception) << text;
   }
+}
+
+TEST(ReadyMessage, tells_the_variables) {
+  const Variables sent = {{"DIR", "/tmp/a=b"}, {"EMPTY", ""}, {"LINES", "1\n2"}};
+  EXPECT_EQ(ReadReadyMessage(ReadyMessage(sent)), sent);
+  EXPECT_TRUE(ReadReadyMessage(ReadyMessage({})).empty());
 }
 
 }  // namespace
