@@ -30,6 +30,24 @@ GWQ_C_BEGIN
  */
 GWQ_API int GWQ_SetOutputRoom(int bytes);
 
+/**
+ * Sets how long the library listens before most calls to throw away what an earlier screen has left.
+ *
+ * Without it a drain ends when the clock's second changes, after up to a second of silence. With it a
+ * drain ends after `ms` without a byte, by the monotonic clock; bytes that keep coming end it after a
+ * second. An answer of an earlier screen that comes later is taken for that of the call: the page on
+ * time-outs says how to find a safe value. `DrainMs` in section `Gwq` of `GWQ_LOG.ini`, 1 to 1000,
+ * sets the same when the library is loaded.
+ *
+ * For all threads; takes effect at the next drain. Any thread; never blocks.
+ *
+ * @param ms  1 to 1000; 0 is the default, until the clock's second changes
+ * @retval GWQ_OK            success
+ * @retval GWQ_BAD_ARGUMENT  (-1) `ms` is out of range; nothing changes
+ * @since 1.0.0.36
+ */
+GWQ_API int GWQ_SetDrainMs(int ms);
+
 GWQ_C_END
 
 #endif

@@ -155,6 +155,7 @@ PROTOTYPES: dict[str, tuple[str, ...]] = {
     "GWQ_ReadPinAnsi": ("int", "int", "int", "int", "int", "int", "const char*", "char*",),
     "GWQ_ReadPinDES": ("int", "int", "int", "int", "int", "int", "char*",),
     "GWQ_ResetKey": ("int", "int", "int",),
+    "GWQ_SetDrainMs": ("int", "int",),
     "GWQ_SetOutputRoom": ("int", "int",),
     "GWQ_SetPinLen": ("int", "int", "int", "int",),
     "GWQ_StartEvaluator": ("int", "int", "int", "const char*", "const char*", "int", "const char*", "int", "unsigned int*",),

@@ -13,6 +13,8 @@
 #include <memory>
 #include <string_view>
 
+#include "diag/internal/profile.h"
+
 namespace {
 
 constexpr std::size_t kLineSize = 100;
@@ -102,7 +104,21 @@ bool FindKey(std::FILE* file, std::string_view key, char* value) {
   return false;
 }
 
+int ReadValue(std::FILE* file, const char* section, const char* key, char* value) {
+  if (std::strlen(section) > kMaxSectionLength || std::strlen(key) > kMaxKeyLength) return -1;
+  return FindSection(file, section) && FindKey(file, key, value) ? 0 : -1;
+}
+
 }  // namespace
+
+namespace gwq {
+
+int ReadProfileQuietly(const char* file, const char* section, const char* key, char* value) {
+  const IniFile ini(std::fopen(file, "r"), &std::fclose);
+  return ini ? ReadValue(ini.get(), section, key, value) : -1;
+}
+
+}  // namespace gwq
 
 char* l_trim(char* szOutput, const char* szInput) {
   Require(szInput != nullptr, "szInput != NULL");
@@ -138,6 +154,5 @@ int GetProfileString(const char* file, const char* section, const char* key, cha
     std::printf("openfile [%s] error [%s]\n", file, std::strerror(errno));  // NOLINT(concurrency-mt-unsafe)
     return -1;
   }
-  if (std::strlen(section) > kMaxSectionLength || std::strlen(key) > kMaxKeyLength) return -1;
-  return FindSection(ini.get(), section) && FindKey(ini.get(), key, value) ? 0 : -1;
+  return ReadValue(ini.get(), section, key, value);
 }

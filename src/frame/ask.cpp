@@ -10,12 +10,6 @@
 
 namespace gwq {
 
-int Drain(Endpoint endpoint) {
-  constexpr int kTimeoutMs = 100;
-  AnswerText<1024> scratch;
-  return Exchange(kListen, endpoint, {}, {&EndOfRead3, kTimeoutMs}, {scratch.data(), scratch.length()});
-}
-
 int DrainFirst(Endpoint endpoint, DrainLog log) {
   const int result = Drain(endpoint);
   if (log == DrainLog::kLogged) ICC_DPrintLogToFile("TransProcOnlyRead iRet=%d", result);

@@ -38,6 +38,11 @@ int WriteOnLink(unsigned char* data, int length) {
   return link->write(data, length, {g_BackUpParam.timeout_s, &ExchangeCancelled});
 }
 
+int DrainLink(int silence_ms) {
+  const Link* link = LinkInUse();
+  return link == nullptr ? static_cast<int>(GWQ_LINK_UNUSABLE) : link->drain(silence_ms);
+}
+
 SavedParameters ParametersInUse() {
   return g_BackUpParam;
 }

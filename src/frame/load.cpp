@@ -4,12 +4,17 @@
 #include <libusb-1.0/libusb.h>
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
+#include <system_error>
 
 #include <gwq/diag/Rwini.h>
 #include <gwq/diag/log.h>
+#include <gwq/extra.h>
 #include "diag/internal/log_files.h"
+#include "diag/internal/profile.h"
 #include "frame/internal/operation.h"
 #include "frame/internal/turn.h"
 #include "links/internal/lifetime.h"
@@ -19,6 +24,16 @@ using namespace gwq;
 const char dllversion[] = GWQ_VERSION;
 
 namespace {
+
+// Contract: a missing file is reported once, for the log's key.
+void ReadDrainMs(const char* ini_path) {
+  std::array<char, 256> text{};
+  ReadProfileQuietly(ini_path, "Gwq", "DrainMs", text.data());
+  const char* const end = text.data() + std::strlen(text.data());
+  int ms = 0;
+  const auto parsed = std::from_chars(text.data(), end, ms);
+  if (parsed.ec == std::errc() && parsed.ptr == end && ms > 0) GWQ_SetDrainMs(ms);
+}
 
 void PrintUnloaded() {
   std::puts("------dlclose OK------");
@@ -45,6 +60,7 @@ int test_init() {
   std::array<char, 256> log_flag{};
   GetFullPath("GWQ_LOG.ini", ini_path.data(), static_cast<int>(ini_path.size()));
   GetProfileString(ini_path.data(), "Gwq", "Log", log_flag.data());
+  ReadDrainMs(ini_path.data());
   if (log_flag[0] == '1') {
     DelOutTimeLogFile();
     SetDebugFlag(1);

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include <gwq/frame/port.h>
+#include "diag/internal/monotonic.h"
 #include "frame/internal/cancel.h"
 #include "links/internal/lifetime.h"
 
@@ -41,12 +42,6 @@ constexpr unsigned kNone = 0;
 
 thread_local bool t_cancels_while_waiting = false;
 thread_local int t_host_cancel_state = PTHREAD_CANCEL_ENABLE;  // while this thread exchanges
-
-std::int64_t MonotonicMs() {
-  std::timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
-}
 
 int LinkOf(int port) {
   constexpr int kUsb = 0;

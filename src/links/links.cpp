@@ -8,7 +8,7 @@
 #include <gwq/links/serial.h>
 #include <gwq/links/usb_hid.h>
 #include "links/internal/link.h"
-#include "links/internal/link_writes.h"
+#include "links/internal/link_entries.h"
 
 namespace gwq {
 namespace {
@@ -28,16 +28,26 @@ int ReadSerial(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead e
   return result;
 }
 
+// Logged as a read that has brought nothing.
+int DrainSerialLogged(int silence_ms) {
+  unsigned char nothing = 0;
+  const int result = DrainSerial(silence_ms);
+  ICC_DPrintDataHexToFile("COM PACKGET READ", &nothing, result);
+  return result;
+}
+
 // By GwqLinkType.
 constexpr std::array kLinks{
     Link{.open = &OpenUsbHid,
          .write = &WriteUsbHid,
          .read = &ICC_ReadLinuxHid,
+         .drain = &DrainUsbHid,
          .close = &ICC_CloseLinuxHid,
          .cancel = &ICC_CancelLinuxHidRead},
     Link{.open = &OpenSerial,
          .write = &WriteSerial,
          .read = &ReadSerial,
+         .drain = &DrainSerialLogged,
          .close = &ICC_CloseLinuxCom,
          .cancel = &ICC_CancelLinuxComRead},
 };

@@ -3,8 +3,9 @@
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "codec/internal/secret.h"
 #include "links/internal/lifetime.h"
-#include "links/internal/link_writes.h"
+#include "links/internal/link_entries.h"
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
@@ -23,6 +24,18 @@ int WriteSerial(unsigned char* data, int length, const WriteEnd& end) {
   if (data == nullptr || length < 1) return GWQ_LINK_BAD_ARGUMENT;
   const int sent = g_line.Write(data, length, end);
   return sent >= 0 ? sent : GWQ_LINK_WRITE;
+}
+
+// The log shows it as the read that it stands for.
+int DrainSerial(int silence_ms) {
+  if (!g_line.IsOpen()) return GWQ_LINK_BAD_ARGUMENT;
+  ICC_DPrintLogToFile(" ICC_ReadLinuxCom nTimeOut=%d", 0);
+  const ReadGate::Reading reading(g_gate);
+  SecretArray<unsigned char, 1024> scratch;
+  const auto skip_some = [&scratch](int timeout_ms) {
+    return g_line.ReadWithin(timeout_ms, scratch.data(), static_cast<int>(scratch.size()));
+  };
+  return DrainUntilSilent(silence_ms, g_gate, skip_some, GWQ_CANCELLED);
 }
 
 // Does not restore the settings: the parent still uses the device.

@@ -15,6 +15,7 @@
 #include <ctime>
 
 #include <gwq/status_codes.h>
+#include "diag/internal/pause.h"
 
 namespace gwq {
 namespace {
@@ -176,6 +177,15 @@ int TerminalLine::Write(const unsigned char* data, int length, const WriteEnd& e
 int TerminalLine::Read(unsigned char* buffer, int room) const {
   const ssize_t got = read(fd(), buffer, static_cast<std::size_t>(std::max(room, 0)));
   return got < 0 && errno == EINTR ? 0 : static_cast<int>(got);
+}
+
+// A line that has hung up can be read at once and has no byte, so that the time is slept instead.
+int TerminalLine::ReadWithin(int timeout_ms, unsigned char* buffer, int room) const {
+  pollfd line{.fd = fd(), .events = POLLIN, .revents = 0};
+  if (poll(&line, 1, timeout_ms) <= 0) return 0;
+  const int got = Read(buffer, room);
+  if (got == 0) PauseMs(timeout_ms);
+  return got;
 }
 
 }  // namespace gwq

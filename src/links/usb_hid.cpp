@@ -6,7 +6,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "links/internal/lifetime.h"
-#include "links/internal/link_writes.h"
+#include "links/internal/link_entries.h"
 #include "links/internal/read_gate.h"
 #include "links/internal/read_until.h"
 #include "links/internal/terminal_line.h"
@@ -36,6 +36,13 @@ int WriteUsbHid(unsigned char* data, int length, const WriteEnd& /*end*/) {
   if (!g_device.IsOpen()) return GWQ_LINK_NO_DEVICE;
   const bool sent = g_device.Write(data, length, [](int, int, int) {});
   return sent ? length : GWQ_LINK_WRITE;
+}
+
+int DrainUsbHid(int silence_ms) {
+  const ReadGate::Reading reading(g_gate);
+  UsbDevice::Report report;
+  const auto skip_some = [&report](int timeout_ms) { return g_device.Skip(report, timeout_ms); };
+  return DrainUntilSilent(silence_ms, g_gate, skip_some, GWQ_LINK_CANCELLED);
 }
 
 void ResetUsbHidLink() {

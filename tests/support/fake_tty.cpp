@@ -17,6 +17,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <ctime>
 #include <deque>
 #include <mutex>
 #include <set>
@@ -29,9 +30,15 @@ namespace {
 constexpr int kIdleReadMs = 100;
 constexpr int kArrivalMs = 5000;  // the kernel moves bytes along in its own time
 
+int SystemPoll(pollfd* fds, nfds_t count, int timeout_ms) {
+  std::timespec timeout{.tv_sec = timeout_ms / 1000, .tv_nsec = timeout_ms % 1000 * 1'000'000L};
+  return static_cast<int>(
+      syscall(SYS_ppoll, fds, count, timeout_ms < 0 ? nullptr : &timeout, nullptr, std::size_t{0}));
+}
+
 bool WaitReadable(int fd) {
   pollfd wait{.fd = fd, .events = POLLIN, .revents = 0};
-  return poll(&wait, 1, kArrivalMs) == 1;
+  return SystemPoll(&wait, 1, kArrivalMs) == 1;
 }
 
 // The kernel's TCGETA, TCSETA and TCSETAF by way of termios: an emulated program's termio does not
@@ -74,8 +81,10 @@ struct FakeTty::State {
   mutable Bytes received;
   std::function<std::string(const Bytes&)> responder;
   std::function<void(int)> hook;
+  std::function<void(int)> poll_hook;
   int reads = 0;
   bool fail_reads = false;
+  bool hung_up = false;
   bool takes_nothing = false;
   std::deque<ssize_t> write_plans;
   std::set<unsigned long> failing_requests;
@@ -114,11 +123,28 @@ struct FakeTty::State {
       errno = EIO;
       return -1;
     }
+    if (hung_up) return 0;
     if (pending == 0 || size == 0) {
       AdvanceMs(kIdleReadMs);
       return 0;
     }
     return Fetch(fd, buffer, size);
+  }
+
+  // For bytes to read; whether there is room to write is the system's to say.
+  int Poll(pollfd* wait, int timeout_ms) {
+    std::unique_lock lock(mutex);
+    if (const auto call = poll_hook) {
+      lock.unlock();
+      call(timeout_ms);
+      lock.lock();
+    }
+    if (pending > 0 || fail_reads || hung_up) {
+      wait->revents = POLLIN;
+      return 1;
+    }
+    AdvanceMs(timeout_ms);
+    return 0;
   }
 
   ssize_t Fetch(int fd, void* buffer, std::size_t size) {
@@ -203,6 +229,12 @@ std::shared_ptr<FakeTty::State> ByDescriptor(int fd) {
   return nullptr;
 }
 
+// Its own function, for the C library declares that poll only writes to `fds`.
+[[gnu::noinline]] int PollHere(pollfd* fds, nfds_t count, int timeout_ms) {
+  const auto tty = count == 1 && (fds->events & POLLIN) != 0 ? ByDescriptor(fds->fd) : nullptr;
+  return tty != nullptr ? tty->Poll(fds, timeout_ms) : SystemPoll(fds, count, timeout_ms);
+}
+
 void Register(const std::shared_ptr<FakeTty::State>& state) {
   const std::lock_guard lock(g_mutex);
   if (g_all == nullptr) g_all = new std::vector<std::shared_ptr<FakeTty::State>>;
@@ -259,6 +291,16 @@ void FakeTty::Respond(std::function<std::string(const Bytes&)> responder) {
 void FakeTty::OnRead(std::function<void(int)> hook) {
   const std::lock_guard lock(state_->mutex);
   state_->hook = std::move(hook);
+}
+
+void FakeTty::OnPoll(std::function<void(int)> hook) {
+  const std::lock_guard lock(state_->mutex);
+  state_->poll_hook = std::move(hook);
+}
+
+void FakeTty::HangUp() {
+  const std::lock_guard lock(state_->mutex);
+  state_->hung_up = true;
 }
 
 void FakeTty::FailReads() {
@@ -347,6 +389,10 @@ __attribute__((visibility("default"))) ssize_t read(int fd, void* buffer, size_t
 __attribute__((visibility("default"))) ssize_t write(int fd, const void* data, size_t size) {
   if (const auto tty = ByDescriptor(fd)) return tty->Write(fd, data, size);
   return syscall(SYS_write, fd, data, size);
+}
+
+__attribute__((visibility("default"))) int poll(pollfd* fds, nfds_t count, int timeout_ms) {
+  return gwq::test::PollHere(fds, count, timeout_ms);
 }
 
 __attribute__((visibility("default"))) int ioctl(int fd, unsigned long request, ...) noexcept {

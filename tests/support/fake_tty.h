@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A serial device in the test's hand: a pseudo-terminal, with the program's own open, close, read, write,
-// ioctl and tcflush in front of it. They pass everything on, except that a FakeTty
+// poll, ioctl and tcflush in front of it. They pass everything on, except that a FakeTty
 //   - is also found under a name such as "/dev/ttyS41",
 //   - records what was asked for (a pseudo-terminal keeps 8 bits and no parity whatever it is told),
-//   - answers an idle read at once and moves the test clock by the 0.1 s it would have taken,
+//   - answers an idle read at once and moves the test clock by the 0.1 s it would have taken, and an idle poll by
+//     its time-out,
 //   - fails when told to.
 #pragma once
 
@@ -40,6 +41,10 @@ class FakeTty {
 
   // Called before each read, with its number from 0; free to use the library.
   void OnRead(std::function<void(int index)> hook);
+  // Called before each poll for bytes, with its time-out; free to use the library.
+  void OnPoll(std::function<void(int timeout_ms)> hook);
+  // Every read from now on is possible at once and brings nothing.
+  void HangUp();
   // Every read from now on fails.
   void FailReads();
   // The next writes, in order, move only so many bytes; -1 fails.

@@ -39,7 +39,6 @@ struct OutPlan {
   int result;
 };
 
-constexpr int kInTimeoutMs = 200;
 constexpr int kOutTimeoutMs = 1000;
 
 std::string Described(const Step& step) {
@@ -143,17 +142,17 @@ struct ScriptedUsb::State {
     return plan.result;
   }
 
-  static int Nothing() {
-    AdvanceMs(kInTimeoutMs);
+  static int Nothing(unsigned timeout_ms) {
+    AdvanceMs(timeout_ms);
     return LIBUSB_ERROR_TIMEOUT;
   }
 
-  int In(unsigned char* data, int length, int* moved) {
+  int In(unsigned char* data, int length, unsigned timeout_ms, int* moved) {
     if (unplugged) return LIBUSB_ERROR_NO_DEVICE;
-    if (steps.empty() || steps.front().expected) return Nothing();
+    if (steps.empty() || steps.front().expected) return Nothing(timeout_ms);
     if (steps.front().empty > 0) {
       --steps.front().empty;
-      return Nothing();
+      return Nothing(timeout_ms);
     }
     const Step step = std::move(steps.front());
     steps.pop_front();
@@ -222,7 +221,7 @@ int Move(libusb_device_handle* handle, const Request& request, int* transferred)
   }
   if (usb->Handle(handle, "transfer") == nullptr) return LIBUSB_ERROR_NO_DEVICE;
   if (!handle->claimed) usb->Fault("a transfer on an interface that is not claimed");
-  const int result = in ? usb->In(request.data, request.length, transferred)
+  const int result = in ? usb->In(request.data, request.length, request.timeout_ms, transferred)
                         : usb->Out(request.data, request.length, transferred);
   *transferred = usb->claim.value_or(*transferred);
   usb->claim.reset();

@@ -9,7 +9,7 @@
 //                    mismatch. While the next step is an Expect, reading brings nothing.
 //   a free device    no Expect at all: everything sent is recorded, the answers come as they are asked for.
 //
-// A transfer in that brings nothing moves the test clock by its 200 ms, one out that moves nothing by its
+// A transfer in that brings nothing moves the test clock by its time-out, one out that moves nothing by its
 // 1000 ms. All functions may be called from any thread.
 #pragma once
 

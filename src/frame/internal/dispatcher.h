@@ -20,6 +20,9 @@ struct SavedParameters {
 // As ICC_WriteDataToTransPort.
 int WriteOnLink(unsigned char* data, int length);
 
+// Throws away what arrives on the link that is open; as Link::drain.
+int DrainLink(int silence_ms);
+
 // For exchanges over a link that is already open.
 SavedParameters ParametersInUse();
 void UseParameters(const SavedParameters& parameters);

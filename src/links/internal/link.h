@@ -36,6 +36,10 @@ struct Link {
   // GWQ_LINK_CANCELLED. Bytes received before a failure stay in `buffer`.
   int (*read)(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end);
 
+  // Throws away what arrives until no byte has come for `silence_ms`, for a second at most. Returns
+  // GWQ_LINK_TIMEOUT, or as a read after a failure or `cancel`.
+  int (*drain)(int silence_ms);
+
   // Closes the device if it is open. Returns 0.
   int (*close)();
 

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The loop of every link's read.
+// The loops of every link's read and drain.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <ctime>
 #include <optional>
 
 #include <gwq/links/end_of_read.h>
 #include <gwq/status_codes.h>
+#include "diag/internal/monotonic.h"
 #include "links/internal/read_gate.h"
 
 namespace gwq {
@@ -51,6 +54,44 @@ int ReadUntil(const ReadEnd& end, const ReadGate& gate, unsigned char* buffer, R
     if (got < 0) return GWQ_LINK_READ;
     count += got;
     if (const auto result = end.Reached(buffer, count)) return *result;
+  }
+}
+
+// What ends a drain: no byte has arrived for so many milliseconds, or bytes keep coming for a second.
+class Silence {
+ public:
+  explicit Silence(int ms) : length_us_(std::int64_t{ms} * 1000), limit_us_(MonotonicUs() + kLimitUs) {
+    Restart();
+  }
+
+  void Restart() { ends_us_ = std::min(MonotonicUs() + length_us_, limit_us_); }
+  // What remains of it, rounded up; 0 once it is over.
+  [[nodiscard]] int LeftMs() const {
+    return static_cast<int>((std::max<std::int64_t>(ends_us_ - MonotonicUs(), 0) + 999) / 1000);
+  }
+
+ private:
+  static constexpr std::int64_t kLimitUs = 1'000'000;
+
+  std::int64_t length_us_;
+  std::int64_t limit_us_;
+  std::int64_t ends_us_ = 0;
+};
+
+// Throws away what arrives until `silence_ms` without a byte are over, which returns
+// GWQ_LINK_TIMEOUT, or until the gate is cancelled, which returns `cancelled`. `skip_some` waits at
+// most so many milliseconds for bytes and returns their number, negative after an error.
+template <typename SkipSome>
+int DrainUntilSilent(int silence_ms, const ReadGate& gate, SkipSome skip_some, int cancelled) {
+  constexpr int kLongestWaitMs = 200;  // until a cancel is seen
+  Silence silence(silence_ms);
+  while (true) {
+    if (gate.cancelled()) return cancelled;
+    const int left_ms = silence.LeftMs();
+    if (left_ms == 0) return GWQ_LINK_TIMEOUT;
+    const int got = skip_some(std::min(left_ms, kLongestWaitMs));
+    if (got < 0) return GWQ_LINK_READ;
+    if (got > 0) silence.Restart();
   }
 }
 

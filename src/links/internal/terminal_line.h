@@ -47,6 +47,9 @@ class TerminalLine {
   // Reads the bytes that are available, at most `room`. Returns 0 after a signal, -1 after an
   // error.
   int Read(unsigned char* buffer, int room) const;
+  // As Read, but waits up to `timeout_ms` for the first byte, and not as long as the line's settings
+  // say. Returns 0 if none arrives.
+  int ReadWithin(int timeout_ms, unsigned char* buffer, int room) const;
 
  private:
   std::atomic<int> fd_{UniqueFd::kNone};

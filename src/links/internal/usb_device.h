@@ -54,6 +54,8 @@ class UsbDevice {
   // Contract: the transfer's own result is ignored, so that an error looks like silence.
   // Contract: a report is copied whole, also beyond the maximum of the read.
   int Read(Report& report, unsigned char* out) const;
+  // One transfer in, thrown away. Returns the bytes received.
+  int Skip(Report& report, int timeout_ms) const;
 
   // Up to 5 transfers of the remaining bytes. Calls attempted(number from 1, bytes transferred,
   // result) after each one. Returns whether all bytes were sent.
@@ -66,7 +68,7 @@ class UsbDevice {
   static constexpr unsigned char kEndpointOut = 0x02;
   static constexpr unsigned char kEndpointIn = 0x81;
   static constexpr unsigned kWriteTimeoutMs = 1000;
-  static constexpr unsigned kReadTimeoutMs = 200;
+  static constexpr int kReadTimeoutMs = 200;
   static constexpr int kWriteAttempts = 5;
   static constexpr int kPauseAfterErrorMs = 20;
 
@@ -82,15 +84,21 @@ class UsbDevice {
 
 // Sleeps after an immediate failure, as from an unplugged device, so that the time-out loop does
 // not busy-wait.
-inline int UsbDevice::Read(Report& report, unsigned char* out) const {
+inline int UsbDevice::Skip(Report& report, int timeout_ms) const {
   report.Wipe();
   libusb_device_handle* const device = handle();
   int transferred = 0;
   const int result = device == nullptr ? static_cast<int>(LIBUSB_ERROR_NO_DEVICE)
                                        : transfer_(device, kEndpointIn, report.data(), kReportSize,
-                                                   &transferred, kReadTimeoutMs);
-  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) PauseMs(kPauseAfterErrorMs);
-  transferred = std::clamp(transferred, 0, kReportSize);
+                                                   &transferred, static_cast<unsigned>(timeout_ms));
+  if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) {
+    PauseMs(std::min(kPauseAfterErrorMs, timeout_ms));
+  }
+  return std::clamp(transferred, 0, kReportSize);
+}
+
+inline int UsbDevice::Read(Report& report, unsigned char* out) const {
+  const int transferred = Skip(report, kReadTimeoutMs);
   std::memcpy(out, report.data(), static_cast<std::size_t>(transferred));
   return transferred;
 }

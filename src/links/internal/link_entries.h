@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The links' writes with an end, as an exchange calls them.
+// The links' entries that only an exchange calls.
 #pragma once
 
 #include "links/internal/terminal_line.h"
@@ -12,5 +12,9 @@ int WriteSerial(unsigned char* data, int length, const WriteEnd& end);
 // As ICC_WriteLinuxHid; `end` is not used, because a USB write ends after five transfers of at most
 // one second.
 int WriteUsbHid(unsigned char* data, int length, const WriteEnd& end);
+
+// As Link::drain.
+int DrainSerial(int silence_ms);
+int DrainUsbHid(int silence_ms);
 
 }  // namespace gwq
