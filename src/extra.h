@@ -48,6 +48,47 @@ GWQ_API int GWQ_SetOutputRoom(int bytes);
  */
 GWQ_API int GWQ_SetDrainMs(int ms);
 
+/** What a transfer is, for GwqProgress. */
+enum GwqTransfer {
+  GWQ_TRANSFER_PUSH = 1,    /**< a document or page to the terminal */
+  GWQ_TRANSFER_PULL = 2,    /**< a file from the terminal */
+  GWQ_TRANSFER_MEDIA = 3,   /**< a picture, head photo or text that the terminal keeps */
+  GWQ_TRANSFER_FIRMWARE = 4 /**< a firmware image */
+};
+
+/**
+ * Told how far a transfer is.
+ *
+ * @param transfer  enum GwqTransfer
+ * @param file      the file on the host; for DownVideoInfo() its name on the terminal; valid only
+ *                  during the call
+ * @param done      bytes that have passed; of a push those that the terminal has confirmed
+ * @param total     bytes in all; 0 while unknown, as in a pull before its end
+ * @param user      what was passed to GWQ_SetProgress()
+ */
+typedef void (*GwqProgress)(int transfer, const char* file, long long done, long long total, void* user);
+
+/**
+ * Has the calling thread's transfers tell how far they are.
+ *
+ * The callback is called on the thread that transfers: at the start, at most every 100 ms between two
+ * packets (in a pull between two reports, and only if the file is a regular one), and at the end, also
+ * after a failure; `done` is `total` after success. It may call CancelWrite(): the transfer ends before
+ * its next packet, and the call returns GWQ_CANCELLED; the terminal then keeps nothing of a pushed
+ * file. A call of CancelWrite() on another thread does the same. HIDDownLoad() and DownVideoFile() stop
+ * as without a callback; a pull is ended by CancelRead(). The callback calls nothing else of the
+ * library. One that leaves by an exception or a jump abandons the call: the link and the file on the
+ * host are closed, and the next call works.
+ *
+ * Any thread, for its own calls; never blocks.
+ *
+ * @param callback  NULL is the default: nothing is told
+ * @param user      passed to the callback as it is
+ * @retval GWQ_OK  always
+ * @since 1.0.0.36
+ */
+GWQ_API int GWQ_SetProgress(GwqProgress callback, void* user);
+
 GWQ_C_END
 
 #endif

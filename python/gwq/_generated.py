@@ -158,6 +158,7 @@ PROTOTYPES: dict[str, tuple[str, ...]] = {
     "GWQ_SetDrainMs": ("int", "int",),
     "GWQ_SetOutputRoom": ("int", "int",),
     "GWQ_SetPinLen": ("int", "int", "int", "int",),
+    "GWQ_SetProgress": ("int", "GwqProgress", "void*",),
     "GWQ_StartEvaluator": ("int", "int", "int", "const char*", "const char*", "int", "const char*", "int", "unsigned int*",),
     "GWQ_StartInfo": ("int", "int", "int", "int", "const char*", "unsigned int*",),
     "GWQ_StartKeyboard": ("int", "int", "int", "int", "int", "char*",),

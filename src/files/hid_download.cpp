@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include <gwq/diag/log.h>
 #include <gwq/files/media.h>
@@ -21,6 +22,7 @@
 #include "files/internal/transfer.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
+#include "frame/internal/progress.h"
 
 namespace gwq {
 namespace {
@@ -33,6 +35,10 @@ using DownloadPacket = std::array<char, kPacketHeaderSize + kPieceSize + 1>;
 
 // On the heap, because 30 KB do not fit on the stack of a small thread.
 using PacketMemory = std::unique_ptr<DownloadPacket, decltype(&std::free)>;
+
+PacketMemory AllocatePacket() {
+  return {static_cast<DownloadPacket*>(std::calloc(sizeof(DownloadPacket), 1)), &std::free};
+}
 
 std::span<std::uint8_t> Payload(DownloadPacket& packet, std::size_t count) {
   return {reinterpret_cast<std::uint8_t*>(packet.data()) + kPacketHeaderSize, count};
@@ -65,11 +71,13 @@ bool SendStartPacket() {
   return SendAsString(packet);
 }
 
-bool SendDataPacket(std::FILE* file, DownloadPacket& packet) {
+bool SendDataPacket(std::FILE* file, DownloadPacket& packet, Progress& progress) {
   packet.fill('\0');
   const std::size_t count = std::fread(Payload(packet, kPieceSize).data(), 1, kPieceSize, file);
   FillHeader(packet, PacketType::kData, count);
-  return SendAsString(packet.data());
+  if (!SendAsString(packet.data())) return false;
+  progress.Add(count);
+  return true;
 }
 
 bool SendEndPacket(int file_type, std::string_view name, DownloadPacket& packet) {
@@ -81,12 +89,25 @@ bool SendEndPacket(int file_type, std::string_view name, DownloadPacket& packet)
   return SendAsString(packet.data());
 }
 
+// Nothing of the library's is open or allocated while the host is told.
+int Tell(Progress& progress, const char* path, File& file, PacketMemory& packet) {
+  const auto tell = [&] {
+    packet.reset();
+    progress.Tell();
+  };
+  if (!RunWhileClosed(file, path, "rb", tell)) return GWQ_NO_LOCAL_FILE;
+  if (!packet) packet = AllocatePacket();
+  return packet ? GWQ_OK : GWQ_TOO_SMALL;
+}
+
 // Contract: an empty file is sent as one data packet; the end of the file is checked before a read.
-bool SendContent(std::FILE* file, DownloadPacket& packet) {
-  while (std::feof(file) == 0 && std::ferror(file) == 0 && LoadShared(g_CancelWrite) == 0) {
-    if (!SendDataPacket(file, packet)) return false;
+int SendContent(const char* path, File& file, PacketMemory& packet, Progress& progress) {
+  while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0 && LoadShared(g_CancelWrite) == 0) {
+    if (!SendDataPacket(file.get(), *packet, progress)) return GWQ_REFUSED;
+    if (!progress.IsDue() || std::feof(file.get()) != 0) continue;
+    if (const int result = Tell(progress, path, file, packet); result != GWQ_OK) return result;
   }
-  return true;
+  return std::ferror(file.get()) != 0 ? GWQ_NO_LOCAL_FILE : GWQ_OK;  // no end packet for half a file
 }
 
 // False for a directory, which fopen opens as well.
@@ -106,20 +127,12 @@ std::string_view NameOnTerminal(const char* path, int file_type) {
   return name == nullptr ? "" : name;
 }
 
-int Download(const char* path, int file_type) {
-  const Operation operation;
-  StoreShared(g_CancelWrite, 0);
-  ICC_DPrintLogToFile("szFilePath%s", path);
-  const File file = OpenFile(path, "rb");
-  if (!file || !IsReadable(file.get())) {
-    ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
-    return GWQ_NO_LOCAL_FILE;
-  }
+int Transfer(const char* path, int file_type, File file, Progress& progress) {
   const std::string_view name = NameOnTerminal(path, file_type);
-  const PacketMemory packet(static_cast<DownloadPacket*>(std::calloc(sizeof(DownloadPacket), 1)), &std::free);
+  PacketMemory packet = AllocatePacket();
   if (!packet) return GWQ_TOO_SMALL;
-  if (!SendModeChange() || !SendStartPacket() || !SendContent(file.get(), *packet)) return GWQ_REFUSED;
-  if (std::ferror(file.get()) != 0) return GWQ_NO_LOCAL_FILE;  // no end packet for half a file
+  if (!SendModeChange() || !SendStartPacket()) return GWQ_REFUSED;
+  if (const int result = SendContent(path, file, packet, progress); result != GWQ_OK) return result;
   const bool cancelled = LoadShared(g_CancelWrite) != 0;
   if (cancelled) ICC_DPrintLogToFile(" cancel write");
   // Contract: a cancelled download gets the same end packet as a complete one.
@@ -127,6 +140,25 @@ int Download(const char* path, int file_type) {
   const int result = cancelled ? GWQ_CANCELLED : GWQ_OK;
   ICC_DPrintLogToFile("HIDDownLoad nRet=%d ", result);
   return result;
+}
+
+File OpenReadable(const char* path) {
+  File file = OpenFile(path, "rb");
+  return file && IsReadable(file.get()) ? std::move(file) : File();
+}
+
+int Download(const char* path, int file_type) {
+  const Operation operation;
+  StoreShared(g_CancelWrite, 0);
+  ICC_DPrintLogToFile("szFilePath%s", path);
+  Progress progress(file_type == kFirmwareImage ? GWQ_TRANSFER_FIRMWARE : GWQ_TRANSFER_MEDIA, path,
+                    Progress::IsWanted() ? SizeToTell(path) : 0);
+  File file = OpenReadable(path);
+  if (!file) {
+    ICC_DPrintLogToFile("HIDDownLoad :fopen :FAIL ");
+    return progress.End(GWQ_NO_LOCAL_FILE);
+  }
+  return progress.End(Transfer(path, file_type, std::move(file), progress));
 }
 
 }  // namespace

@@ -11,10 +11,12 @@
 #include <gwq/diag/log.h>
 #include <gwq/frame/port.h>
 #include "codec/internal/split_form.h"
+#include "diag/internal/shared_word.h"
 #include "files/internal/transfer.h"
 #include "frame/internal/arguments.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/exchange.h"
+#include "frame/internal/progress.h"
 
 namespace gwq {
 namespace {
@@ -85,14 +87,24 @@ int SendTextPiece(int file_type, int total, int index, std::span<const unsigned 
 }
 
 // Contract: a piece that fails does not end the call; the caller gets the status of the last one.
-int SendTextPieces(int file_type, std::string_view text, const char* name) {
+int SendTextPieces(int file_type, std::string_view text, const char* name, Progress& progress) {
   const int total = static_cast<int>((text.size() + kPieceSize - 1) / kPieceSize);
   int result = GWQ_OK;
   for (int index = 1; index <= total; ++index) {
-    result = SendTextPiece(file_type, total, index, AsBytes(text.substr(0, kPieceSize)), name);
-    text.remove_prefix(std::min<std::size_t>(kPieceSize, text.size()));
+    if (Progress::Cancelled()) return GWQ_CANCELLED;
+    const std::string_view piece = text.substr(0, kPieceSize);
+    result = SendTextPiece(file_type, total, index, AsBytes(piece), name);
+    text.remove_prefix(piece.size());
+    progress.Add(piece.size());
+    if (progress.IsDue() && !progress.Tell()) return GWQ_READ_FAILED;
   }
   return result;
+}
+
+int SendTextOnUsb(int baud, int file_type, std::string_view text, const char* name, Progress& progress) {
+  const ExchangeTurn turn(0);
+  const OpenLink link(turn, {0, baud}, {&EndOfRead2, kPieceLinkTimeoutMs}, true);
+  return link ? SendTextPieces(file_type, text, name, progress) : static_cast<int>(GWQ_NOT_OPENED);
 }
 
 }  // namespace
@@ -122,10 +134,10 @@ int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, 
 // Contract: USB; the port argument is ignored.
 int DownVideoInfo(int /*port*/, char /*channel*/, int baud, int fileType, const char* text,
                   const char* name) {
-  const ExchangeTurn turn(0);
-  const OpenLink link(turn, {0, baud}, {&EndOfRead2, kPieceLinkTimeoutMs}, true);
-  if (!link) return GWQ_NOT_OPENED;
-  return SendTextPieces(fileType, OrEmpty(text), name);
+  if (Progress::IsWanted()) StoreShared(g_CancelWrite, 0);
+  const std::string_view all = OrEmpty(text);
+  Progress progress(GWQ_TRANSFER_MEDIA, name, static_cast<long long>(all.size()));
+  return progress.End(SendTextOnUsb(baud, fileType, all, name, progress));
 }
 
 int DownFile(int fileType, int total, int index, const unsigned char* data, int count, const char* name) {

@@ -17,6 +17,7 @@
 #include "frame/internal/cancel.h"
 #include "frame/internal/device_command.h"
 #include "frame/internal/exchange.h"
+#include "frame/internal/progress.h"
 
 namespace gwq {
 namespace {
@@ -35,7 +36,7 @@ constexpr ExchangeKind kPull{.opening_log = nullptr,
 // Receives one file on the open link.
 class FileReceiver final : public Receiver, private PullPort {
  public:
-  explicit FileReceiver(const char* path) : path_(path) {}
+  FileReceiver(const char* path, Progress& progress) : path_(path), progress_(progress) {}
 
   int Receive(const ExchangeTurn& /*turn*/) override {
     int got = ReadReport();
@@ -52,6 +53,7 @@ class FileReceiver final : public Receiver, private PullPort {
           RemovePartialFile();
           return GWQ_REFUSED;
         default:
+          if (progress_.IsDue() && !Tell()) return GWQ_READ_FAILED;
           got = ReadReport();
           PauseMs(kPausePerReportMs);
       }
@@ -69,7 +71,17 @@ class FileReceiver final : public Receiver, private PullPort {
   // Bytes beyond the limit are dropped; the read loop then ends the pull.
   void Store(std::span<const std::uint8_t> payload) override {
     stored_ += payload.size();
-    if (stored_ <= kMaxFileSize) std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    if (stored_ > kMaxFileSize) return;
+    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    progress_.Add(payload.size());
+  }
+
+  // False when the turn is lost, or the file.
+  bool Tell() {
+    bool has_turn = true;
+    const bool has_file =
+        RunWhileClosed(file_, path_, "ab", [this, &has_turn] { has_turn = progress_.Tell(); });
+    return has_file && has_turn;
   }
 
   // Keeps a device, and a file that has replaced the opened one.
@@ -94,14 +106,16 @@ class FileReceiver final : public Receiver, private PullPort {
   }
 
   const char* path_;
+  Progress& progress_;
   File file_;
   std::size_t stored_ = 0;
   std::array<unsigned char, 2 * kReportSize> report_{};  // a read may append up to one more report
 };
 
 int PullWithCommand(const CommandBytes& command, const char* path, int timeout_ms) {
-  FileReceiver receiver(path);
-  return RunExchange(kPull, {.port = 0, .baud = 0}, command, {nullptr, timeout_ms}, &receiver);
+  Progress progress(GWQ_TRANSFER_PULL, path, 0);
+  FileReceiver receiver(path, progress);
+  return progress.End(RunExchange(kPull, {.port = 0, .baud = 0}, command, {nullptr, timeout_ms}, &receiver));
 }
 
 }  // namespace

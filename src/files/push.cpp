@@ -18,6 +18,7 @@
 #include "frame/internal/arguments.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/operation.h"
+#include "frame/internal/progress.h"
 
 // Exported work buffers of a push: a piece of the file, and the data packet around it.
 unsigned char m_szBuf[200000];
@@ -71,21 +72,35 @@ bool IsAtEnd(std::FILE* file) {
   return next == EOF;
 }
 
+int PushPiece(Endpoint endpoint, std::size_t count) {
+  ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
+  std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
+  const CommandBytes packet = CompletePacket(m_szCMD, PacketType::kData, count);
+  return std::min(PushStep(endpoint, packet, kStepTimeoutMs), 0);
+}
+
 // Contract: a file whose size is a multiple of the piece size ends with an empty data packet, which
 // the terminal accepts; an empty file sends none.
-int PushContent(Endpoint endpoint, const char* path) {
-  ICC_DPrintLogToFile(" Z11SendFile szFilePath=%s", path);
-  const File file = OpenFile(path, "rb");
-  if (!file) ICC_DPrintLogToFile(" Z11SendFile open file faild");
-  int result = file ? GWQ_OK : GWQ_BAD_ARGUMENT;
-  for (bool more = file && !IsAtEnd(file.get()); more && result >= 0; more = std::feof(file.get()) == 0) {
+int PushPieces(Endpoint endpoint, const char* path, File& file, Progress& progress) {
+  if (IsAtEnd(file.get())) return GWQ_OK;
+  while (true) {
     const std::size_t count = std::fread(m_szBuf, 1, sizeof m_szBuf, file.get());
-    if (std::ferror(file.get()) != 0) break;
-    ICC_DPrintLogToFile(" Z11SendFile nCount=%d", static_cast<int>(count));
-    std::memcpy(m_szCMD + kPacketHeaderSize, m_szBuf, count);
-    const CommandBytes packet = CompletePacket(m_szCMD, PacketType::kData, count);
-    result = std::min(PushStep(endpoint, packet, kStepTimeoutMs), 0);
+    if (std::ferror(file.get()) != 0) return GWQ_BAD_ARGUMENT;
+    if (const int result = PushPiece(endpoint, count); result < 0) return result;
+    progress.Add(count);
+    if (std::feof(file.get()) != 0) return GWQ_OK;
+    if (progress.IsDue() && !RunWhileClosed(file, path, "rb", [&progress] { progress.Tell(); })) {
+      return GWQ_BAD_ARGUMENT;
+    }
+    if (Progress::Cancelled()) return GWQ_CANCELLED;
   }
+}
+
+int PushContent(Endpoint endpoint, const char* path, Progress& progress) {
+  ICC_DPrintLogToFile(" Z11SendFile szFilePath=%s", path);
+  File file = OpenFile(path, "rb");
+  if (!file) ICC_DPrintLogToFile(" Z11SendFile open file faild");
+  int result = file ? PushPieces(endpoint, path, file, progress) : static_cast<int>(GWQ_BAD_ARGUMENT);
   if (file && std::ferror(file.get()) != 0) result = GWQ_BAD_ARGUMENT;
   ICC_DPrintLogToFile("Z11DownLoadFile Z11SendFile nRet=%d", result);
   return result;
@@ -120,11 +135,14 @@ int PushListed(const char* path, TerminalPaths& on_terminal) {
 
 int PushFile(Endpoint endpoint, int type, const char* path, std::string_view name) {
   if (name.size() > kMaxNameSize) return GWQ_BAD_ARGUMENT;
-  int result = PushModeChange(endpoint);
+  if (Progress::Cancelled()) return GWQ_CANCELLED;
+  Progress progress(TransferOf(type), path, Progress::IsWanted() ? SizeToTell(path) : 0);
+  int result = Progress::Cancelled() ? static_cast<int>(GWQ_CANCELLED) : PushModeChange(endpoint);
   if (result >= 0) result = PushStart(endpoint);
-  if (result >= 0) result = PushContent(endpoint, path);
+  if (result >= 0) result = PushContent(endpoint, path, progress);
+  if (result >= 0 && Progress::Cancelled()) result = GWQ_CANCELLED;
   if (result >= 0) result = PushEnd(endpoint, type, name);
-  return std::min(result, 0);
+  return progress.End(std::min(result, 0));
 }
 
 int PushList(const char* paths, TerminalPaths& on_terminal) {

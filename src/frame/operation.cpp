@@ -4,6 +4,10 @@
 #include <atomic>
 #include <cstdint>
 
+#include <gwq/frame/transaction.h>
+#include "diag/internal/shared_word.h"
+#include "frame/internal/progress.h"
+
 namespace gwq {
 namespace {
 
@@ -25,7 +29,9 @@ thread_local Running t_running;
 Operation::Operation() {
   const void* const frame = __builtin_frame_address(0);
   outermost_ = t_running.number == kNone || frame >= t_running.frame;
-  if (outermost_) t_running = {g_last_begun.fetch_add(1) + 1, frame};
+  if (!outermost_) return;
+  t_running = {g_last_begun.fetch_add(1) + 1, frame};
+  if (Progress::IsWanted()) StoreShared(g_CancelWrite, 0);
 }
 
 Operation::~Operation() {

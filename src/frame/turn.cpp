@@ -193,11 +193,13 @@ unsigned GenerationOfThisThread() {
   return g_turn.IsMine() ? g_turn.generation : kNone;
 }
 
-// Returns false if the turn is lost.
-bool SetPredicate(unsigned generation, const PredicateMark* mark) {
+// `mark` becomes the one before it. Returns false if the turn is lost.
+bool SwapPredicate(unsigned generation, const PredicateMark*& mark) {
   const Locked lock;
   if (!g_turn.IsMine(generation)) return false;
+  const PredicateMark* const before = g_turn.predicate;
   g_turn.SetPredicate(mark);
+  mark = before;
   return true;
 }
 
@@ -247,21 +249,39 @@ bool ExchangeCancelled() {
   return GenerationOfThisThread() != kNone && ReadCancelRequested();
 }
 
+bool CallHost(void (*code)(void* context), void* context) {
+  const unsigned generation = GenerationOfThisThread();
+  if (generation == kNone) {
+    code(context);
+    return true;
+  }
+  const PredicateMark mark(generation);
+  const int host_cancel_state = t_host_cancel_state;
+  const PredicateMark* outer = &mark;
+  SwapPredicate(generation, outer);
+  int cancel_state = PTHREAD_CANCEL_DISABLE;
+  pthread_setcancelstate(host_cancel_state, &cancel_state);
+  pthread_testcancel();
+  code(context);
+  pthread_setcancelstate(cancel_state, nullptr);
+  t_host_cancel_state = host_cancel_state;
+  return SwapPredicate(generation, outer);
+}
+
 int CallPredicate(GwqEndOfRead predicate, unsigned char* data, int count) {
   constexpr int kComplete = 0;
   constexpr int kReadOn = 1;
-  if (predicate == nullptr) predicate = [](unsigned char*, int) { return kReadOn; };
-  const unsigned generation = GenerationOfThisThread();
-  if (generation == kNone) return predicate(data, count);
-  const PredicateMark mark(generation);
-  const int host_cancel_state = t_host_cancel_state;
-  SetPredicate(generation, &mark);
-  pthread_setcancelstate(host_cancel_state, nullptr);
-  pthread_testcancel();
-  const int result = predicate(data, count);
-  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-  t_host_cancel_state = host_cancel_state;
-  return SetPredicate(generation, nullptr) ? result : kComplete;
+  struct Call {
+    GwqEndOfRead predicate;
+    unsigned char* data;
+    int count;
+    int result;
+  } call{predicate, data, count, kReadOn};
+  const auto run = [](void* context) {
+    auto& asked = *static_cast<Call*>(context);
+    if (asked.predicate != nullptr) asked.result = asked.predicate(asked.data, asked.count);
+  };
+  return CallHost(run, &call) ? call.result : kComplete;
 }
 
 CancelsWhileWaiting::CancelsWhileWaiting() {

@@ -20,7 +20,7 @@ def type_of(text):
     """That of a parameter without its name."""
     if text == 'const char*':
         return ctypes.c_char_p
-    if text == 'GwqEndOfRead':  # a function
+    if text in ('GwqEndOfRead', 'GwqProgress'):  # functions
         return ctypes.c_void_p
     return POINTERS[text.removeprefix('const ').removesuffix('*')] if text.endswith('*') else VALUES[text]
 

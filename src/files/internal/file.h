@@ -31,4 +31,26 @@ inline int FileSize(const char* path) {
   return status.st_size > INT_MAX ? INT_MAX : static_cast<int>(status.st_size);
 }
 
+// As it is told to the host; 0 when it is unknown.
+inline long long SizeToTell(const char* path) {
+  struct stat status {};
+  return path != nullptr && stat(path, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
+}
+
+// Runs code of the host, which may never return, while the file is closed; then opens it again, at
+// the same place. Returns false if that fails or another file is there. Does nothing if the file is
+// not a regular one.
+template <typename Code>
+bool RunWhileClosed(File& file, const char* path, const char* mode, Code code) {
+  struct stat before {};
+  const long place = std::ftell(file.get());
+  if (place < 0 || fstat(fileno(file.get()), &before) != 0 || !S_ISREG(before.st_mode)) return true;
+  if (std::fclose(file.release()) != 0) return false;
+  code();
+  file = OpenFile(path, mode);
+  struct stat after {};
+  return file && fstat(fileno(file.get()), &after) == 0 && after.st_dev == before.st_dev &&
+         after.st_ino == before.st_ino && std::fseek(file.get(), place, SEEK_SET) == 0;
+}
+
 }  // namespace gwq

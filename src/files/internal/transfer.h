@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include <gwq/extra.h>
 #include "codec/internal/text_builder.h"
 #include "frame/internal/device_command.h"
 #include "frame/internal/exchange.h"
@@ -17,6 +18,12 @@ inline constexpr int kPicture = 0;
 inline constexpr int kHeadPhoto = 2;
 inline constexpr int kFirmwareImage = 4;
 inline constexpr int kNamedFile = 255;
+
+// What the host is told that the file is.
+inline GwqTransfer TransferOf(int type) {
+  if (type == kFirmwareImage) return GWQ_TRANSFER_FIRMWARE;
+  return type == kNamedFile ? GWQ_TRANSFER_PUSH : GWQ_TRANSFER_MEDIA;
+}
 
 // The longest name that a push and a delete command can carry.
 inline constexpr std::size_t kMaxNameSize = 1022;

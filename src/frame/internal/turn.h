@@ -46,8 +46,11 @@ class ExchangeTurn {
 // A cancellation point within an exchange, for places where no transfer runs.
 void AllowThreadCancel();
 
-// Calls a predicate, from which the host's code may not return; NULL reads on. A cancellation
-// point. Returns 0, which ends the read, once the turn is lost.
+// Calls the host's code, which may not return. Within an exchange it is a cancellation point. Returns
+// false once the turn is lost, and with it the link.
+bool CallHost(void (*code)(void* context), void* context);
+
+// Calls a predicate; NULL reads on. Returns 0, which ends the read, once the turn is lost.
 int CallPredicate(GwqEndOfRead predicate, unsigned char* data, int count);
 
 // Whether the calling thread's exchange has been cancelled; false outside an exchange.

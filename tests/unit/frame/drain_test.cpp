@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 #include <libusb-1.0/libusb.h>
 
-#include <ctime>
-#include <functional>
-
 #include <gwq/diag/log.h>
 #include <gwq/extra.h>
 #include <gwq/frame/load.h>
@@ -16,30 +13,10 @@
 #include "frame/internal/ask.h"
 #include "support/fake_tty.h"
 #include "support/log_capture.h"
+#include "support/monotonic_clock.h"
 #include "support/scripted_usb.h"
 #include "support/temp_dir.h"
 #include "support/test_clock.h"
-
-namespace {
-
-std::int64_t g_set_back_ms = 0;  // what the wall clock was set back by
-
-std::int64_t MonotonicNow() {
-  return gwq::test::NowMs() + g_set_back_ms;
-}
-
-}  // namespace
-
-// The library's monotonic clock is the test's.
-extern "C" {
-int __real_clock_gettime(clockid_t clock, std::timespec* out);
-int __wrap_clock_gettime(clockid_t clock, std::timespec* out) {
-  if (clock != CLOCK_MONOTONIC) return __real_clock_gettime(clock, out);
-  const std::int64_t now = MonotonicNow();
-  *out = {.tv_sec = now / 1000, .tv_nsec = static_cast<long>(now % 1000 * 1'000'000)};
-  return 0;
-}
-}
 
 namespace gwq::test {
 namespace {
@@ -70,9 +47,9 @@ class DrainFor : public testing::Test {
   // Drains for `ms` of silence; the time that it takes.
   static std::int64_t Took(Endpoint endpoint, int ms, int status = GWQ_READ_FAILED) {
     EXPECT_EQ(GWQ_SetDrainMs(ms), 0);
-    const std::int64_t start = MonotonicNow();
+    const std::int64_t start = MonotonicNowMs();
     EXPECT_EQ(Drain(endpoint), status);
-    return MonotonicNow() - start;
+    return MonotonicNowMs() - start;
   }
 };
 
@@ -216,10 +193,7 @@ TEST_F(DrainForOnUsb, BytesThatKeepComingEndItAfterASecond) {
 }
 
 TEST_F(DrainForOnUsb, AClockThatIsSetDoesNotMoveTheEnd) {
-  usb_.OnTransfer([](const Transfer&) {
-    SetTime(Now() - 3600);
-    g_set_back_ms += 3'600'000;
-  });
+  usb_.OnTransfer([](const Transfer&) { SetBackBy(3600); });
   EXPECT_EQ(Took(kUsb, 20), 20);
   EXPECT_EQ(usb_.Count("in "), 1);
 }
