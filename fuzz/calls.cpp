@@ -139,6 +139,15 @@ int HostileEnd(unsigned char* data, int count) {
   return answer;
 }
 
+// What is told must be true as far as anybody can say; then the host does what its predicates do.
+void HostileListener(int transfer, const char* file, long long done, long long total, void* user) {
+  Require(user == &t_host, "a callback gets another user");
+  Require(transfer >= GWQ_TRANSFER_PUSH && transfer <= GWQ_TRANSFER_FIRMWARE, "a transfer of no kind");
+  Require(std::strlen(file) < (1U << 20U) && done >= 0 && total >= 0, "a transfer of no size");
+  std::array<unsigned char, 1> nothing{};
+  HostileEnd(nothing.data(), 0);
+}
+
 // ------------------------------------------------------------------ arguments
 
 constexpr std::size_t kAnyFile = 1U << 20U;  // more than the input can have the terminal send
@@ -352,6 +361,10 @@ void TransactByEnd(Arguments& a) {
   const GwqEndOfRead end = MakeEnd(a);
   TransProcByEnd(port, 9600, command.bytes, command.length, answer.bytes, answer.length, end,
                  Milliseconds::Make(a));
+}
+
+void ListenToProgress(Arguments& a) {
+  GWQ_SetProgress(a.input().Byte() % 4 == 0 ? nullptr : &HostileListener, &t_host);
 }
 
 void OnlySend(Arguments& a) {
@@ -642,6 +655,8 @@ template <>
 constexpr Way kOwnWay<TransProcOnlySend> = &OnlySend;
 template <>
 constexpr Way kOwnWay<TransProcOnlyRead> = &OnlyRead;
+template <>
+constexpr Way kOwnWay<GWQ_SetProgress> = &ListenToProgress;
 
 constexpr int OwnSeconds(const Waits& waits) {
   const int customer_s = waits.customer_s.value_or(0);

@@ -224,9 +224,13 @@ void Machine::Idle(std::int64_t ms) {
   spent_ms_ += step;
 }
 
+bool Machine::IsSilent() const {
+  return spoken_.empty() || (spoken_.front().when_asked && !asked_);
+}
+
 std::size_t Machine::Listen(void* buffer, std::size_t size, std::int64_t idle_ms) {
   if (const auto value = Strikes(Fault::kCancel)) Cancel(*value);
-  if (size == 0 || spoken_.empty() || (spoken_.front().when_asked && !asked_)) {
+  if (size == 0 || IsSilent()) {
     Idle(idle_ms);
     return 0;
   }
@@ -244,14 +248,14 @@ std::size_t Machine::Listen(void* buffer, std::size_t size, std::int64_t idle_ms
   return count;
 }
 
-int Machine::TransferIn(unsigned char* data, int length, int* transferred) {
+int Machine::TransferIn(unsigned char* data, int length, unsigned timeout_ms, int* transferred) {
   if (const auto value = Strikes(Fault::kUsbIn)) {
     static constexpr std::array kClaims{0, -1, 1025, 1 << 20, 16};
     *transferred = kClaims[static_cast<unsigned>(*value) / 16 % kClaims.size()];
     Idle(1);
     return -(*value & 15);
   }
-  *transferred = static_cast<int>(Listen(data, static_cast<std::size_t>(length), 200));
+  *transferred = static_cast<int>(Listen(data, static_cast<std::size_t>(length), timeout_ms));
   return *transferred == 0 ? static_cast<int>(LIBUSB_ERROR_TIMEOUT) : 0;
 }
 
@@ -291,6 +295,17 @@ int Machine::WriteLine(std::size_t size) {
     return *value == 0 ? -1 : std::min(static_cast<int>(size), *value);
   }
   return static_cast<int>(size);
+}
+
+int Machine::PollForBytes(int timeout_ms) {
+  if (const auto value = Strikes(Fault::kCancel)) Cancel(*value);
+  if (const auto value = Strikes(Fault::kPoll)) {
+    errno = EINTR;
+    return *value % 2 - 1;
+  }
+  if (!IsSilent()) return 1;
+  Idle(timeout_ms);
+  return 0;
 }
 
 // Of a line that takes nothing, as a device on USB that does not: this time is not the read's.
@@ -412,7 +427,8 @@ int __real_poll(pollfd* lines, nfds_t count, int timeout_ms);
 int __wrap_poll(pollfd* lines, nfds_t count, int timeout_ms) {
   if (Running() == nullptr) return __real_poll(lines, count, timeout_ms);
   gwq::fuzz::Require(count == 1 && timeout_ms >= 0, "a poll without an end");
-  return Running()->Poll(timeout_ms);
+  if (lines->events != POLLIN) return Running()->Poll(timeout_ms);
+  return Running()->PollForBytes(timeout_ms);
 }
 
 // One thread calls here, and whoever has the turn already never waits for it.
@@ -661,6 +677,16 @@ GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxSdt)
 GWQ_FUZZ_TIMED_READ(ICC_ReadLinux)
 GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxAux)
 
+// Drains, by the names that the compiler gives them: a second is their limit.
+#define GWQ_FUZZ_TIMED_DRAIN(name)                                                      \
+  int __real_##name(int silence_ms);                                                    \
+  int __wrap_##name(int silence_ms) {                                                   \
+    gwq::fuzz::Require(silence_ms > 0 && silence_ms <= 1000, "a drain without an end"); \
+    return Running()->Timed(0, [&] { return __real_##name(silence_ms); });              \
+  }
+GWQ_FUZZ_TIMED_DRAIN(_ZN3gwq11DrainUsbHidEi)
+GWQ_FUZZ_TIMED_DRAIN(_ZN3gwq11DrainSerialEi)
+
 // ------------------------------------------------------------------ libusb
 
 int libusb_init(libusb_context** /*context*/) {
@@ -728,11 +754,11 @@ int libusb_claim_interface(libusb_device_handle* handle, int /*interface*/) {
 }
 
 int libusb_bulk_transfer(libusb_device_handle* handle, unsigned char endpoint, unsigned char* data,
-                         int length, int* transferred, unsigned /*timeout_ms*/) {
+                         int length, int* transferred, unsigned timeout_ms) {
   *transferred = 0;
   gwq::fuzz::Require(Running()->usb().handles.contains(handle), "a transfer on a device that is not open");
   gwq::fuzz::Require(handle->claimed, "a transfer on an interface that is not claimed");
-  if ((endpoint & 0x80U) != 0) return Running()->TransferIn(data, length, transferred);
+  if ((endpoint & 0x80U) != 0) return Running()->TransferIn(data, length, timeout_ms, transferred);
   return Running()->TransferOut(length, transferred);
 }
 

@@ -122,11 +122,12 @@ class Machine {
   // For the functions that stand in for the system's.
   void Sleep(std::int64_t ms);
   std::int64_t Seconds();
-  int TransferIn(unsigned char* data, int length, int* transferred);
+  int TransferIn(unsigned char* data, int length, unsigned timeout_ms, int* transferred);
   int TransferOut(int length, int* transferred);
   int ReadLine(void* buffer, std::size_t size);
   int WriteLine(std::size_t size);
   int Poll(int timeout_ms);
+  int PollForBytes(int timeout_ms);
   // False when a signal ends it, with what is left of it in `ms`.
   bool Pause(std::int64_t& ms);
   std::FILE* Opened(std::FILE* stream);
@@ -151,6 +152,7 @@ class Machine {
     bool when_asked;
   };
 
+  [[nodiscard]] bool IsSilent() const;
   // Takes up to `size` bytes of what the terminal says; nothing when it is silent, which takes its time.
   std::size_t Listen(void* buffer, std::size_t size, std::int64_t idle_ms);
   void Idle(std::int64_t ms);

@@ -98,6 +98,8 @@ void EndSession() {
   SetBackUpParam(&nothing);
   SetDebugFlag(0);
   GWQ_SetOutputRoom(0);
+  GWQ_SetDrainMs(0);
+  GWQ_SetProgress(nullptr, nullptr);
   Machine::Current()->RequireNothingHeld();
 }
 

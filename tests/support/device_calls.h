@@ -234,7 +234,9 @@ inline constexpr std::tuple kTransactionCalls{Row<TransProc>{"TransProc", {}},
                                               Row<CancelRead>{"CancelRead", {}},
                                               Row<CancelWrite>{"CancelWrite", {}}};
 
-inline constexpr std::tuple<> kLaterCalls{};
+inline constexpr std::tuple kLaterCalls{
+    Row<GWQ_SetDrainMs, OneOf<-1, 0, 1, 20, 1000, 1001>>{"GWQ_SetDrainMs", {}},
+    Row<GWQ_SetProgress>{"GWQ_SetProgress", {}}};
 // clang-format on
 
 }  // namespace table
