@@ -104,13 +104,22 @@ static int Links(void) {
   return status;
 }
 
+static void ShowProgress(int transfer, const char* file, long long done, long long total, void* user) {
+  (void)user;
+  printf("%s %s: %lld of %lld bytes\n", transfer == GWQ_TRANSFER_PULL ? "from" : "to", file, done, total);
+}
+
 static int Additions(void) {
   /* [additions] */
   static char strokes[1 << 16];
-  const int status = GWQ_SetOutputRoom((int)sizeof strokes);
+  int status = GWQ_SetOutputRoom((int)sizeof strokes);
   /* From now on MP_SignPDF writes no more to strokes; a longer file gives GWQ_TOO_SMALL. */
+  if (status == GWQ_OK) status = GWQ_SetDrainMs(20);
+  if (status == GWQ_OK) status = GWQ_SetProgress(&ShowProgress, NULL);
   /* [additions] */
   strokes[0] = '\0';
+  GWQ_SetDrainMs(0);
+  GWQ_SetProgress(NULL, NULL);
   return status;
 }
 

@@ -18,11 +18,11 @@ GWQ_C_BEGIN
 GWQ_API extern const char dllversion[];
 
 /**
- * Runs on load: reads the settings of the log and initialises libusb's default context.
+ * Runs on load: reads the settings and initialises libusb's default context.
  *
  * Calls DelOutTimeLogFile() first, then switches the log on if `GWQ_LOG.ini` beside the library
  * says so (section `Gwq`, key `Log`, a value that begins with `1`), and prints what it found to
- * standard output.
+ * standard output. Key `DrainMs` of that section, 1 to 1000, is passed to GWQ_SetDrainMs().
  *
  * @return 0 always
  * @since 1.0.0
