@@ -77,8 +77,8 @@ typedef void (*GwqProgress)(int transfer, const char* file, long long done, long
  * its next packet, and the call returns GWQ_CANCELLED; the terminal then keeps nothing of a pushed
  * file. A call of CancelWrite() on another thread does the same. HIDDownLoad() and DownVideoFile() stop
  * as without a callback; a pull is ended by CancelRead(). The callback calls nothing else of the
- * library. One that leaves by an exception or a jump abandons the call: the link and the file on the
- * host are closed, and the next call works.
+ * library. One that leaves by an exception or a jump abandons the call: the file on the host is
+ * closed, the next call closes the link and works; memory that the call had allocated is lost.
  *
  * Any thread, for its own calls; never blocks.
  *
