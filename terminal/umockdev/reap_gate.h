@@ -23,7 +23,8 @@ class ReapGate {
   void SetReapable(bool reapable);
 
  private:
-  UniqueFd fifo_;
+  UniqueFd reader_;
+  UniqueFd writer_;
   bool reapable_ = true;
 };
 
