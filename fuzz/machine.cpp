@@ -620,6 +620,12 @@ int __wrap_access(const char* path, int mode) {
   return Elsewhere(path, -1, [mode](const char* place) { return __real_access(place, mode); });
 }
 
+ssize_t __real_readlink(const char* path, char* target, std::size_t size);
+ssize_t __wrap_readlink(const char* path, char* target, std::size_t size) {
+  return Elsewhere<ssize_t>(path, -1,
+                            [=](const char* place) { return __real_readlink(place, target, size); });
+}
+
 int __real_mkdir(const char* path, mode_t mode);
 int __wrap_mkdir(const char* path, mode_t mode) {
   gwq::fuzz::g_root_changed = true;
@@ -723,6 +729,22 @@ int libusb_get_device_descriptor(libusb_device* device, libusb_device_descriptor
   descriptor->idVendor = static_cast<std::uint16_t>(device->vid);
   descriptor->idProduct = static_cast<std::uint16_t>(device->pid);
   return 0;
+}
+
+std::uint8_t libusb_get_bus_number(libusb_device* /*device*/) {
+  return 255;
+}
+
+std::uint8_t libusb_get_device_address(libusb_device* /*device*/) {
+  return 127;
+}
+
+// As deep as hubs go.
+int libusb_get_port_numbers(libusb_device* /*device*/, std::uint8_t* ports, int room) {
+  constexpr int kDepth = 7;
+  gwq::fuzz::Require(room >= kDepth, "no room for the ports of the deepest device");
+  std::fill_n(ports, kDepth, std::uint8_t{255});
+  return kDepth;
 }
 
 int libusb_open(libusb_device* /*device*/, libusb_device_handle** handle) {

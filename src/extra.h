@@ -89,6 +89,83 @@ typedef void (*GwqProgress)(int transfer, const char* file, long long done, long
  */
 GWQ_API int GWQ_SetProgress(GwqProgress callback, void* user);
 
+/** Where a call failed. */
+enum GwqFailureStep {
+  GWQ_STEP_NONE = 0,       /**< nothing failed */
+  GWQ_STEP_ARGUMENT = 1,   /**< an argument, or the room of an output */
+  GWQ_STEP_LOCAL_FILE = 2, /**< a file on this machine */
+  GWQ_STEP_FIND = 3,       /**< the device is not there */
+  GWQ_STEP_PERMISSION = 4, /**< this user may not open the device */
+  GWQ_STEP_OPEN = 5,       /**< the device is there and does not open */
+  GWQ_STEP_CLAIM = 6,      /**< another program, or the kernel's driver, has the device */
+  GWQ_STEP_SEND = 7,       /**< the device did not take all bytes */
+  GWQ_STEP_WAIT = 8,       /**< no whole answer in time, or cancelled */
+  GWQ_STEP_ANSWER = 9      /**< the terminal refused, or answered unexpectedly */
+};
+
+/** Whose number GwqFailure::error is. */
+enum GwqErrorSource {
+  GWQ_ERROR_NONE = 0,   /**< there is none */
+  GWQ_ERROR_SYSTEM = 1, /**< the system's errno */
+  GWQ_ERROR_LIBUSB = 2  /**< libusb's enum libusb_error */
+};
+
+/**
+ * A call that failed. A number that is not known is 0, a text that is not known empty.
+ *
+ * The size never changes: later versions use `reserved` and `reserved_text`, which are zero until
+ * then, so that a field that the library does not know reads as not known.
+ */
+struct GwqFailure {
+  int status;              /**< what the call returned; 0 when none has failed */
+  int step;                /**< enum GwqFailureStep */
+  int error_source;        /**< enum GwqErrorSource */
+  int error;               /**< number of the error */
+  int bus;                 /**< USB bus of the device */
+  int address;             /**< its address on the bus */
+  int vendor;              /**< its USB vendor number */
+  int product;             /**< its USB product number */
+  int holder;              /**< process that has it open for reading and writing; 0: none seen */
+  int kernel_driver;       /**< 1 if the kernel's driver could not be detached */
+  int reserved[22];        /**< 0 */
+  char function[64];       /**< the function that failed */
+  char error_text[128];    /**< the error as a text, in English */
+  char port_path[32];      /**< where the device is plugged in, such as `1-2.3` */
+  char tty[64];            /**< the serial device, such as `/dev/ttyS0` */
+  char holder_name[32];    /**< name of the process */
+  char advice[2][384];     /**< what to do, one sentence, by enum GwqLanguage (UTF-8) */
+  char reserved_text[192]; /**< 0 */
+};
+
+/**
+ * Tells what the calling thread's last failed call failed of.
+ *
+ * Calls are those of functions that exchange with a device or drive one, and that can fail. One
+ * that succeeds clears what is known; functions that only compute, and those that always succeed,
+ * change nothing. A call that a predicate makes within another one is part of it. The process that
+ * has the device is looked for now, not when the call failed.
+ *
+ * Any thread, for its own calls; blocks only to read the system's files.
+ *
+ * @param[out] failure  written whole; all zero when no call has failed
+ * @retval GWQ_OK            success, also when no call has failed
+ * @retval GWQ_BAD_ARGUMENT  (-1) `failure` is NULL
+ * @since 1.0.0.36
+ */
+GWQ_API int GWQ_GetFailure(struct GwqFailure* failure);
+
+/**
+ * Returns the error of the first log line that could not be written, and clears it.
+ *
+ * The log is the process's: its failures are no call's, and no call fails because of them.
+ *
+ * Any thread; never blocks.
+ *
+ * @return an errno; 0 when every line since the last call was written
+ * @since 1.0.0.36
+ */
+GWQ_API int GWQ_GetLogFailure(void);
+
 GWQ_C_END
 
 #endif

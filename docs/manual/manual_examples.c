@@ -116,6 +116,9 @@ static int Additions(void) {
   /* From now on MP_SignPDF writes no more to strokes; a longer file gives GWQ_TOO_SMALL. */
   if (status == GWQ_OK) status = GWQ_SetDrainMs(20);
   if (status == GWQ_OK) status = GWQ_SetProgress(&ShowProgress, NULL);
+  struct GwqFailure failure;
+  if (GWQ_SetPinLen(0, 9600, 6) != GWQ_OK && GWQ_GetFailure(&failure) == GWQ_OK)
+    puts(failure.advice[GWQ_ENGLISH]);
   /* [additions] */
   strokes[0] = '\0';
   GWQ_SetDrainMs(0);

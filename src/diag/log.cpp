@@ -16,8 +16,8 @@
 #include <span>
 
 #include <gwq/codec/text_forms.h>
+#include <gwq/extra.h>
 #include "diag/internal/clock_text.h"
-#include "diag/internal/log_failure.h"
 #include "diag/internal/log_files.h"
 #include "diag/internal/shared_word.h"
 
@@ -35,7 +35,7 @@ bool LogIsOn() {
 int g_first_failure = 0;
 
 // A line that cannot be written is dropped without a word to the caller; the first error is kept
-// for ReadLogFailure.
+// for GWQ_GetLogFailure.
 void RecordFailure(int error) {
   int none = 0;
   std::atomic_ref<int>(g_first_failure).compare_exchange_strong(none, error);
@@ -148,11 +148,6 @@ void WriteHexDump(const char* label, std::span<const unsigned char> data, int pr
 }
 
 }  // namespace
-
-int ReadLogFailure() {
-  return std::atomic_ref<int>(g_first_failure).exchange(0);
-}
-
 }  // namespace gwq
 
 using namespace gwq;
@@ -175,4 +170,8 @@ void ICC_DPrintDataHexToFile(const char* label, const unsigned char* data, int l
   if (!LogIsOn()) return;
   const std::size_t count = data == nullptr || len < 0 ? 0 : static_cast<std::size_t>(len);
   WriteHexDump(label, {data, count}, len);
+}
+
+int GWQ_GetLogFailure() {
+  return std::atomic_ref<int>(g_first_failure).exchange(0);
 }

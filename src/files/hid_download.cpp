@@ -115,6 +115,7 @@ bool IsReadable(std::FILE* file) {
   const int first = std::fgetc(file);
   if (first != EOF) std::ungetc(first, file);
   const bool readable = std::ferror(file) == 0;
+  if (!readable) NoteFileFailure();
   if (readable && first == EOF) std::rewind(file);  // SendContent checks the end of file
   return readable;
 }
@@ -162,9 +163,6 @@ int Download(const char* path, int file_type) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int HIDDownLoad(const char* path, int fileType) {
   return Download(path, fileType);
@@ -173,3 +171,5 @@ int HIDDownLoad(const char* path, int fileType) {
 int DownVideoFile(int port, char /*channel*/, int /*baud*/, int fileType, const char* path) {
   return port == 0 ? Download(path, fileType) : static_cast<int>(GWQ_BAD_ARGUMENT);
 }
+
+}  // namespace gwq

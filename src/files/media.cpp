@@ -115,10 +115,6 @@ int DeleteOnTerminal(Endpoint endpoint, int type, std::string_view name) {
   return command.IsCut() ? static_cast<int>(GWQ_BAD_ARGUMENT) : Tell(endpoint, command, kDeleteTimeoutMs);
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 int GetVideoList(int port, char /*channel*/, int baud, int fileType, char* out, int capacity) {
   Command<4096> command(Channel::kDevice, "GETFILELIST");
   AnswerText<4096> answer;
@@ -144,11 +140,6 @@ int DownFile(int fileType, int total, int index, const unsigned char* data, int 
   return SendTextPiece(fileType, total, index, BytesOf(data, std::min(count, kPieceSize)), name);
 }
 
-int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out) {
-  if (out == nullptr) return 0;
-  return WritePieceRecord(total, remaining, BytesOf(data, count), out);
-}
-
 // Contract: unlike in MP_DelHeadFile a refusal is success, because the answer is not checked.
 int DelVideoFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   Command<4096> command(Channel::kDevice, "DELETE");
@@ -165,4 +156,13 @@ int DelAllVideoFile(int port, char /*channel*/, int baud, int fileType) {
 
 int DeleteMediaFile(int port, char /*channel*/, int baud, int fileType, const char* name) {
   return DeleteOnTerminal({port, baud}, fileType, OrEmpty(name));
+}
+
+}  // namespace gwq
+
+using namespace gwq;
+
+int GetDownParam3(int total, int remaining, const unsigned char* data, int count, unsigned char* out) {
+  if (out == nullptr) return 0;
+  return WritePieceRecord(total, remaining, BytesOf(data, count), out);
 }

@@ -206,9 +206,6 @@ int ChangePictures(int baud, char* list, int save_type) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_FindHeadPhoto(const char* /*ignored1*/, const char* /*ignored2*/, int baud, char* list, int* length) {
   ICC_DPrintLogToFile("MP_FindHeadPhoto");
@@ -300,3 +297,5 @@ int MP_DownloadFile(const char* /*ignored1*/, const char* /*ignored2*/, int baud
   if (nFileType == 0) return ChangePictures(baud, szFilePath, nSaveType);
   return RejectType();
 }
+
+}  // namespace gwq

@@ -28,6 +28,7 @@ bool BelongsToAnotherUser(const char* path) {
 PrivateTempFile::PrivateTempFile(const char* wanted) : fd_(CreateExclusive(wanted)) {
   std::string_view(wanted).copy(path_.data(), path_.size() - 1);
   if (fd_ < 0 && BelongsToAnotherUser(wanted)) CreateUnique();
+  if (fd_ < 0) NoteFileFailure();
 }
 
 PrivateTempFile::~PrivateTempFile() {

@@ -72,7 +72,7 @@ class FileReceiver final : public Receiver, private PullPort {
   void Store(std::span<const std::uint8_t> payload) override {
     stored_ += payload.size();
     if (stored_ > kMaxFileSize) return;
-    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    if (std::fwrite(payload.data(), 1, payload.size(), file_.get()) < payload.size()) NoteFileFailure();
     progress_.Add(payload.size());
   }
 
@@ -96,7 +96,9 @@ class FileReceiver final : public Receiver, private PullPort {
   // False when a write failed, for example on a full disk.
   bool CloseComplete() {
     const bool written = std::ferror(file_.get()) == 0;
-    return std::fclose(file_.release()) == 0 && written;
+    const bool closed = std::fclose(file_.release()) == 0;
+    if (!closed) NoteFileFailure();
+    return closed && written;
   }
 
   void Acknowledge(bool accepted) override {
@@ -126,10 +128,6 @@ int PullTo(std::string_view remote, const char* path) {
   return PullWithCommand({command.data(), command.size()}, path, kTimeoutMs);
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 int TransProcHW(int commandLen, char* command, int timeout_ms, char* path) {
   return PullWithCommand({command, commandLen}, path, timeout_ms);
 }
@@ -138,3 +136,5 @@ int PullFile(int /*port*/, char /*channel*/, int /*baud*/, int timeout_ms, int c
              char* path) {
   return PullWithCommand({command, commandLen}, path, timeout_ms);
 }
+
+}  // namespace gwq

@@ -85,7 +85,7 @@ int PushPieces(Endpoint endpoint, const char* path, File& file, Progress& progre
   if (IsAtEnd(file.get())) return GWQ_OK;
   while (true) {
     const std::size_t count = std::fread(m_szBuf, 1, sizeof m_szBuf, file.get());
-    if (std::ferror(file.get()) != 0) return GWQ_BAD_ARGUMENT;
+    if (std::ferror(file.get()) != 0) return NoteFileFailure(), GWQ_BAD_ARGUMENT;
     if (const int result = PushPiece(endpoint, count); result < 0) return result;
     progress.Add(count);
     if (std::feof(file.get()) != 0) return GWQ_OK;
@@ -158,10 +158,6 @@ int PushList(const char* paths, TerminalPaths& on_terminal) {
   return GWQ_OK;
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 // Contract: `name` is ignored for a type other than 255; the name is then that of the local file.
 int Z11DownLoadFile(int port, char /*channel*/, int baud, int type, const char* localPath, const char* name) {
   const Operation operation;
@@ -181,3 +177,5 @@ int pushFileToZ11(const char* pathList, char* outList) {
   if (result == GWQ_OK) on_terminal.text().copy(outList, on_terminal.text().size());
   return result;
 }
+
+}  // namespace gwq

@@ -6,6 +6,7 @@
 #include <gwq/frame/port.h>
 #include <gwq/frame/transaction.h>
 #include "diag/internal/shared_word.h"
+#include "frame/internal/dispatcher.h"
 
 namespace gwq {
 namespace {
@@ -27,18 +28,18 @@ void RepeatReadCancel() {
   ICC_CancelReadTransPort();
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
-int g_CancelWrite = 0;
-
 // Contract: while an earlier request is set, nothing is done; the next exchange clears it.
 int CancelRead() {
   if (std::atomic_ref<int>(g_bCancelRead).exchange(1) != 0) return 0;
   ICC_CancelReadTransPort();
   return 0;
 }
+
+}  // namespace gwq
+
+using namespace gwq;
+
+int g_CancelWrite = 0;
 
 void CancelWrite() {
   StoreShared(g_CancelWrite, 1);

@@ -55,10 +55,6 @@ void UseParameters(const SavedParameters& parameters) {
   StoreShared(g_BackUpParam.link_type, parameters.link_type);
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 // Contract: a failed open keeps the parameters, as a close does, so that later calls reach the link
 // used before.
 int ICC_OpenLinuxTransPort(TransMssionLinux_t* port) {
@@ -94,17 +90,8 @@ int ICC_ChangeLinuxTermParam(TransMssionLinux_t* port) {
   return 0;
 }
 
-// Contract: copies the first bytes of the descriptor as raw memory; its fields do not match the
-// parameters.
-void SetBackUpParam(TransMssionLinux_t* port) {
-  if (port == nullptr) return;
-  SavedParameters raw;
-  std::memcpy(&raw, port, sizeof raw);
-  UseParameters(raw);
-}
-
 int ICC_OpenTransPort(TransMssionLinux_t* port) {
-  return ICC_OpenLinuxTransPort(port);
+  return gwq::ICC_OpenLinuxTransPort(port);
 }
 
 int ICC_WriteDataToTransPort(unsigned char* data, int length) {
@@ -124,9 +111,22 @@ int ICC_CancelReadTransPort() {
 }
 
 int ICC_ChangeTermParam(TransMssionLinux_t* port) {
-  return ICC_ChangeLinuxTermParam(port);
+  return gwq::ICC_ChangeLinuxTermParam(port);
 }
 
 int WriteData(int len, unsigned char* data) {
   return ICC_WriteDataToTransPort(data, len) < len ? GWQ_SEND_FAILED : GWQ_OK;
+}
+
+}  // namespace gwq
+
+using namespace gwq;
+
+// Contract: copies the first bytes of the descriptor as raw memory; its fields do not match the
+// parameters.
+void SetBackUpParam(TransMssionLinux_t* port) {
+  if (port == nullptr) return;
+  SavedParameters raw;
+  std::memcpy(&raw, port, sizeof raw);
+  UseParameters(raw);
 }

@@ -4,6 +4,7 @@
 
 #include <gwq/extra.h>
 #include <gwq/frame/port.h>
+#include "diag/internal/failure.h"
 #include "frame/internal/arguments.h"
 #include "frame/internal/ask.h"
 #include "frame/internal/dispatcher.h"
@@ -33,9 +34,7 @@ class SilenceReceiver final : public Receiver {
   int ms_;
 };
 
-}  // namespace
-
-int Drain(Endpoint endpoint) {
+int ListenUntilSilence(Endpoint endpoint) {
   const int silence_ms = g_drain_ms.load(std::memory_order_relaxed);
   if (silence_ms != kUntilNextSecond) {
     SilenceReceiver receiver(silence_ms);
@@ -43,6 +42,14 @@ int Drain(Endpoint endpoint) {
   }
   AnswerText<1024> scratch;
   return Exchange(kListen, endpoint, {}, kDrainEnd, {scratch.data(), scratch.length()});
+}
+
+}  // namespace
+
+int Drain(Endpoint endpoint) {
+  const int result = ListenUntilSilence(endpoint);
+  if (result != GWQ_NOT_OPENED) ForgetFailure();  // silence is what a drain waits for
+  return result;
 }
 
 }  // namespace gwq

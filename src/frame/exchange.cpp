@@ -12,6 +12,7 @@
 #include <gwq/status_codes.h>
 #include "codec/internal/secret.h"
 #include "codec/internal/secret_text.h"
+#include "diag/internal/failure.h"
 #include "frame/internal/cancel.h"
 #include "frame/internal/dispatcher.h"
 #include "frame/internal/operation.h"
@@ -38,14 +39,14 @@ bool OpenSerialPort(Endpoint endpoint, TransMssionLinux_t descriptor) {
   descriptor.nPortIndex = endpoint.port - 1;
   descriptor.nBaud = endpoint.baud;
   std::snprintf(descriptor.szTtyName, sizeof descriptor.szTtyName, "/dev/ttyS%d", endpoint.port - 1);
-  return ICC_OpenTransPort(&descriptor) == 0;
+  return gwq::ICC_OpenTransPort(&descriptor) == 0;
 }
 
 bool OpenIdentity(TransMssionLinux_t descriptor, const UsbIdentity& identity, bool logs) {
   descriptor.nLinkType = GWQ_LINK_USB;
   descriptor.nPid = identity.pid;
   descriptor.nVid = identity.vid;
-  const int result = ICC_OpenTransPort(&descriptor);
+  const int result = gwq::ICC_OpenTransPort(&descriptor);
   if (logs) {
     ICC_DPrintLogToFile("ICC_OpenTransPort: PID=%x,VID=%x, nRet=%d", static_cast<unsigned>(identity.pid),
                         static_cast<unsigned>(identity.vid), result);
@@ -106,6 +107,18 @@ class TextAnswer final : public Receiver {
   int read_failure_;
 };
 
+int RunOnce(const ExchangeKind& kind, Endpoint endpoint, const CommandBytes& command, const AnswerEnd& end,
+            Receiver* receiver) {
+  const ExchangeTurn turn(endpoint.port);
+  if (kind.opening_log != nullptr) ICC_DPrintLogToFile(kind.opening_log, endpoint.port);
+  if (kind.ends_with_call && OperationCancelled()) return GWQ_CANCELLED;
+  const OpenLink link(turn, endpoint, end, kind.logs_identities);
+  if (!link) return GWQ_NOT_OPENED;
+  if (kind.logs_before_send) ICC_DPrintLogToFile(" TransProc  nPor2=%d", endpoint.port);
+  if (kind.sends && !Send(endpoint.port, command)) return GWQ_SEND_FAILED;
+  return receiver == nullptr ? GWQ_OK : receiver->Receive(turn);
+}
+
 }  // namespace
 
 // Contract: each kind has its own log lines, and only kAsk has a second one.
@@ -150,14 +163,8 @@ OpenLink::~OpenLink() {
 
 int RunExchange(const ExchangeKind& kind, Endpoint endpoint, const CommandBytes& command,
                 const AnswerEnd& end, Receiver* receiver) {
-  const ExchangeTurn turn(endpoint.port);
-  if (kind.opening_log != nullptr) ICC_DPrintLogToFile(kind.opening_log, endpoint.port);
-  if (kind.ends_with_call && OperationCancelled()) return GWQ_CANCELLED;
-  const OpenLink link(turn, endpoint, end, kind.logs_identities);
-  if (!link) return GWQ_NOT_OPENED;
-  if (kind.logs_before_send) ICC_DPrintLogToFile(" TransProc  nPor2=%d", endpoint.port);
-  if (kind.sends && !Send(endpoint.port, command)) return GWQ_SEND_FAILED;
-  return receiver == nullptr ? GWQ_OK : receiver->Receive(turn);
+  const ExchangeFailure failure(receiver == nullptr ? ExchangeRole::kSent : ExchangeRole::kAnswered);
+  return failure.Ended(RunOnce(kind, endpoint, command, end, receiver));
 }
 
 int Exchange(const ExchangeKind& kind, Endpoint endpoint, const CommandBytes& command, const AnswerEnd& end,

@@ -4,11 +4,7 @@
 #include <gwq/status_codes.h>
 #include "frame/internal/exchange.h"
 
-using namespace gwq;
-
-int min(int a, int b) {
-  return a < b ? a : b;
-}
+namespace gwq {
 
 int TransProc(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
               int timeout_ms) {
@@ -44,4 +40,12 @@ int TransProcOnlySend(int port, int baud, char* command, int commandLen, int tim
 
 int TransProcOnlyRead(int port, int baud, char* answer, int* answerLen, int timeout_ms) {
   return Exchange(kListen, {port, baud}, {}, {&EndOfRead3, timeout_ms}, {answer, answerLen});
+}
+
+}  // namespace gwq
+
+using namespace gwq;
+
+int min(int a, int b) {
+  return a < b ? a : b;
 }

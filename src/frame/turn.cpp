@@ -10,6 +10,7 @@
 #include <gwq/frame/port.h>
 #include "diag/internal/monotonic.h"
 #include "frame/internal/cancel.h"
+#include "frame/internal/dispatcher.h"
 #include "links/internal/lifetime.h"
 
 namespace gwq {

@@ -69,15 +69,6 @@ bool IsInvisible(char c) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
-
-void ClearInvisibleCharInStr(char* text) {
-  ICC_DPrintLogToFile("ClearInvisibleCharInStr  \n");
-  if (text == nullptr) return;
-  *std::remove_if(text, text + std::strlen(text), &IsInvisible) = '\0';
-}
 
 int SetTerm(int fd, int baud) {
   const int result = g_line.SetUp(fd, baud);
@@ -191,6 +182,16 @@ int ICC_CancelLinuxAuxRead() {
   if (!g_line.IsOpen()) return GWQ_LINK_NO_DEVICE;
   g_gate.Cancel();
   return 0;
+}
+
+}  // namespace gwq
+
+using namespace gwq;
+
+void ClearInvisibleCharInStr(char* text) {
+  ICC_DPrintLogToFile("ClearInvisibleCharInStr  \n");
+  if (text == nullptr) return;
+  *std::remove_if(text, text + std::strlen(text), &IsInvisible) = '\0';
 }
 
 // Contract: replaces the descriptor without closing the one before it.

@@ -44,10 +44,6 @@ void ResetSerialLink() {
   g_gate.Reset();
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 int SetComAttr(int fd, int baud) {
   return g_line.SetUp(fd, baud);
 }
@@ -96,6 +92,10 @@ int ICC_CancelLinuxComRead() {
   g_gate.Cancel();
   return 0;
 }
+
+}  // namespace gwq
+
+using namespace gwq;
 
 // Contract: replaces the descriptor without closing the one before it.
 void SetComFd(int fd) {

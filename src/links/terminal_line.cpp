@@ -15,6 +15,7 @@
 #include <ctime>
 
 #include <gwq/status_codes.h>
+#include "diag/internal/failure.h"
 #include "diag/internal/pause.h"
 
 namespace gwq {
@@ -127,10 +128,25 @@ class StallTimer {
   int queued_;
 };
 
+void NoteNotOpened(int error) {
+  const bool absent = error == ENOENT || error == ENXIO || error == ENODEV;
+  const bool refused = error == EACCES || error == EPERM;
+  const int there = refused ? GWQ_STEP_PERMISSION : error == EBUSY ? GWQ_STEP_CLAIM : GWQ_STEP_OPEN;
+  NoteSystemFailure(absent ? static_cast<int>(GWQ_STEP_FIND) : there, error);
+}
+
+int NotSetUp() {
+  NoteSystemFailure(GWQ_STEP_OPEN, errno);
+  return GWQ_LINK_UNUSABLE;
+}
+
 }  // namespace
 
 UniqueFd OpenTerminal(const char* path) {
-  const int fd = path == nullptr ? UniqueFd::kNone : open(path, O_RDWR);
+  if (path == nullptr) return UniqueFd();
+  SetTty(path);
+  const int fd = open(path, O_RDWR);
+  if (fd < 0) NoteNotOpened(errno);
   if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
   return UniqueFd(fd);
 }
@@ -141,9 +157,9 @@ void TerminalLine::Close() {
 
 int TerminalLine::SetUp(int fd, int baud) {
   if (fd == UniqueFd::kNone) return GWQ_LINK_BAD_ARGUMENT;
-  if (ioctl(fd, TCGETA, &saved_) != 0) return GWQ_LINK_UNUSABLE;
+  if (ioctl(fd, TCGETA, &saved_) != 0) return NotSetUp();
   struct termio raw = RawSettings(saved_, baud);
-  return ioctl(fd, TCSETAF, &raw) == 0 ? 0 : GWQ_LINK_UNUSABLE;
+  return ioctl(fd, TCSETAF, &raw) == 0 ? 0 : NotSetUp();
 }
 
 int TerminalLine::Restore(int fd) const {
@@ -160,14 +176,20 @@ int TerminalLine::Write(const unsigned char* data, int length, const WriteEnd& e
   int sent = 0;
   while (sent < length) {
     const ssize_t written = write(fd, data + sent, static_cast<std::size_t>(length - sent));
-    if (written < 0 && errno != EAGAIN && errno != EINTR) break;
+    if (written < 0 && errno != EAGAIN && errno != EINTR) {
+      NoteSystemFailure(GWQ_STEP_SEND, errno);
+      break;
+    }
     if (written > 0) {
       sent += static_cast<int>(written);
       stall.Restart();
       continue;
     }
     WaitForRoom(fd);
-    if (stall.Seconds() > end.timeout_s) break;
+    if (stall.Seconds() > end.timeout_s) {
+      NoteSystemFailure(GWQ_STEP_SEND, ETIMEDOUT);
+      break;
+    }
     if (end.cancelled != nullptr && end.cancelled()) break;
   }
   return sent;
@@ -176,7 +198,9 @@ int TerminalLine::Write(const unsigned char* data, int length, const WriteEnd& e
 // A maximum below 0 gives a negative room, which read() would take for a huge one.
 int TerminalLine::Read(unsigned char* buffer, int room) const {
   const ssize_t got = read(fd(), buffer, static_cast<std::size_t>(std::max(room, 0)));
-  return got < 0 && errno == EINTR ? 0 : static_cast<int>(got);
+  if (got < 0 && errno == EINTR) return 0;
+  if (got < 0) NoteSystemFailure(GWQ_STEP_WAIT, errno);
+  return static_cast<int>(got);
 }
 
 // A line that has hung up can be read at once and has no byte, so that the time is slept instead.

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "links/internal/usb_device.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "diag/internal/failure.h"
 #include "links/internal/lifetime.h"
 
 namespace gwq {
@@ -29,6 +32,33 @@ void Log(const char* text, Values... values) {
   }
 }
 
+// The device that this thread's notes are about from here on.
+void NotePlace(libusb_device* device, int vid, int pid) {
+  UsbPlace place{.bus = libusb_get_bus_number(device),
+                 .address = libusb_get_device_address(device),
+                 .vendor = static_cast<std::uint16_t>(vid),
+                 .product = static_cast<std::uint16_t>(pid)};
+  libusb_get_port_numbers(device, place.ports.data(), static_cast<int>(place.ports.size() - 1));
+  SetUsbPlace(place);
+}
+
+int NotFound(int error) {
+  NoteUsbFailure(GWQ_STEP_FIND, error);
+  return GWQ_LINK_NO_DEVICE;
+}
+
+int NotOpened(int error) {
+  const bool gone = error == LIBUSB_ERROR_NO_DEVICE;
+  const int step = error == LIBUSB_ERROR_ACCESS ? GWQ_STEP_PERMISSION : GWQ_STEP_OPEN;
+  NoteUsbFailure(gone ? static_cast<int>(GWQ_STEP_FIND) : step, error);
+  return GWQ_NOT_OPENED;
+}
+
+int NotClaimed(int detached, int claimed) {
+  NoteFailure(GWQ_STEP_CLAIM, GWQ_ERROR_LIBUSB, detached < 0 ? detached : claimed, detached < 0);
+  return GWQ_NOT_OPENED;
+}
+
 }  // namespace
 
 libusb_device* UsbDevice::Find(libusb_device** list, int vid, int pid) const {
@@ -42,11 +72,13 @@ libusb_device* UsbDevice::Find(libusb_device** list, int vid, int pid) const {
 }
 
 // Contract: a failed detach is logged and otherwise ignored.
-void UsbDevice::DetachKernelDriver(libusb_device_handle* handle) const {
+int UsbDevice::DetachKernelDriver(libusb_device_handle* handle) const {
   const int active = libusb_kernel_driver_active(handle, kInterface);
   Log(texts_.driver_active, active);
-  if (active != 1) return;
-  Log(texts_.driver_detached, libusb_detach_kernel_driver(handle, kInterface));
+  if (active != 1) return 0;
+  const int detached = libusb_detach_kernel_driver(handle, kInterface);
+  Log(texts_.driver_detached, detached);
+  return detached;
 }
 
 int UsbDevice::Open(int vid, int pid) {
@@ -54,21 +86,22 @@ int UsbDevice::Open(int vid, int pid) {
   const auto count = static_cast<int>(libusb_get_device_list(UsbContext(), &listed));
   DeviceList list(listed);
   Log(texts_.listed, count);
-  if (count <= 0 || list == nullptr) return Log(texts_.nothing_listed), GWQ_LINK_NO_DEVICE;
+  if (count <= 0 || list == nullptr) return Log(texts_.nothing_listed), NotFound(std::min(count, 0));
   libusb_device* const device = Find(list.get(), vid, pid);
-  if (device == nullptr) return Log(texts_.not_found), GWQ_LINK_NO_DEVICE;
+  if (device == nullptr) return Log(texts_.not_found), NotFound(0);
+  NotePlace(device, vid, pid);
   Log(texts_.found);
 
   libusb_device_handle* opened = nullptr;
   const int open_result = libusb_open(device, &opened);
-  if (open_result != 0) return Log(texts_.open_failed, open_result), GWQ_NOT_OPENED;
+  if (open_result != 0) return Log(texts_.open_failed, open_result), NotOpened(open_result);
   Handle handle(opened);
   Log(texts_.opened, open_result);
 
-  DetachKernelDriver(handle.get());
+  const int detached = DetachKernelDriver(handle.get());
   const int claimed = libusb_claim_interface(handle.get(), kInterface);
   Log(texts_.claimed, claimed);
-  if (claimed < 0) return Log("Cannot Claim Interface:%d\n", claimed), GWQ_NOT_OPENED;
+  if (claimed < 0) return Log("Cannot Claim Interface:%d\n", claimed), NotClaimed(detached, claimed);
 
   list_ = list.release();
   handle_.store(handle.release(), std::memory_order_release);

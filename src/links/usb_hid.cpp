@@ -54,10 +54,6 @@ bool UsbHidIsReading() {
   return g_gate.reading() != 0;
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 // Contract: a device that is already open is kept, also if other ids are asked for.
 int ICC_OpenLinuxHid(int vid, int pid) {
   ICC_DPrintLogToFile("\nOpen Device:%x,%x, begin\n", static_cast<unsigned>(vid), static_cast<unsigned>(pid));
@@ -102,3 +98,5 @@ int ICC_CancelLinuxHidRead() {
   g_gate.Cancel();
   return 0;
 }
+
+}  // namespace gwq

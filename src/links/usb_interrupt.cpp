@@ -5,6 +5,7 @@
 
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "diag/internal/failure.h"
 #include "links/internal/lifetime.h"
 #include "links/internal/long_pause.h"
 #include "links/internal/read_gate.h"
@@ -41,10 +42,6 @@ bool UsbInterruptIsReading() {
   return g_gate.reading() != 0;
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 // Each open takes a reference to libusb's default context, and the close returns it.
 // Contract: a device that is already open is kept, also if other ids are asked for.
 int ICC_OpenLinuxSdt(int vid, int pid) {
@@ -53,6 +50,7 @@ int ICC_OpenLinuxSdt(int vid, int pid) {
   const int initialised = libusb_init(nullptr);
   ICC_DPrintLogToFile("libusb_init\n");
   if (initialised != 0) {
+    NoteUsbFailure(GWQ_STEP_FIND, initialised);
     ICC_DPrintLogToFile("get hiddev err!\n");
     return GWQ_LINK_NO_DEVICE;
   }
@@ -109,3 +107,5 @@ int ICC_CancelLinuxSdtRead() {
   g_gate.Cancel();
   return 0;
 }
+
+}  // namespace gwq

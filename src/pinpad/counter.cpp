@@ -186,9 +186,6 @@ int ReadBuildDate(int baud, char* out) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int GWQ_SetPinLen(int iPortNo, int iBaudRate, int iPinLen) {
   ICC_DPrintLogToFile("[GWQ_SetPinLen] iPortNo=%d iBaudRate=%d iPinLen=%d", iPortNo, iBaudRate, iPinLen);
@@ -269,6 +266,10 @@ int GWQ_ReadPinAnsi(int iPortNo, int iBaudRate, int iCmdDigit1, int iCmdDigit2, 
 int GWQ_GetVerBuildDate(int /*iPort*/, char /*cReserved*/, int iBaudRate, char* szDate) {
   return ReadBuildDate(iBaudRate, szDate);
 }
+
+}  // namespace gwq
+
+using namespace gwq;
 
 int CheckUtf8version() {
   constexpr int kLastDateWithoutUtf8 = 20231113;

@@ -252,9 +252,6 @@ void LogArguments(const PinBlockCall& call) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int PN_GetPin(int iPortNo, const char* /*szReserved*/, int iBaudRate, int iTimeout, int* piPinLen,
               char* szPinBlock) {
@@ -311,3 +308,5 @@ int PN_GetPinBlockShowString(int /*iPortNo*/, const char* /*szReserved*/, int iB
   if (!HasOutputs(call)) return LogReturn(GWQ_BAD_ARGUMENT);
   return RunSteps(kShowingSteps, call);
 }
+
+}  // namespace gwq

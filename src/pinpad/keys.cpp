@@ -122,9 +122,6 @@ int ResultOfLoad(int command, const PadAnswer& answer) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int PN_GetPinPadFactor(int iPortNo, const char* /*szReserved*/, int iBaudRate, char* szPinPadFactor) {
   if (szPinPadFactor == nullptr) return GWQ_BAD_ARGUMENT;
@@ -202,3 +199,5 @@ int PN_DownloadPinPadWK(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRa
   const int result = AskPad({0, iBaudRate}, body, answer);
   return result == GWQ_OK ? ResultOfLoad(command.code, answer) : result;
 }
+
+}  // namespace gwq

@@ -39,9 +39,6 @@ int SplitPrompt(std::string_view prompt, SecretArray<char, kSplitRoom + 1>& spli
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 // Contract: USB; the port argument is ignored.
 int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int iTimeout, int iInParam1,
@@ -65,3 +62,5 @@ int PN_GetInNo(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int i
   szResult[number.size()] = '\0';
   return result;
 }
+
+}  // namespace gwq

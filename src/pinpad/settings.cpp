@@ -63,10 +63,6 @@ int ReadDeviceId(int baud, char* device_id) {
   return ExchangeDeviceId(baud, device_id);
 }
 
-}  // namespace gwq
-
-using namespace gwq;
-
 int PN_GetEnType(int iPortNo, const char* /*szReserved*/, int iBaudRate, int* piEnType) {
   if (piEnType == nullptr) return GWQ_BAD_ARGUMENT;
   PadAnswer answer;
@@ -152,3 +148,5 @@ int PN_SetPinPadParameter(int /*iPortNo*/, const char* /*szReserved*/, int iBaud
   ICC_DPrintLogToFile("PN_SetPinPadParameter iRet=%d", result);
   return result;
 }
+
+}  // namespace gwq

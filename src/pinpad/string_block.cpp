@@ -108,9 +108,6 @@ void CopyEnciphered(const EncipherAnswer& answer, char* out) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 // Contract: USB; the port argument is ignored.
 int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate, int nTimeout, int iAlgoType,
@@ -132,3 +129,5 @@ int PN_GetStringBlock(int /*iPortNo*/, const char* /*szReserved*/, int iBaudRate
   CopyEnciphered(answer, szEncData);
   return LogStringBlockResult(GWQ_OK);
 }
+
+}  // namespace gwq

@@ -50,9 +50,6 @@ int CheckOut(Endpoint endpoint, int timeout_s, std::string_view first, std::stri
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                     const char* szFirstText, const char* szSecondText, char* szResult) {
@@ -67,3 +64,5 @@ int MP_CheckOut_All(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int i
   if (const int status = DrainFirst(endpoint); status != GWQ_OK) return status;
   return CheckOut(endpoint, iTimeout, szFirstText, szSecondText, szResult);
 }
+
+}  // namespace gwq

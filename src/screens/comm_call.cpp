@@ -208,9 +208,6 @@ bool CopyJsonText(const JsonText& text, char* out, int* length) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOutLen) {
   const Operation operation;
@@ -222,3 +219,5 @@ int DEV_CommCall(const char* inJson, int /*nReserved*/, char* outJson, int* pnOu
   // Contract: an output that is too small hides the status.
   return CopyJsonText(Render(*terminal), outJson, pnOutLen) ? result : GWQ_TOO_SMALL;
 }
+
+}  // namespace gwq

@@ -63,9 +63,6 @@ int AskToConfirm(int baud, int timeout_s, const ShownDocuments& list, int& decis
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_ShowPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, const char* szFilePath) {
   const Operation operation;
@@ -93,3 +90,5 @@ int MP_ConfirmPDF(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTi
   if (pushed != GWQ_OK) return SetUndecided(pushed, decision);
   return AskToConfirm(iBaudRate, iTimeout, list, decision);
 }
+
+}  // namespace gwq

@@ -100,9 +100,6 @@ int AwaitRating(Endpoint endpoint, std::string_view word, int timeout_s, Store s
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_StartElectronicCard(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout,
                            const char* szTellerName, const char* szTellerNo, int iStarLevel,
@@ -168,3 +165,5 @@ int GWQ_StartEvaluator(int iPortNo, int iBaudRate, const char* szTellerName, con
     if (rating && pnRating != nullptr) *pnRating = static_cast<unsigned>(*rating);
   });
 }
+
+}  // namespace gwq

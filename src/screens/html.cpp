@@ -170,9 +170,6 @@ int AskExtraPage(int baud, int timeout_s, const char* extra, AnswerText<1024>& a
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_StartInfoHtml(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, int iTimeout, int nModex,
                      const char* szHtml, int* pnDisplayResult, int nCountdownSec) {
@@ -235,3 +232,5 @@ int MP_StartInfoHtmlEx(void* /*ignored1*/, void* /*ignored2*/, int iBaudRate, in
   ICC_DPrintLogToFile("result=%s", szResult);
   return GWQ_OK;
 }
+
+}  // namespace gwq

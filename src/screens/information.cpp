@@ -49,9 +49,6 @@ int AwaitNumber(Endpoint endpoint, std::string_view word, int timeout_s, char* o
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int GWQ_StartInfo(int iPortNo, int iBaudRate, int iTimeout, const char* szMessage,
                   unsigned int* pnKeyPressed) {
@@ -81,3 +78,5 @@ int GWQ_StartKeyboard(int iPortNo, int iBaudRate, int iTimeout, int iMode, char*
   if (result != GWQ_OK) return result;
   return AwaitNumber(endpoint, iMode == 0 ? "GM" : "FA", iTimeout, pOutput);
 }
+
+}  // namespace gwq

@@ -334,9 +334,6 @@ int FetchHandSignature(const char* picture, const char* strokes) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 int MP_SignPDF(void* /*ignored1*/, const char* /*ignored2*/, int iBaudRate, int iTimeout,
                const char* szFilePath, const char* szLocation, const char* szSignPath, char* szSignData) {
@@ -397,3 +394,5 @@ int GWQ_StartSign(int /*iPortNo*/, int iBaudRate, int iTimeout, const char* szFi
   if (const int result = AwaitHandSignature(endpoint, page->type, iTimeout); result != GWQ_OK) return result;
   return FetchHandSignature(szSignPath, szSignDataPath);
 }
+
+}  // namespace gwq

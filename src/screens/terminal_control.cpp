@@ -71,9 +71,6 @@ int ParseVersions(std::string_view version, char* common, char* private_part) {
 }
 
 }  // namespace
-}  // namespace gwq
-
-using namespace gwq;
 
 // Contract: USB at 9600 baud, without a drain; the arguments for these are ignored.
 int MP_GetFirmwareVersion(void* /*ignored1*/, void* /*ignored2*/, int /*ignored3*/, int /*ignored4*/,
@@ -102,3 +99,5 @@ int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int iBaudR
   PauseMs(kPauseAfterCloseMs);
   return result;
 }
+
+}  // namespace gwq

@@ -6,6 +6,7 @@
 #include <gwq/extra.h>
 #include <gwq/gwq.h>
 #include "abi/descriptor_layout.h"
+#include "abi/extra_layout.h"
 
 #include "redeclarations.h"
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "abi/descriptor_layout.h"
+#include "abi/extra_layout.h"
 
 namespace gwq::test {
 namespace {

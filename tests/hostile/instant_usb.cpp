@@ -198,6 +198,20 @@ int libusb_get_device_descriptor(libusb_device*, libusb_device_descriptor* descr
   return 0;
 }
 
+std::uint8_t libusb_get_bus_number(libusb_device*) {
+  return 1;
+}
+
+std::uint8_t libusb_get_device_address(libusb_device*) {
+  return 5;
+}
+
+int libusb_get_port_numbers(libusb_device*, std::uint8_t* ports, int room) {
+  if (room < 1) return LIBUSB_ERROR_OVERFLOW;
+  ports[0] = 1;
+  return 1;
+}
+
 int libusb_open(libusb_device*, libusb_device_handle** handle) {
   *handle = new libusb_device_handle{The().bus->Plugging()};
   ++The().open;

@@ -19,7 +19,7 @@ TERMINAL_GENERATED = {'usb_ids.h', 'page.h'}
 DEVICE = 'device/device.h'
 USES_DEVICE = re.compile(r'\b(Device|Storage)\b')
 COMMENT = re.compile(r'//.*')
-SHARED = {'export.h', 'status_codes.h'}
+SHARED = {'export.h', 'status.h', 'status_codes.h'}
 UMBRELLAS = {'gwq.h', 'gwq.hpp'}
 INCLUDE = re.compile(r'^#include ([<"])([^">]+)[">]', re.MULTILINE)
 

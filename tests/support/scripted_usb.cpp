@@ -408,6 +408,22 @@ int libusb_get_device_descriptor(libusb_device* device, libusb_device_descriptor
   return device->traits.descriptor_result;
 }
 
+std::uint8_t libusb_get_bus_number(libusb_device* device) {
+  return static_cast<std::uint8_t>(device->traits.bus);
+}
+
+std::uint8_t libusb_get_device_address(libusb_device* device) {
+  return static_cast<std::uint8_t>(device->traits.address);
+}
+
+int libusb_get_port_numbers(libusb_device* device, std::uint8_t* ports, int room) {
+  const auto& way = device->traits.ports;
+  const auto depth = std::find(way.begin(), way.end(), std::uint8_t{0}) - way.begin();
+  if (depth > room) return LIBUSB_ERROR_OVERFLOW;
+  std::copy_n(way.begin(), depth, ports);
+  return static_cast<int>(depth);
+}
+
 int libusb_open(libusb_device* device, libusb_device_handle** handle) {
   const Inside inside;
   const auto usb = Current();

@@ -15,6 +15,8 @@
 
 #include <sys/types.h>
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -33,6 +35,9 @@ struct UsbDevice {
   int driver_active = 0;
   int detach_result = 0;
   int claim_result = 0;
+  int bus = 1;
+  int address = 5;
+  std::array<std::uint8_t, 7> ports = {1};  // from the root hub to the device; 0 ends them
 };
 
 // A transfer that is about to begin.

@@ -13,7 +13,8 @@ with open(sys.argv.pop(1), encoding='utf-8') as file:
     INTERFACE = {e['name']: e['signature'] for e in json.load(file)['exports'] if e['linkage'] == 'C' and e['kind'] == 'function'}
 VALUES = {'int': ctypes.c_int, 'unsigned int': ctypes.c_uint, 'char': ctypes.c_char, 'unsigned char': ctypes.c_ubyte}
 POINTERS = {'int': POINTER(ctypes.c_int), 'unsigned int': POINTER(ctypes.c_uint), 'unsigned short': POINTER(ctypes.c_ushort),
-            'char': native.Buffer, 'unsigned char': native.Buffer, 'void': ctypes.c_void_p, 'TransMssionLinux_t': ctypes.c_void_p}
+            'char': native.Buffer, 'unsigned char': native.Buffer, 'void': ctypes.c_void_p, 'TransMssionLinux_t': ctypes.c_void_p,
+            'struct GwqFailure': ctypes.c_void_p}
 
 
 def type_of(text):

@@ -5,9 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <memory>
+
+#include "diag/internal/failure.h"
 
 namespace gwq {
 
@@ -16,12 +19,20 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
+inline void NoteFileFailure() {
+  NoteSystemFailure(GWQ_STEP_LOCAL_FILE, errno);
+}
+
 inline File OpenFile(const char* path, const char* mode) {
-  return File(path == nullptr || mode == nullptr ? nullptr : std::fopen(path, mode));
+  File file(path == nullptr || mode == nullptr ? nullptr : std::fopen(path, mode));
+  if (!file) NoteFileFailure();
+  return file;
 }
 
 inline bool FileExists(const char* path) {
-  return access(path, F_OK) == 0;
+  const bool exists = access(path, F_OK) == 0;
+  if (!exists) NoteFileFailure();
+  return exists;
 }
 
 // INT_MAX for a larger file; -1 when there is none.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include <gwq/frame/port.h>
 #include <gwq/links/end_of_read.h>
 
 namespace gwq {
@@ -16,6 +17,13 @@ struct SavedParameters {
   std::int32_t link_type;
   std::int32_t parameter;
 };
+
+// The functions of port.h, for code of the library: what they fail of is noted for the call that
+// runs.
+int ICC_OpenTransPort(TransMssionLinux_t* port);
+int ICC_ReadDataFromTransPort(unsigned char* buffer, int maximum);
+int ICC_CloseTransPort();
+int ICC_CancelReadTransPort();
 
 // As ICC_WriteDataToTransPort.
 int WriteOnLink(unsigned char* data, int length);

@@ -6,6 +6,10 @@
 
 namespace gwq {
 
+// The functions of serial.h and usb_hid.h, for code of the library.
+int ICC_OpenLinuxCom(const char* path, int baud);
+int ICC_OpenLinuxHid(int vid, int pid);
+
 // As ICC_WriteLinuxCom.
 int WriteSerial(unsigned char* data, int length, const WriteEnd& end);
 

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "codec/internal/secret.h"
+#include "diag/internal/failure.h"
 #include "diag/internal/pause.h"
 
 namespace gwq {
@@ -74,7 +75,8 @@ class UsbDevice {
 
   [[nodiscard]] libusb_device_handle* handle() const { return handle_.load(std::memory_order_acquire); }
   [[nodiscard]] libusb_device* Find(libusb_device** list, int vid, int pid) const;
-  void DetachKernelDriver(libusb_device_handle* handle) const;
+  // Returns libusb's result; 0 also if there was nothing to detach.
+  int DetachKernelDriver(libusb_device_handle* handle) const;
 
   Transfer transfer_;
   libusb_device**& list_;
@@ -92,6 +94,7 @@ inline int UsbDevice::Skip(Report& report, int timeout_ms) const {
                                        : transfer_(device, kEndpointIn, report.data(), kReportSize,
                                                    &transferred, static_cast<unsigned>(timeout_ms));
   if (transferred <= 0 && result != 0 && result != LIBUSB_ERROR_TIMEOUT) {
+    NoteUsbFailure(GWQ_STEP_WAIT, result);
     PauseMs(std::min(kPauseAfterErrorMs, timeout_ms));
   }
   return std::clamp(transferred, 0, kReportSize);
@@ -108,14 +111,15 @@ bool UsbDevice::Write(unsigned char* data, int length, Attempted attempted) cons
   if (length < 0 || (data == nullptr && length > 0)) return false;
   libusb_device_handle* const device = handle();
   int sent = 0;
+  int result = 0;
   for (int attempt = 1; attempt <= kWriteAttempts; ++attempt) {
     int transferred = 0;
-    const int result =
-        transfer_(device, kEndpointOut, data + sent, length - sent, &transferred, kWriteTimeoutMs);
+    result = transfer_(device, kEndpointOut, data + sent, length - sent, &transferred, kWriteTimeoutMs);
     attempted(attempt, transferred, result);
     sent += std::clamp(transferred, 0, length - sent);
     if (sent == length) return true;
   }
+  NoteUsbFailure(GWQ_STEP_SEND, result);
   return false;
 }
 

@@ -18,8 +18,8 @@
 #include <vector>
 
 #include <gwq/diag/log.h>
+#include <gwq/extra.h>
 #include "diag/internal/clock_text.h"
-#include "diag/internal/log_failure.h"
 #include "support/as_user.h"
 #include "support/log_capture.h"
 #include "support/temp_dir.h"
@@ -317,10 +317,10 @@ TEST(LogFile, IsNotWrittenThroughALink) {
   const fs::path today = TodaysFile();
   fs::remove(today);
   fs::create_symlink(elsewhere / "target", today);
-  ReadLogFailure();
+  GWQ_GetLogFailure();
   ICC_DPrintLogToFile("dropped");
   EXPECT_EQ(ReadFile(elsewhere / "target"), "precious");
-  EXPECT_EQ(ReadLogFailure(), ELOOP);
+  EXPECT_EQ(GWQ_GetLogFailure(), ELOOP);
   fs::remove(today);
 }
 
@@ -340,23 +340,23 @@ TEST(LogFile, OfAnotherUserIsNotWrittenTo) {
   ICC_DPrintLogToFile("x");
   const fs::path today = TodaysFile();
   ASSERT_EQ(chown(today.c_str(), 65534, 65534), 0);
-  ReadLogFailure();
+  GWQ_GetLogFailure();
   ICC_DPrintLogToFile("a PIN");
   EXPECT_EQ(ReadFile(today).find("a PIN"), std::string::npos);
-  EXPECT_EQ(ReadLogFailure(), EACCES);
+  EXPECT_EQ(GWQ_GetLogFailure(), EACCES);
 }
 
 TEST(LogFailure, IsToldOnce) {
   const LogCapture log;
-  ReadLogFailure();
+  GWQ_GetLogFailure();
   WriteFile(ModuleDirectory() / "Log", "in the directory's place");
   ICC_DPrintLogToFile("dropped");
   ICC_DPrintLogToFile("dropped");
   fs::remove(ModuleDirectory() / "Log");
-  EXPECT_EQ(ReadLogFailure(), ENOTDIR);
-  EXPECT_EQ(ReadLogFailure(), 0);
+  EXPECT_EQ(GWQ_GetLogFailure(), ENOTDIR);
+  EXPECT_EQ(GWQ_GetLogFailure(), 0);
   ICC_DPrintLogToFile("written");
-  EXPECT_EQ(ReadLogFailure(), 0);
+  EXPECT_EQ(GWQ_GetLogFailure(), 0);
 }
 
 }  // namespace

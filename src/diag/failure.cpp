@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "diag/internal/failure.h"
+
+#include <gwq/status_codes.h>
+
+namespace gwq {
+
+// Little of it is written by a call that succeeds.
+struct ThreadFailure {
+  const void* frame = nullptr;  // of the call that runs
+  FailureNote note{};
+  DevicePlace place{};
+  bool in_exchange = false;  // `note` is of the exchange that runs
+  bool keeps_note = false;   // the exchange that runs cleans up after the noted failure
+  Failure last{};
+
+  void Forget() { note.step = GWQ_STEP_NONE; }
+  void ForgetPlace() {
+    place.usb.bus = 0;
+    place.tty[0] = '\0';
+  }
+  [[nodiscard]] bool HasNote() const { return note.step != GWQ_STEP_NONE; }
+};
+
+namespace {
+
+constinit thread_local ThreadFailure t_failure;
+
+// Where a failure happened that nothing has noted.
+int StepOfExchange(int status) {
+  switch (status) {
+    case GWQ_NOT_OPENED:
+      return GWQ_STEP_FIND;
+    case GWQ_SEND_FAILED:
+      return GWQ_STEP_SEND;
+    case GWQ_REFUSED:
+      return GWQ_STEP_ANSWER;
+    default:
+      return GWQ_STEP_WAIT;
+  }
+}
+
+bool IsArgumentStatus(int status) {
+  return status == GWQ_BAD_ARGUMENT || status == GWQ_BAD_ACCOUNT || status == GWQ_TOO_SMALL;
+}
+
+int StepOfStatus(int status) {
+  if (IsArgumentStatus(status)) return GWQ_STEP_ARGUMENT;
+  switch (status) {
+    case GWQ_NOT_OPENED:  // without a note nothing was looked for: no path, or no link is open
+    case GWQ_LINK_NO_DEVICE:
+      return GWQ_STEP_ARGUMENT;
+    case GWQ_NO_FILE:
+    case GWQ_NO_LOCAL_FILE:
+      return GWQ_STEP_LOCAL_FILE;
+    case GWQ_SEND_FAILED:
+    case GWQ_LINK_WRITE:
+      return GWQ_STEP_SEND;
+    case GWQ_NO_ANSWER:
+    case GWQ_LINK_TIMEOUT:
+    case GWQ_LINK_READ:
+    case GWQ_EVALUATION_READ:
+    case GWQ_READ_FAILED:
+    case GWQ_CANCELLED:
+    case GWQ_LINK_CANCELLED:
+    case GWQ_NO_VERSION_ANSWER:
+      return GWQ_STEP_WAIT;
+    default:
+      return GWQ_STEP_ANSWER;
+  }
+}
+
+bool IsFailure(int result, CallKind kind) {
+  return result < 0 || (result > 0 && kind == CallKind::kPinPad);
+}
+
+// Whether the status comes of the arguments, whatever an exchange before may have noted. A link
+// has other statuses, and always notes what it fails of.
+bool IsOfArguments(int status, const FailureNote& note, CallKind kind) {
+  if (kind == CallKind::kLink) return note.step == GWQ_STEP_NONE && status == GWQ_LINK_BAD_ARGUMENT;
+  return note.step != GWQ_STEP_LOCAL_FILE && IsArgumentStatus(status);
+}
+
+FailureNote NoteOf(int status, const ThreadFailure& thread, CallKind kind) {
+  if (IsOfArguments(status, thread.note, kind)) return {.step = GWQ_STEP_ARGUMENT};
+  if (thread.HasNote()) return thread.note;
+  return {.step = StepOfStatus(status), .place = thread.place};
+}
+
+}  // namespace
+
+const Failure& LastFailure() {
+  return t_failure.last;
+}
+
+void SetUsbPlace(const UsbPlace& place) {
+  ThreadFailure& thread = t_failure;
+  thread.place.usb = place;
+  thread.place.tty[0] = '\0';
+}
+
+void SetTty(std::string_view path) {
+  ThreadFailure& thread = t_failure;
+  thread.ForgetPlace();
+  thread.place.tty[path.copy(thread.place.tty.data(), thread.place.tty.size() - 1)] = '\0';
+}
+
+void NoteFailure(int step, int error_source, int error, bool kernel_driver) {
+  ThreadFailure& thread = t_failure;
+  if (thread.keeps_note) return;
+  if (thread.in_exchange && thread.HasNote() && thread.note.step != GWQ_STEP_FIND) return;
+  const int source = error == 0 ? static_cast<int>(GWQ_ERROR_NONE) : error_source;
+  const DevicePlace place = step == GWQ_STEP_LOCAL_FILE ? DevicePlace{} : thread.place;
+  thread.note = {step, source, error, kernel_driver, place};
+}
+
+void ForgetFailure() {
+  t_failure.Forget();
+}
+
+ExchangeFailure::ExchangeFailure(ExchangeRole role) : thread_(t_failure), role_(role) {
+  thread_.keeps_note = role == ExchangeRole::kSent && thread_.HasNote();
+  if (!thread_.keeps_note) thread_.Forget();
+  thread_.ForgetPlace();
+  thread_.in_exchange = true;
+}
+
+int ExchangeFailure::Ended(int result) const {
+  if (result == GWQ_OK) {
+    if (role_ == ExchangeRole::kAnswered) thread_.Forget();
+  } else if (!thread_.HasNote()) {
+    thread_.note = {.step = StepOfExchange(result), .place = thread_.place};
+  }
+  thread_.in_exchange = false;
+  thread_.keeps_note = false;
+  return result;
+}
+
+// A call that a predicate of the host has jumped out of stays recorded, but this one's frame is
+// then not below its frame.
+Call::Call(const char* function, CallKind kind) : thread_(t_failure), function_(function), kind_(kind) {
+  const void* const frame = __builtin_frame_address(0);
+  outermost_ = thread_.frame == nullptr || frame >= thread_.frame;
+  if (!outermost_) return;
+  thread_.frame = frame;
+  thread_.Forget();
+  thread_.ForgetPlace();
+  thread_.in_exchange = false;
+  thread_.keeps_note = false;
+}
+
+int Call::Ended(int result) const {
+  if (!outermost_) return result;
+  thread_.frame = nullptr;
+  if (IsFailure(result, kind_)) {
+    thread_.last = {function_, result, NoteOf(result, thread_, kind_)};
+  } else {
+    thread_.last.function = nullptr;
+  }
+  return result;
+}
+
+}  // namespace gwq
