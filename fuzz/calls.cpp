@@ -312,6 +312,12 @@ int Small(Arguments& a) {
   return std::min(a.input().Int(), 1 << 16);
 }
 
+void Find(Arguments& a) {
+  const int room = Small(a);
+  char* const places = a.Room(std::min<std::size_t>(Count(room), 100) * sizeof(GwqTerminalPlace), false);
+  GWQ_FindTerminals(reinterpret_cast<GwqTerminalPlace*>(places), std::min(room, 100));
+}
+
 struct Command {
   char* bytes;
   int length;
@@ -657,6 +663,8 @@ template <>
 constexpr Way kOwnWay<TransProcOnlyRead> = &OnlyRead;
 template <>
 constexpr Way kOwnWay<GWQ_SetProgress> = &ListenToProgress;
+template <>
+constexpr Way kOwnWay<GWQ_FindTerminals> = &Find;
 
 constexpr int OwnSeconds(const Waits& waits) {
   const int customer_s = waits.customer_s.value_or(0);

@@ -620,6 +620,12 @@ int __wrap_access(const char* path, int mode) {
   return Elsewhere(path, -1, [mode](const char* place) { return __real_access(place, mode); });
 }
 
+int __real_faccessat(int directory, const char* path, int mode, int flags);
+int __wrap_faccessat(int directory, const char* path, int mode, int flags) {
+  return Elsewhere(path, -1,
+                   [=](const char* place) { return __real_faccessat(directory, place, mode, flags); });
+}
+
 ssize_t __real_readlink(const char* path, char* target, std::size_t size);
 ssize_t __wrap_readlink(const char* path, char* target, std::size_t size) {
   return Elsewhere<ssize_t>(path, -1,

@@ -166,6 +166,40 @@ GWQ_API int GWQ_GetFailure(struct GwqFailure* failure);
  */
 GWQ_API int GWQ_GetLogFailure(void);
 
+/**
+ * A terminal on USB. A number that is not known is 0, a text that is not known empty.
+ *
+ * The size never changes; `reserved` is zero until a later version uses it.
+ */
+struct GwqTerminalPlace {
+  int bus;              /**< USB bus */
+  int address;          /**< address on the bus */
+  int vendor;           /**< USB vendor number */
+  int product;          /**< USB product number */
+  int may_open;         /**< 1 if this user may open it */
+  int holder;           /**< process that has it open, this one included; 0 also if it may not be seen */
+  int reserved[10];     /**< 0 */
+  char port_path[32];   /**< where it is plugged in, such as `1-2.3` */
+  char holder_name[32]; /**< name of the process */
+};
+
+/**
+ * Lists the terminals on USB, of both identities, without opening them.
+ *
+ * With several, the other functions use the first one that libusb lists of the first identity that
+ * is there. Processes of other users are seen only with the right to do so.
+ *
+ * Any thread, also during a call of another one; blocks only to read the system's files.
+ *
+ * @param[out] places  `room` elements, of which as many as there are terminals are written, ordered
+ *                     by bus and address; may be NULL if `room` is 0
+ * @param room         number of elements; 0 only counts
+ * @return how many terminals there are, also if that is more than `room`; GWQ_BAD_ARGUMENT (-1) for
+ *         `room` below 0, or `places` NULL with `room` above 0
+ * @since 1.0.0.36
+ */
+GWQ_API int GWQ_FindTerminals(struct GwqTerminalPlace* places, int room);
+
 GWQ_C_END
 
 #endif

@@ -150,6 +150,7 @@ PROTOTYPES: dict[str, tuple[str, ...]] = {
     "Endian_intToChar": ("unsigned char*", "int", "unsigned char*",),
     "GWQ_ActiveWKey": ("int", "int", "int", "int", "int",),
     "GWQ_DownLoadWKey": ("int", "int", "int", "int", "int", "const char*",),
+    "GWQ_FindTerminals": ("int", "struct GwqTerminalPlace*", "int",),
     "GWQ_GetFailure": ("int", "struct GwqFailure*",),
     "GWQ_GetLogFailure": ("int",),
     "GWQ_GetVerBuildDate": ("int", "int", "char", "int", "char*",),

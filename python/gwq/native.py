@@ -42,6 +42,7 @@ _TYPES: dict[str, Any] = {
     "GwqEndOfRead": ctypes.c_void_p,
     "GwqProgress": ctypes.c_void_p,
     "TransMssionLinux_t*": ctypes.c_void_p,
+    "struct GwqTerminalPlace*": ctypes.c_void_p,
     "struct GwqFailure*": ctypes.c_void_p,
 }
 _RESULTS: dict[str, Any] = {**_TYPES, "char*": ctypes.c_char_p, "unsigned char*": ctypes.c_void_p}

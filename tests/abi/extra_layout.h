@@ -27,4 +27,14 @@ static_assert(offsetof(struct GwqFailure, holder_name) == 416, "holder_name");
 static_assert(offsetof(struct GwqFailure, advice) == 448, "advice");
 static_assert(offsetof(struct GwqFailure, reserved_text) == 1216, "reserved_text");
 
+static_assert(sizeof(struct GwqTerminalPlace) == 128, "size of GwqTerminalPlace");
+static_assert(offsetof(struct GwqTerminalPlace, bus) == 0, "bus");
+static_assert(offsetof(struct GwqTerminalPlace, address) == 4, "address");
+static_assert(offsetof(struct GwqTerminalPlace, vendor) == 8, "vendor");
+static_assert(offsetof(struct GwqTerminalPlace, product) == 12, "product");
+static_assert(offsetof(struct GwqTerminalPlace, may_open) == 16, "may_open");
+static_assert(offsetof(struct GwqTerminalPlace, holder) == 20, "holder");
+static_assert(offsetof(struct GwqTerminalPlace, port_path) == 64, "port_path");
+static_assert(offsetof(struct GwqTerminalPlace, holder_name) == 96, "holder_name");
+
 #endif

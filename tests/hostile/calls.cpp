@@ -202,6 +202,13 @@ void SetProgress(Caller& c) {
   c.Run<decltype(&GWQ_SetProgress)>(c.OneOf<GwqProgress>({nullptr, &Listen}), nullptr);
 }
 
+void FindTerminals(Caller& c) {
+  const int room = std::clamp(c.Int(0, 3), -1, 3);
+  const auto places = static_cast<std::size_t>(std::max(room, 0));
+  c.Run<decltype(&GWQ_FindTerminals)>(
+      reinterpret_cast<GwqTerminalPlace*>(c.Out(places * sizeof(GwqTerminalPlace))), room);
+}
+
 // ------------------------------------------------------------------ an argument of each kind
 
 std::nullptr_t Draw(Caller& /*c*/, kinds::Null /*kind*/) {
@@ -336,6 +343,8 @@ template <>
 constexpr Way kOwnWay<TransProcOnlyRead> = &OnlyRead;
 template <>
 constexpr Way kOwnWay<GWQ_SetProgress> = &SetProgress;
+template <>
+constexpr Way kOwnWay<GWQ_FindTerminals> = &FindTerminals;
 
 template <auto F, typename... Kinds>
 void Drawn(Caller& c) {

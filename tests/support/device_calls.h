@@ -237,7 +237,7 @@ inline constexpr std::tuple kTransactionCalls{Row<TransProc>{"TransProc", {}},
 inline constexpr std::tuple kLaterCalls{
     Row<GWQ_SetDrainMs, OneOf<-1, 0, 1, 20, 1000, 1001>>{"GWQ_SetDrainMs", {}},
     Row<GWQ_SetProgress>{"GWQ_SetProgress", {}}, Row<GWQ_GetFailure, OutOf<GwqFailure>>{"GWQ_GetFailure", {}},
-    Row<GWQ_GetLogFailure>{"GWQ_GetLogFailure", {}}};
+    Row<GWQ_GetLogFailure>{"GWQ_GetLogFailure", {}}, Row<GWQ_FindTerminals>{"GWQ_FindTerminals", {}}};
 // clang-format on
 
 }  // namespace table
