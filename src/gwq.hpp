@@ -31,6 +31,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -40,6 +41,7 @@
 #include <utility>
 #include <vector>
 
+#include <gwq/extra.h>
 #include <gwq/gwq.h>
 
 namespace gwq::client {
@@ -47,7 +49,8 @@ namespace gwq::client {
 // A function of the library returned anything but success.
 class Error : public std::runtime_error {
  public:
-  Error(const char* call, int status) : Error(call, status, GwqStatusCauseOf(call, status, GWQ_ENGLISH)) {}
+  Error(const char* call, int status, const GwqFailure& failure = {})
+      : Error(call, status, GwqStatusCauseOf(call, status, GWQ_ENGLISH), failure) {}
 
   // See enum GwqStatus; a positive one is the PIN pad's own status word.
   [[nodiscard]] int status() const noexcept { return status_; }
@@ -72,19 +75,35 @@ class Error : public std::runtime_error {
   [[nodiscard]] const char* remedy(GwqLanguage language = GWQ_ENGLISH) const noexcept {
     return GwqStatusRemedyOf(call_.c_str(), status_, language);
   }
+  // What the call failed of: the step, the system's error, the device, who holds it. All zero where
+  // that is not known, such as when Terminal::Cancel ended the call.
+  [[nodiscard]] const GwqFailure& failure() const noexcept { return *failure_; }
+  // What to do, one sentence: as the failure tells, or else the remedy. what() has it, too, where it
+  // is not the remedy.
+  [[nodiscard]] const char* advice(GwqLanguage language = GWQ_ENGLISH) const noexcept {
+    return failure_->step == GWQ_STEP_NONE ? remedy(language) : failure_->advice[language];
+  }
 
  protected:
-  Error(const char* call, int status, const std::string& cause)
+  Error(const char* call, int status, const std::string& cause, const GwqFailure& failure)
       : std::runtime_error(std::string(call).append(": ").append(cause) + " (" + GwqStatusName(status) +
-                           ", status " + std::to_string(status) + ")"),
+                           ", status " + std::to_string(status) + ")" + Sentence(call, status, failure)),
         call_(call),
-        status_(status) {}
+        status_(status),
+        failure_(std::make_shared<const GwqFailure>(failure)) {}
 
  private:
+  static std::string Sentence(const char* call, int status, const GwqFailure& failure) {
+    const char* const advice = failure.advice[GWQ_ENGLISH];
+    const bool new_to_caller =
+        *advice != '\0' && std::string_view(advice) != GwqStatusRemedyOf(call, status, GWQ_ENGLISH);
+    return new_to_caller ? std::string(" ").append(advice) : std::string();
+  }
   [[nodiscard]] bool IsPinEntry() const noexcept { return call_ == "PN_GetPinBlockShowString"; }
 
   std::string call_;
   int status_;
+  std::shared_ptr<const GwqFailure> failure_;  // shared, so that copies of an exception do not throw
 };
 
 // Nobody signed: the terminal did not answer and returned the same signature as before.
@@ -92,7 +111,8 @@ class OldSignature : public Error {
  public:
   explicit OldSignature(const char* call)
       : Error(call, GWQ_REFUSED,
-              "The terminal kept silent and gave back the signature that it had given before.") {}
+              "The terminal kept silent and gave back the signature that it had given before.",
+              GwqFailure{}) {}
 };
 
 // What a teller's card shows. The photo is one on the terminal; without it, the number with ".jpg".
@@ -126,6 +146,13 @@ using Paths = std::vector<Path>;
 enum class Media { kPictures = 0, kHeadPhotos = 2 };
 
 namespace detail {
+
+// What the thread's last call failed of, if that was this one.
+inline GwqFailure LastFailure(const std::string& call, int status) {
+  GwqFailure failure{};
+  GWQ_GetFailure(&failure);
+  return failure.function == call && failure.status == status ? failure : GwqFailure{};
+}
 
 // The cancels of this process: the library has one link, so a cancel ends any call that is running.
 class Cancels {
@@ -458,7 +485,7 @@ class Terminal {
   static constexpr char kChannel[] = "9";
 
   static void Check(const char* call, int status) {
-    if (status != GWQ_OK) throw Error(call, status);
+    if (status != GWQ_OK) throw Error(call, status, detail::LastFailure(call, status));
   }
 
   // The statuses of an exchange that is cancelled, and of the close command after a cut transfer.

@@ -3,6 +3,9 @@
 
 from __future__ import annotations
 
+from dataclasses import dataclass
+from enum import IntEnum
+
 from ._generated import OF_FUNCTIONS, STATUSES, UNKNOWN, VALUE, Status, StatusCode
 
 _OF_FUNCTION = {(function, status): text for status, functions, text in OF_FUNCTIONS for function in functions}
@@ -16,25 +19,75 @@ def status_text(status: int, call: str = "") -> Status:
     return _OF_FUNCTION.get((call, status), general)
 
 
+class Step(IntEnum):
+    """Where a call failed."""
+
+    NONE = 0
+    ARGUMENT = 1
+    LOCAL_FILE = 2
+    FIND = 3
+    PERMISSION = 4
+    OPEN = 5
+    CLAIM = 6
+    SEND = 7
+    WAIT = 8
+    ANSWER = 9
+
+
+@dataclass(frozen=True)
+class Failure:
+    """What a call failed of. A number that is not known is 0, a text that is not known empty.
+
+    error              errno if `is_system_error`, else libusb's; `error_text` says it
+    bus to tty         the device: on USB, or the serial line
+    holder             the process that has it open, with its name
+    is_kernel_driver   the kernel's driver could not be detached
+    advice, advice_zh  what to do, one sentence
+    """
+
+    step: Step
+    error: int = 0
+    is_system_error: bool = False
+    error_text: str = ""
+    bus: int = 0
+    address: int = 0
+    vendor: int = 0
+    product: int = 0
+    port_path: str = ""
+    tty: str = ""
+    holder: int = 0
+    holder_name: str = ""
+    is_kernel_driver: bool = False
+    advice: str = ""
+    advice_zh: str = ""
+
+
 class GwqError(Exception):
     """A call failed.
 
     call     the library's function
     status   what it returned, as in StatusCode; a positive one is the PIN pad's own status word
     text     its name, and cause and remedy for this function (`cause_zh` and `remedy_zh` in Chinese)
+    failure  what the call failed of; None where the library returned another status than this
     """
 
-    def __init__(self, call: str, status: int) -> None:
+    def __init__(self, call: str, status: int, failure: Failure | None = None) -> None:
         self.call = call
         self.status = int(status)
         self.text = status_text(status, call)
-        super().__init__(f"{call}: {self._cause()} ({self.text.name}, status {self.status})")
+        self.failure = failure
+        super().__init__(f"{call}: {self._cause()} ({self.text.name}, status {self.status}){self._sentence()}")
 
     def _cause(self) -> str:
         return self.text.cause
 
-    def __reduce__(self) -> tuple[type[GwqError], tuple[str, int]]:
-        return type(self), (self.call, self.status)
+    def _sentence(self) -> str:
+        """What to do, where it is more than the status's remedy."""
+        advice = self.failure.advice if self.failure else ""
+        return "" if advice in ("", self.text.remedy) else " " + advice
+
+    def __reduce__(self) -> tuple[type[GwqError], tuple[str, int, Failure | None]]:
+        return type(self), (self.call, self.status, self.failure)
 
 
 class TimedOut(GwqError):
@@ -61,8 +114,8 @@ class Cancelled(GwqError):
 class OldSignature(GwqError):
     """Nobody signed: the terminal kept silent and gave back the signature that it had given before."""
 
-    def __init__(self, call: str, status: int = StatusCode.REFUSED) -> None:
-        super().__init__(call, status)
+    def __init__(self, call: str, status: int = StatusCode.REFUSED, failure: Failure | None = None) -> None:
+        super().__init__(call, status, failure)
 
     def _cause(self) -> str:
         return "The terminal kept silent and gave back the signature that it had given before."
@@ -91,7 +144,6 @@ def _kind(call: str, status: int, time_is_over: bool) -> type[GwqError]:
     return NoAnswer if status == StatusCode.NO_ANSWER else GwqError
 
 
-def check(call: str, status: int, time_is_over: bool = False) -> None:
-    """Raises what a status stands for, unless it is success. `time_is_over`: the customer's time has passed."""
-    if status != StatusCode.OK:
-        raise _kind(call, status, time_is_over)(call, status)
+def error_of(call: str, status: int, failure: Failure | None, time_is_over: bool = False) -> GwqError:
+    """What a status that is not success stands for. `time_is_over`: the customer's time has passed."""
+    return _kind(call, status, time_is_over)(call, status, failure)

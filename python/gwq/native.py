@@ -9,6 +9,7 @@ from ctypes import POINTER
 from typing import Any
 
 from ._generated import PROTOTYPES
+from .errors import Failure, Step
 
 
 class Buffer:
@@ -23,6 +24,23 @@ class Buffer:
             raise TypeError(f"a buffer or bytes instead of {type(value).__name__} expected")
         return ctypes.c_void_p.from_param(value)
 
+
+def _texts(**sizes: int) -> list[tuple[str, Any]]:
+    return [(name, ctypes.c_char * size) for name, size in sizes.items()]
+
+
+class FailureRecord(ctypes.Structure):
+    """struct GwqFailure."""
+
+    _fields_ = [
+        *((name, ctypes.c_int) for name in ("status", "step", "error_source", "error", "bus", "address", "vendor",
+                                            "product", "holder", "kernel_driver")),
+        ("reserved", ctypes.c_int * 22),
+        *_texts(function=64, error_text=128, port_path=32, tty=64, holder_name=32, advice=384, advice_zh=384,
+                reserved_text=192)]
+
+
+_SYSTEM_ERROR = 1
 
 _TYPES: dict[str, Any] = {
     "void": None,
@@ -42,8 +60,8 @@ _TYPES: dict[str, Any] = {
     "GwqEndOfRead": ctypes.c_void_p,
     "GwqProgress": ctypes.c_void_p,
     "TransMssionLinux_t*": ctypes.c_void_p,
+    "struct GwqFailure*": POINTER(FailureRecord),
     "struct GwqTerminalPlace*": ctypes.c_void_p,
-    "struct GwqFailure*": ctypes.c_void_p,
 }
 _RESULTS: dict[str, Any] = {**_TYPES, "char*": ctypes.c_char_p, "unsigned char*": ctypes.c_void_p}
 
@@ -74,3 +92,22 @@ def load() -> ctypes.CDLL:
             function.argtypes = arguments
             function.restype = _RESULTS[PROTOTYPES[name][0]]
     return library
+
+
+def last_failure(library: Any, call: str, status: int) -> Failure | None:
+    """What the library says that this thread's last call failed of, if that was this one."""
+    get_failure = getattr(library, "GWQ_GetFailure", None)
+    record = FailureRecord()
+    if get_failure is None or get_failure(ctypes.byref(record)) != 0:
+        return None
+    if (record.function.decode(), record.status) != (call, status):
+        return None
+
+    def text(name: str) -> str:
+        content: bytes = getattr(record, name)
+        return content.decode(errors="replace")
+
+    return Failure(
+        Step(record.step), record.error, record.error_source == _SYSTEM_ERROR, text("error_text"), record.bus,
+        record.address, record.vendor, record.product, text("port_path"), text("tty"), record.holder,
+        text("holder_name"), bool(record.kernel_driver), text("advice"), text("advice_zh"))

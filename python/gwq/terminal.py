@@ -20,8 +20,8 @@ from typing import Union
 
 from ._generated import StatusCode
 from .cancelling import Cancels
-from .errors import OldSignature, cancelled, check, timed_out
-from .native import load
+from .errors import OldSignature, cancelled, error_of, timed_out
+from .native import last_failure, load
 from .results import Answer, Name, Rating, Signature, is_utf8, text_of
 from .settings import Algorithm, Display, EndRule, PublicKeyType
 
@@ -208,8 +208,12 @@ class Terminal:
         lasted = time.monotonic() - begun
         if status in _BY_CANCEL and _cancels.came_since(mark):
             raise cancelled(name)
-        check(name, status, time_is_over=lasted >= _MOST_OF_THE_TIME * seconds)
+        self._check(name, status, time_is_over=lasted >= _MOST_OF_THE_TIME * seconds)
         return lasted
+
+    def _check(self, name: str, status: int, time_is_over: bool = False) -> None:
+        if status != StatusCode.OK:
+            raise error_of(name, status, last_failure(self._library, name, status), time_is_over)
 
     def _on_line(self, name: str, *arguments: object, seconds: float = math.inf) -> None:
         self._call(name, self._port, self._baud, *arguments, seconds=seconds)
@@ -266,7 +270,7 @@ class Terminal:
                 return
             status = self._library.MP_CancelCurrentOperation(None, None, self._baud, 0)
         if status not in _UNANSWERED:
-            check("MP_CancelCurrentOperation", status)
+            self._check("MP_CancelCurrentOperation", status)
 
     # ---- screens
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gwq/gwq.hpp>
 
+#include <cstring>
 #include <functional>
 #include <future>
 #include <thread>
@@ -17,11 +18,17 @@ struct Library {
   std::function<void()> while_signing = [] {};
   std::function<int()> cancel = [] { return GWQ_OK; };
   std::vector<std::string> calls;
+  GwqFailure failure{};
 };
 
 Library library;
 
 }  // namespace
+
+int GWQ_GetFailure(GwqFailure* failure) {
+  *failure = library.failure;
+  return GWQ_OK;
+}
 
 int MP_SignPDF(void* /*ignored*/, const char* /*link*/, int /*baud*/, int /*timeout*/,
                const char* /*documents*/, const char* /*location*/, const char* picture, char* /*data*/) {
@@ -68,6 +75,44 @@ class ClientSigning : public testing::Test {
 
   TempDir dir_;
 };
+
+constexpr char kHeld[] = "The device is held by process 4711 (other): end it, and call again.";
+
+GwqFailure Held(const char* function) {
+  GwqFailure failure{};
+  failure.status = GWQ_NOT_OPENED;
+  failure.step = GWQ_STEP_CLAIM;
+  failure.holder = 4711;
+  std::strcpy(failure.function, function);
+  std::strcpy(failure.advice[GWQ_ENGLISH], kHeld);
+  return failure;
+}
+
+TEST_F(ClientSigning, ThatFailsTellsWhatItFailedOf) {
+  library.status = GWQ_NOT_OPENED;
+  library.failure = Held("MP_SignPDF");
+  try {
+    Sign();
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), testing::EndsWith(std::string("(GWQ_NOT_OPENED, status -3) ") + kHeld));
+    EXPECT_STREQ(error.advice(), kHeld);
+    EXPECT_EQ(error.failure().holder, 4711);
+  }
+}
+
+TEST_F(ClientSigning, ThatFailsDoesNotTellWhatAnotherCallFailedOf) {
+  library.status = GWQ_NOT_OPENED;
+  library.failure = Held("MP_ShowPDF");
+  try {
+    Sign();
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), testing::EndsWith("(GWQ_NOT_OPENED, status -3)"));
+    EXPECT_STREQ(error.advice(), error.remedy());
+    EXPECT_EQ(error.failure().step, GWQ_STEP_NONE);
+  }
+}
 
 TEST_F(ClientSigning, ThatFailsLeavesNoSignatureOfAnEarlierCustomer) {
   std::ofstream(dir_ / "signature.png") << "earlier";

@@ -91,6 +91,24 @@ TEST(Client, TellsThatThereIsNoWorkingKey) {
   EXPECT_THAT(StatusOf([&] { return terminal.PinBlock(request).size(); }), Eq(GWQ_BAD_ACCOUNT));
 }
 
+TEST(Client, TellsWhatACallFailedOf) {
+  try {
+    Terminal().ShowDocuments({"/nowhere/agreement.pdf"});
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_STREQ(
+        error.what(),
+        "MP_ShowPDF: A document does not exist on this host. (GWQ_NO_FILE, status -15) A file on "
+        "this machine cannot be used (No such file or directory): check its path, its rights and the "
+        "free space.");
+    EXPECT_EQ(error.failure().step, GWQ_STEP_LOCAL_FILE);
+    EXPECT_EQ(error.failure().error, ENOENT);
+    EXPECT_EQ(error.failure().bus, 0) << "it is not about the terminal";
+    EXPECT_THAT(error.what(), testing::EndsWith(error.advice()));
+    EXPECT_STREQ(error.advice(GWQ_CHINESE), error.failure().advice[GWQ_CHINESE]);
+  }
+}
+
 TEST(Client, TellsWhatAStatusMeans) {
   const Error error("MP_ShowPDF", GWQ_NO_FILE);
   EXPECT_STREQ(error.what(), "MP_ShowPDF: A document does not exist on this host. (GWQ_NO_FILE, status -15)");

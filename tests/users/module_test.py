@@ -47,6 +47,9 @@ class Library:
         self.cancel_ends.wait(10)
         return self.cancel_status
 
+    def GWQ_GetFailure(self, record):
+        return 0
+
     def MP_CancleEvaluate(self, *arguments):
         self.calls.append('MP_CancleEvaluate')
         return 0
@@ -156,6 +159,36 @@ class Signing(WithLibrary):
         library = self.lasting(Library(OLD, OLD), 59)
         for _ in range(2):
             self.assertEqual(self.sign(self.terminal(library)).strokes, OLD)
+
+
+class Failing(WithLibrary):
+    HELD = 'The device is held by process 4711 (other): end it, and call again.'
+
+    def fail(self, function, status):
+        def tell(record):
+            told = record._obj
+            told.status, told.step, told.holder = -3, 6, 4711
+            told.function, told.holder_name, told.advice = function, b'other', self.HELD.encode()
+            told.advice_zh = '设备被进程 4711 占用'.encode()
+            return 0
+        library = Library(status)
+        library.GWQ_GetFailure = tell
+        with self.assertRaises(gwq.GwqError) as caught:
+            self.sign(self.terminal(library))
+        return caught.exception
+
+    def test_tells_what_the_call_failed_of(self):
+        error = self.fail(b'MP_SignPDF', -3)
+        self.assertTrue(str(error).endswith(f'(GWQ_NOT_OPENED, status -3) {self.HELD}'), error)
+        self.assertEqual((error.failure.step, error.failure.holder, error.failure.holder_name), (gwq.Step.CLAIM, 4711, 'other'))
+        self.assertEqual(error.failure.advice_zh, '设备被进程 4711 占用')
+        self.assertEqual(pickle.loads(pickle.dumps(error)).failure, error.failure)
+
+    def test_does_not_tell_what_another_call_failed_of(self):
+        for function, status in ((b'MP_ShowPDF', -3), (b'MP_SignPDF', -11)):
+            error = self.fail(function, status)
+            self.assertIsNone(error.failure)
+            self.assertNotIn('4711', str(error))
 
 
 class Cancelling(WithLibrary):

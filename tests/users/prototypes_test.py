@@ -2,6 +2,8 @@
 """The types that the Python module gives to functions are those of the headers: prototypes_test.py INTERFACE"""
 import ctypes
 import json
+import math
+import pathlib
 import re
 import sys
 import unittest
@@ -9,12 +11,13 @@ from ctypes import POINTER
 
 from gwq import native
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 with open(sys.argv.pop(1), encoding='utf-8') as file:
     INTERFACE = {e['name']: e['signature'] for e in json.load(file)['exports'] if e['linkage'] == 'C' and e['kind'] == 'function'}
 VALUES = {'int': ctypes.c_int, 'unsigned int': ctypes.c_uint, 'char': ctypes.c_char, 'unsigned char': ctypes.c_ubyte}
 POINTERS = {'int': POINTER(ctypes.c_int), 'unsigned int': POINTER(ctypes.c_uint), 'unsigned short': POINTER(ctypes.c_ushort),
             'char': native.Buffer, 'unsigned char': native.Buffer, 'void': ctypes.c_void_p, 'TransMssionLinux_t': ctypes.c_void_p,
-            'struct GwqFailure': ctypes.c_void_p}
+            'struct GwqFailure': POINTER(native.FailureRecord), 'struct GwqTerminalPlace': ctypes.c_void_p}
 
 
 def type_of(text):
@@ -39,6 +42,18 @@ class Prototypes(unittest.TestCase):
         for name, arguments in native.FUNCTIONS.items():
             with self.subTest(name):
                 self.assertEqual(arguments, types_of(INTERFACE[name]))
+
+    def test_of_the_failure_is_the_headers_struct(self):
+        header = (ROOT / 'src' / 'extra.h').read_text(encoding='utf-8')
+        body = re.search(r'struct GwqFailure \{(.*?)\n\};', header, re.DOTALL)[1]
+        fields = re.findall(r'^ *(int|char) (\w+)((?:\[\d+\])*);', body, re.MULTILINE)
+        sizes = {name: (4 if kind == 'int' else 1) * math.prod(map(int, re.findall(r'\d+', rooms)))
+                 for kind, name, rooms in fields}
+        sizes['advice'], advice_zh = sizes['advice'] // 2, sizes['advice'] // 2
+        record = {name: ctypes.sizeof(kind) for name, kind in native.FailureRecord._fields_}
+        self.assertEqual(record.pop('advice_zh'), advice_zh)
+        self.assertEqual(record, sizes)
+        self.assertEqual(list(record), list(sizes))
 
     def test_are_set_on_the_library(self):
         library = native.load()

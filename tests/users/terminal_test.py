@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Every call of gwq.Terminal, against the virtual terminal: terminal_test.py FILES TEST..."""
+import errno
 import os
 import pathlib
 import pickle
@@ -9,8 +10,8 @@ import tempfile
 import threading
 import unittest
 
-from gwq import (Algorithm, Answer, Cancelled, Display, EndRule, GwqError, NoAnswer, OldSignature, PublicKeyType, Rating, Teller,
-                 Terminal, TimedOut)
+from gwq import (Algorithm, Answer, Cancelled, Display, EndRule, GwqError, NoAnswer, OldSignature, PublicKeyType, Rating, Step,
+                 Teller, Terminal, TimedOut)
 
 FILES = pathlib.Path(sys.argv.pop(1))
 PAPER = FILES / 'agreement.pdf'
@@ -135,6 +136,10 @@ class Agreeable(unittest.TestCase):
             self.terminal.show_documents('/nowhere/to-be-found.pdf')
         self.assertEqual(caught.exception.text.cause_zh, '主机上不存在该文件。')
         self.assertEqual(str(pickle.loads(pickle.dumps(caught.exception))), str(caught.exception))
+        failure = caught.exception.failure
+        self.assertEqual((failure.step, failure.error, failure.is_system_error), (Step.LOCAL_FILE, errno.ENOENT, True))
+        self.assertTrue(str(caught.exception).endswith(failure.advice))
+        self.assertTrue(failure.advice_zh.startswith('本机文件无法使用'))
 
     def test_refuses_what_the_library_would_cut(self):
         for call, argument in ((self.terminal.show_html, 'a\0b'), (self.terminal.show_documents, '/a|b.pdf'),
