@@ -683,13 +683,13 @@ int __wrap_dladdr(const void* address, Dl_info* info) {
   int __wrap_##name(unsigned char* buffer, int maximum, int timeout_s, GwqEndOfRead end) {              \
     return Running()->Timed(timeout_s, [&] { return __real_##name(buffer, maximum, timeout_s, end); }); \
   }
-GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxHid)
-GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxCom)
-GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxSdt)
-GWQ_FUZZ_TIMED_READ(ICC_ReadLinux)
-GWQ_FUZZ_TIMED_READ(ICC_ReadLinuxAux)
+GWQ_FUZZ_TIMED_READ(_ZN3gwq16ICC_ReadLinuxHidEPhiiPFiS0_iE)
+GWQ_FUZZ_TIMED_READ(_ZN3gwq16ICC_ReadLinuxComEPhiiPFiS0_iE)
+GWQ_FUZZ_TIMED_READ(_ZN3gwq16ICC_ReadLinuxSdtEPhiiPFiS0_iE)
+GWQ_FUZZ_TIMED_READ(_ZN3gwq13ICC_ReadLinuxEPhiiPFiS0_iE)
+GWQ_FUZZ_TIMED_READ(_ZN3gwq16ICC_ReadLinuxAuxEPhiiPFiS0_iE)
 
-// Drains, by the names that the compiler gives them: a second is their limit.
+// Drains: a second is their limit.
 #define GWQ_FUZZ_TIMED_DRAIN(name)                                                      \
   int __real_##name(int silence_ms);                                                    \
   int __wrap_##name(int silence_ms) {                                                   \

@@ -6,14 +6,14 @@
 
 namespace gwq {
 
-int TransProc(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
-              int timeout_ms) {
-  return TransProcByEnd(port, baud, command, commandLen, answer, answerLen, &EndOfRead2, timeout_ms);
-}
-
 int TransProcByEnd(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
                    GwqEndOfRead end, int timeout_ms) {
   return Exchange(kAsk, {port, baud}, {command, commandLen}, {end, timeout_ms}, {answer, answerLen});
+}
+
+int TransProc(int port, int baud, char* command, int commandLen, char* answer, int* answerLen,
+              int timeout_ms) {
+  return TransProcByEnd(port, baud, command, commandLen, answer, answerLen, &EndOfRead2, timeout_ms);
 }
 
 // Contract: differs from TransProcForInfo in its read failure alone.
@@ -28,14 +28,14 @@ int TransProcForInfo(int port, int baud, char* command, int commandLen, char* an
   return TransProcByEnd(port, baud, command, commandLen, answer, answerLen, &EndOfRead3, timeout_ms);
 }
 
+int TransProcOnlySend(int port, int baud, char* command, int commandLen, int timeout_ms) {
+  return RunExchange(kTell, {port, baud}, {command, commandLen}, {&EndOfRead2, timeout_ms}, nullptr);
+}
+
 // Contract: the answer's arguments are ignored.
 int TransProcOnlyWrite(int port, int baud, char* command, int commandLen, char* /*answer*/,
                        int* /*answerLen*/, int timeout_ms) {
   return TransProcOnlySend(port, baud, command, commandLen, timeout_ms);
-}
-
-int TransProcOnlySend(int port, int baud, char* command, int commandLen, int timeout_ms) {
-  return RunExchange(kTell, {port, baud}, {command, commandLen}, {&EndOfRead2, timeout_ms}, nullptr);
 }
 
 int TransProcOnlyRead(int port, int baud, char* answer, int* answerLen, int timeout_ms) {

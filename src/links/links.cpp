@@ -5,8 +5,6 @@
 
 #include <gwq/diag/log.h>
 #include <gwq/links/end_of_read.h>
-#include <gwq/links/serial.h>
-#include <gwq/links/usb_hid.h>
 #include "links/internal/link.h"
 #include "links/internal/link_entries.h"
 

@@ -8,6 +8,7 @@
 #include <gwq/codec/encodings.h>
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
+#include "frame/internal/cancel.h"
 #include "frame/internal/operation.h"
 #include "frame/internal/turn.h"
 #include "screens/internal/screen.h"

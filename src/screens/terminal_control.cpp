@@ -6,6 +6,7 @@
 #include <gwq/diag/log.h>
 #include <gwq/status_codes.h>
 #include "diag/internal/pause.h"
+#include "frame/internal/cancel.h"
 #include "frame/internal/operation.h"
 #include "frame/internal/turn.h"
 #include "screens/internal/screen.h"

@@ -8,6 +8,9 @@ namespace gwq {
 void ClearReadCancel();
 bool ReadCancelRequested();
 
+// The function of transaction.h, for code of the library.
+int CancelRead();
+
 // As CancelRead, but also while a request is set: one made between sending and reading has not
 // reached the link.
 void RepeatReadCancel();
