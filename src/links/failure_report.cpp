@@ -12,6 +12,7 @@
 #include <gwq/status.h>
 #include "diag/internal/failure.h"
 #include "links/internal/device_holder.h"
+#include "links/internal/remedy.h"
 #include "usb_ids.h"
 
 namespace gwq {
@@ -35,8 +36,8 @@ void FormatAdvice(GwqFailure& failure, const char* english, const char* chinese,
 
 // What the status asks for in general.
 void SetRemedy(GwqFailure& failure) {
-  SetAdvice(failure, GwqStatusRemedyOf(failure.function, failure.status, GWQ_ENGLISH),
-            GwqStatusRemedyOf(failure.function, failure.status, GWQ_CHINESE));
+  SetAdvice(failure, RemedyOf(failure.function, failure.status, GWQ_ENGLISH),
+            RemedyOf(failure.function, failure.status, GWQ_CHINESE));
 }
 
 // "1209:0001, 1209:0002"

@@ -14,10 +14,14 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <tuple>
 
 #include <gwq/extra.h>
 #include <gwq/gwq.h>
+#include <gwq/status.h>
+#include "links/internal/remedy.h"
 #include "support/as_user.h"
+#include "support/device_calls.h"
 #include "support/fake_tty.h"
 #include "support/scripted_usb.h"
 #include "support/temp_dir.h"
@@ -293,6 +297,26 @@ TEST_F(FailureTold, FailureThatACallOvercomesIsNotTold) {
   unsigned rating = 0;
   EXPECT_EQ(GWQ_StartEvaluator(0, kBaud, "name", "1", 1, nullptr, 5, &rating), GWQ_OK);
   EXPECT_TRUE(IsZero(LastFailure()));
+}
+
+// The library has a table of its own.
+TEST(Remedy, IsThatOfTheHeaderForEveryStatusAndFunction) {
+  const auto compare = [](const char* function) {
+    for (int status = -420; status <= 3; ++status) {
+      for (const int language : {GWQ_ENGLISH, GWQ_CHINESE}) {
+        EXPECT_STREQ(RemedyOf(function, status, language), GwqStatusRemedyOf(function, status, language))
+            << function << ' ' << status;
+      }
+    }
+  };
+  const auto compare_each = [&compare](const auto&... rows) { (compare(rows.name), ...); };
+  std::apply(compare_each, kTerminalCalls);
+  std::apply(compare_each, kFileCalls);
+  std::apply(compare_each, kTransactionCalls);
+  for (const char* const function :
+       {"GetBase46FromFile", "WriteBase64ToFile", "PN_GetPin GetPinblockShowString", ""}) {
+    compare(function);
+  }
 }
 
 TEST_F(FailureTold, MissingFileWithTheSystemsError) {
