@@ -4,7 +4,7 @@
 
     make_calls.py SOURCE_DIR OUTPUT HEADER...
 
-A function whose declaration lists a failure becomes a Call, which keeps what it failed of for GWQ_GetFailure.
+A function whose declaration lists a failure keeps what it failed of for GWQ_GetFailure.
 """
 import pathlib
 import re
@@ -30,7 +30,8 @@ def function(header, comment, signature, name, parameters):
     inner = f'gwq::{name}({names(parameters)})'
     lines = [f'namespace gwq {{ {signature}; }}', f'{signature} {{']
     if FAILURE.search(comment):
-        lines += [f'  const gwq::Call call("{name}", gwq::CallKind::{kind(header)});', f'  return call.Ended({inner});']
+        lines += ['  gwq::ThreadFailure* const call = gwq::BeginCall();',
+                  f'  return gwq::EndCall(call, "{name}", gwq::CallKind::{kind(header)}, {inner});']
     else:
         lines += [f'  return {inner};']
     return '\n'.join([*lines, '}'])

@@ -138,25 +138,23 @@ int ExchangeFailure::Ended(int result) const {
 
 // A call that a predicate of the host has jumped out of stays recorded, but this one's frame is
 // then not below its frame.
-Call::Call(const char* function, CallKind kind) : thread_(t_failure), function_(function), kind_(kind) {
+ThreadFailure* BeginCall() {
+  ThreadFailure& thread = t_failure;
   const void* const frame = __builtin_frame_address(0);
-  outermost_ = thread_.frame == nullptr || frame >= thread_.frame;
-  if (!outermost_) return;
-  thread_.frame = frame;
-  thread_.Forget();
-  thread_.ForgetPlace();
-  thread_.in_exchange = false;
-  thread_.keeps_note = false;
+  if (thread.frame != nullptr && frame < thread.frame) return nullptr;
+  thread.frame = frame;
+  thread.Forget();
+  thread.ForgetPlace();
+  thread.in_exchange = false;
+  thread.keeps_note = false;
+  return &thread;
 }
 
-int Call::Ended(int result) const {
-  if (!outermost_) return result;
-  thread_.frame = nullptr;
-  if (IsFailure(result, kind_)) {
-    thread_.last = {function_, result, NoteOf(result, thread_, kind_)};
-  } else {
-    thread_.last.function = nullptr;
-  }
+int EndCall(ThreadFailure* call, const char* function, CallKind kind, int result) {
+  if (call == nullptr) return result;
+  call->frame = nullptr;
+  call->last.function = nullptr;
+  if (IsFailure(result, kind)) call->last = {function, result, NoteOf(result, *call, kind)};
   return result;
 }
 

@@ -88,18 +88,10 @@ enum class CallKind {
   kLink     // as kDevice, but for GWQ_LINK_BAD_ARGUMENT
 };
 
-// An exported function, from its beginning to its result. Only a thread's outermost call counts.
-class Call {
- public:
-  Call(const char* function, CallKind kind);
-  // Sees the call's result, and returns it.
-  int Ended(int result) const;
-
- private:
-  ThreadFailure& thread_;
-  const char* function_;
-  CallKind kind_;
-  bool outermost_;
-};
+// An exported function, from its beginning to its result. Only a thread's outermost call counts: it
+// gets the thread's record, and any other one NULL.
+ThreadFailure* BeginCall();
+// Returns the result.
+int EndCall(ThreadFailure* call, const char* function, CallKind kind, int result);
 
 }  // namespace gwq
