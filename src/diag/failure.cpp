@@ -87,16 +87,27 @@ FailureNote NoteOf(int status, const ThreadFailure& thread, CallKind kind) {
   return {.step = StepOfStatus(status), .place = thread.place};
 }
 
+// Apart from their callers, which then save no registers for calls that succeed.
+[[gnu::noinline, gnu::cold]] void KeepFailure(const char* function, CallKind kind, int status,
+                                              ThreadFailure& thread) {
+  thread.last = {function, status, NoteOf(status, thread, kind)};
+}
+
+[[gnu::noinline, gnu::cold]] void NoteExchange(int result, ThreadFailure& thread) {
+  if (!thread.HasNote()) thread.note = {.step = StepOfExchange(result), .place = thread.place};
+}
+
 }  // namespace
 
 const Failure& LastFailure() {
   return t_failure.last;
 }
 
-void SetUsbPlace(const UsbPlace& place) {
+UsbPlace& NewUsbPlace() {
   ThreadFailure& thread = t_failure;
-  thread.place.usb = place;
   thread.place.tty[0] = '\0';
+  thread.place.usb.ports = {};
+  return thread.place.usb;
 }
 
 void SetTty(std::string_view path) {
@@ -126,10 +137,10 @@ ExchangeFailure::ExchangeFailure(ExchangeRole role) : thread_(t_failure), role_(
 }
 
 int ExchangeFailure::Ended(int result) const {
-  if (result == GWQ_OK) {
-    if (role_ == ExchangeRole::kAnswered) thread_.Forget();
-  } else if (!thread_.HasNote()) {
-    thread_.note = {.step = StepOfExchange(result), .place = thread_.place};
+  if (result != GWQ_OK) [[unlikely]] {
+    NoteExchange(result, thread_);
+  } else if (role_ == ExchangeRole::kAnswered) {
+    thread_.Forget();
   }
   thread_.in_exchange = false;
   thread_.keeps_note = false;
@@ -154,7 +165,8 @@ int EndCall(ThreadFailure* call, const char* function, CallKind kind, int result
   if (call == nullptr) return result;
   call->frame = nullptr;
   call->last.function = nullptr;
-  if (IsFailure(result, kind)) call->last = {function, result, NoteOf(result, *call, kind)};
+  if (IsFailure(result, kind)) [[unlikely]]
+    KeepFailure(function, kind, result, *call);
   return result;
 }
 

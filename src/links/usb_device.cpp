@@ -34,12 +34,12 @@ void Log(const char* text, Values... values) {
 
 // The device that this thread's notes are about from here on.
 void NotePlace(libusb_device* device, int vid, int pid) {
-  UsbPlace place{.bus = libusb_get_bus_number(device),
-                 .address = libusb_get_device_address(device),
-                 .vendor = static_cast<std::uint16_t>(vid),
-                 .product = static_cast<std::uint16_t>(pid)};
+  UsbPlace& place = NewUsbPlace();
+  place.bus = libusb_get_bus_number(device);
+  place.address = libusb_get_device_address(device);
+  place.vendor = static_cast<std::uint16_t>(vid);
+  place.product = static_cast<std::uint16_t>(pid);
   libusb_get_port_numbers(device, place.ports.data(), static_cast<int>(place.ports.size() - 1));
-  SetUsbPlace(place);
 }
 
 int NotFound(int error) {

@@ -46,8 +46,8 @@ struct Failure {
 // The calling thread's last failed call.
 const Failure& LastFailure();
 
-// The device that the thread's next notes are about.
-void SetUsbPlace(const UsbPlace& place);
+// The device that the thread's next notes are about; the USB one is to be filled in, its ports are 0.
+UsbPlace& NewUsbPlace();
 void SetTty(std::string_view path);
 
 // Notes a failure for the thread's call. Of one exchange the first note counts, because the others
