@@ -145,6 +145,18 @@ using Paths = std::vector<Path>;
 
 enum class Media { kPictures = 0, kHeadPhotos = 2 };
 
+// Lists the terminals on USB, of both identities: where each is plugged in, whether this user may open
+// it, and which process has it open (GWQ_FindTerminals). Opens none of them. Any thread.
+[[nodiscard]] inline std::vector<GwqTerminalPlace> FindTerminals() {
+  std::vector<GwqTerminalPlace> places(4);
+  while (true) {
+    const std::size_t room = places.size();
+    const int count = GWQ_FindTerminals(places.data(), static_cast<int>(room));
+    places.resize(static_cast<std::size_t>(count));
+    if (places.size() <= room) return places;
+  }
+}
+
 namespace detail {
 
 // What the thread's last call failed of, if that was this one.

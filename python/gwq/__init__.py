@@ -22,10 +22,11 @@ lacks can be called on gwq.native.load(), which is the library itself.
 from ._generated import VERSION as __version__
 from ._generated import StatusCode
 from .errors import Cancelled, Failure, GwqError, NoAnswer, OldSignature, Step, TimedOut
+from .places import TerminalPlace, find_terminals
 from .results import Answer, Name, Rating, Signature
 from .settings import Algorithm, Display, EndRule, PublicKeyType
 from .terminal import Teller, Terminal
 
 __all__ = ["Algorithm", "Answer", "Cancelled", "Display", "EndRule", "Failure", "GwqError", "Name", "NoAnswer",
-           "OldSignature", "PublicKeyType", "Rating", "Signature", "StatusCode", "Step", "Teller", "Terminal", "TimedOut",
-           "__version__"]
+           "OldSignature", "PublicKeyType", "Rating", "Signature", "StatusCode", "Step", "Teller", "Terminal", "TerminalPlace",
+           "TimedOut", "__version__", "find_terminals"]

@@ -40,6 +40,14 @@ class FailureRecord(ctypes.Structure):
                 reserved_text=192)]
 
 
+class PlaceRecord(ctypes.Structure):
+    """struct GwqTerminalPlace."""
+
+    _fields_ = [
+        *((name, ctypes.c_int) for name in ("bus", "address", "vendor", "product", "may_open", "holder")),
+        ("reserved", ctypes.c_int * 10), *_texts(port_path=32, holder_name=32)]
+
+
 _SYSTEM_ERROR = 1
 
 _TYPES: dict[str, Any] = {
@@ -61,7 +69,7 @@ _TYPES: dict[str, Any] = {
     "GwqProgress": ctypes.c_void_p,
     "TransMssionLinux_t*": ctypes.c_void_p,
     "struct GwqFailure*": POINTER(FailureRecord),
-    "struct GwqTerminalPlace*": ctypes.c_void_p,
+    "struct GwqTerminalPlace*": POINTER(PlaceRecord),
 }
 _RESULTS: dict[str, Any] = {**_TYPES, "char*": ctypes.c_char_p, "unsigned char*": ctypes.c_void_p}
 

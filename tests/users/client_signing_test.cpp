@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gwq/gwq.hpp>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <future>
@@ -19,6 +20,7 @@ struct Library {
   std::function<int()> cancel = [] { return GWQ_OK; };
   std::vector<std::string> calls;
   GwqFailure failure{};
+  int terminals = 0;
 };
 
 Library library;
@@ -28,6 +30,11 @@ Library library;
 int GWQ_GetFailure(GwqFailure* failure) {
   *failure = library.failure;
   return GWQ_OK;
+}
+
+int GWQ_FindTerminals(GwqTerminalPlace* places, int room) {
+  for (int i = 0; i < std::min(library.terminals, room); ++i) places[i].address = i + 2;
+  return library.terminals;
 }
 
 int MP_SignPDF(void* /*ignored*/, const char* /*link*/, int /*baud*/, int /*timeout*/,
@@ -75,6 +82,15 @@ class ClientSigning : public testing::Test {
 
   TempDir dir_;
 };
+
+TEST_F(ClientSigning, FindsHoweverManyTerminalsThereAre) {
+  for (const int count : {0, 1, 4, 5, 30}) {
+    library.terminals = count;
+    const std::vector<GwqTerminalPlace> places = gwq::client::FindTerminals();
+    ASSERT_EQ(places.size(), static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) EXPECT_EQ(places[static_cast<std::size_t>(i)].address, i + 2);
+  }
+}
 
 constexpr char kHeld[] = "The device is held by process 4711 (other): end it, and call again.";
 

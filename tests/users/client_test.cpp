@@ -109,6 +109,15 @@ TEST(Client, TellsWhatACallFailedOf) {
   }
 }
 
+TEST(Client, FindsTheTerminalWithoutOpeningIt) {
+  const std::vector<GwqTerminalPlace> places = gwq::client::FindTerminals();
+  ASSERT_EQ(places.size(), 1U);
+  EXPECT_EQ(places[0].vendor, 0x1209);
+  EXPECT_EQ(places[0].may_open, 1);
+  EXPECT_EQ(places[0].holder, 0);
+  EXPECT_THAT(places[0].port_path, StartsWith(std::to_string(places[0].bus) + "-"));
+}
+
 TEST(Client, TellsWhatAStatusMeans) {
   const Error error("MP_ShowPDF", GWQ_NO_FILE);
   EXPECT_STREQ(error.what(), "MP_ShowPDF: A document does not exist on this host. (GWQ_NO_FILE, status -15)");

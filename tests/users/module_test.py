@@ -191,6 +191,28 @@ class Failing(WithLibrary):
             self.assertNotIn('4711', str(error))
 
 
+class Finding(WithLibrary):
+    @staticmethod
+    def of(count):
+        """A library that sees so many terminals."""
+        def find(places, room):
+            for number in range(min(count, room)):
+                places[number].bus, places[number].address, places[number].may_open = 1, number + 2, number % 2
+                places[number].port_path, places[number].holder_name = f'1-{number + 1}'.encode(), b'caf\xe9'
+            return count
+        library = Library()
+        library.GWQ_FindTerminals = find
+        return mock.patch('gwq.places.load', lambda: library)
+
+    def test_tells_where_each_terminal_is(self):
+        for count in (0, 1, 4, 5, 30):
+            with self.of(count):
+                places = gwq.find_terminals()
+            self.assertEqual([p.port_path for p in places], [f'1-{n + 1}' for n in range(count)])
+            self.assertEqual([p.may_open for p in places], [n % 2 == 1 for n in range(count)])
+            self.assertTrue(all(p.holder_name == 'caf\ufffd' for p in places))
+
+
 class Cancelling(WithLibrary):
     def test_does_not_ask_for_the_close_commands_answer(self):
         library = Library()

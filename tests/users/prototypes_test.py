@@ -17,7 +17,7 @@ with open(sys.argv.pop(1), encoding='utf-8') as file:
 VALUES = {'int': ctypes.c_int, 'unsigned int': ctypes.c_uint, 'char': ctypes.c_char, 'unsigned char': ctypes.c_ubyte}
 POINTERS = {'int': POINTER(ctypes.c_int), 'unsigned int': POINTER(ctypes.c_uint), 'unsigned short': POINTER(ctypes.c_ushort),
             'char': native.Buffer, 'unsigned char': native.Buffer, 'void': ctypes.c_void_p, 'TransMssionLinux_t': ctypes.c_void_p,
-            'struct GwqFailure': POINTER(native.FailureRecord), 'struct GwqTerminalPlace': ctypes.c_void_p}
+            'struct GwqFailure': POINTER(native.FailureRecord), 'struct GwqTerminalPlace': POINTER(native.PlaceRecord)}
 
 
 def type_of(text):
@@ -35,6 +35,14 @@ def types_of(signature):
     return [type_of(name) for name in names if name != '...']
 
 
+def sizes_in_header(struct):
+    """The size of each field, in order."""
+    header = (ROOT / 'src' / 'extra.h').read_text(encoding='utf-8')
+    body = re.search(rf'struct {struct} \{{(.*?)\n\}};', header, re.DOTALL)[1]
+    fields = re.findall(r'^ *(int|char) (\w+)((?:\[\d+\])*);', body, re.MULTILINE)
+    return {name: (4 if kind == 'int' else 1) * math.prod(map(int, re.findall(r'\d+', rooms))) for kind, name, rooms in fields}
+
+
 class Prototypes(unittest.TestCase):
     def test_are_those_of_the_headers(self):
         self.assertGreaterEqual(len(INTERFACE), 200)
@@ -44,16 +52,16 @@ class Prototypes(unittest.TestCase):
                 self.assertEqual(arguments, types_of(INTERFACE[name]))
 
     def test_of_the_failure_is_the_headers_struct(self):
-        header = (ROOT / 'src' / 'extra.h').read_text(encoding='utf-8')
-        body = re.search(r'struct GwqFailure \{(.*?)\n\};', header, re.DOTALL)[1]
-        fields = re.findall(r'^ *(int|char) (\w+)((?:\[\d+\])*);', body, re.MULTILINE)
-        sizes = {name: (4 if kind == 'int' else 1) * math.prod(map(int, re.findall(r'\d+', rooms)))
-                 for kind, name, rooms in fields}
+        sizes = sizes_in_header('GwqFailure')
         sizes['advice'], advice_zh = sizes['advice'] // 2, sizes['advice'] // 2
         record = {name: ctypes.sizeof(kind) for name, kind in native.FailureRecord._fields_}
         self.assertEqual(record.pop('advice_zh'), advice_zh)
         self.assertEqual(record, sizes)
         self.assertEqual(list(record), list(sizes))
+
+    def test_of_the_place_is_the_headers_struct(self):
+        record = [(name, ctypes.sizeof(kind)) for name, kind in native.PlaceRecord._fields_]
+        self.assertEqual(record, list(sizes_in_header('GwqTerminalPlace').items()))
 
     def test_are_set_on_the_library(self):
         library = native.load()

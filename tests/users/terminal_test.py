@@ -11,7 +11,7 @@ import threading
 import unittest
 
 from gwq import (Algorithm, Answer, Cancelled, Display, EndRule, GwqError, NoAnswer, OldSignature, PublicKeyType, Rating, Step,
-                 Teller, Terminal, TimedOut)
+                 Teller, Terminal, TimedOut, find_terminals)
 
 FILES = pathlib.Path(sys.argv.pop(1))
 PAPER = FILES / 'agreement.pdf'
@@ -140,6 +140,11 @@ class Agreeable(unittest.TestCase):
         self.assertEqual((failure.step, failure.error, failure.is_system_error), (Step.LOCAL_FILE, errno.ENOENT, True))
         self.assertTrue(str(caught.exception).endswith(failure.advice))
         self.assertTrue(failure.advice_zh.startswith('本机文件无法使用'))
+
+    def test_is_found_without_being_opened(self):
+        place, = find_terminals()
+        self.assertEqual((place.vendor, place.may_open, place.holder, place.holder_name), (0x1209, True, 0, ''))
+        self.assertTrue(place.port_path.startswith(f'{place.bus}-'), place)
 
     def test_refuses_what_the_library_would_cut(self):
         for call, argument in ((self.terminal.show_html, 'a\0b'), (self.terminal.show_documents, '/a|b.pdf'),
