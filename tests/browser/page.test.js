@@ -609,7 +609,7 @@ test("messages are as types.d.ts says", () => {
   assert.deepEqual(typesOf(messages.heard), ["entry", "files", "link", "screen", "trace", "unit"]);
   assert.deepEqual(typesOf(messages.said), ["act", "faults", "plug", "press"]);
   const { status, stdout } = spawnSync(join(here, "node_modules/.bin/tsc"),
-    ["--strict", "--noEmit", "--target", "ES2022", "--module", "ES2022", "--moduleResolution", "bundler", file],
+    ["--strict", "--noEmit", "--target", "ES2022", "--module", "ES2022", "--moduleResolution", "bundler", "--allowJs", file],
     { encoding: "utf8" });
   assert.equal(status, 0, stdout);
 });
