@@ -18,7 +18,7 @@ constexpr std::size_t kMaxMessage = 65536;
 // As in /proc/PID/environ.
 std::string ReadyMessage(const Variables& variables) {
   std::string message = "ready";
-  for (const auto& [name, value] : variables) message += '\0' + name + "=" + value;
+  for (const auto& [name, value] : variables) message.append(1, '\0').append(name).append("=").append(value);
   return message;
 }
 

@@ -116,6 +116,15 @@ TEST_F(EventLoopTest, asks_again_for_deadlines_when_another_thread_wakes_it) {
   EXPECT_EQ(waits, 2);
 }
 
+TEST_F(EventLoopTest, runs_no_longer_than_it_may) {
+  const Time begin = clock_.Now();
+  EXPECT_FALSE(loop_.RunFor(clock_, Time{20}));
+  EXPECT_GE(clock_.Now() - begin, Time{20});
+  const auto watch = loop_.OnReady(pipe_.out.Get(), [this](unsigned) { loop_.Stop(); });
+  pipe_.Write();
+  EXPECT_TRUE(loop_.RunFor(clock_, Time{10'000}));
+}
+
 TEST_F(EventLoopTest, throws_what_an_action_throws) {
   const auto watch = loop_.OnReady(pipe_.out.Get(), [](unsigned) { throw std::runtime_error("gone"); });
   pipe_.Write();
