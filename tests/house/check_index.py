@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """The index of the guides, README.md, links to each of the other pages once, with a line about it: check_index.py FOLDER"""
+from __future__ import annotations
+
 import pathlib
 import re
-import sys
+from collections.abc import Iterator
+
+from folder_check import main
 
 ENTRY = re.compile(r'^- \[[^\]]+\]\(([\w.-]+\.md)\): \S', re.MULTILINE)
 
 
-def problems(folder):
+def problems(folder: pathlib.Path) -> Iterator[str]:
     """What is wrong, a line each."""
     entries = ENTRY.findall((folder / 'README.md').read_text(encoding='utf-8'))
     pages = {page.name for page in folder.glob('*.md')} - {'README.md'}
@@ -18,11 +22,5 @@ def problems(folder):
         yield 'there are no pages'
 
 
-def main(folder):
-    found = list(problems(pathlib.Path(folder)))
-    print('\n'.join(found) or 'every page is in the index')
-    return 1 if found else 0
-
-
 if __name__ == '__main__':
-    sys.exit(main(sys.argv[1]))
+    main(problems, 'every page is in the index')

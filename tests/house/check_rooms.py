@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """The table of rooms in a folder's README.md names the folders that are there, and no others: check_rooms.py FOLDER"""
+from __future__ import annotations
+
 import pathlib
 import re
-import sys
+from collections.abc import Iterator
+
+from folder_check import main
 
 ROW = re.compile(r'^\| `(\w+)/` \| (.*) \|$', re.MULTILINE)
 
 
-def problems(folder):
+def problems(folder: pathlib.Path) -> Iterator[str]:
     """What is wrong, a line each."""
     rows = ROW.findall((folder / 'README.md').read_text(encoding='utf-8'))
     described = {name for name, text in rows if text.strip()}
@@ -19,11 +23,5 @@ def problems(folder):
         yield 'README.md has no table of rooms'
 
 
-def main(folder):
-    found = list(problems(pathlib.Path(folder)))
-    print('\n'.join(found) or 'every room is described')
-    return 1 if found else 0
-
-
 if __name__ == '__main__':
-    sys.exit(main(sys.argv[1]))
+    main(problems, 'every room is described')
