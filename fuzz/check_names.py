@@ -12,7 +12,7 @@ ELSEWHERE = set(
 
 
 def main() -> None:
-    exports = {re.match(r"\w+", line).group() for line in pathlib.Path(sys.argv[1]).read_text().splitlines() if line}
+    exports = set(re.findall(r"^\w+", pathlib.Path(sys.argv[1]).read_text(), re.MULTILINE))
     sources = " ".join(pathlib.Path(path).read_text() for path in sys.argv[2:])
     missing = sorted(exports - ELSEWHERE - set(re.findall(r"\w+", sources)))
     missing = [name for name in missing if not name.startswith("cJSON_")]  # Debian's own

@@ -3,6 +3,8 @@
 """Writes the guides' page of gwq-terminal's options from what its --help says: make_options_page.py PROGRAM PAGE [--check]
 
 With --check it writes nothing and fails if the page is another one."""
+from __future__ import annotations
+
 import pathlib
 import re
 import sys
@@ -19,23 +21,23 @@ KINDS = {'Positionals': 'Argument', 'Options': 'Option'}
 OF_THE_BUILD = re.compile(r'=[0-9a-f]{4}:[0-9a-f]{4}\b')  # the default identity
 
 
-def cell(text):
+def cell(text: str) -> str:
     return text.replace('|', '\\|').replace('<', '&lt;')
 
 
-def table(kind, found):
+def table(kind: str, found: list[list[str]]) -> str:
     rows = [f'| `{OF_THE_BUILD.sub("", what).replace("|", chr(92) + "|")}` | {cell(meaning)} |' for what, meaning in found
             if not what.startswith('-h,')]
     return f'| {kind} | |\n|---|---|\n' + '\n'.join(rows) + '\n' if rows else ''
 
 
-def prose(block):
+def prose(block: str) -> str:
     if block.startswith('  '):
         return f'```sh\n{textwrap.dedent(block)}\n```\n'
     return re.sub(r'(?<![\w/])docs/(\w+)\.md', r'[\1.md](\1.md)', block) + '\n'
 
 
-def subcommand(program, name):
+def subcommand(program: str, name: str) -> str:
     head, lists, foot = parts(help_of(program, name))
     usage, purpose = usage_and_purpose(head)
     tables = [table(kind, entries(lists[title])) for title, kind in KINDS.items() if title in lists]
@@ -43,12 +45,12 @@ def subcommand(program, name):
     return '\n'.join(part for part in sections if part)
 
 
-def page(program):
+def page(program: str) -> str:
     _, lists, _ = parts(help_of(program))
     return '\n'.join([HEAD, *(subcommand(program, name) for name, _ in entries(lists['Subcommands']))])
 
 
-def main(program, output, *check):
+def main(program: str, output: str, *check: str) -> None:
     path = pathlib.Path(output)
     if check != ('--check',):
         path.write_text(page(program), encoding='utf-8')

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Builds the module's wheel and source archive by the standard library alone, so that `pip install` needs neither an
 index nor a package for building (PEP 517, PEP 660)."""
+from __future__ import annotations
 
 import base64
 import hashlib
@@ -9,34 +10,42 @@ import pathlib
 import re
 import tarfile
 import zipfile
+from typing import Any, Optional
 
 HERE = pathlib.Path(__file__).resolve().parent
+Settings = Optional[dict[str, Any]]  # of the caller; none means anything here
+
 LONG_AGO = (1980, 1, 1, 0, 0, 0)  # so that the same source gives the same wheel
 
 
-def _project(field):
-    text = (HERE / "pyproject.toml").read_text(encoding="utf-8")
-    return re.search(rf'^{field} = "(.*)"$', text, re.MULTILINE)[1]
+def _field(pattern: str, file: str) -> str:
+    found = re.search(pattern, (HERE / file).read_text(encoding="utf-8"), re.MULTILINE)
+    assert found, f"{file} has no {pattern}"
+    return found[1]
 
 
-def _version():
-    return re.search(r'^VERSION = "(.*)"$', (HERE / "gwq/_generated.py").read_text(encoding="utf-8"), re.MULTILINE)[1]
+def _project(field: str) -> str:
+    return _field(rf'^{field} = "(.*)"$', "pyproject.toml")
 
 
-def _name():
+def _version() -> str:
+    return _field(r'^VERSION = "(.*)"$', "gwq/_generated.py")
+
+
+def _name() -> str:
     return f'{_project("name")}-{_version()}'
 
 
-def _metadata():
+def _metadata() -> str:
     return (f'Metadata-Version: 2.1\nName: {_project("name")}\nVersion: {_version()}\nSummary: {_project("description")}\n'
             f'License: MIT\nRequires-Python: {_project("requires-python")}\n')
 
 
-def _module_files():
+def _module_files() -> list[pathlib.Path]:
     return sorted(path for path in (HERE / "gwq").iterdir() if path.suffix in (".py", ".typed"))
 
 
-def _wheel(directory, contents):
+def _wheel(directory: str, contents: dict[str, bytes]) -> str:
     info = f"{_name()}.dist-info"
     contents = dict(contents)
     contents[f"{info}/METADATA"] = _metadata().encode()
@@ -56,19 +65,19 @@ def _wheel(directory, contents):
     return wheel
 
 
-def _digest(content):
+def _digest(content: bytes) -> str:
     return base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()
 
 
-def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+def build_wheel(wheel_directory: str, config_settings: Settings = None, metadata_directory: str | None = None) -> str:
     return _wheel(wheel_directory, {f"gwq/{path.name}": path.read_bytes() for path in _module_files()})
 
 
-def build_editable(wheel_directory, config_settings=None, metadata_directory=None):
+def build_editable(wheel_directory: str, config_settings: Settings = None, metadata_directory: str | None = None) -> str:
     return _wheel(wheel_directory, {"gwq.pth": f"{HERE}\n".encode()})
 
 
-def build_sdist(sdist_directory, config_settings=None):
+def build_sdist(sdist_directory: str, config_settings: Settings = None) -> str:
     archive_name = f"{_name()}.tar.gz"
     with tarfile.open(pathlib.Path(sdist_directory) / archive_name, "w:gz") as archive:
         for path in (*_module_files(), HERE / "pyproject.toml", HERE / "gwq_build.py"):

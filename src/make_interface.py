@@ -8,10 +8,14 @@
 
 make_interface.py VERSION SOURCE_DIR OUTPUT_DIR HEADER...
 """
+from __future__ import annotations
+
 import json
 import pathlib
 import re
 import sys
+from collections.abc import Iterator
+from typing import Any
 
 sys.dont_write_bytecode = True  # the script runs in the source tree
 import status_texts  # noqa: E402
@@ -24,12 +28,15 @@ FUNCTION = re.compile(r'(?P<result>[^()]*?\W)(?P<name>\w+) ?\((?P<parameters>.*)
 DATUM = re.compile(r'extern [^()]*?\W(?P<name>\w+)(\[\w*\])*')
 
 
-def symbol_type(parameter):
+Row = dict[str, Any]  # of interface.json
+
+
+def symbol_type(parameter: str) -> str:
     """'const char* in' to 'char const*', as symbols are written."""
     return re.sub(r'^const (\w+)', r'\1 const', re.sub(r'\s*\b\w+$', '', parameter.strip()))
 
 
-def entry(header, text, has_c_linkage):
+def entry(header: str, text: str, has_c_linkage: bool) -> Row:
     signature = ' '.join(ATTRIBUTE.sub('', text).split())
     function = FUNCTION.fullmatch(signature)
     match = function or DATUM.fullmatch(signature)
@@ -37,7 +44,7 @@ def entry(header, text, has_c_linkage):
         sys.exit(f'{header}: neither a function nor a datum: {signature}')
     name = match['name']
     symbol = name
-    if not has_c_linkage:
+    if function and not has_c_linkage:
         symbol += '(' + ', '.join(symbol_type(p) for p in function['parameters'].split(',')) + ')'
     return {
         'name': name,
@@ -50,18 +57,18 @@ def entry(header, text, has_c_linkage):
     }
 
 
-def entries(source_dir, header):
+def entries(source_dir: pathlib.Path, header: str) -> Iterator[Row]:
     text = PREPROCESSOR.sub('', COMMENT.sub(' ', (source_dir / header).read_text(encoding='utf-8')))
     c_end = text.find('GWQ_C_END')
     for match in DECLARATION.finditer(text):
         yield entry(header, match[1], match.start() < c_end)
 
 
-def in_languages(texts):
+def in_languages(texts: tuple[str, ...]) -> dict[str, str]:
     return dict(zip(('en', 'zh'), texts))
 
 
-def texts(source_dir):
+def texts(source_dir: pathlib.Path) -> Iterator[tuple[str, Row]]:
     """Yields (list, row): the texts of each status, and those that replace them for some functions."""
     for status, name, cause, remedy in status_texts.general(source_dir):
         yield 'statuses', {'status': status, 'name': name, 'cause': in_languages(cause), 'remedy': in_languages(remedy)}
@@ -70,20 +77,20 @@ def texts(source_dir):
                                     'remedy': in_languages(remedy)}
 
 
-def listed(entries):
+def listed(entries: list[Row]) -> str:
     return ',\n'.join('  ' + json.dumps(e, ensure_ascii=False) for e in entries)
 
 
-def version_script(exports):
+def version_script(exports: list[Row]) -> str:
     """Exports cJSON's functions by pattern, because libcjson's version decides which there are."""
     plain = ''.join(f'    {e["symbol"]};\n' for e in exports if e['linkage'] == 'C')
     cxx = ''.join(f'      "{e["symbol"]}";\n' for e in exports if e['linkage'] != 'C')
     return f'{{\n  global:\n{plain}    cJSON_*;\n    extern "C++" {{\n{cxx}    }};\n  local:\n    *;\n}};\n'
 
 
-def main(version, source_dir, output_dir, *headers):
+def main(version: str, source_dir: str, output_dir: str, *headers: str) -> None:
     source = pathlib.Path(source_dir)
-    lists = {'exports': sorted((e for h in headers for e in entries(source, h)), key=lambda e: e['symbol'])}
+    lists = {'exports': sorted((e for h in headers for e in entries(source, h)), key=lambda e: str(e['symbol']))}
     for name, row in texts(source):
         lists.setdefault(name, []).append(row)
     soname = 'libgwq.so.' + version.split('.')[0]

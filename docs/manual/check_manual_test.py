@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
+from __future__ import annotations
+
 import unittest
 import xml.etree.ElementTree as ElementTree
+from collections.abc import Sequence
 
 from check_manual import missing
 
@@ -13,7 +16,8 @@ RETURN = '<simplesect kind="return"/>'
 SINCE = '<simplesect kind="since"/>'
 
 
-def lacks(sections, parameters=(), result='<ref>GWQ_API</ref> int', kind='function'):
+def lacks(sections: str, parameters: Sequence[str] = (), result: str = '<ref>GWQ_API</ref> int',
+          kind: str = 'function') -> list[str]:
     params = ''.join(f'<param><type>int</type><declname>{name}</declname></param>' for name in parameters)
     return list(missing(ElementTree.fromstring(
         f'<memberdef kind="{kind}"><type>{result}</type><name>PN_SetX</name>{params}'
@@ -21,25 +25,25 @@ def lacks(sections, parameters=(), result='<ref>GWQ_API</ref> int', kind='functi
 
 
 class MissingTest(unittest.TestCase):
-    def test_a_whole_comment_lacks_nothing(self):
+    def test_a_whole_comment_lacks_nothing(self) -> None:
         self.assertEqual(lacks(PARAMETER.format('a') + RESULT + SINCE, ['a']), [])
 
-    def test_each_argument_is_described_under_its_name(self):
+    def test_each_argument_is_described_under_its_name(self) -> None:
         self.assertEqual(lacks(PARAMETER.format('a') + RESULT + SINCE, ['a', 'b']), ['@param b'])
         self.assertEqual(lacks(PARAMETER.format('c') + RESULT + SINCE, ['a']), ['@param a'])
 
-    def test_a_result_is_described_by_its_statuses_or_in_words(self):
+    def test_a_result_is_described_by_its_statuses_or_in_words(self) -> None:
         self.assertEqual(lacks(SINCE), ['@retval or @return'])
         self.assertEqual(lacks(RETURN + SINCE), [])
 
-    def test_what_returns_nothing_describes_no_result(self):
+    def test_what_returns_nothing_describes_no_result(self) -> None:
         self.assertEqual(lacks(SINCE, result='void'), [])
         self.assertEqual(lacks(SINCE, result='void *'), ['@retval or @return'])
 
-    def test_the_version_that_brought_it_is_named(self):
+    def test_the_version_that_brought_it_is_named(self) -> None:
         self.assertEqual(lacks(RESULT), ['@since'])
 
-    def test_a_datum_only_has_to_name_its_version(self):
+    def test_a_datum_only_has_to_name_its_version(self) -> None:
         self.assertEqual(lacks(SINCE, kind='variable'), [])
         self.assertEqual(lacks('', kind='variable'), ['@since'])
 

@@ -4,6 +4,8 @@
 
 make_cjson_exports.py CJSON_H OUTPUT_NAMES OUTPUT_FUNCTIONS
 """
+from __future__ import annotations
+
 import pathlib
 import re
 import sys
@@ -11,20 +13,21 @@ import sys
 DECLARATION = re.compile(r'^CJSON_PUBLIC\((?P<result>[^()]*)\)\s*(?P<name>\w+)\((?P<parameters>[^()]*)\);', re.MULTILINE)
 
 
-def parameter_names(parameters):
+def parameter_names(parameters: str) -> list[str]:
     if parameters.strip() == 'void':
         return []
-    return [re.search(r'(\w+)\s*(\[\w*\])?\s*$', parameter)[1] for parameter in parameters.split(',')]
+    named = (re.search(r'(\w+)\s*(\[\w*\])?\s*$', parameter) for parameter in parameters.split(','))
+    return [match[1] for match in named if match]
 
 
-def function(match):
+def function(match: re.Match[str]) -> str:
     name = match['name']
     arguments = ''.join(f', {argument}' for argument in parameter_names(match['parameters']))
     return (f'CJSON_PUBLIC({match["result"]}) {name}({" ".join(match["parameters"].split())}) {{\n'
             f'  return gwq::CallCjson(gwq::CjsonFunction::k_{name}, &{name}{arguments});\n}}\n')
 
 
-def main(header, names_path, functions_path):
+def main(header: str, names_path: str, functions_path: str) -> None:
     declared = list(DECLARATION.finditer(pathlib.Path(header).read_text(encoding='utf-8')))
     if not declared:
         sys.exit(f'{header} declares no functions')

@@ -8,6 +8,8 @@ A room includes rooms before it in ROOMS, and a header outside the rooms include
 The terminal's rooms are ordered in TERMINAL_ROOMS in the same way. Who includes the whole device uses it. The terminal shares
 nothing with the library but the generated USB identities, usb_ids.h.
 """
+from __future__ import annotations
+
 import pathlib
 import re
 import sys
@@ -24,7 +26,7 @@ UMBRELLAS = {'gwq.h', 'gwq.hpp'}
 INCLUDE = re.compile(r'^#include ([<"])([^">]+)[">]', re.MULTILINE)
 
 
-def wrong(source, path, mark, included):
+def wrong(source: pathlib.Path, path: pathlib.Path, mark: str, included: str) -> str | None:
     """What is wrong with one include of the library's, or None."""
     name = included.removeprefix('gwq/')
     ours = included.startswith('gwq/') or (mark == '"' and (source / name).exists())
@@ -43,7 +45,7 @@ def wrong(source, path, mark, included):
     return None if ROOMS.index(other) <= ROOMS.index(room) else f'{room} may not include {other}'
 
 
-def wrong_in_terminal(source, path, mark, included):
+def wrong_in_terminal(source: pathlib.Path, path: pathlib.Path, mark: str, included: str) -> str | None:
     """What is wrong with one include of the terminal's, or None."""
     room, other = path.parts[0], included.split('/')[0]
     if other in TERMINAL_ROOMS and mark == '"':
@@ -55,12 +57,12 @@ def wrong_in_terminal(source, path, mark, included):
     return 'not in a room' if mark == '"' and included not in TERMINAL_GENERATED else None
 
 
-def needs_no_device(text):
+def needs_no_device(text: str) -> bool:
     """True when a file of the terminal's includes the whole device and does not name it."""
     return f'"{DEVICE}"' in text and not USES_DEVICE.search(COMMENT.sub('', text).replace(DEVICE, ''))
 
 
-def main(root):
+def main(root: str) -> int:
     source = pathlib.Path(root) / 'src'
     found, checked = [], 0
     for path in sorted(p for p in source.rglob('*') if p.suffix in ('.h', '.hpp', '.cpp') and p.name != 'make_gbk_tables.cpp'):

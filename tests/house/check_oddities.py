@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Checks that docs/oddities.md lists each source file with a "Contract:" tag, and no other: check_oddities.py ROOT"""
+from __future__ import annotations
+
 import pathlib
 import re
 import sys
 
 
-def listed(page):
+def listed(page: str) -> set[str]:
     """The files of a page's tables, as "room/name"."""
-    found, room = set(), None
+    found: set[str] = set()
+    room = None
     for line in page.split('\n'):
         if line.startswith('## '):
             room = line[3:]
@@ -17,7 +20,7 @@ def listed(page):
     return found
 
 
-def main(root):
+def main(root: str) -> int:
     source = pathlib.Path(root) / 'src'
     tagged = {str(p.relative_to(source)) for p in source.glob('*/**/*') if p.suffix in ('.h', '.cpp')
               and 'Contract:' in p.read_text(encoding='utf-8')}

@@ -5,10 +5,13 @@
 Each names its licence in one of its first three lines. No comment of C or C++ is wider than clang-format's limit, which does not
 apply to comments; drawings may be.
 """
+from __future__ import annotations
+
 import pathlib
 import re
 import subprocess
 import sys
+from collections.abc import Iterator
 
 LICENCE = re.compile(r'SPDX-License-Identifier: MIT(?: \*/| -->)?$')
 SOURCES = {'.c', '.h', '.cpp', '.hpp', '.py', '.sh', '.js', '.java', '.cmake'}
@@ -18,7 +21,7 @@ COMMENT = re.compile(r'\s*(//|/?\*)')
 DRAWING = re.compile(r'\S {2,}\S')
 
 
-def problems(path, text):
+def problems(path: pathlib.Path, text: str) -> Iterator[str]:
     """What is wrong with one file, a line each."""
     lines = text.split('\n')
     if not any(LICENCE.search(line) for line in lines[:3]):
@@ -29,13 +32,13 @@ def problems(path, text):
                 yield f'{path}:{number}: {len(line)} columns'
 
 
-def is_source(root, path):
+def is_source(root: pathlib.Path, path: pathlib.Path) -> bool:
     if path.suffix in SOURCES or path.name == 'CMakeLists.txt':
         return True
     return path.suffix == '' and (root / path).open('rb').read(2) == b'#!'
 
 
-def main(root):
+def main(root: pathlib.Path) -> int:
     names = subprocess.run(['git', '-C', root, 'ls-files', '-z'], check=True, capture_output=True, text=True).stdout
     paths = [p for p in map(pathlib.Path, names.rstrip('\0').split('\0')) if is_source(root, p)]
     found = [p for path in paths for p in problems(path, (root / path).read_text(encoding='utf-8'))]
