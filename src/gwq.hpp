@@ -7,7 +7,8 @@
 // Terminal is a value that can be copied. One thread at a time calls, except Cancel.
 //
 // When the customer cancels a signature, a payment or a PIN, the call throws an Error that is
-// cancelled(); when the time runs out there, one that is timed_out(). Questions return the key;
+// cancelled(); when the time runs out there, one that is timed_out(). A terminal that refuses or
+// fails before that is no_answer(): the library has one status for both. Questions return the key;
 // each call says what it means.
 //
 // Everything here is compiled into the program that includes it. Text is UTF-8. A text with a zero
@@ -49,8 +50,9 @@ namespace gwq::client {
 // A function of the library returned anything but success.
 class Error : public std::runtime_error {
  public:
-  Error(const char* call, int status, const GwqFailure& failure = {})
-      : Error(call, status, GwqStatusCauseOf(call, status, GWQ_ENGLISH), failure) {}
+  // `time_is_over`: the call lasted as long as the customer had time.
+  Error(const char* call, int status, bool time_is_over = false, const GwqFailure& failure = {})
+      : Error(call, status, Cause(call, status, time_is_over, GWQ_ENGLISH), time_is_over, failure) {}
 
   // See enum GwqStatus; a positive one is the PIN pad's own status word.
   [[nodiscard]] int status() const noexcept { return status_; }
@@ -59,18 +61,16 @@ class Error : public std::runtime_error {
   // The customer pressed Cancel (the PIN pad's refusal 1 counts as that), or Terminal::Cancel ended
   // the call.
   [[nodiscard]] bool cancelled() const noexcept {
-    return status_ == GWQ_CANCELLED || (IsPinEntry() && status_ == GWQ_PIN_REFUSAL_1);
+    return status_ == GWQ_CANCELLED || (IsPinEntry(call_) && status_ == GWQ_PIN_REFUSAL_1);
   }
-  // The customer's time ran out.
-  [[nodiscard]] bool timed_out() const noexcept {
-    constexpr std::array<std::string_view, 4> kTell = {"MP_CheckOut_All", "MP_ConfirmPDF", "MP_SignPDF",
-                                                       "MP_SignPDF_Voice"};
-    if (IsPinEntry()) return status_ == GWQ_NO_ANSWER || status_ == GWQ_READ_FAILED;
-    return status_ == GWQ_NO_ANSWER && std::find(kTell.begin(), kTell.end(), call_) != kTell.end();
-  }
+  // The customer's time ran out: the status may mean that, and the call lasted so long.
+  [[nodiscard]] bool timed_out() const noexcept { return time_is_over_ && MayBeTimeOut(call_, status_); }
+  // The terminal refused, answered nothing or could not store a file, while the customer still had
+  // time or had nothing to do.
+  [[nodiscard]] bool no_answer() const noexcept { return status_ == GWQ_NO_ANSWER && !timed_out(); }
   // What the status means for this function, and what to do about it.
   [[nodiscard]] const char* cause(GwqLanguage language = GWQ_ENGLISH) const noexcept {
-    return GwqStatusCauseOf(call_.c_str(), status_, language);
+    return Cause(call_.c_str(), status_, time_is_over_, language);
   }
   [[nodiscard]] const char* remedy(GwqLanguage language = GWQ_ENGLISH) const noexcept {
     return GwqStatusRemedyOf(call_.c_str(), status_, language);
@@ -85,11 +85,12 @@ class Error : public std::runtime_error {
   }
 
  protected:
-  Error(const char* call, int status, const std::string& cause, const GwqFailure& failure)
+  Error(const char* call, int status, const std::string& cause, bool time_is_over, const GwqFailure& failure)
       : std::runtime_error(std::string(call).append(": ").append(cause) + " (" + GwqStatusName(status) +
                            ", status " + std::to_string(status) + ")" + Sentence(call, status, failure)),
         call_(call),
         status_(status),
+        time_is_over_(time_is_over),
         failure_(std::make_shared<const GwqFailure>(failure)) {}
 
  private:
@@ -99,10 +100,23 @@ class Error : public std::runtime_error {
         *advice != '\0' && std::string_view(advice) != GwqStatusRemedyOf(call, status, GWQ_ENGLISH);
     return new_to_caller ? std::string(" ").append(advice) : std::string();
   }
-  [[nodiscard]] bool IsPinEntry() const noexcept { return call_ == "PN_GetPinBlockShowString"; }
+  static bool IsPinEntry(std::string_view call) noexcept { return call == "PN_GetPinBlockShowString"; }
+  // What the library returns both when the customer's time runs out and when an exchange fails earlier.
+  static bool MayBeTimeOut(std::string_view call, int status) noexcept {
+    constexpr std::array<std::string_view, 4> kTell = {"MP_CheckOut_All", "MP_ConfirmPDF", "MP_SignPDF",
+                                                       "MP_SignPDF_Voice"};
+    if (IsPinEntry(call)) return status == GWQ_NO_ANSWER || status == GWQ_READ_FAILED;
+    return status == GWQ_NO_ANSWER && std::find(kTell.begin(), kTell.end(), call) != kTell.end();
+  }
+  static const char* Cause(const char* call, int status, bool time_is_over, GwqLanguage language) noexcept {
+    if (time_is_over || !MayBeTimeOut(call, status)) return GwqStatusCauseOf(call, status, language);
+    return language == GWQ_ENGLISH ? "The terminal refused or failed before the customer's time was over."
+                                   : "在客户操作时间结束之前，终端拒绝或失败。";
+  }
 
   std::string call_;
   int status_;
+  bool time_is_over_;
   std::shared_ptr<const GwqFailure> failure_;  // shared, so that copies of an exception do not throw
 };
 
@@ -111,7 +125,7 @@ class OldSignature : public Error {
  public:
   explicit OldSignature(const char* call)
       : Error(call, GWQ_REFUSED,
-              "The terminal kept silent and gave back the signature that it had given before.",
+              "The terminal kept silent and gave back the signature that it had given before.", true,
               GwqFailure{}) {}
 };
 
@@ -354,9 +368,12 @@ class Terminal {
   // Shows two texts and returns the terminal's answer once the customer confirms (MP_CheckOut_All).
   [[nodiscard]] std::string CheckOut(const std::string& first, const std::string& second,
                                      int seconds = 60) const {
-    return TextOf("MP_CheckOut_All", [&](char* out) {
-      return MP_CheckOut_All(nullptr, nullptr, baud_, seconds, In(first), In(second), out);
-    });
+    return TextOf(
+        "MP_CheckOut_All",
+        [&](char* out) {
+          return MP_CheckOut_All(nullptr, nullptr, baud_, seconds, In(first), In(second), out);
+        },
+        seconds);
   }
 
   // ---- Documents
@@ -371,9 +388,10 @@ class Terminal {
   // Shows documents and returns whether the customer agrees (MP_ConfirmPDF).
   [[nodiscard]] bool ConfirmDocuments(const Paths& documents, int seconds = 60) const {
     int refused = 2;
-    Call("MP_ConfirmPDF", [&] {
-      return MP_ConfirmPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str(), &refused);
-    });
+    Call(
+        "MP_ConfirmPDF",
+        [&] { return MP_ConfirmPDF(nullptr, nullptr, baud_, seconds, Listed(documents).c_str(), &refused); },
+        seconds);
     return refused == 0;
   }
 
@@ -480,11 +498,15 @@ class Terminal {
     std::vector<unsigned char> block(kRoom + 1);
     int length = request.digits;
     const int kind = request.account ? 1 : 5;
-    Call("PN_GetPinBlockShowString", [&] {
-      return PN_GetPinBlockShowString(port_, nullptr, baud_, request.seconds, request.algorithm,
-                                      request.sound, kind, In(request.account), factor.data(), block.data(),
-                                      &length, In(request.prompt));
-    });
+    const int its_seconds = request.seconds & 0xFF;  // all that the pad gets of it
+    Call(
+        "PN_GetPinBlockShowString",
+        [&] {
+          return PN_GetPinBlockShowString(port_, nullptr, baud_, request.seconds, request.algorithm,
+                                          request.sound, kind, In(request.account), factor.data(),
+                                          block.data(), &length, In(request.prompt));
+        },
+        its_seconds);
     block.resize(static_cast<std::size_t>(length));
     return block;
   }
@@ -496,8 +518,8 @@ class Terminal {
   static constexpr int kPullMs = 3000;
   static constexpr char kChannel[] = "9";
 
-  static void Check(const char* call, int status) {
-    if (status != GWQ_OK) throw Error(call, status, detail::LastFailure(call, status));
+  static void Check(const char* call, int status, bool time_is_over = false) {
+    if (status != GWQ_OK) throw Error(call, status, time_is_over, detail::LastFailure(call, status));
   }
 
   // The statuses of an exchange that is cancelled, and of the close command after a cut transfer.
@@ -506,14 +528,18 @@ class Terminal {
            status == GWQ_NO_ANSWER;
   }
 
-  // A call that a cancel may end.
+  // A call that a cancel may end; `seconds` is the customer's time, if it waits for them.
   template <typename Function>
-  static void Call(const char* call, Function function) {
+  static void Call(const char* call, Function function, std::optional<int> seconds = std::nullopt) {
+    // The terminal's clock may be a little faster than this machine's.
+    constexpr double kMostOfTheTime = 0.9;
     const unsigned mark = detail::Cancels::All().Mark();
+    const auto begun = std::chrono::steady_clock::now();
     const int status = function();
+    const std::chrono::duration<double> lasted = std::chrono::steady_clock::now() - begun;
     const bool may_be_cancel = MayComeOfCancel(status) || status == GWQ_REFUSED;
     if (may_be_cancel && detail::Cancels::All().CameSince(mark)) throw Error(call, GWQ_CANCELLED);
-    Check(call, status);
+    Check(call, status, seconds && lasted.count() >= kMostOfTheTime * *seconds);
   }
 
   template <typename Function>
@@ -522,7 +548,7 @@ class Terminal {
     constexpr std::chrono::seconds kSilence(2);
     const unsigned mark = detail::Cancels::All().MarkWhenIdle();
     const auto begun = std::chrono::steady_clock::now();
-    Call(call, function);
+    Call(call, function, seconds);
     const bool silent = std::chrono::steady_clock::now() - begun >= std::chrono::seconds(seconds) + kSilence;
     std::ifstream file(strokes_file, std::ios::binary);
     std::string strokes{std::istreambuf_iterator<char>(file), {}};
@@ -533,9 +559,10 @@ class Terminal {
   }
 
   template <typename Function>
-  static std::string TextOf(const char* call, Function function) {
+  static std::string TextOf(const char* call, Function function, std::optional<int> seconds = std::nullopt) {
     std::string out(kRoom + 1, '\0');
-    Call(call, [&] { return function(out.data()); });
+    Call(
+        call, [&] { return function(out.data()); }, seconds);
     out.resize(out.find('\0'));
     return out;
   }

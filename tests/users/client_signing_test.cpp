@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What gwq.hpp itself does about signatures, above a library that the test plays.
+// What gwq.hpp itself does about signatures and time-outs, above a library that the test plays.
 #include <gmock/gmock.h>
 #include <gwq/gwq.hpp>
 
@@ -53,6 +53,12 @@ int MP_SignPDF_Voice(void* ignored, const char* link, int baud, int timeout, con
   return MP_SignPDF(ignored, link, baud, timeout, documents, location, picture, data);
 }
 
+int PN_GetPinBlockShowString(int /*port*/, const char* /*reserved*/, int /*baud*/, int /*timeout*/,
+                             int /*algorithm*/, int /*sound*/, int /*kind*/, const char* /*account*/,
+                             char* /*factor*/, void* /*block*/, int* /*length*/, const char* /*shown*/) {
+  return library.status;
+}
+
 int MP_CancelCurrentOperation(void* /*ignored1*/, void* /*ignored2*/, int /*baud*/, int /*ignored3*/) {
   library.calls.emplace_back("cancel");
   return library.cancel();
@@ -62,6 +68,7 @@ namespace {
 
 using gwq::client::Error;
 using gwq::client::OldSignature;
+using gwq::client::PinRequest;
 using gwq::client::Terminal;
 using gwq::test::ReadFile;
 using gwq::test::TempDir;
@@ -136,6 +143,45 @@ TEST_F(ClientSigning, ThatFailsLeavesNoSignatureOfAnEarlierCustomer) {
   library.status = GWQ_NO_ANSWER;
   EXPECT_THROW(Sign(), Error);
   EXPECT_TRUE(NothingIsLeft());
+}
+
+Error FailureOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const Error& error) {
+    return error;
+  }
+  ADD_FAILURE() << "the call succeeds";
+  return {"", GWQ_OK};
+}
+
+TEST_F(ClientSigning, IsTimedOutOnlyWhenTheCustomersTimeIsOver) {
+  library.status = GWQ_NO_ANSWER;
+  const Error refused = FailureOf([this] { Sign(); });
+  EXPECT_FALSE(refused.timed_out()) << "a file that the terminal refuses at once";
+  EXPECT_TRUE(refused.no_answer());
+  EXPECT_STREQ(refused.what(),
+               "MP_SignPDF: The terminal refused or failed before the customer's time was over. "
+               "(GWQ_NO_ANSWER, status -2)");
+  EXPECT_THAT(refused.cause(GWQ_CHINESE), HasSubstr("终端拒绝或失败"));
+  const Error over = FailureOf([this] { Sign(kOverBeforeItBegins); });
+  EXPECT_TRUE(over.timed_out());
+  EXPECT_FALSE(over.no_answer());
+  EXPECT_THAT(over.what(), HasSubstr("MP_SignPDF: The customer did not sign in time"));
+}
+
+TEST(ClientPin, IsTimedOutOnlyWhenTheTimeThatThePadGotIsOver) {
+  PinRequest request;
+  const auto ask = [&request] { static_cast<void>(Terminal().PinBlock(request)); };
+  for (const int status : {GWQ_NO_ANSWER, GWQ_READ_FAILED}) {
+    library = Library();
+    library.status = status;
+    request.seconds = 60;
+    EXPECT_FALSE(FailureOf(ask).timed_out()) << status;
+    EXPECT_EQ(FailureOf(ask).no_answer(), status == GWQ_NO_ANSWER);
+    request.seconds = 0x100;  // of which the pad gets 0
+    EXPECT_TRUE(FailureOf(ask).timed_out()) << status;
+  }
 }
 
 TEST_F(ClientSigning, DoesNotBeginWhereTheFilesCannotBeWritten) {

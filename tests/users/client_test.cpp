@@ -127,10 +127,12 @@ TEST(Client, TellsWhatAStatusMeans) {
   EXPECT_TRUE(Error("MP_ShowPDF", GWQ_CANCELLED).cancelled());
   EXPECT_TRUE(Error("PN_GetPinBlockShowString", GWQ_PIN_REFUSAL_1).cancelled());
   EXPECT_FALSE(Error("MP_ShowPDF", GWQ_PIN_REFUSAL_1).cancelled());
-  EXPECT_TRUE(Error("MP_SignPDF", GWQ_NO_ANSWER).timed_out());
-  EXPECT_TRUE(Error("PN_GetPinBlockShowString", GWQ_READ_FAILED).timed_out());
-  EXPECT_FALSE(Error("MP_SignPDF", GWQ_READ_FAILED).timed_out());
-  EXPECT_FALSE(Error("MP_ShowPDF", GWQ_NO_ANSWER).timed_out());
+  constexpr bool kTimeIsOver = true;
+  EXPECT_TRUE(Error("MP_SignPDF", GWQ_NO_ANSWER, kTimeIsOver).timed_out());
+  EXPECT_TRUE(Error("PN_GetPinBlockShowString", GWQ_READ_FAILED, kTimeIsOver).timed_out());
+  EXPECT_FALSE(Error("MP_SignPDF", GWQ_READ_FAILED, kTimeIsOver).timed_out());
+  EXPECT_FALSE(Error("MP_ShowPDF", GWQ_NO_ANSWER, kTimeIsOver).timed_out());
+  EXPECT_TRUE(Error("MP_ShowPDF", GWQ_NO_ANSWER, kTimeIsOver).no_answer());
   EXPECT_THAT(StatusOf([] { Terminal().ShowDocuments({"/nowhere/to-be-found.pdf"}); }), Eq(GWQ_NO_FILE));
 }
 
@@ -188,6 +190,7 @@ TEST(ClientWaits, ForACustomerWhoDoesNotComeBack) {
     ADD_FAILURE() << "somebody signed";
   } catch (const Error& error) {
     EXPECT_TRUE(error.timed_out());
+    EXPECT_FALSE(error.no_answer());
     EXPECT_THAT(error.what(), HasSubstr("MP_SignPDF: The customer did not sign in time"));
   }
   EXPECT_TRUE(std::filesystem::is_empty(dir.Path()));
