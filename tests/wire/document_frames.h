@@ -26,6 +26,8 @@ inline constexpr std::string_view kSignDocuments =
 
 //  Spoken prompt     ESC "[2YCSETVOICECONTENT" STX text ETX                   text: GBK, here of U+8BF7 U+7B7E
 inline constexpr std::string_view kSetVoice = "\x1B[2YCSETVOICECONTENT\x02\xC7\xEB\xC7\xA9\x03"sv;
+//    in TZG mode     UTF-8
+inline constexpr std::string_view kSetVoiceAsItIs = "\x1B[2YCSETVOICECONTENT\x02\u8BF7\u7B7E\x03"sv;
 
 //  TZG mode          ESC "[2YCISSUPPORTTZG"                                  supported: the answer kDone
 //  Sign in it        ESC "[2YCNEWSTARTZGTSIGN" STX 0 "|" seconds "|" flag "|" mode "|" location "|" list ETX
@@ -40,6 +42,9 @@ inline constexpr std::string_view kHandSign = "\x1B[2HANDSIGN\x02\x33|30\x03"sv;
 //  Signature         pulled as kPullPicture and kPullStrokes
 inline constexpr std::string_view kPullPicture = kPullRequest;
 inline constexpr std::string_view kPullStrokes = "\x1B[0PULLFILE\x02/tmp/hw.txt\x03"sv;
+//    its files       a picture where the terminal has a painter; x, y, pressure and time of each point
+inline constexpr std::string_view kSignaturePicture = "signature of 2 points"sv;
+inline constexpr std::string_view kSignatureStrokes = "10,20,300,0\n11,22,0,8\n"sv;
 
 //  Their answers     STX mark ETX                     kDone, kRefused; "f" cancelled or declined, "w" time is over
 inline constexpr std::string_view kCustomerCancelled = "\x02\x66\x03"sv;

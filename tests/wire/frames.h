@@ -23,17 +23,27 @@ inline constexpr std::string_view kPinLength1 = "\x1B[1;1L"sv;
 //  Key commands      ESC letter record CR LF          every byte of the record as two characters, nibble +
 //  0x30
 //
-//    "M" master key      record: master index, old key, new key
-//                                 03            1A2B     CDEF
-inline constexpr std::string_view kMasterKey = "\x1BM031:2;<=>?\r\n"sv;
-//    "S" working key     record: master index, working index, key
-//                                 01            0A             99AF
-inline constexpr std::string_view kWorkingKey = "\x1BS010:99:?\r\n"sv;
-//    "A" activate        record: master index, working index
-//                                 01            0A
+//    "M" master key      record: master index 03, old key, new key
+inline constexpr std::string_view kMasterKey =
+    "\x1BM"
+    "03"
+    "31313131313131313131313131313131"
+    "0123456789:;<=>?"
+    "?>=<;:9876543210"
+    "\r\n"sv;
+inline constexpr const char* kOldMasterKeyHex = "31313131313131313131313131313131";
+inline constexpr const char* kNewMasterKeyHex = "0123456789ABCDEFFEDCBA9876543210";
+//    "S" working key     record: master index 03, working index 0A, key enciphered under the master key
+inline constexpr std::string_view kWorkingKey =
+    "\x1BS"
+    "030:"
+    "?=7:?640961<=;8;5<<?;>13;358?>6>"
+    "\r\n"sv;
+inline constexpr const char* kWorkingKeyHex = "FD7AF640961CDB8B5CCFBE13B358FE6E";
+//    "A" activate        record: master index 03, working index 0A
 inline constexpr std::string_view kActivate =
     "\x1B"
-    "A010:\r\n"sv;
+    "A030:\r\n"sv;
 //    "R" reset           no record
 inline constexpr std::string_view kResetKeys = "\x1BR\r\n"sv;
 
@@ -66,6 +76,7 @@ inline constexpr std::string_view kGetVersion = "\x1B[0GETVERSION"sv;
 
 //  Key command       one byte
 inline constexpr std::string_view kKeyAccepted = "\xAA"sv;
+inline constexpr std::string_view kKeyNotAccepted = "\x55"sv;
 
 //  Clear PIN         digits CR
 inline constexpr std::string_view kClearPin = "4711\r"sv;
@@ -73,10 +84,16 @@ inline constexpr std::string_view kClearPin = "4711\r"sv;
 //  PIN block         STX split(mark, data) ETX        mark 0x10: at most 8 bytes of data, 0x20: more
 inline constexpr std::string_view kBlock8 =
     "\x02"
-    "1012345678"
-    "9:;<=>?0"
+    "10"
+    "5;3=?;9>=0269>=0"
     "\x03"sv;
-inline constexpr std::string_view kBlock8Hex = "123456789ABCDEF0"sv;
+inline constexpr std::string_view kBlock8Hex = "5B3DFB9ED0269ED0"sv;
+inline constexpr std::string_view kBlockOfAccount =
+    "\x02"
+    "10"
+    "804522728732=5>5"
+    "\x03"sv;
+inline constexpr std::string_view kBlockOfAccountHex = "804522728732D5E5"sv;
 inline constexpr std::string_view kBlock10 =
     "\x02"
     "2000112233445566778899"
@@ -86,7 +103,9 @@ inline constexpr std::string_view kBlock10Hex = "00112233445566778899"sv;
 //  Version           STX text "|" date ETX            date: YYYYMMDD
 inline constexpr std::string_view kVersion20231114 = "\x02V1.2|20231114\x03"sv;
 
-//  Not known         STX "U" ETX
+//  Not known         STX "U" ETX, also to what is no command
+inline constexpr std::string_view kNoCommand = "\x1B[0NOSUCHCOMMAND"sv;
+inline constexpr std::string_view kNoise = "noise"sv;
 inline constexpr std::string_view kUnknownCommand = "\x02U\x03"sv;
 
 // ---------------------------------------------------------------- framed PIN-pad commands
@@ -169,33 +188,52 @@ inline constexpr std::string_view kReadDeviceId = "\x30\x18"sv;
 inline constexpr std::string_view kReadFactor = "\x30\x19"sv;
 inline constexpr std::string_view kMakeFactor1 = "\x30\x03"sv;
 inline constexpr std::string_view kMakeFactor2 = "\x30\x3A"sv;
+inline constexpr std::string_view kFactor = "0102030405060708"sv;
 //    public key        30 02 algorithm length      length: bytes, 2048 bits as 1
 inline constexpr std::string_view kPublicKey1024 = "\x30\x02\x01\x80"sv;
 inline constexpr std::string_view kPublicKey256 = "\x30\x02\x02\x20"sv;
+//      its answer of algorithm 2: X and Y, here the curve's generator, whose private key is 1
+inline constexpr std::string_view kSm2Generator =
+    "\x32\xC4\xAE\x2C\x1F\x19\x81\x19\x5F\x99\x04\x46\x6A\x39\xC9\x94"
+    "\x8F\xE3\x0B\xBF\xF2\x66\x0B\xE1\x71\x5A\x45\x89\x33\x4C\x74\xC7"
+    "\xBC\x37\x36\xA2\xF4\xF6\x77\x9C\x59\xBD\xCE\xE3\x6B\x69\x21\x53"
+    "\xD0\xA9\x87\x7C\xC6\x2A\x47\x40\x02\xDF\x32\xE5\x21\x39\xF0\xA0"sv;
 //    digest            30 15 algorithm length data
 inline constexpr std::string_view kDigestOfAbc =
     "\x30\x15\x04\x03"
     "abc"sv;
-//    working key       30 04 (type 1) or 30 39 (type 2), length, key, factor, verify key
+inline constexpr std::string_view kSm3OfAbc =
+    "\x30\x15\x03\x03"
+    "abc"sv;
+inline constexpr std::string_view kSm3DigestOfAbc =
+    "\x66\xC7\xF0\xF4\x62\xEE\xED\xD9\xD1\xF2\xD4\x6B\xDC\x10\xE4\xE2"
+    "\x41\x67\xC4\x87\x5C\xF2\xF7\xA2\x29\x7D\xA0\x2B\x8F\x4B\xA8\xE0"sv;
+//    working key       30 04 (type 1) or 30 39 (type 2), length, enciphered key, factor, verify key
+inline constexpr std::string_view kPadKeyHex = "112233445566778899AABBCCDDEEFF01"sv;
+inline constexpr std::string_view kVerifyKey = "869C59"sv;
 inline constexpr std::string_view kLoadKeyType1 =
     "\x30\x04\x10"
     "\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF\x01"
-    "FACTOR"
-    "VERIFY"sv;
+    "0102030405060708"
+    "869C59"sv;
 inline constexpr std::string_view kLoadKeyType2 =
     "\x30\x39\x10"
     "\x11\x22\x33\x44\x55\x66\x77\x88\x99\xAA\xBB\xCC\xDD\xEE\xFF\x01"
-    "FACTOR"
-    "VERIFY"sv;
+    "0102030405060708"
+    "869C59"sv;
 //      its confirmation: the command's own code as status, then one byte
 inline constexpr unsigned kKeyType1Confirmed = 0x3004;
 inline constexpr unsigned kKeyType2Confirmed = 0x3039;
+//      the status of a value that the pad does not have
+inline constexpr unsigned kBadPadArgument = 0x6A80;
 //    PIN entry         30 05 seconds; with a text on the screen 40 30 seconds text
 inline constexpr std::string_view kEnterPin30 = "\x30\x05\x1E"sv;
 inline constexpr std::string_view kEnterPinNoTime = "\x30\x05"sv;
 inline constexpr std::string_view kEnterPinShowing =
     "\x40\x30\x1E"
     "Key your PIN"sv;
+//      its answer, of the PIN that is kClearPin and the working key above
+inline constexpr std::string_view kPadPinBlock = "\x42\x43\x3F\x33\x4B\xF3\xAA\xA2"sv;
 inline constexpr std::string_view kEnterPinShowingNothing = "\x40\x30\x1E"sv;
 
 //  Give the terminal a serial number    ESC "[0BJPOSTSETSN" STX number ETX
@@ -203,7 +241,14 @@ inline constexpr std::string_view kWriteDeviceId = "\x1B[0BJPOSTSETSN\x02SN-2023
 
 //  Encipher          ESC "[1GETFIRMVERSION", then ESC "[1GETENCDATA" STX algorithm "|" length "|" hex ETX
 inline constexpr std::string_view kGetFirmwareVersion = "\x1B[1GETFIRMVERSION"sv;
-inline constexpr std::string_view kEncipher = "\x1B[1GETENCDATA\x02\x37|6|616263\x03"sv;
+//    its answer      STX common "|" private ETX
+inline constexpr std::string_view kFirmwareVersion = "\x02V1.2|P20231114\x03"sv;
+inline constexpr std::string_view kEncipher = "\x1B[1GETENCDATA\x02\x30|6|616263\x03"sv;
+//    answer          STX code hex ETX, and the hex in a file
+inline constexpr std::string_view kEnciphered =
+    "\x02\xAA\x30\x31\x30\x32\x30\x33\x30\x34\x30\x35\x30\x36\x30\x37\x30\x38"
+    "E18971AA7B7A00D1\x03"sv;
+inline constexpr std::string_view kEncipheredHex = "0102030405060708E18971AA7B7A00D1"sv;
 inline constexpr std::string_view kPullEnciphered = "\x1B[0PULLFILE\x02/tmp/encdata.txt\x03"sv;
 
 //  Ask for a number  ESC "[5GETINNO" STX seconds "|" param "|" param "|" split(prompt in GBK) ETX
@@ -254,6 +299,8 @@ inline constexpr std::string_view kModeChange = "\x1B[0HIDCHANGE"sv;
 //  Packets           as for the pull, host to terminal; the start packet has a zero byte behind it
 inline constexpr std::string_view kPushStart = "\x02\x01\x00\x00\x00\x00\x00"sv;
 
+inline constexpr std::string_view kUnknownPacket = "\x02\x09\x00\x00\x00\x00"sv;
+
 //  End packet        payload: media type, name
 inline test::Bytes PushEnd(std::uint8_t type, std::string_view name) {
   return TransferPacket(3, test::Concat({type}, test::BytesOf(name)));
@@ -285,6 +332,7 @@ inline constexpr std::string_view kPiece = "\x1B[0DOWNLOAD\x02\x30|n.txt|0200000
 //  Query             ESC "[0SPECQUERYFILE" STX path ETX          known: an answer of more than 9 bytes
 inline constexpr std::string_view kQueryPicture =
     "\x1B[0SPECQUERYFILE\x02/mnt/internal_sd/media/picture/x.jpg\x03"sv;
+inline constexpr std::string_view kPictureIsThere = "\x02/mnt/internal_sd/media/picture/x.jpg\x03"sv;
 
 //  QR code           ESC "[4QRCODEDELETE"
 inline constexpr std::string_view kDeleteQrCode = "\x1B[4QRCODEDELETE"sv;

@@ -64,15 +64,18 @@ inline constexpr std::string_view kKey1 = "B1F"sv;
 inline constexpr std::string_view kKey2 = "B2F"sv;
 inline constexpr std::string_view kKey3 = "B3F"sv;
 
+//  Page as a file    "B" the key's name "F"
+inline constexpr std::string_view kPageConfirmed = "BokF"sv;
+
+//  Captured page     in a file, which is a picture where the terminal has a painter
+inline constexpr std::string_view kCapturedPicture = "picture of hi, Confirm pressed"sv;
+
 //  Keypad            letter characters "F"
 inline constexpr std::string_view kKeyed1234 = "A1234F"sv;
 
 //  Checkout          STX code text ETX                  "U" refused, "f" time-out, "w" cancelled, without text
-inline constexpr std::string_view kCheckedOut = "\x02\x41ok\x03"sv;
+inline constexpr std::string_view kCheckedOut = "\x02\xAAok\x03"sv;
 inline constexpr std::string_view kCheckOutTimedOut = "\x02\x66\x03"sv;
 inline constexpr std::string_view kCheckOutCancelled = "\x02w\x03"sv;
-
-//  Firmware version  STX common "|" private ETX
-inline constexpr std::string_view kFirmwareVersion = "\x02V1.2|P3\x03"sv;
 
 }  // namespace gwq::wire

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // PIN length and key commands.
+#include <cctype>
 #include <climits>
 
 #include <gwq/pinpad/counter.h>
@@ -24,6 +25,11 @@ int UpdateMKey(int index, std::string new_key, std::string old_key, int port = 0
 
 int DownLoadWKey(int master, int working, std::string key, int port = 0) {
   return GWQ_DownLoadWKey(port, 9600, master, working, key.data());
+}
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
 }
 
 class CounterKeys : public TerminalRig {
@@ -64,7 +70,7 @@ TEST_F(CounterKeys, DrainTakesAFullBufferAndLeavesTheRest) {
       .Answer(Bytes(1024, 'x'))
       .ExpectCommand(wire::kActivate)
       .Answer(wire::kKeyAccepted);
-  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 1, 10), 0);
+  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 3, 10), 0);
   EXPECT_EQ(Now(), kStart);
 }
 
@@ -84,9 +90,9 @@ TEST_F(CounterKeys, SerialPortIsNotDrained) {
   EXPECT_EQ(tty.Received(), BytesOf(wire::kPinLength14));
   EXPECT_EQ(reads, 0);
   tty.Respond([](const Bytes&) { return std::string(wire::kKeyAccepted); });
-  EXPECT_EQ(UpdateMKey(3, "CDEF", "1A2B", 42), 0);
-  EXPECT_EQ(DownLoadWKey(1, 10, "99AF", 42), 0);
-  EXPECT_EQ(GWQ_ActiveWKey(42, 9600, 1, 10), 0);
+  EXPECT_EQ(UpdateMKey(3, wire::kNewMasterKeyHex, wire::kOldMasterKeyHex, 42), 0);
+  EXPECT_EQ(DownLoadWKey(3, 10, wire::kWorkingKeyHex, 42), 0);
+  EXPECT_EQ(GWQ_ActiveWKey(42, 9600, 3, 10), 0);
   EXPECT_EQ(GWQ_ResetKey(42, 9600), 0);
   EXPECT_EQ(reads, 4) << "one for each acknowledgement";
   std::string all;
@@ -100,13 +106,13 @@ TEST_F(CounterKeys, SerialPortIsNotDrained) {
 
 TEST_F(CounterKeys, EachCommandIsSentByteForByte) {
   ExpectAccepted(wire::kMasterKey);
-  EXPECT_EQ(UpdateMKey(3, "CDEF", "1A2B"), 0);
+  EXPECT_EQ(UpdateMKey(3, wire::kNewMasterKeyHex, wire::kOldMasterKeyHex), 0);
   ExpectAccepted(wire::kMasterKey);
-  EXPECT_EQ(UpdateMKey(3, "cdef", "1a2b"), 0) << "either case";
+  EXPECT_EQ(UpdateMKey(3, Lower(wire::kNewMasterKeyHex), wire::kOldMasterKeyHex), 0) << "either case";
   ExpectAccepted(wire::kWorkingKey);
-  EXPECT_EQ(DownLoadWKey(1, 10, "99AF"), 0);
+  EXPECT_EQ(DownLoadWKey(3, 10, wire::kWorkingKeyHex), 0);
   ExpectAccepted(wire::kActivate);
-  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 1, 10), 0);
+  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 3, 10), 0);
   ExpectAccepted(wire::kResetKeys);
   EXPECT_EQ(GWQ_ResetKey(0, 9600), 0);
   EXPECT_EQ(usb_.Count("in"), 5 * (kDrainReads + 1)) << "every one is drained first";
@@ -116,7 +122,7 @@ TEST_F(CounterKeys, KeysGoToTheLogAsGivenAlsoWhenRefused) {
   const LogCapture log;
   EXPECT_EQ(UpdateMKey(16, "CDEF", "1A2B"), -1);
   EXPECT_THAT(log.Messages(), ElementsAre("[GWQ_UpdateMKey] MKeyIndex=16 NewMKey=CDEF OldMKey=1A2B"));
-  ExpectAccepted(wire::kMasterKey);
+  ExpectAccepted("\x1BM031:2;<=>?\r\n");
   EXPECT_EQ(UpdateMKey(3, "cdef", "1A2B"), 0);
   EXPECT_EQ(log.Messages().at(1), "[GWQ_UpdateMKey] MKeyIndex=3 NewMKey=cdef OldMKey=1A2B");
 }
@@ -124,9 +130,9 @@ TEST_F(CounterKeys, KeysGoToTheLogAsGivenAlsoWhenRefused) {
 TEST_F(CounterKeys, OtherKeyCommandsLogNothingOfTheirOwn) {
   const LogCapture log;
   ExpectAccepted(wire::kWorkingKey);
-  DownLoadWKey(1, 10, "99AF");
+  DownLoadWKey(3, 10, wire::kWorkingKeyHex);
   ExpectAccepted(wire::kActivate);
-  GWQ_ActiveWKey(0, 9600, 1, 10);
+  GWQ_ActiveWKey(0, 9600, 3, 10);
   ExpectAccepted(wire::kResetKeys);
   GWQ_ResetKey(0, 9600);
   EXPECT_THAT(OwnMessages(log), IsEmpty());
@@ -219,11 +225,11 @@ TEST_P(CounterAcknowledgement, DecidesEveryKeyCommand) {
     usb_.ExpectCommand(command).Answer(GetParam().answer);
   };
   answer(wire::kMasterKey);
-  EXPECT_EQ(UpdateMKey(3, "CDEF", "1A2B"), GetParam().status);
+  EXPECT_EQ(UpdateMKey(3, wire::kNewMasterKeyHex, wire::kOldMasterKeyHex), GetParam().status);
   answer(wire::kWorkingKey);
-  EXPECT_EQ(DownLoadWKey(1, 10, "99AF"), GetParam().status);
+  EXPECT_EQ(DownLoadWKey(3, 10, wire::kWorkingKeyHex), GetParam().status);
   answer(wire::kActivate);
-  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 1, 10), GetParam().status);
+  EXPECT_EQ(GWQ_ActiveWKey(0, 9600, 3, 10), GetParam().status);
   answer(wire::kResetKeys);
   EXPECT_EQ(GWQ_ResetKey(0, 9600), GetParam().status);
 }

@@ -130,7 +130,7 @@ TEST_P(CounterSecrets, PinBlockIsWipedInAllItsForms) {
   int result = 1;
   const std::vector<Bytes> secrets = {BytesOf(wire::kBlock8.substr(3, 16)),
                                       BytesOf(wire::kBlock8Hex),
-                                      {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0},
+                                      {0x5B, 0x3D, 0xFB, 0x9E, 0xD0, 0x26, 0x9E, 0xD0},
                                       BytesOf(account)};
   ExpectClean(
       SearchFor(secrets, [&] { result = GWQ_ReadPinAnsi(0, 0, 1, 2, 30, account_text.get(), block.get()); }));

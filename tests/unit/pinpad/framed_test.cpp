@@ -15,7 +15,6 @@ namespace {
 using testing::IsEmpty;
 
 constexpr int kBaud = 9600;
-constexpr std::string_view kWorkingKey = "112233445566778899AABBCCDDEEFF01";
 
 // How a function takes an answer that is not a good one.
 enum class Refusal { kStatusUnchanged, kMinus14, kByFirstByte };
@@ -135,7 +134,8 @@ std::vector<Command> Settings() {
 
 std::vector<Command> Keys() {
   const std::string load_texts =
-      "szPinPadFactor=FACTOR,encWKData=" + std::string(kWorkingKey) + ",szVerifyKey=VERIFY";
+      std::string("szPinPadFactor=").append(wire::kFactor).append(",encWKData=").append(wire::kPadKeyHex) +
+      std::string(",szVerifyKey=").append(wire::kVerifyKey);
   return {
       {.name = "GetPinPadFactor",
        .call = [](FramedRig& rig,
@@ -189,8 +189,8 @@ std::vector<Command> Keys() {
       {.name = "DownloadPinPadWK",
        .call =
            [](FramedRig& rig, int port) {
-             return PN_DownloadPinPadWK(port, nullptr, kBaud, rig.Text("FACTOR"), rig.Text("1"),
-                                        rig.Text(kWorkingKey), rig.Text("VERIFY"));
+             return PN_DownloadPinPadWK(port, nullptr, kBaud, rig.Text(wire::kFactor), rig.Text("1"),
+                                        rig.Text(wire::kPadKeyHex), rig.Text(wire::kVerifyKey));
            },
        .body = wire::kLoadKeyType1,
        .data = {0x00},

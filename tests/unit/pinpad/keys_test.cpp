@@ -262,12 +262,26 @@ TEST_F(Digest, NullPointersAreRefusedBeforeTheDrain) {
 
 // ---------------------------------------------------------------- working key
 
-constexpr std::string_view kKey = "112233445566778899AABBCCDDEEFF01";
+constexpr std::string_view kKey = wire::kPadKeyHex;
+
+// What follows the key in the body.
+std::string FactorAndVerifyKey() {
+  return std::string(wire::kFactor).append(wire::kVerifyKey);
+}
+
+std::string TextsLog(std::string_view key) {
+  return std::string("szPinPadFactor=")
+      .append(wire::kFactor)
+      .append(",encWKData=")
+      .append(key)
+      .append(",szVerifyKey=")
+      .append(wire::kVerifyKey);
+}
 
 class WorkingKey : public PinPadRig {
  protected:
-  int Load(std::string_view key, char* type = nullptr, std::string_view factor = "FACTOR",
-           std::string_view verify = "VERIFY") {
+  int Load(std::string_view key, char* type = nullptr, std::string_view factor = wire::kFactor,
+           std::string_view verify = wire::kVerifyKey) {
     return PN_DownloadPinPadWK(0, nullptr, kBaud, In(factor), type, In(key), In(verify));
   }
   void Confirmed(std::string_view body) {
@@ -275,7 +289,7 @@ class WorkingKey : public PinPadRig {
     Exchange(body, wire::PinPadAnswer(type2 ? wire::kKeyType2Confirmed : wire::kKeyType1Confirmed, {0x00}));
   }
   static std::string Body(std::string_view length, const Bytes& key,
-                          std::string_view behind = "FACTORVERIFY") {
+                          std::string_view behind = FactorAndVerifyKey()) {
     return std::string("\x30\x04").append(length).append(TextOf(key)).append(behind);
   }
 };
@@ -359,9 +373,7 @@ TEST_F(WorkingKey, BodyEndsBeforeItsFirstZeroByte) {
 }
 
 TEST_F(WorkingKey, LastDigitOfAnOddNumberIsLeftOut) {
-  Confirmed(
-      "\x30\x04\x01\x11"
-      "FACTORVERIFY");
+  Confirmed("\x30\x04\x01\x11" + FactorAndVerifyKey());
   EXPECT_EQ(Load("112"), 0);
   Confirmed("\x30\x04");
   EXPECT_EQ(Load("1"), 0);
@@ -407,11 +419,10 @@ TEST_P(WorkingKeyRecord, IsSentWithTheMeaningfulBytesOfItsMiddlePart) {
   EXPECT_EQ(Load(Hex(record)), 0);
   EXPECT_THAT(
       OwnMessages(log),
-      ElementsAre("PN_DownloadPinPadWK",
-                  "szPinPadFactor=FACTOR,encWKData=" + Hex(record) + ",szVerifyKey=VERIFY", kDrained,
-                  "c1:  LEN=64   HEX: " + Hex(c1_), "c2:  LEN=136   HEX: " + Hex(c2_),
-                  "c3:  LEN=32   HEX: " + Hex(c3_), kDrained, "TransProc  iRet=0,", "UnPackData  iRet=12292,",
-                  "UnPackData  szRes[0]=0,", "PN_DownloadPinPadWK iRet=0"));
+      ElementsAre("PN_DownloadPinPadWK", TextsLog(Hex(record)), kDrained, "c1:  LEN=64   HEX: " + Hex(c1_),
+                  "c2:  LEN=136   HEX: " + Hex(c2_), "c3:  LEN=32   HEX: " + Hex(c3_), kDrained,
+                  "TransProc  iRet=0,", "UnPackData  iRet=12292,", "UnPackData  szRes[0]=0,",
+                  "PN_DownloadPinPadWK iRet=0"));
 }
 
 INSTANTIATE_TEST_SUITE_P(ToldBytes, WorkingKeyRecord,

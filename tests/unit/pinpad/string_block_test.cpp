@@ -28,7 +28,7 @@ class StringBlock : public PinPadRig {
  protected:
   int Call(std::string_view info = "abc", int timeout = kTimeout, int port = 0) {
     length_ = static_cast<int>(info.size());
-    return PN_GetStringBlock(port, nullptr, kBaud, timeout, 7, InBytes(info), file_.text(), &length_,
+    return PN_GetStringBlock(port, nullptr, kBaud, timeout, 0, InBytes(info), file_.text(), &length_,
                              answer_.text());
   }
 
@@ -55,7 +55,7 @@ class StringBlock : public PinPadRig {
     EXPECT_EQ(length_, 3);
   }
   static Lines LogWith(const Lines& more) {
-    Lines lines{"PN_GetStringBlock  iAlgoType=7,szInfo=abc", "TransProcOnlyRead iRet=-11"};
+    Lines lines{"PN_GetStringBlock  iAlgoType=0,szInfo=abc", "TransProcOnlyRead iRet=-11"};
     lines.insert(lines.end(), more.begin(), more.end());
     return lines;
   }
@@ -113,7 +113,7 @@ TEST_P(StringBlockFile, IsReadWholeWithATerminatorAndNoMore) {
   HandsOver(content);
   length_ = 3;
   EXPECT_EQ(
-      PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 7, In("abc"), file.text(), &length_, answer_.text()), 0);
+      PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 0, In("abc"), file.text(), &length_, answer_.text()), 0);
   EXPECT_EQ(file.Content(), Concat(BytesOf(content), {0}));
   EXPECT_EQ(length_, static_cast<int>(GetParam()));
 }
@@ -222,9 +222,9 @@ class StringBlockInfo : public StringBlock, public testing::WithParamInterface<I
 TEST_P(StringBlockInfo, IsSentInHexWithItsLength) {
   const LogCapture log;
   TellsVersion();
-  ExchangeText("\x1B[1GETENCDATA\x02\x37|" + GetParam().fields + "\x03", BytesOf(wire::kUnknownCommand));
+  ExchangeText("\x1B[1GETENCDATA\x02\x30|" + GetParam().fields + "\x03", BytesOf(wire::kUnknownCommand));
   length_ = GetParam().length;
-  EXPECT_EQ(PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 7, InBytes(GetParam().info), file_.text(),
+  EXPECT_EQ(PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 0, InBytes(GetParam().info), file_.text(),
                               &length_, answer_.text()),
             -406);
 }
@@ -242,7 +242,7 @@ TEST_F(StringBlock, NullPointersAreRefusedBeforeAnythingIsSent) {
   int length = 3;
   char* const info = In("abc");
   const auto call = [&](char* text, char* file, int* size, char* answer) {
-    return PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 7, text, file, size, answer);
+    return PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 0, text, file, size, answer);
   };
   EXPECT_EQ(call(nullptr, file_.text(), &length, answer_.text()), -1);
   EXPECT_EQ(call(info, nullptr, &length, answer_.text()), -1);
@@ -317,7 +317,7 @@ TEST_F(StringBlock, LinkThatCannotBeOpenedEndsItAtTheDrain) {
   const LogCapture log;
   EXPECT_EQ(Call(), -3);
   EXPECT_THAT(OwnMessages(log),
-              ElementsAre("PN_GetStringBlock  iAlgoType=7,szInfo=abc", "TransProcOnlyRead iRet=-3"));
+              ElementsAre("PN_GetStringBlock  iAlgoType=0,szInfo=abc", "TransProcOnlyRead iRet=-3"));
   ExpectOutputsUntouched();
 }
 
@@ -380,7 +380,7 @@ TEST_F(StringBlock, LongestAnswerIsCopiedUpTo4096Bytes) {
   HandsOver("x");
   length_ = 3;
   EXPECT_EQ(
-      PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 7, In("abc"), file_.text(), &length_, answer.text()), 0);
+      PN_GetStringBlock(0, nullptr, kBaud, kTimeout, 0, In("abc"), file_.text(), &length_, answer.text()), 0);
   EXPECT_EQ(std::string_view(answer.text()).substr(0, 4000), std::string(4000, 'X'));
   const Bytes content = answer.Content();
   EXPECT_EQ(Bytes(content.begin() + 4096, content.end()), Bytes(4096, kFill));

@@ -38,11 +38,12 @@ TEST_F(FirmwareVersion, IsCutAtItsBar) {
   const LogCapture log;
   EXPECT_EQ(Get(), 0);
   ExpectOutput(common_, "V1.2");
-  ExpectOutput(private_, "P3");
-  EXPECT_THAT(OwnMessages(log),
-              ElementsAre(kMark, "TransProc nRet:0", "szRes=\x02V1.2|P3\x03", "strlen(szRes)=9", "resLen=9",
-                          "szVersionTemp=V1.2|P3", "nVersionLength=7", "nIndex=4", "szCommonVersion = V1.2",
-                          "szPrivateVersion = P3", "[MP_GetFirmwareVersion] Success End"));
+  ExpectOutput(private_, "P20231114");
+  EXPECT_THAT(
+      OwnMessages(log),
+      ElementsAre(kMark, "TransProc nRet:0", "szRes=\x02V1.2|P20231114\x03", "strlen(szRes)=16", "resLen=16",
+                  "szVersionTemp=V1.2|P20231114", "nVersionLength=14", "nIndex=4", "szCommonVersion = V1.2",
+                  "szPrivateVersion = P20231114", "[MP_GetFirmwareVersion] Success End"));
 }
 
 struct Version {

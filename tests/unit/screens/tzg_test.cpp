@@ -14,8 +14,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char kVoiceAsItIs[] = "\x1B[2YCSETVOICECONTENT\x02请签\x03";
-
 class Tzg : public SigningRig {
  protected:
   Tzg() { std::filesystem::create_directory(directory_ / "tmp"); }
@@ -29,7 +27,7 @@ class Tzg : public SigningRig {
   void ExpectOpening() {
     Exchange(wire::kSupportsTzg);
     ExpectDocuments();
-    usb_.ExpectCommand(kVoiceAsItIs).ExpectCommand(wire::kSignInTzgMode);
+    usb_.ExpectCommand(wire::kSetVoiceAsItIs).ExpectCommand(wire::kSignInTzgMode);
   }
   void ExpectSignature() {
     ExpectPull(wire::kPullPicture, "picture");
@@ -133,7 +131,7 @@ TEST_F(Tzg, NoMemoryForTheVoiceOrTheCommandIsMinus24) {
   location_ = std::string(100'000, 'l');
   Exchange(wire::kSupportsTzg);
   ExpectDocuments();
-  usb_.ExpectCommand(kVoiceAsItIs);
+  usb_.ExpectCommand(wire::kSetVoiceAsItIs);
   const NoMemoryFor blocks(100'000);
   EXPECT_EQ(Run(), -24);
   voice_text_ = std::string(100'000, 'v');
@@ -155,7 +153,7 @@ TEST_F(Tzg, ModeIsTheLengthAndOneMoreForTheFlag1) {
                          Row{1, 3, "1|4"}, Row{2, 2, "2|2"}, Row{-1, 4, "-1|4"}}) {
     Exchange(wire::kSupportsTzg);
     ExpectDocuments();
-    usb_.ExpectCommand(kVoiceAsItIs);
+    usb_.ExpectCommand(wire::kSetVoiceAsItIs);
     Exchange(std::string("\x1B[2YCNEWSTARTZGTSIGN\x02")
                  .append("0|30|")
                  .append(row.sent)

@@ -46,7 +46,7 @@ class LiveRig {
 
 TEST(LiveCustomer, AnswersAScreenWheneverTheyAct) {
   LiveRig rig;
-  rig.Send("\033[4STARTEVALUTF8");
+  rig.Send(wire::kStartRating);
   rig.Wait(17s);
   EXPECT_EQ(rig.Answer(), "(none)");
   rig.Act(Kind::kKey, "2");
@@ -56,7 +56,7 @@ TEST(LiveCustomer, AnswersAScreenWheneverTheyAct) {
 
 TEST(LiveCustomer, IsTooLateOnceTheScreenIsGone) {
   LiveRig rig;
-  rig.Send("\033[4STARTEVALUTF8");
+  rig.Send(wire::kStartRating);
   rig.now += 30s;
   rig.Act(Kind::kKey, "3");
   EXPECT_EQ(rig.Answer(), "B0F") << "the time-out comes first";
@@ -66,7 +66,7 @@ TEST(LiveCustomer, IsTooLateOnceTheScreenIsGone) {
 
 TEST(LiveCustomer, CannotAnswerWhatTheScreenDoesNotOffer) {
   LiveRig rig;
-  rig.Send("\033[4STARTEVALUTF8");
+  rig.Send(wire::kStartRating);
   rig.Act(Kind::kKey, "7");
   rig.Act(Kind::kDigits, "42");
   rig.Act(Kind::kSign);
@@ -77,7 +77,7 @@ TEST(LiveCustomer, CannotAnswerWhatTheScreenDoesNotOffer) {
 
 TEST(LiveCustomer, WhoWalksAwayLeavesTheScreenToItsTimeOut) {
   LiveRig rig;
-  rig.Send("\033[4STARTEVALUTF8");
+  rig.Send(wire::kStartRating);
   rig.Act(Kind::kWalkAway);
   EXPECT_NE(rig.trace.find("walks away"), std::string::npos);
   EXPECT_EQ(rig.Answer(), "(none)");
@@ -87,7 +87,7 @@ TEST(LiveCustomer, WhoWalksAwayLeavesTheScreenToItsTimeOut) {
 
 TEST(LiveCustomer, ActsBeforeAScriptDoes) {
   Rig rig;
-  rig.Send("\033[4STARTEVALUTF8");
+  rig.Send(wire::kStartRating);
   rig.device().Act(Does(Kind::kKey, "1"), rig.now);
   EXPECT_EQ(rig.Answer(), "B1F");
   rig.Wait(30s);
@@ -189,7 +189,7 @@ TEST(LiveCustomer, TheLastDigitEndsAnEntryThatIsFull) {
   rig.Send(MasterKeyCommand(3, kFactoryHex, kMasterHex));
   rig.Send(WorkingKeyCommand(3, 7, ToHex(PlainDes(FromHex(kMasterHex), FromHex(kMasterHex), true))));
   rig.Send(ActivateCommand(3, 7));
-  for (int i = 0; i < 3; ++i) ASSERT_EQ(rig.Answer(), kAck);
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(rig.Answer(), wire::kKeyAccepted);
   rig.Send("\033[1;6L");
   rig.Send("\033F02\r\n");
   rig.Type("12345");

@@ -51,12 +51,12 @@ std::string RandomFrame(std::mt19937& random) {
 
 // Pieces of real commands make garbage that gets further than noise does.
 std::string RandomPiece(std::mt19937& random) {
-  static const std::vector<std::string> pieces{"\033[0GETVERSION",
+  static const std::vector<std::string> pieces{std::string(wire::kGetVersion),
                                                "\033[1;",
                                                "\033M",
                                                "\033S",
                                                "\033A",
-                                               "\033R\r\n",
+                                               std::string(wire::kResetKeys),
                                                "\033F00\r\n",
                                                "\033I00",
                                                "\x02",
@@ -75,9 +75,9 @@ std::string RandomPiece(std::mt19937& random) {
                                                "\033",
                                                "\033[4H\x02",
                                                "a|b|3|",
-                                               "\033[4R",
+                                               std::string(wire::kStartCounterRating),
                                                "\033[4;",
-                                               "\033[2C",
+                                               std::string(wire::kCloseInformation),
                                                "\033[2A\x02",
                                                "\033[2AUTF8\x02",
                                                "\033[2YCSTARTINFOHTMLEXUTF8\x02",
@@ -86,9 +86,9 @@ std::string RandomPiece(std::mt19937& random) {
                                                "\033[2YCSETVOICECONTENT\x02",
                                                "\033[2YCCHECKOUTALLUTF8\x02",
                                                "20#41#42",
-                                               "\033GM\r\n",
-                                               "\033FA\r\n",
-                                               "\033[0CLOSECURPROGRAM",
+                                               std::string(wire::kKeypadMode0),
+                                               std::string(wire::kKeypadMode1),
+                                               std::string(wire::kCloseProgram),
                                                std::string(5, '\0'),
                                                MasterKeyCommand(1, kFactoryHex, kMasterHex),
                                                WorkingKeyCommand(1, 1, kMasterHex),
@@ -149,7 +149,7 @@ void Torment(Line line, unsigned seed) {
   device.Advance(now += 2000s);
   EXPECT_EQ(device.NextDeadline(), std::nullopt);
   ExpectBoundedAnswers(device);
-  device.Receive(ToBytes("\033R\r\n"), now);
+  device.Receive(ToBytes(wire::kResetKeys), now);
   EXPECT_EQ(device.TakeAnswer(), ToBytes("\xAA"));
 }
 
@@ -180,7 +180,7 @@ TEST(Garbage, OfEverySingleByteIsSurvived) {
       rig.Feed(std::string(1, static_cast<char>(byte)));
       rig.Wait(60s);
       while (rig.Answer() != "(none)") continue;
-      EXPECT_EQ(rig.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03") << byte;
+      EXPECT_EQ(rig.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03") << byte;
     }
   }
 }

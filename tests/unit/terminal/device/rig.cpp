@@ -66,11 +66,13 @@ PinAction WalksAway() {
 Rig::Rig(Line line, Settings settings, Storage storage, const Painter* painter)
     : line_(line),
       device_(
-          line, customer, std::move(settings),
-          [this](const TraceEvent& event) {
-            trace_.push_back(kSpeakers.at(event.what.index()) + TextOf(event));
-          },
+          line, customer, std::move(settings), [this](const TraceEvent& event) { Keep(event); },
           std::move(storage), painter) {}
+
+void Rig::Keep(const TraceEvent& event) {
+  trace_.push_back(kSpeakers.at(event.what.index()) + TextOf(event));
+  if (const auto* received = std::get_if<CommandReceived>(&event.what)) heard_.insert(received->command);
+}
 
 void Rig::Send(std::string_view command) {
   if (line_ == Line::kSerial) {
@@ -191,9 +193,9 @@ std::string ActivateCommand(int master, int slot) {
 
 void LoadKeys(Rig& rig, std::string_view working_hex) {
   const auto enciphered = PlainDes(FromHex(kMasterHex), FromHex(working_hex), true);
-  ASSERT_EQ(rig.Ask(MasterKeyCommand(3, kFactoryHex, kMasterHex)), kAck);
-  ASSERT_EQ(rig.Ask(WorkingKeyCommand(3, 7, ToHex(enciphered))), kAck);
-  ASSERT_EQ(rig.Ask(ActivateCommand(3, 7)), kAck);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(3, kFactoryHex, kMasterHex)), wire::kKeyAccepted);
+  ASSERT_EQ(rig.Ask(WorkingKeyCommand(3, 7, ToHex(enciphered))), wire::kKeyAccepted);
+  ASSERT_EQ(rig.Ask(ActivateCommand(3, 7)), wire::kKeyAccepted);
 }
 
 }  // namespace gwq::terminal::test

@@ -8,20 +8,19 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "device/device.h"
+#include "wire/document_frames.h"
 
 namespace gwq::terminal::test {
 
 using namespace std::chrono_literals;
 
-inline constexpr std::string_view kRefusal = "\x02U\x03";
-inline constexpr std::string_view kAck = "\xAA";
-inline constexpr std::string_view kNak = "\x55";
 inline constexpr std::size_t kReport = 1024;
 
 // Does what the test listed, in order, and remembers what it was asked.
@@ -65,14 +64,19 @@ class Rig {
 
   // The trace as text, one event in a line.
   [[nodiscard]] std::string Trace() const;
+  // Which commands the device has announced.
+  [[nodiscard]] const std::set<const CommandRow*>& Heard() const { return heard_; }
 
   ListedCustomer customer;
   Time now{0};
   Device& device() { return device_; }
 
  private:
+  void Keep(const TraceEvent& event);
+
   Line line_;
   std::vector<std::string> trace_;
+  std::set<const CommandRow*> heard_;
   Device device_;
 };
 
@@ -96,8 +100,8 @@ std::string MasterKeyCommand(int slot, std::string_view old_hex, std::string_vie
 std::string WorkingKeyCommand(int master, int slot, std::string_view enciphered_hex);
 std::string ActivateCommand(int master, int slot);
 
-inline constexpr std::string_view kFactoryHex = "31313131313131313131313131313131";
-inline constexpr std::string_view kMasterHex = "0123456789ABCDEFFEDCBA9876543210";
+inline constexpr std::string_view kFactoryHex = wire::kOldMasterKeyHex;
+inline constexpr std::string_view kMasterHex = wire::kNewMasterKeyHex;
 
 // Loads kMasterHex into slot 3 and `working_hex` under it as key 7, and activates it.
 void LoadKeys(Rig& rig, std::string_view working_hex);

@@ -9,17 +9,17 @@ namespace {
 
 TEST(Version, IsAnsweredBetweenStxAndEtx) {
   Rig rig;
-  EXPECT_EQ(rig.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
 }
 
 TEST(Version, IsWhatTheSettingsSay) {
   Rig rig(Line::kUsb, {"V9.9", "20231113"});
-  EXPECT_EQ(rig.Ask("\033[0GETVERSION"), "\x02V9.9|20231113\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetVersion), "\x02V9.9|20231113\x03");
 }
 
 TEST(Version, IsAnsweredOverSerialOnceTheLineFallsSilent) {
   Rig rig(Line::kSerial);
-  rig.Feed("\033[0GETVERSION");
+  rig.Feed(wire::kGetVersion);
   EXPECT_EQ(rig.Answer(), "(none)");
   ASSERT_EQ(rig.device().NextDeadline(), 20ms);
   rig.Wait(19ms);
@@ -32,22 +32,22 @@ TEST(Version, IsAnsweredOverSerialOnceTheLineFallsSilent) {
 TEST(EntrySettings, AreNotAnswered) {
   Rig rig;
   EXPECT_EQ(rig.Ask("\033[1;6L"), "(none)");
-  EXPECT_EQ(rig.Ask("\033[1;0X"), "(none)");
-  EXPECT_EQ(rig.Ask("\033[1;30T"), "(none)");
+  EXPECT_EQ(rig.Ask(wire::kEntryOptions), "(none)");
+  EXPECT_EQ(rig.Ask(wire::kEntryTimeout30), "(none)");
 }
 
 TEST(EntrySettings, OfImpossibleValueAreRefused) {
   Rig rig;
   for (const char* command :
        {"\033[1;0L", "\033[1;15L", "\033[1;999999L", "\033[1;1X", "\033[1;0T", "\033[1;1000T"}) {
-    EXPECT_EQ(rig.Ask(command), kRefusal) << command;
+    EXPECT_EQ(rig.Ask(command), wire::kRefused) << command;
   }
 }
 
 TEST(EntrySettings, WithoutANumberOrWithOneTooLongAreNoCommand) {
   Rig rig;
   for (const char* command : {"\033[1;L", "\033[1;-6L", "\033[1;6", "\033[1;6LL", "\033[1;9999999L"}) {
-    EXPECT_EQ(rig.Ask(command), kRefusal) << command;
+    EXPECT_EQ(rig.Ask(command), wire::kRefused) << command;
   }
 }
 
@@ -90,7 +90,7 @@ TEST(Unknown, CommandsAreRefused) {
     for (const char* command :
          {"\033[0NOSUCHWORD", "\033[0NOSUCHWORD\x02with data\x03", "\033[", "\033X1\r\n", "\033R \r\n",
           "\033F0\r\n", "\033F0a\r\n", "\033[0GETVERSION\x02\x03"}) {
-      EXPECT_EQ(rig.Ask(command), kRefusal) << command;
+      EXPECT_EQ(rig.Ask(command), wire::kRefused) << command;
     }
   }
 }
@@ -98,7 +98,7 @@ TEST(Unknown, CommandsAreRefused) {
 TEST(Unknown, NoiseIsRefusedOnce) {
   for (const Line line : {Line::kUsb, Line::kSerial}) {
     Rig rig(line);
-    EXPECT_EQ(rig.Ask("hello, terminal"), kRefusal);
+    EXPECT_EQ(rig.Ask("hello, terminal"), wire::kRefused);
     EXPECT_EQ(rig.Trace(), "host: noise (15 bytes)\nterminal: answer: refusal\n");
   }
 }
@@ -116,10 +116,10 @@ TEST(Unknown, ZerosAndNothingAreNotAnswered) {
 
 TEST(Trace, NamesCommandsAndAnswers) {
   Rig rig;
-  rig.Send("\033[0GETVERSION");
+  rig.Send(wire::kGetVersion);
   rig.Send("\033[1;6L");
-  rig.Send("\033[1;30T");
-  rig.Send("\033[1;0X");
+  rig.Send(wire::kEntryTimeout30);
+  rig.Send(wire::kEntryOptions);
   rig.Send("\033[4NOSUCHWORD\x02secret\x03");
   EXPECT_EQ(rig.Trace(),
             "host: GETVERSION\n"
@@ -144,7 +144,7 @@ TEST(Trace, TellsTheTimeAtWhichThingsHappened) {
 
 TEST(Answers, ThatNobodyTakesAreBounded) {
   Rig rig;
-  for (int i = 0; i < 5000; ++i) rig.Send("\033[0GETVERSION");
+  for (int i = 0; i < 5000; ++i) rig.Send(wire::kGetVersion);
   int count = 0;
   while (rig.Answer() != "(none)") ++count;
   EXPECT_EQ(count, 256);

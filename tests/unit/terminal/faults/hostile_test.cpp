@@ -199,7 +199,7 @@ TEST(FaultyLine, CanBecomeHostileAndAgreeableAgain) {
   Device unit(Line::kUsb, customer);
   FaultyLine line(unit);
   const auto asks = [&line](Time now) {
-    line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), now);
+    line.Receive(ToBytes(PaddedReports(wire::kGetVersion)), now);
     return line.TakeAnswer();
   };
   EXPECT_EQ(asks(10ms), kAnswer);
@@ -215,7 +215,7 @@ TEST(FaultyLine, AnswersLateWhenItsLineDelays) {
   ListedCustomer customer;
   Device unit(Line::kUsb, customer);
   FaultyLine line(unit, Certain("delay"));
-  line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
+  line.Receive(ToBytes(PaddedReports(wire::kGetVersion)), 10ms);
   EXPECT_FALSE(line.TakeAnswer());
   const auto deadline = line.NextDeadline();
   ASSERT_TRUE(deadline);
@@ -227,8 +227,8 @@ TEST(FaultyLine, TakesBackWhatIsOnItsWay) {
   ListedCustomer customer;
   Device unit(Line::kUsb, customer);
   FaultyLine line(unit, Certain("delay"));
-  line.Receive(ToBytes(PaddedReports("\x1B[0GETVERSION")), 10ms);
-  line.Receive(ToBytes(PaddedReports("\x1B[0CLOSECURPROGRAM")), 20ms);
+  line.Receive(ToBytes(PaddedReports(wire::kGetVersion)), 10ms);
+  line.Receive(ToBytes(PaddedReports(wire::kCloseProgram)), 20ms);
   EXPECT_TRUE(line.TakeWithdrawal());
   EXPECT_FALSE(line.TakeWithdrawal());
   line.Advance(10s);

@@ -77,9 +77,7 @@ TEST(Commands, OfAWordAreFoundWhileItComes) {
 }
 
 TEST(Commands, OnlyAResponseLetsAPullGoOn) {
-  EXPECT_TRUE(
-      KeepsPull("\033[0RESPONSE\x02"
-                "0\x03"));
+  EXPECT_TRUE(KeepsPull(wire::kAccepted));
   EXPECT_TRUE(KeepsPull("\033[0RESPONSE"));
   EXPECT_FALSE(KeepsPull("\033[0RESPONS"));
   EXPECT_FALSE(KeepsPull(""));
@@ -92,7 +90,8 @@ TEST(Commands, AreAnnouncedByTheDispatcherOnce) {
     if (const auto* received = std::get_if<CommandReceived>(&event.what))
       names.emplace_back(received->command->name);
   });
-  for (const char* command : {"\033[0GETVERSION", "\033[1;6L", "\033[4C", "\033[0NOSUCH"})
+  for (const std::string_view command :
+       {wire::kGetVersion, std::string_view("\033[1;6L"), wire::kCloseEvaluation, wire::kNoCommand})
     device.Receive(ToBytes(PaddedReports(command)), 0ms);
   EXPECT_THAT(names, ElementsAre("GETVERSION", "PIN length", "close evaluation", "unknown command"));
 }

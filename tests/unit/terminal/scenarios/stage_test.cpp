@@ -8,6 +8,7 @@
 #include "faults/faulty_line.h"
 #include "store/file_store.h"
 #include "support/temp_dir.h"
+#include "wire/frames.h"
 
 namespace gwq::terminal::test {
 namespace {
@@ -83,7 +84,7 @@ class StageRig {
 
 TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {
   StageRig rig(R"("timeout_s": 9)");
-  rig.Send("\033[0GETVERSION");
+  rig.Send(wire::kGetVersion);
   rig.Begin();
   rig.Wait(10ms);
   rig.Send(kShowPage);
@@ -138,8 +139,8 @@ TEST(Stage, makes_events_come_behind_what_they_wait_for) {
   EXPECT_EQ(rig.wakes, 1);
   rig.Wait(10ms);
   EXPECT_EQ(rig.actions, "unplug ");
-  rig.Send("\033[0GETVERSION");
-  rig.Send("\033[0GETVERSION");
+  rig.Send(wire::kGetVersion);
+  rig.Send(wire::kGetVersion);
   rig.Wait(1s);
   EXPECT_EQ(rig.actions, "unplug plug ");
 }
@@ -176,13 +177,13 @@ TEST(Stage, slows_each_answer_down_until_it_is_told_otherwise) {
   StageRig rig(R"("events": [{"slow_ms": 300}, {"after_ms": 1000, "slow_ms": 0}])");
   rig.Begin();
   rig.Wait(1ms);
-  rig.Send("\033[0GETVERSION");
+  rig.Send(wire::kGetVersion);
   rig.Wait(299ms);
   EXPECT_FALSE(rig.TakeAnswer());
   rig.Wait(1ms);
   EXPECT_TRUE(rig.TakeAnswer());
   rig.Wait(1s);
-  rig.Send("\033[0GETVERSION");
+  rig.Send(wire::kGetVersion);
   EXPECT_TRUE(rig.TakeAnswer());
 }
 

@@ -277,11 +277,11 @@ TEST_F(StoreTest, ServesATerminal) {
   FileStore files(Root());
   Rig rig(Line::kUsb, {}, {&files, {}});
   const std::string content = RandomContent(10'000'000);
-  ASSERT_EQ(rig.Ask("\033[0HIDCHANGE"), kDone);
-  ASSERT_EQ(rig.Ask(kStartPacket), kDone);
+  ASSERT_EQ(rig.Ask(wire::kModeChange), wire::kDone);
+  ASSERT_EQ(rig.Ask(wire::kPushStart), wire::kDone);
   for (std::size_t i = 0; i < content.size(); i += 200000)
-    ASSERT_EQ(rig.Ask(Packet(2, content.substr(i, 200000))), kDone);
-  ASSERT_EQ(rig.Ask(EndPacket(0, "big.jpg")), kDone);
+    ASSERT_EQ(rig.Ask(Packet(2, content.substr(i, 200000))), wire::kDone);
+  ASSERT_EQ(rig.Ask(EndPacket(0, "big.jpg")), wire::kDone);
   EXPECT_TRUE(ReadFile(Root() / "mnt/internal_sd/media/picture/big.jpg") == content);
 }
 
@@ -289,11 +289,11 @@ TEST_F(StoreTest, IsSafeFromATerminalsHost) {
   FileStore files(Root());
   for (const char* path : {"/../secret", "/tmp/../../secret", "../secret"}) {
     Rig rig(Line::kUsb, {}, {&files, {}});
-    EXPECT_EQ(rig.Ask(NamedCommand("PULLFILE", path)), kRefusal);
-    EXPECT_EQ(rig.Ask(NamedCommand("SPECQUERYFILE", path)), kRefusal);
-    ASSERT_EQ(rig.Ask("\033[0HIDCHANGE"), kDone);
-    ASSERT_EQ(rig.Ask(kStartPacket), kDone);
-    EXPECT_EQ(rig.Ask(EndPacket(255, path)), kRefusal);
+    EXPECT_EQ(rig.Ask(NamedCommand("PULLFILE", path)), wire::kRefused);
+    EXPECT_EQ(rig.Ask(NamedCommand("SPECQUERYFILE", path)), wire::kRefused);
+    ASSERT_EQ(rig.Ask(wire::kModeChange), wire::kDone);
+    ASSERT_EQ(rig.Ask(wire::kPushStart), wire::kDone);
+    EXPECT_EQ(rig.Ask(EndPacket(255, path)), wire::kRefused);
   }
   ExpectSecretKept();
 }

@@ -17,7 +17,7 @@ namespace gwq::terminal::test {
 namespace {
 
 constexpr UsbId kId{0x1209, 0x0001};
-const std::string kGetVersion = "\033[0GETVERSION";
+const std::string kGetVersion(wire::kGetVersion);
 const std::string kVersion = "\x02V1.0.0|20240615\x03";
 
 Urb Out(Urb::Id id, const std::string& text) {

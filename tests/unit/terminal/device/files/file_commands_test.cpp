@@ -55,33 +55,33 @@ TEST(FileList, IsReadFromAWholeZeroPaddedBuffer) {
 TEST(Delete, RemovesOneFile) {
   FileRig host;
   host.store.files = {{kHeads + "a.jpg", ""}, {kHeads + "b.jpg", ""}, {kPictures + "a.jpg", ""}};
-  EXPECT_EQ(host.Ask(Delete(2, "a.jpg")), kDone);
+  EXPECT_EQ(host.Ask(Delete(2, "a.jpg")), wire::kDone);
   EXPECT_EQ(host.store.files.size(), 2U);
-  EXPECT_EQ(host.Ask(Delete(2, "a.jpg")), kRefusal);
+  EXPECT_EQ(host.Ask(Delete(2, "a.jpg")), wire::kRefused);
   EXPECT_EQ(host.store.files.size(), 2U);
 }
 
 TEST(Delete, FindsNamesInGbkAndInUtf8) {
   FileRig host;
   host.store.files = {{kHeads + "张三.jpg", ""}, {kHeads + "李四.jpg", ""}};
-  EXPECT_EQ(host.Ask(Delete(2, "\xD5\xC5\xC8\xFD.jpg")), kDone);
-  EXPECT_EQ(host.Ask(Delete(2, "李四.jpg")), kDone);
+  EXPECT_EQ(host.Ask(Delete(2, "\xD5\xC5\xC8\xFD.jpg")), wire::kDone);
+  EXPECT_EQ(host.Ask(Delete(2, "李四.jpg")), wire::kDone);
   EXPECT_TRUE(host.store.files.empty());
 }
 
 TEST(Delete, OfAStarRemovesAllOfItsType) {
   FileRig host;
   host.store.files = {{kHeads + "a.jpg", ""}, {kPictures + "b.jpg", ""}, {kPictures + "c.jpg", ""}};
-  EXPECT_EQ(host.Ask(Delete(0, "*")), kDone);
+  EXPECT_EQ(host.Ask(Delete(0, "*")), wire::kDone);
   EXPECT_EQ(host.store.files.size(), 1U);
-  EXPECT_EQ(host.Ask(Delete(0, "*")), kDone);
+  EXPECT_EQ(host.Ask(Delete(0, "*")), wire::kDone);
 }
 
 TEST(Delete, OfNamesThatLeadElsewhereIsRefused) {
   FileRig host;
   host.store.files["/tmp/x"] = "";
   for (const char* name : {"", "..", "../../../../tmp/x", "/tmp/x", "a/b"})
-    EXPECT_EQ(host.Ask(Delete(0, name)), kRefusal) << name;
+    EXPECT_EQ(host.Ask(Delete(0, name)), wire::kRefused) << name;
   EXPECT_EQ(host.store.files.size(), 1U);
 }
 
@@ -101,16 +101,16 @@ TEST(Query, AnswersThePathOfAFileThatIsThere) {
   host.store.files[kPictures + "张三.jpg"] = "";
   const std::string path = kPictures + "张三.jpg";
   EXPECT_EQ(host.Ask(NamedCommand("SPECQUERYFILE", path)), "\x02" + path + "\x03");
-  EXPECT_EQ(host.Ask(NamedCommand("SPECQUERYFILE", kPictures + "b.jpg")), kRefusal);
-  EXPECT_EQ(host.Ask(NamedCommand("SPECQUERYFILE", "")), kRefusal);
+  EXPECT_EQ(host.Ask(NamedCommand("SPECQUERYFILE", kPictures + "b.jpg")), wire::kRefused);
+  EXPECT_EQ(host.Ask(NamedCommand("SPECQUERYFILE", "")), wire::kRefused);
 }
 
 TEST(QrCode, IsDeletedWithoutAnAnswer) {
   FileRig host;
   host.store.files = {{"/mnt/sdcard/media/file/QRcode.jpg", ""}, {"/tmp/x", ""}};
-  EXPECT_EQ(host.Ask("\033[4QRCODEDELETE"), "(none)");
+  EXPECT_EQ(host.Ask(wire::kDeleteQrCode), "(none)");
   EXPECT_EQ(host.store.files.size(), 1U);
-  EXPECT_EQ(host.Ask("\033[4QRCODEDELETE"), "(none)");
+  EXPECT_EQ(host.Ask(wire::kDeleteQrCode), "(none)");
 }
 
 const std::string kUpdate = NamedCommand("UPDATE", "/mnt/sdcard/media/data/update.dat");
@@ -119,7 +119,7 @@ TEST(Update, ChangesTheVersionToTheOneInTheFirstLine) {
   FileRig host;
   host.Push(4, "fw.dat", "V2.5|20250131\nbinary");
   EXPECT_EQ(host.Ask(kUpdate), "(none)");
-  EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V2.5|20250131\x03");
+  EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V2.5|20250131\x03");
 }
 
 TEST(Update, WithoutAVersionLineChangesNothing) {
@@ -129,14 +129,14 @@ TEST(Update, WithoutAVersionLineChangesNothing) {
     FileRig host;
     host.Push(4, "fw.dat", firmware);
     EXPECT_EQ(host.Ask(kUpdate), "(none)");
-    EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03") << firmware;
+    EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03") << firmware;
   }
 }
 
 TEST(Update, FromAMissingFileChangesNothing) {
   FileRig host;
   EXPECT_EQ(host.Ask(kUpdate), "(none)");
-  EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
 }
 
 TEST(FileCommands, GoWrongAsScripted) {
@@ -152,8 +152,8 @@ TEST(FileCommands, GoWrongAsScripted) {
     faults.ignore = {word + ":3"};
     FileRig host(Line::kUsb, faults);
     host.store.files["/tmp/x"] = "x";
-    EXPECT_EQ(host.Ask(NamedCommand(word, argument)), kRefusal) << word;
-    EXPECT_EQ(host.Ask(NamedCommand(word, argument)), kFailure) << word;
+    EXPECT_EQ(host.Ask(NamedCommand(word, argument)), wire::kRefused) << word;
+    EXPECT_EQ(host.Ask(NamedCommand(word, argument)), wire::kFailed) << word;
     EXPECT_EQ(host.Ask(NamedCommand(word, argument)), "(none)") << word;
     EXPECT_NE(host.Ask(NamedCommand(word, argument)), "(none)") << word;
   }
@@ -165,10 +165,10 @@ TEST(FileCommands, ThatAreNotAnsweredDoNothingWhenScripted) {
   FileRig host(Line::kUsb, faults);
   host.store.files["/mnt/sdcard/media/file/QRcode.jpg"] = "";
   host.Push(4, "fw.dat", "V2.5|20250131\n");
-  EXPECT_EQ(host.Ask("\033[4QRCODEDELETE"), "(none)");
+  EXPECT_EQ(host.Ask(wire::kDeleteQrCode), "(none)");
   EXPECT_EQ(host.Ask(kUpdate), "(none)");
   EXPECT_EQ(host.store.files.size(), 2U);
-  EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
 }
 
 // The piece of a text as the host lays it out.
@@ -187,29 +187,29 @@ const std::string kText = "/mnt/internal_sd/media/video/text.txt";
 
 TEST(TextDownload, OfOnePieceIsStored) {
   FileRig host;
-  EXPECT_EQ(host.Ask(Download(Piece(1, 0, "hello"))), kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(1, 0, "hello"))), wire::kDone);
   EXPECT_EQ(host.store.files[kText], "hello");
   EXPECT_EQ(host.store.writers, 0);
 }
 
 TEST(TextDownload, JoinsItsPieces) {
   FileRig host;
-  EXPECT_EQ(host.Ask(Download(Piece(3, 2, "one "))), kDone);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 2, "one "))), wire::kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), wire::kDone);
   EXPECT_TRUE(host.store.files.empty());
-  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), wire::kDone);
   EXPECT_EQ(host.store.files[kText], "one two three");
 }
 
 TEST(TextDownload, RefusesAPieceOutOfItsTurnAndGoesOnWithTheRightOne) {
   FileRig host;
-  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), kRefusal);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 2, "one "))), kDone);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), kRefusal);
-  EXPECT_EQ(host.Ask(Download(Piece(4, 2, "two "))), kRefusal);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "), "other.txt")), kRefusal);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), kDone);
-  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), wire::kRefused);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 2, "one "))), wire::kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), wire::kRefused);
+  EXPECT_EQ(host.Ask(Download(Piece(4, 2, "two "))), wire::kRefused);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "), "other.txt")), wire::kRefused);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 1, "two "))), wire::kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(3, 0, "three"))), wire::kDone);
   EXPECT_EQ(host.store.files[kText], "one two three");
 }
 
@@ -220,8 +220,8 @@ TEST(TextDownload, RefusesDamagedPieces) {
        {wrong_check, std::string(), std::string("0"), std::string("xx"), std::string(16, '0'),
         Piece(0, 0, "x"), Piece(1, 1, "x"), Piece(1, 2, "x")}) {
     FileRig host;
-    EXPECT_EQ(host.Ask(Download(piece)), kRefusal) << piece;
-    EXPECT_EQ(host.Ask(NamedCommand("DOWNLOAD", "1|" + piece)), kRefusal) << piece;
+    EXPECT_EQ(host.Ask(Download(piece)), wire::kRefused) << piece;
+    EXPECT_EQ(host.Ask(NamedCommand("DOWNLOAD", "1|" + piece)), wire::kRefused) << piece;
     EXPECT_TRUE(host.store.files.empty());
   }
 }
@@ -229,11 +229,11 @@ TEST(TextDownload, RefusesDamagedPieces) {
 TEST(TextDownload, FailsWhenThereIsNoRoom) {
   FileRig host;
   host.store.room = 5;
-  EXPECT_EQ(host.Ask(Download(Piece(2, 1, "hello"))), kDone);
-  EXPECT_EQ(host.Ask(Download(Piece(2, 0, "!"))), kFailure);
+  EXPECT_EQ(host.Ask(Download(Piece(2, 1, "hello"))), wire::kDone);
+  EXPECT_EQ(host.Ask(Download(Piece(2, 0, "!"))), wire::kFailed);
   EXPECT_EQ(host.store.writers, 0);
   host.store.writable = false;
-  EXPECT_EQ(host.Ask(Download(Piece(1, 0, "x"))), kFailure);
+  EXPECT_EQ(host.Ask(Download(Piece(1, 0, "x"))), wire::kFailed);
 }
 
 TEST(TextDownload, APieceCutOffByItsReportIsRefusedWhenTheNextCommandComes) {
@@ -242,8 +242,8 @@ TEST(TextDownload, APieceCutOffByItsReportIsRefusedWhenTheNextCommandComes) {
   host.rig.Feed(piece.substr(0, kReport));
   EXPECT_EQ(host.rig.Answer(), "(none)");
   host.rig.Send(Download(Piece(1, 0, "hello")));
-  EXPECT_EQ(host.rig.Answer(), kRefusal);
-  EXPECT_EQ(host.rig.Answer(), kDone);
+  EXPECT_EQ(host.rig.Answer(), wire::kRefused);
+  EXPECT_EQ(host.rig.Answer(), wire::kDone);
   EXPECT_EQ(host.store.files[kText], "hello");
 }
 
@@ -251,7 +251,7 @@ TEST(TextDownload, APieceCutOffByItsReportIsRefusedAfterASecond) {
   FileRig host;
   host.rig.Feed(Download(Piece(2, 1, std::string(1024, 'x'))).substr(0, kReport));
   host.rig.Wait(1s);
-  EXPECT_EQ(host.rig.Answer(), kRefusal);
+  EXPECT_EQ(host.rig.Answer(), wire::kRefused);
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ std::string RandomPacket(std::mt19937& random) {
 }
 
 std::string RandomPiece(std::mt19937& random) {
-  static const std::vector<std::string> pieces{"\033[0HIDCHANGE",
-                                               kStartPacket,
+  static const std::vector<std::string> pieces{std::string(wire::kModeChange),
+                                               std::string(wire::kPushStart),
                                                EndPacket(255, "/tmp/x"),
                                                EndPacket(0, "a"),
                                                EndPacket(255, "/../x"),
@@ -40,9 +40,9 @@ std::string RandomPiece(std::mt19937& random) {
                                                NamedCommand("DOWNLOAD", "0|a|00"),
                                                NamedCommand("SPECQUERYFILE", "/tmp/x"),
                                                NamedCommand("UPDATE", "/tmp/x"),
-                                               "\033[4QRCODEDELETE",
-                                               std::string(kAccept),
-                                               std::string(kReject),
+                                               std::string(wire::kDeleteQrCode),
+                                               std::string(wire::kAccepted),
+                                               std::string(wire::kRejected),
                                                std::string("\x02\x02\x00\xFF\xFF\xFF", 6),
                                                "\x02",
                                                "\x03",
@@ -92,9 +92,9 @@ void Torment(Line line, unsigned seed) {
   EXPECT_EQ(rig.device().NextDeadline(), std::nullopt);
   while (rig.Answer() != "(none)") continue;
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 1);
-  ASSERT_EQ(rig.Ask("\033[0HIDCHANGE"), kDone);
-  EXPECT_EQ(rig.Ask(kStartPacket), kDone);
-  EXPECT_EQ(rig.Ask(EndPacket(255, "/tmp/x")), kDone);
+  ASSERT_EQ(rig.Ask(wire::kModeChange), wire::kDone);
+  EXPECT_EQ(rig.Ask(wire::kPushStart), wire::kDone);
+  EXPECT_EQ(rig.Ask(EndPacket(255, "/tmp/x")), wire::kDone);
 }
 
 TEST(FileGarbage, OverUsbIsSurvived) {

@@ -106,7 +106,7 @@ FileRig::FileRig(Line line, FileFaults faults) : rig(line, {}, {&store, std::mov
 
 std::vector<std::string> FileRig::Push(int type, std::string_view name, std::string_view content) {
   constexpr std::size_t kMaxData = 200000;
-  std::vector<std::string> steps{"\033[0HIDCHANGE", kStartPacket};
+  std::vector<std::string> steps{std::string(wire::kModeChange), std::string(wire::kPushStart)};
   for (std::size_t i = 0; i < content.size(); i += kMaxData)
     steps.push_back(Packet(2, content.substr(i, kMaxData)));
   if (!content.empty() && content.size() % kMaxData == 0) steps.push_back(Packet(2, ""));
@@ -114,14 +114,14 @@ std::vector<std::string> FileRig::Push(int type, std::string_view name, std::str
   std::vector<std::string> answers;
   for (const std::string& step : steps) {
     answers.push_back(Ask(step));
-    if (answers.back() != kDone) break;
+    if (answers.back() != wire::kDone) break;
   }
   return answers;
 }
 
 void FileRig::BeginPush() {
-  ASSERT_EQ(Ask("\033[0HIDCHANGE"), kDone);
-  ASSERT_EQ(Ask(kStartPacket), kDone);
+  ASSERT_EQ(Ask(wire::kModeChange), wire::kDone);
+  ASSERT_EQ(Ask(wire::kPushStart), wire::kDone);
 }
 
 FileRig::Pulled FileRig::Pull(std::string_view path) {
@@ -138,7 +138,7 @@ FileRig::Pulled FileRig::Pull(std::string_view path) {
       pulled.content += payload;
       pulled.packets.push_back(length);
     }
-    packet = Ask(kAccept);
+    packet = Ask(wire::kAccepted);
   }
   return pulled;
 }

@@ -13,12 +13,6 @@
 
 namespace gwq::terminal::test {
 
-inline constexpr std::string_view kDone = "\x02\xAA\x03";
-inline constexpr std::string_view kFailure = "\x02\xAA\x31\x03";
-inline constexpr std::string_view kAccept = "\033[0RESPONSE\x02\x30\x03";
-inline constexpr std::string_view kReject = "\033[0RESPONSE\x02\x31\x03";
-inline const std::string kStartPacket("\x02\x01\x00\x00\x00\x00\x00", 7);
-
 class MemoryFiles final : public FileSystem {
  public:
   std::unique_ptr<FileReader> Open(const std::string& path) override;

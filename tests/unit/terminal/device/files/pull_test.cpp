@@ -15,8 +15,8 @@ TEST(Pull, SendsAPacketAtATimeAndWaitsForEachAcknowledgement) {
   EXPECT_EQ(host.Ask(kPullX), std::string("\x02\x02\x60\x00\x00\x03\x61\x62\x63", 9));
   host.rig.Wait(9s);
   EXPECT_EQ(host.rig.Answer(), "(none)");
-  EXPECT_EQ(host.Ask(kAccept), std::string("\x02\x03\x00\x00\x00\x00", 6));
-  EXPECT_EQ(host.Ask(kAccept), "(none)");
+  EXPECT_EQ(host.Ask(wire::kAccepted), std::string("\x02\x03\x00\x00\x00\x00", 6));
+  EXPECT_EQ(host.Ask(wire::kAccepted), "(none)");
   EXPECT_EQ(host.rig.device().NextDeadline(), std::nullopt);
 }
 
@@ -36,8 +36,8 @@ TEST(Pull, OfEverySizeArrivesWhole) {
 
 TEST(Pull, OfAMissingFileIsRefused) {
   FileRig host;
-  EXPECT_EQ(host.Ask(kPullX), kRefusal);
-  EXPECT_EQ(host.Ask(kReject), "(none)");
+  EXPECT_EQ(host.Ask(kPullX), wire::kRefused);
+  EXPECT_EQ(host.Ask(wire::kRejected), "(none)");
 }
 
 TEST(Pull, FindsNamesInGbkAndInUtf8) {
@@ -52,11 +52,11 @@ TEST(Pull, EndsWithARejectionAndTakesBackTheRestOfThePacket) {
   host.store.files["/tmp/x"] = RandomContent(200000);
   host.rig.Send(kPullX);
   EXPECT_FALSE(host.rig.device().TakeWithdrawal());
-  host.rig.Send(kReject);
+  host.rig.Send(wire::kRejected);
   EXPECT_TRUE(host.rig.device().TakeWithdrawal());
   EXPECT_FALSE(host.rig.device().TakeWithdrawal());
   EXPECT_EQ(host.rig.Answer(), "(none)");
-  EXPECT_EQ(host.Ask(kAccept), "(none)");
+  EXPECT_EQ(host.Ask(wire::kAccepted), "(none)");
 }
 
 TEST(Pull, EndsWhenTheHostVanishes) {
@@ -69,15 +69,15 @@ TEST(Pull, EndsWhenTheHostVanishes) {
   EXPECT_TRUE(host.rig.device().TakeWithdrawal());
   EXPECT_EQ(host.rig.device().NextDeadline(), std::nullopt);
   EXPECT_EQ(host.rig.Answer(), "(none)");
-  EXPECT_EQ(host.Ask(kAccept), "(none)");
+  EXPECT_EQ(host.Ask(wire::kAccepted), "(none)");
 }
 
 TEST(Pull, EndsWithAnyOtherCommand) {
   FileRig host;
   host.store.files["/tmp/x"] = "abc";
   host.rig.Send(kPullX);
-  EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
-  EXPECT_EQ(host.Ask(kAccept), "(none)");
+  EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(host.Ask(wire::kAccepted), "(none)");
 }
 
 TEST(Pull, BeginsAnewWithAnotherRequest) {
@@ -98,8 +98,8 @@ TEST(Pull, EndsSilentlyWhenTheFileCannotBeRead) {
 
 TEST(Pull, AcknowledgementOfNothingIsNotAnswered) {
   FileRig host;
-  EXPECT_EQ(host.Ask(kAccept), "(none)");
-  EXPECT_EQ(host.Ask(kReject), "(none)");
+  EXPECT_EQ(host.Ask(wire::kAccepted), "(none)");
+  EXPECT_EQ(host.Ask(wire::kRejected), "(none)");
 }
 
 TEST(Pull, IsToldInTheTrace) {
@@ -145,7 +145,7 @@ TEST(PullFaults, AnnouncedLengthAndTypeAreThoseOfTheFirstPacketOnly) {
   FileRig host(Line::kUsb, Faulty(pull));
   host.store.files["/tmp/x"] = "abc";
   EXPECT_EQ(host.Ask(kPullX), std::string("\x02\x04\x60\x03\xE8\x01\x61\x62\x63", 9));
-  EXPECT_EQ(host.Ask(kAccept), std::string("\x02\x03\x00\x00\x00\x00", 6));
+  EXPECT_EQ(host.Ask(wire::kAccepted), std::string("\x02\x03\x00\x00\x00\x00", 6));
 }
 
 TEST(PullFaults, StopsAfterSoManyReports) {
@@ -156,7 +156,7 @@ TEST(PullFaults, StopsAfterSoManyReports) {
     FileRig host(Line::kUsb, Faulty(pull));
     host.store.files["/tmp/x"] = content;
     std::size_t got = 0;
-    for (std::string packet = host.Ask(kPullX); packet != "(none)"; packet = host.Ask(kAccept))
+    for (std::string packet = host.Ask(kPullX); packet != "(none)"; packet = host.Ask(wire::kAccepted))
       got += (packet.size() + 1023) / 1024;
     EXPECT_EQ(got, reports);
     EXPECT_EQ(host.rig.device().NextDeadline(), std::nullopt);
@@ -172,7 +172,7 @@ TEST(PullFaults, EmptyPacketsComeFirstAndOnlyTypeZeroWaitsForNothing) {
   EXPECT_EQ(host.rig.Answer(), std::string(2, '\0').replace(0, 1, "\x02") + std::string(4, '\0'));
   EXPECT_EQ(host.rig.Answer(), std::string("\x02\x01\x00\x00\x00\x00", 6));
   EXPECT_EQ(host.rig.Answer(), "(none)");
-  EXPECT_EQ(host.Ask(kAccept).substr(6), "abc");
+  EXPECT_EQ(host.Ask(wire::kAccepted).substr(6), "abc");
 }
 
 }  // namespace

@@ -13,16 +13,16 @@ using Answers = std::vector<std::string>;
 
 bool AllDone(const Answers& answers) {
   return std::all_of(answers.begin(), answers.end(),
-                     [](const std::string& answer) { return answer == kDone; });
+                     [](const std::string& answer) { return answer == wire::kDone; });
 }
 
 TEST(Push, IsAnsweredStepByStepAndStoredAtItsEnd) {
   FileRig host;
-  EXPECT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
-  EXPECT_EQ(host.Ask(kStartPacket), kDone);
-  EXPECT_EQ(host.Ask(std::string("\x02\x02\x60\x00\x00\x03\x61\x62\x63", 9)), kDone);
+  EXPECT_EQ(host.Ask(wire::kModeChange), wire::kDone);
+  EXPECT_EQ(host.Ask(wire::kPushStart), wire::kDone);
+  EXPECT_EQ(host.Ask(std::string("\x02\x02\x60\x00\x00\x03\x61\x62\x63", 9)), wire::kDone);
   EXPECT_TRUE(host.store.files.empty());
-  EXPECT_EQ(host.Ask(std::string("\x02\x03\xEE\x00\x00\x07\xFF/tmp/x", 13)), kDone);
+  EXPECT_EQ(host.Ask(std::string("\x02\x03\xEE\x00\x00\x07\xFF/tmp/x", 13)), wire::kDone);
   EXPECT_EQ(host.store.files, (std::map<std::string, std::string>{{"/tmp/x", "abc"}}));
   EXPECT_EQ(host.store.writers, 0);
 }
@@ -52,15 +52,16 @@ TEST(Push, OfZerosAndOfMarksArrivesWhole) {
 
 TEST(Push, OverSerialMayBeCutAtEveryPlace) {
   const std::string content("\0\x02\x01\x1B[0HIDCHANGE\x03\x82\0", 17);
-  const Answers packets{kStartPacket, Packet(2, content), Packet(2, ""), EndPacket(255, "/tmp/x")};
+  const Answers packets{std::string(wire::kPushStart), Packet(2, content), Packet(2, ""),
+                        EndPacket(255, "/tmp/x")};
   for (std::size_t cut = 0; cut <= 24; ++cut) {
     FileRig host(Line::kSerial);
-    ASSERT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
+    ASSERT_EQ(host.Ask(wire::kModeChange), wire::kDone);
     for (const std::string& packet : packets) {
       host.rig.Feed(packet.substr(0, cut));
       host.rig.Wait(900ms);
       host.rig.Feed(packet.substr(std::min(cut, packet.size())));
-      EXPECT_EQ(host.rig.Answer(), kDone) << "cut at " << cut;
+      EXPECT_EQ(host.rig.Answer(), wire::kDone) << "cut at " << cut;
       EXPECT_EQ(host.rig.Answer(), "(none)") << "cut at " << cut;
     }
     EXPECT_EQ(host.store.files["/tmp/x"], content) << "cut at " << cut;
@@ -69,10 +70,11 @@ TEST(Push, OverSerialMayBeCutAtEveryPlace) {
 
 TEST(Push, MayComeByteByByte) {
   FileRig host(Line::kSerial);
-  ASSERT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
-  for (const std::string& packet : {kStartPacket, Packet(2, "hello"), EndPacket(255, "/tmp/x")}) {
+  ASSERT_EQ(host.Ask(wire::kModeChange), wire::kDone);
+  for (const std::string& packet :
+       {std::string(wire::kPushStart), Packet(2, "hello"), EndPacket(255, "/tmp/x")}) {
     for (const char byte : packet) host.rig.Feed(std::string(1, byte));
-    EXPECT_EQ(host.rig.Answer(), kDone);
+    EXPECT_EQ(host.rig.Answer(), wire::kDone);
   }
   EXPECT_EQ(host.store.files["/tmp/x"], "hello");
 }
@@ -80,24 +82,25 @@ TEST(Push, MayComeByteByByte) {
 TEST(Push, OverUsbMayComeWithoutPaddingAndInLargerTransfers) {
   FileRig host;
   const std::string content = RandomContent(5000);
-  ASSERT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
-  for (const std::string& packet : {kStartPacket, Packet(2, content), EndPacket(255, "/tmp/x")}) {
+  ASSERT_EQ(host.Ask(wire::kModeChange), wire::kDone);
+  for (const std::string& packet :
+       {std::string(wire::kPushStart), Packet(2, content), EndPacket(255, "/tmp/x")}) {
     host.rig.Feed(packet);
-    EXPECT_EQ(host.rig.Answer(), kDone);
+    EXPECT_EQ(host.rig.Answer(), wire::kDone);
   }
   EXPECT_TRUE(host.store.files["/tmp/x"] == content);
 }
 
 TEST(Push, TakesAStartPacketCutAtItsFirstZero) {
   FileRig host;
-  ASSERT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
-  EXPECT_EQ(host.Ask("\x02\x01"), kDone);
+  ASSERT_EQ(host.Ask(wire::kModeChange), wire::kDone);
+  EXPECT_EQ(host.Ask("\x02\x01"), wire::kDone);
 }
 
 TEST(Push, RefusesDataPacketsCutAtTheirFirstZero) {
   FileRig host;
   host.BeginPush();
-  EXPECT_EQ(host.Ask("\x02\x02\x41"), kRefusal);
+  EXPECT_EQ(host.Ask("\x02\x02\x41"), wire::kRefused);
 }
 
 TEST(Push, AcceptsCutPacketsWhenToldTo) {
@@ -105,11 +108,11 @@ TEST(Push, AcceptsCutPacketsWhenToldTo) {
   faults.accept_cut_packets = true;
   FileRig host(Line::kUsb, faults);
   host.BeginPush();
-  EXPECT_EQ(host.Ask("\x02\x02\x41"), kDone);
-  EXPECT_EQ(host.Ask("\x02\x03\x42"), kDone);
+  EXPECT_EQ(host.Ask("\x02\x02\x41"), wire::kDone);
+  EXPECT_EQ(host.Ask("\x02\x03\x42"), wire::kDone);
   EXPECT_TRUE(host.store.files.empty());
   EXPECT_EQ(host.store.writers, 0);
-  EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
 }
 
 TEST(Push, GoesWhereItsTypeSays) {
@@ -141,8 +144,8 @@ TEST(Push, RefusesNamesThatAreNoNames) {
   for (const auto& [type, name] : names) {
     FileRig host;
     const Answers answers = host.Push(type, name, "x");
-    EXPECT_EQ(answers,
-              (Answers{std::string(kDone), std::string(kDone), std::string(kDone), std::string(kRefusal)}))
+    EXPECT_EQ(answers, (Answers{std::string(wire::kDone), std::string(wire::kDone), std::string(wire::kDone),
+                                std::string(wire::kRefused)}))
         << name;
     EXPECT_TRUE(host.store.files.empty());
   }
@@ -152,7 +155,7 @@ TEST(Push, RefusesAnEndPacketWithoutPayloadOrWithTooMuch) {
   for (const std::string& packet : {Packet(3, ""), EndPacket(255, "/tmp/" + std::string(5000, 'x'))}) {
     FileRig host;
     host.BeginPush();
-    EXPECT_EQ(host.Ask(packet), kRefusal);
+    EXPECT_EQ(host.Ask(packet), wire::kRefused);
     EXPECT_TRUE(host.store.files.empty());
   }
 }
@@ -162,19 +165,19 @@ TEST(Push, IsRefusedFromAWrongCheckOnUntilItStartsAnew) {
   host.BeginPush();
   std::string damaged = Packet(2, "abc");
   damaged[2] ^= 1;
-  EXPECT_EQ(host.Ask(damaged), kRefusal);
-  EXPECT_EQ(host.Ask(Packet(2, "abc")), kRefusal);
-  EXPECT_EQ(host.Ask(kStartPacket), kDone);
-  EXPECT_EQ(host.Ask(Packet(2, "def")), kDone);
-  EXPECT_EQ(host.Ask(EndPacket(255, "/tmp/x")), kDone);
+  EXPECT_EQ(host.Ask(damaged), wire::kRefused);
+  EXPECT_EQ(host.Ask(Packet(2, "abc")), wire::kRefused);
+  EXPECT_EQ(host.Ask(wire::kPushStart), wire::kDone);
+  EXPECT_EQ(host.Ask(Packet(2, "def")), wire::kDone);
+  EXPECT_EQ(host.Ask(EndPacket(255, "/tmp/x")), wire::kDone);
   EXPECT_EQ(host.store.files["/tmp/x"], "def");
 }
 
 TEST(Push, NeedsAStartPacket) {
   for (const std::string& packet : {Packet(2, "abc"), EndPacket(255, "/tmp/x")}) {
     FileRig host;
-    ASSERT_EQ(host.Ask("\033[0HIDCHANGE"), kDone);
-    EXPECT_EQ(host.Ask(packet), kRefusal);
+    ASSERT_EQ(host.Ask(wire::kModeChange), wire::kDone);
+    EXPECT_EQ(host.Ask(packet), wire::kRefused);
     EXPECT_TRUE(host.store.files.empty());
   }
 }
@@ -183,8 +186,8 @@ TEST(Push, RefusesPacketsOfUnknownType) {
   for (const int type : {0, 4, 0x2F, 0x40, 0xFF}) {
     FileRig host;
     host.BeginPush();
-    EXPECT_EQ(host.Ask(Packet(type, RandomContent(3000))), kRefusal) << type;
-    EXPECT_EQ(host.Ask(kStartPacket), kDone) << type;
+    EXPECT_EQ(host.Ask(Packet(type, RandomContent(3000))), wire::kRefused) << type;
+    EXPECT_EQ(host.Ask(wire::kPushStart), wire::kDone) << type;
   }
 }
 
@@ -193,7 +196,8 @@ TEST(Push, FailsWhenThereIsNoRoomAndLeavesTheOldFile) {
   host.store.files["/tmp/x"] = "old";
   host.store.room = 1000;
   const Answers answers = host.Push(255, "/tmp/x", std::string(1001, 'x'));
-  EXPECT_EQ(answers, (Answers{std::string(kDone), std::string(kDone), std::string(kFailure)}));
+  EXPECT_EQ(answers,
+            (Answers{std::string(wire::kDone), std::string(wire::kDone), std::string(wire::kFailed)}));
   EXPECT_EQ(host.store.files["/tmp/x"], "old");
   EXPECT_EQ(host.store.writers, 0);
 }
@@ -201,18 +205,18 @@ TEST(Push, FailsWhenThereIsNoRoomAndLeavesTheOldFile) {
 TEST(Push, FailsAtItsStartWhenNothingCanBeWritten) {
   FileRig host;
   host.store.writable = false;
-  EXPECT_EQ(host.Push(255, "/tmp/x", "x"), (Answers{std::string(kDone), std::string(kFailure)}));
+  EXPECT_EQ(host.Push(255, "/tmp/x", "x"), (Answers{std::string(wire::kDone), std::string(wire::kFailed)}));
 }
 
 TEST(Push, WithoutStorageFails) {
   Rig rig;
-  EXPECT_EQ(rig.Ask("\033[0HIDCHANGE"), kDone);
-  EXPECT_EQ(rig.Ask(kStartPacket), kFailure);
+  EXPECT_EQ(rig.Ask(wire::kModeChange), wire::kDone);
+  EXPECT_EQ(rig.Ask(wire::kPushStart), wire::kFailed);
 }
 
 TEST(Push, IsOverWithAnyOtherCommand) {
-  for (const std::string& command : {std::string("\033[0GETVERSION"), std::string("\x82"),
-                                     std::string("\0020002301828\x03"), std::string("?")}) {
+  for (const std::string& command : {std::string(wire::kGetVersion), std::string("\x82"),
+                                     std::string(wire::kReadDeviceIdFrame), std::string("?")}) {
     for (const Line line : {Line::kUsb, Line::kSerial}) {
       FileRig host(line);
       host.rig.customer.actions = {WalksAway()};
@@ -230,7 +234,7 @@ TEST(Push, IsOverWithAnyOtherCommand) {
 TEST(Push, IsOverAfterItsEndPacket) {
   FileRig host;
   EXPECT_TRUE(AllDone(host.Push(255, "/tmp/x", "x")));
-  EXPECT_NE(host.Ask(kStartPacket), kDone);
+  EXPECT_NE(host.Ask(wire::kPushStart), wire::kDone);
 }
 
 TEST(Push, IsOverAfterHalfAMinuteOfSilence) {
@@ -253,24 +257,25 @@ TEST(Push, IsOverWhenAPacketIsCutOff) {
     host.rig.Wait(1000ms);
     EXPECT_EQ(host.store.writers, 0) << size;
     EXPECT_EQ(host.rig.Answer(), "(none)") << size;
-    EXPECT_EQ(host.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03") << size;
+    EXPECT_EQ(host.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03") << size;
   }
 }
 
 TEST(Push, BeginsAnewWithAnotherModeChange) {
   FileRig host;
   host.BeginPush();
-  ASSERT_EQ(host.Ask(Packet(2, "abc")), kDone);
+  ASSERT_EQ(host.Ask(Packet(2, "abc")), wire::kDone);
   EXPECT_TRUE(AllDone(host.Push(255, "/tmp/x", "new")));
   EXPECT_EQ(host.store.files["/tmp/x"], "new");
 }
 
 TEST(Push, PacketsWithoutModeChangeAreNoCommand) {
   FileRig host;
-  for (const std::string& packet : {kStartPacket, Packet(2, "abc"), EndPacket(255, "/tmp/x")}) {
+  for (const std::string& packet :
+       {std::string(wire::kPushStart), Packet(2, "abc"), EndPacket(255, "/tmp/x")}) {
     host.rig.Send(packet);
     for (std::string answer = host.rig.Answer(); answer != "(none)"; answer = host.rig.Answer())
-      EXPECT_NE(answer, kDone);
+      EXPECT_NE(answer, wire::kDone);
   }
   EXPECT_TRUE(host.store.files.empty());
 }
@@ -285,8 +290,8 @@ TEST(Push, GoesWrongAsScripted) {
     failing.fail = {step};
     FileFaults ignoring;
     ignoring.ignore = {step};
-    for (const auto& [faults, last] : {std::pair{refusing, std::string(kRefusal)},
-                                       {failing, std::string(kFailure)},
+    for (const auto& [faults, last] : {std::pair{refusing, std::string(wire::kRefused)},
+                                       {failing, std::string(wire::kFailed)},
                                        {ignoring, std::string("(none)")}}) {
       FileRig host(Line::kUsb, faults);
       const Answers got = host.Push(255, "/tmp/x", std::string(200001, 'x'));

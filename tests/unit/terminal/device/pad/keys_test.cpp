@@ -43,7 +43,7 @@ TEST(MasterKey, IsTakenWithTheFactoryKeyAsTheOldOne) {
   Rig rig;
   const std::string command = MasterKeyCommand(0, kFactoryHex, kSingle);
   EXPECT_EQ(command, "\033M0031313131313131313131313131313131133457799;;<=??1\r\n");
-  EXPECT_EQ(rig.Ask(command), kAck);
+  EXPECT_EQ(rig.Ask(command), wire::kKeyAccepted);
 }
 
 TEST(MasterKey, OfEveryLengthCanFollowOneOfEveryLength) {
@@ -51,44 +51,44 @@ TEST(MasterKey, OfEveryLengthCanFollowOneOfEveryLength) {
   std::string_view old_key = kFactoryHex;
   for (const std::string_view key :
        {kSingle, kSingle, kDouble, kDouble, kTriple, kTriple, kSingle, kTriple, kDouble, kSingle}) {
-    EXPECT_EQ(rig.Ask(MasterKeyCommand(15, old_key, key)), kAck);
+    EXPECT_EQ(rig.Ask(MasterKeyCommand(15, old_key, key)), wire::kKeyAccepted);
     old_key = key;
   }
 }
 
 TEST(MasterKey, WithAWrongOldKeyIsNotTaken) {
   Rig rig;
-  ASSERT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kMasterHex)), kAck);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kDouble)), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kMasterHex, kDouble)), kAck);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kMasterHex)), wire::kKeyAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kFactoryHex, kDouble)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(2, kMasterHex, kDouble)), wire::kKeyAccepted);
 }
 
 TEST(MasterKey, SlotsAreApart) {
   Rig rig;
   for (int slot = 0; slot < 16; ++slot) {
-    EXPECT_EQ(rig.Ask(MasterKeyCommand(slot, kFactoryHex, kMasterHex)), kAck) << slot;
+    EXPECT_EQ(rig.Ask(MasterKeyCommand(slot, kFactoryHex, kMasterHex)), wire::kKeyAccepted) << slot;
   }
 }
 
 TEST(MasterKey, WithABadSlotLengthOrRecordIsNotTaken) {
   Rig rig;
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(16, kFactoryHex, kMasterHex)), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(255, kFactoryHex, kMasterHex)), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "0123456789ABCD")), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "")), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, "", "3131")), kNak);
-  EXPECT_EQ(rig.Ask("\033M\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033M0\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033M0A\r\n"), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, kMasterHex)), kAck);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(16, kFactoryHex, kMasterHex)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(255, kFactoryHex, kMasterHex)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "0123456789ABCD")), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, "")), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, "", "3131")), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033M\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033M0\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033M0A\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(1, kFactoryHex, kMasterHex)), wire::kKeyAccepted);
 }
 
 TEST(MasterKey, TakesItsWorkingKeysWithIt) {
   Rig rig;
   LoadKeys(rig, kDouble);
-  ASSERT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kSingle)), kAck);
-  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kNak);
-  EXPECT_EQ(rig.Ask("\033F00\r\n"), kRefusal);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kSingle)), wire::kKeyAccepted);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033F00\r\n"), wire::kRefused);
 }
 
 TEST(WorkingKey, IsDecipheredUnderItsMasterKey) {
@@ -109,14 +109,14 @@ TEST(WorkingKey, IsDecipheredUnderItsMasterKey) {
 
 TEST(WorkingKey, WithABadSlotLengthOrRecordIsNotTaken) {
   Rig rig;
-  EXPECT_EQ(rig.Ask(WorkingKeyCommand(16, 0, kDouble)), kNak);
-  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 16, kDouble)), kNak);
-  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "0123456789ABCD")), kNak);
-  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "")), kNak);
-  EXPECT_EQ(rig.Ask("\033S0\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033S00\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033S0000hello world\r\n"), kNak);
-  EXPECT_EQ(rig.Ask(ActivateCommand(0, 0)), kNak);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(16, 0, kDouble)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 16, kDouble)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "0123456789ABCD")), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(WorkingKeyCommand(0, 0, "")), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033S0\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033S00\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033S0000hello world\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(ActivateCommand(0, 0)), wire::kKeyNotAccepted);
 }
 
 TEST(Activate, SendsWhatTheHostSends) {
@@ -126,31 +126,31 @@ TEST(Activate, SendsWhatTheHostSends) {
 TEST(Activate, NeedsALoadedKeyAndARecordOfTwoBytes) {
   Rig rig;
   LoadKeys(rig, kDouble);
-  EXPECT_EQ(rig.Ask(ActivateCommand(7, 3)), kNak);
-  EXPECT_EQ(rig.Ask(ActivateCommand(16, 16)), kNak);
-  EXPECT_EQ(rig.Ask("\033A03\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033A030700\r\n"), kNak);
-  EXPECT_EQ(rig.Ask("\033A\r\n"), kNak);
-  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kAck);
+  EXPECT_EQ(rig.Ask(ActivateCommand(7, 3)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(ActivateCommand(16, 16)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033A03\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033A030700\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask("\033A\r\n"), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), wire::kKeyAccepted);
 }
 
 TEST(Reset, BringsTheFactoryKeysBackAndForgetsWorkingKeys) {
   Rig rig;
   LoadKeys(rig, kDouble);
-  EXPECT_EQ(rig.Ask("\033R\r\n"), kAck);
-  EXPECT_EQ(rig.Ask("\033F00\r\n"), kRefusal);
-  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kDouble)), kNak);
-  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kFactoryHex, kDouble)), kAck);
+  EXPECT_EQ(rig.Ask(wire::kResetKeys), wire::kKeyAccepted);
+  EXPECT_EQ(rig.Ask("\033F00\r\n"), wire::kRefused);
+  EXPECT_EQ(rig.Ask(ActivateCommand(3, 7)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kMasterHex, kDouble)), wire::kKeyNotAccepted);
+  EXPECT_EQ(rig.Ask(MasterKeyCommand(3, kFactoryHex, kDouble)), wire::kKeyAccepted);
 }
 
 TEST(KeyCommands, WorkOverSerialWithoutWaitingForSilence) {
   Rig rig(Line::kSerial);
   for (const std::string& command :
        {MasterKeyCommand(0, kFactoryHex, kSingle), WorkingKeyCommand(0, 0, kDouble), ActivateCommand(0, 0),
-        std::string("\033R\r\n")}) {
+        std::string(wire::kResetKeys)}) {
     rig.Feed(command);
-    EXPECT_EQ(rig.Answer(), kAck);
+    EXPECT_EQ(rig.Answer(), wire::kKeyAccepted);
   }
 }
 
@@ -159,7 +159,7 @@ TEST(KeyCommands, AreTracedWithoutTheKeys) {
   LoadKeys(rig, kDouble);
   rig.Send(MasterKeyCommand(3, kDouble, kSingle));
   rig.Send("\033M0A\r\n");
-  rig.Send("\033R\r\n");
+  rig.Send(wire::kResetKeys);
   rig.Send("\033M" + Split(FromHex(kMasterHex)));
   EXPECT_EQ(rig.Trace(),
             "host: load master key 3 (16 bytes, masked)\n"

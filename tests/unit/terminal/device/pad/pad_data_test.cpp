@@ -79,9 +79,9 @@ TEST(EncipheredData, IsPulledByTheHost) {
 
 TEST(EncipheredData, NeedsTheWorkingKeyOfItsAlgorithm) {
   FileRig host;
-  EXPECT_EQ(host.Ask(Command(kTripleDesType, "41")), kRefusal);
+  EXPECT_EQ(host.Ask(Command(kTripleDesType, "41")), wire::kRefused);
   LoadPadKey(host.rig, kTripleDesType, kDesHex);
-  EXPECT_EQ(host.Ask(Command(kSm4Type, "41")), kRefusal);
+  EXPECT_EQ(host.Ask(Command(kSm4Type, "41")), wire::kRefused);
 }
 
 TEST(EncipheredData, ThatFailsLeavesNoFile) {
@@ -90,14 +90,14 @@ TEST(EncipheredData, ThatFailsLeavesNoFile) {
   for (const std::string bad : {"\033[1GETENCDATA\0020|2|4x\x03", "\033[1GETENCDATA\0020|3|414\x03",
                                 "\033[1GETENCDATA\0020|4|41\x03", "\033[1GETENCDATA\0022|2|41\x03"}) {
     host.Ask(Command(kTripleDesType, "41"));
-    EXPECT_EQ(host.Ask(bad), kFailure) << bad;
+    EXPECT_EQ(host.Ask(bad), wire::kFailed) << bad;
     EXPECT_FALSE(host.store.files.contains(kFile));
   }
   host.store.writable = false;
-  EXPECT_EQ(host.Ask(Command(kTripleDesType, "41")), kFailure);
+  EXPECT_EQ(host.Ask(Command(kTripleDesType, "41")), wire::kFailed);
   Rig without_storage;
   LoadPadKey(without_storage, kTripleDesType, kDesHex);
-  EXPECT_EQ(without_storage.Ask(Command(kTripleDesType, "41")), kFailure);
+  EXPECT_EQ(without_storage.Ask(Command(kTripleDesType, "41")), wire::kFailed);
 }
 
 TEST(EncipheredData, IsTracedWithoutTheData) {

@@ -157,7 +157,7 @@ TEST(PadEntry, GoesOnWhileTextCommandsAreAnswered) {
   LoadPadKey(rig, kTripleDesType, kDesHex);
   rig.customer.actions = {Keys("1234")};
   rig.Send(PadFrame({0x30, 0x05, 30}));
-  EXPECT_EQ(rig.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
   rig.Wait(100ms);
   EXPECT_EQ(ReadPadAnswer(rig.Answer()).status, 0);
 }
@@ -221,7 +221,7 @@ TEST(NumberEntry, OutOfRangeIsRefused) {
   }
   EXPECT_EQ(rig.Ask(NumberCommand("30|0|0", "\xFF\xFF")), "RF") << "no text";
   EXPECT_EQ(rig.Ask("\033[5GETINNO\00230|0|0|123\x03"), "RF") << "half a byte";
-  EXPECT_EQ(rig.Ask("\033[5GETINNO\00230|0\x03"), kRefusal);
+  EXPECT_EQ(rig.Ask("\033[5GETINNO\00230|0\x03"), wire::kRefused);
   EXPECT_TRUE(rig.customer.numbers.empty());
 }
 

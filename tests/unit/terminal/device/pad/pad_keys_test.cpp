@@ -150,10 +150,10 @@ TEST(PadLoad, TakesAKeyUnderMasterKey0) {
 
 TEST(PadLoad, FollowsTheMasterKeyThatTheCounterCommandsLoad) {
   Rig rig;
-  ASSERT_EQ(rig.Ask(MasterKeyCommand(0, kFactoryHex, kMasterHex)), kAck);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(0, kFactoryHex, kMasterHex)), wire::kKeyAccepted);
   const ByteList under = PlainDes(FromHex(kMasterHex), FromHex(kDesHex), true);
   EXPECT_EQ(Load(rig, LoadBody(0x04, 0x10, under, Factor(rig), VerifyKey(kTripleDesType, kDesHex))), kLoaded);
-  ASSERT_EQ(rig.Ask(MasterKeyCommand(0, kMasterHex, "133457799BBCDFF1")), kAck);
+  ASSERT_EQ(rig.Ask(MasterKeyCommand(0, kMasterHex, "133457799BBCDFF1")), wire::kKeyAccepted);
   ASSERT_EQ(AskPad(rig, {0x30, 0x10, kSm4Type}).status, 0);
   EXPECT_EQ(Load(rig, LoadBody(0x04, 0x10, under, Factor(rig), "000000")), kUndecipherable)
       << "a master key of 8 bytes is none for SM4";

@@ -70,16 +70,16 @@ TEST(PadAccount, HasAsManyDigitsAsItsLengthTellsOrNone) {
 TEST(PadDeviceId, IsReadAsItWasWritten) {
   Rig rig;
   EXPECT_EQ(ToText(AskPad(rig, {0x30, 0x18}).data), "st_00000001");
-  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\x02st_12345678\x03"), "\x02\xAA\x03");
+  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\x02st_12345678\x03"), wire::kDone);
   EXPECT_EQ(ToText(AskPad(rig, {0x30, 0x18}).data), "st_12345678");
-  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\x02X\x03"), "\x02\xAA\x03");
-  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\00212345678901234567890\x03"), "\x02\xAA\x03");
+  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\x02X\x03"), wire::kDone);
+  EXPECT_EQ(rig.Ask("\033[0BJPOSTSETSN\00212345678901234567890\x03"), wire::kDone);
 }
 
 TEST(PadDeviceId, ThatIsBadIsNotTaken) {
   Rig rig;
   for (const std::string id : {"", "123456789012345678901", "a b", "caf\xC3\xA9", "a\tb"}) {
-    EXPECT_EQ(rig.Ask(std::string("\033[0BJPOSTSETSN\x02").append(id).append("\x03")), "\x02\x55\x03") << id;
+    EXPECT_EQ(rig.Ask(std::string("\033[0BJPOSTSETSN\x02").append(id).append("\x03")), wire::kRefused) << id;
   }
   EXPECT_EQ(ToText(AskPad(rig, {0x30, 0x18}).data), "st_00000001");
 }
@@ -87,7 +87,7 @@ TEST(PadDeviceId, ThatIsBadIsNotTaken) {
 TEST(FirmwareVersion, HasACommonAndAPrivatePart) {
   for (const Line line : {Line::kUsb, Line::kSerial}) {
     Rig rig(line);
-    EXPECT_EQ(rig.Ask("\033[1GETFIRMVERSION"), "\x02V1.0.0|P20240615\x03");
+    EXPECT_EQ(rig.Ask(wire::kGetFirmwareVersion), "\x02V1.0.0|P20240615\x03");
   }
 }
 

@@ -76,7 +76,7 @@ TEST(AnsiBlock, FillsAShortAccountOnTheLeft) {
 TEST(AnsiBlock, OfAnAccountThatIsNoNumberIsRefused) {
   Rig rig;
   LoadKeys(rig, kDouble);
-  EXPECT_EQ(rig.Ask("\033I0012345678901234X\r\n"), kRefusal);
+  EXPECT_EQ(rig.Ask("\033I0012345678901234X\r\n"), wire::kRefused);
   EXPECT_TRUE(rig.customer.requests.empty());
 }
 
@@ -104,8 +104,8 @@ TEST(Block, CannotHoldAnythingElse) {
 
 TEST(Block, IsRefusedWithoutAnActiveKey) {
   Rig rig;
-  EXPECT_EQ(rig.Ask("\033F00\r\n"), kRefusal);
-  EXPECT_EQ(rig.Ask("\033I00000000\r\n"), kRefusal);
+  EXPECT_EQ(rig.Ask("\033F00\r\n"), wire::kRefused);
+  EXPECT_EQ(rig.Ask("\033I00000000\r\n"), wire::kRefused);
   EXPECT_TRUE(rig.customer.requests.empty());
 }
 
@@ -114,16 +114,16 @@ TEST(Block, IsRefusedWhenTheKeyGoesWhileTheCustomerKeys) {
   LoadKeys(rig, kDouble);
   rig.customer.actions = {Keys("1234")};
   rig.Send("\033F00\r\n");
-  ASSERT_EQ(rig.Ask("\033R\r\n"), kAck);
+  ASSERT_EQ(rig.Ask(wire::kResetKeys), wire::kKeyAccepted);
   rig.Wait(100ms);
-  EXPECT_EQ(rig.Answer(), kRefusal);
+  EXPECT_EQ(rig.Answer(), wire::kRefused);
 }
 
 TEST(Block, ByTripleDesOnlyIsRefusedUnderASingleKey) {
   Rig rig;
   LoadKeys(rig, kSingle);
-  EXPECT_EQ(rig.Ask("\033F10\r\n"), kRefusal);
-  EXPECT_EQ(rig.Ask("\033I10000000\r\n"), kRefusal);
+  EXPECT_EQ(rig.Ask("\033F10\r\n"), wire::kRefused);
+  EXPECT_EQ(rig.Ask("\033I10000000\r\n"), wire::kRefused);
 }
 
 TEST(Block, ByTripleDesOnlyIsMadeUnderALongerKey) {
@@ -146,18 +146,18 @@ TEST(Block, TheSecondDigitSetsThePrompt) {
 TEST(Block, OtherDigitsAreRefused) {
   Rig rig;
   LoadKeys(rig, kDouble);
-  EXPECT_EQ(rig.Ask("\033F20\r\n"), kRefusal);
-  EXPECT_EQ(rig.Ask("\033F04\r\n"), kRefusal);
-  EXPECT_EQ(rig.Ask("\033I04000000\r\n"), kRefusal);
+  EXPECT_EQ(rig.Ask("\033F20\r\n"), wire::kRefused);
+  EXPECT_EQ(rig.Ask("\033F04\r\n"), wire::kRefused);
+  EXPECT_EQ(rig.Ask("\033I04000000\r\n"), wire::kRefused);
 }
 
 TEST(Block, IsTheOneOfTheKeyThatWasActivatedLast) {
   Rig rig;
   LoadKeys(rig, kDouble);
   const auto second = PlainDes(FromHex(kMasterHex), FromHex(kTriple), true);
-  ASSERT_EQ(rig.Ask(WorkingKeyCommand(3, 8, ToHex(second))), kAck);
+  ASSERT_EQ(rig.Ask(WorkingKeyCommand(3, 8, ToHex(second))), wire::kKeyAccepted);
   EXPECT_EQ(ClearBlock(AskBlock(rig, "\033I00\r\n", "1234"), kDouble), "041234FFFFFFFFFF");
-  ASSERT_EQ(rig.Ask(ActivateCommand(3, 8)), kAck);
+  ASSERT_EQ(rig.Ask(ActivateCommand(3, 8)), wire::kKeyAccepted);
   EXPECT_EQ(ClearBlock(AskBlock(rig, "\033I00\r\n", "1234"), kTriple), "041234FFFFFFFFFF");
 }
 

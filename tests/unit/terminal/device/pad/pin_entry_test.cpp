@@ -87,7 +87,7 @@ TEST(Entry, ACancelIsAnsweredByTheRefusal) {
     rig.Wait(249ms);
     EXPECT_EQ(rig.Answer(), "(none)");
     rig.Wait(1ms);
-    EXPECT_EQ(rig.Answer(), kRefusal);
+    EXPECT_EQ(rig.Answer(), wire::kRefused);
     rig.Wait(100s);
     EXPECT_EQ(rig.Answer(), "(none)");
   }
@@ -162,7 +162,7 @@ TEST(Entry, OtherCommandsGoOnMeanwhile) {
   Rig rig;
   rig.customer.actions = {Keys("1234")};
   rig.Send("\x82");
-  EXPECT_EQ(rig.Ask("\033[0GETVERSION"), "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetVersion), "\x02V1.0.0|20240615\x03");
   rig.Wait(100ms);
   EXPECT_EQ(rig.Answer(), "1234\r");
 }

@@ -58,21 +58,24 @@ TEST(Document, IsAgreedToOrNot) {
   DocumentRig rig;
   const std::string command = Command("YCNEWSTARTFILE", "0|20|" + kDocuments);
   EXPECT_EQ(rig.Shown(command).kind, ScreenKind::kConfirm);
-  EXPECT_EQ(rig.Ask(command, Does(Kind::kConfirm)), kDone);
-  EXPECT_EQ(rig.Ask(command, Does(Kind::kCancel)), kCancelled);
-  EXPECT_EQ(rig.AskNobody(command, 20), kTimedOut);
+  EXPECT_EQ(rig.Ask(command, Does(Kind::kConfirm)), wire::kDone);
+  EXPECT_EQ(rig.Ask(command, Does(Kind::kCancel)), wire::kCustomerCancelled);
+  EXPECT_EQ(rig.AskNobody(command, 20), wire::kCustomerTooLate);
 }
 
 TEST(Document, ThatIsMissingIsRefused) {
   DocumentRig rig;
   rig.store.files.erase("/tmp/infoviewer.jpg");
   for (const char* list : {"/tmp/none.pdf", "/tmp/a.pdf|/tmp/none.pdf", "", "|", "/tmp/a.pdf||/tmp/b.pdf"}) {
-    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTFILE", std::string("0|20|").append(list))), kRefusal) << list;
-    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTSIGN", std::string("0|20|x|").append(list))), kRefusal) << list;
-    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTZGTSIGN", std::string("0|20|0|3|x|").append(list))), kRefusal);
+    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTFILE", std::string("0|20|").append(list))), wire::kRefused)
+        << list;
+    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTSIGN", std::string("0|20|x|").append(list))), wire::kRefused)
+        << list;
+    EXPECT_EQ(rig.rig.Ask(Command("YCNEWSTARTZGTSIGN", std::string("0|20|0|3|x|").append(list))),
+              wire::kRefused);
   }
   for (const char* page : {"0|20", "2|20", "4|20"})
-    EXPECT_EQ(rig.rig.Ask(Command("HANDSIGN", page)), kRefusal) << page;
+    EXPECT_EQ(rig.rig.Ask(Command("HANDSIGN", page)), wire::kRefused) << page;
   EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
 }
 
@@ -101,7 +104,7 @@ TEST(Signing, KeepsWhatWasWritten) {
     EXPECT_EQ(rig.Shown(signing.command).kind, signing.kind);
     ScreenAction signs = Does(Kind::kSign);
     signs.strokes = {{1, 2, 300, 0}, {4, 5, 0, 8}};
-    EXPECT_EQ(rig.Ask(signing.command, signs), kDone);
+    EXPECT_EQ(rig.Ask(signing.command, signs), wire::kDone);
     EXPECT_EQ(rig.store.files.at("/tmp/hw.png"), "signature of 2 points");
     EXPECT_EQ(rig.store.files.at("/tmp/hw.txt"), "1,2,300,0\n4,5,0,8\n");
   }
@@ -115,7 +118,7 @@ TEST(Signing, LeavesNoSignatureWhenNobodySigned) {
       rig.Put("/tmp/hw.txt", "an older one");
       const std::string answer =
           cancels ? rig.Ask(signing.command, Does(Kind::kCancel)) : rig.AskNobody(signing.command, 20);
-      EXPECT_EQ(answer, cancels ? kCancelled : kTimedOut);
+      EXPECT_EQ(answer, cancels ? wire::kCustomerCancelled : wire::kCustomerTooLate);
       EXPECT_FALSE(rig.store.files.contains("/tmp/hw.png"));
       EXPECT_FALSE(rig.store.files.contains("/tmp/hw.txt"));
     }
@@ -127,7 +130,7 @@ TEST(Signing, WithoutRoomForTheSignatureFails) {
   rig.store.room = 3;
   ScreenAction signs = Does(Kind::kSign);
   signs.strokes = DefaultSignature();
-  EXPECT_EQ(rig.Ask(Signings()[0].command, signs), kRefusal);
+  EXPECT_EQ(rig.Ask(Signings()[0].command, signs), wire::kRefused);
 }
 
 TEST(Signing, NeedsMoreThanAConfirmation) {
@@ -135,7 +138,7 @@ TEST(Signing, NeedsMoreThanAConfirmation) {
   rig.rig.customer.responses = {Does(Kind::kConfirm)};
   rig.rig.Send(Signings()[0].command);
   rig.rig.Wait(20s);
-  EXPECT_EQ(rig.rig.Answer(), kTimedOut);
+  EXPECT_EQ(rig.rig.Answer(), wire::kCustomerTooLate);
   EXPECT_FALSE(rig.store.files.contains("/tmp/hw.png"));
 }
 
@@ -143,7 +146,7 @@ TEST(Signing, IsClosedByTheInformationScreensCommand) {
   for (const Signing& signing : Signings()) {
     DocumentRig rig;
     rig.Shown(signing.command);
-    EXPECT_EQ(rig.rig.Ask("\033[2C"), "(none)");
+    EXPECT_EQ(rig.rig.Ask(wire::kCloseInformation), "(none)");
     EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
   }
 }
@@ -151,7 +154,7 @@ TEST(Signing, IsClosedByTheInformationScreensCommand) {
 TEST(Voice, IsSpokenAtTheNextSigningOnly) {
   DocumentRig rig;
   for (const char* text : {"\xC4\xE3\xBA\xC3", "\xE4\xBD\xA0\xE5\xA5\xBD"}) {
-    EXPECT_EQ(rig.rig.Ask(Command("YCSETVOICECONTENT", text)), kDone);
+    EXPECT_EQ(rig.rig.Ask(Command("YCSETVOICECONTENT", text)), wire::kDone);
     EXPECT_EQ(rig.Shown(Signings()[0].command).voice, "\xE4\xBD\xA0\xE5\xA5\xBD");
     EXPECT_EQ(rig.Shown(Signings()[0].command).voice, "");
   }
@@ -162,19 +165,19 @@ TEST(Voice, IsSpokenAtTheNextSigningOnly) {
 TEST(Voice, AnswerThatNobodyReadLapses) {
   DocumentRig rig;
   rig.rig.Send(Command("YCSETVOICECONTENT", "hello"));
-  EXPECT_EQ(rig.Ask(Signings()[1].command, Does(Kind::kCancel)), kCancelled);
+  EXPECT_EQ(rig.Ask(Signings()[1].command, Does(Kind::kCancel)), wire::kCustomerCancelled);
   EXPECT_TRUE(rig.rig.device().TakeWithdrawal());
 }
 
 TEST(Tzg, IsSupportedUnlessSwitchedOff) {
   DocumentRig with;
-  EXPECT_EQ(with.rig.Ask("\033[2YCISSUPPORTTZG"), kDone);
+  EXPECT_EQ(with.rig.Ask(wire::kSupportsTzg), wire::kDone);
   Settings settings;
   settings.tzg = false;
   DocumentRig without(settings);
-  EXPECT_EQ(without.rig.Ask("\033[2YCISSUPPORTTZG"), kRefusal);
-  EXPECT_EQ(without.rig.Ask(Signings()[1].command), kRefusal);
-  EXPECT_EQ(without.Ask(Signings()[0].command, Does(Kind::kCancel)), kCancelled);
+  EXPECT_EQ(without.rig.Ask(wire::kSupportsTzg), wire::kRefused);
+  EXPECT_EQ(without.rig.Ask(Signings()[1].command), wire::kRefused);
+  EXPECT_EQ(without.Ask(Signings()[0].command, Does(Kind::kCancel)), wire::kCustomerCancelled);
 }
 
 TEST(Signing, PictureIsTheSignatureDrawn) {
@@ -184,7 +187,7 @@ TEST(Signing, PictureIsTheSignatureDrawn) {
   Rig rig(Line::kUsb, {}, {&store, {}}, &painter);
   rig.Send(Command("YCNEWSTARTSIGN", "0|20|x|/tmp/a.pdf"));
   rig.Wait(200ms);
-  EXPECT_EQ(rig.Answer(), kDone);
+  EXPECT_EQ(rig.Answer(), wire::kDone);
   const auto drawn = painter.Signature(DefaultSignature());
   EXPECT_EQ(store.files.at("/tmp/hw.png"), ToText(drawn));
   EXPECT_EQ(store.files.at("/tmp/hw.txt"), StrokeText(DefaultSignature()));

@@ -9,13 +9,6 @@
 
 namespace gwq::terminal::test {
 
-inline constexpr std::string_view kCancelled =
-    "\x02"
-    "f\x03";
-inline constexpr std::string_view kTimedOut =
-    "\x02"
-    "w\x03";
-
 // Pictures that tell what they show.
 class TellingPainter final : public Painter {
  public:
@@ -29,8 +22,8 @@ ScreenAction Leaves();
 
 class ScreenRig {
  public:
-  explicit ScreenRig(Line line = Line::kUsb, Settings settings = {})
-      : rig(line, std::move(settings), {&store, {}}, &painter) {}
+  explicit ScreenRig(Line line = Line::kUsb, Settings settings = {}, FileSystem* keys = nullptr)
+      : rig(line, std::move(settings), {&store, {}, keys}, &painter) {}
 
   // What the terminal answers to a command once the customer has done `action`;
   // nothing may be answered before.

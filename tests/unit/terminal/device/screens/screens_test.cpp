@@ -13,13 +13,6 @@ namespace {
 using Kind = ScreenAction::Kind;
 
 constexpr const char* kCard = "\033[4H\x02Li Lei|0123|5|0123.jpg\x03";
-constexpr const char* kStartEvaluation = "\033[4STARTEVALUTF8";
-constexpr const char* kCheckoutTimeout =
-    "\x02"
-    "f\x03";
-constexpr const char* kCheckoutCancel =
-    "\x02"
-    "w\x03";
 const std::string kChinese = "\xE4\xBD\xA0\xE5\xA5\xBD";  // in UTF-8
 const std::string kChineseGbk = "\xC4\xE3\xBA\xC3";       // the same in GBK
 
@@ -38,24 +31,25 @@ std::string Checkout(int seconds, std::string_view first, std::string_view secon
 }
 
 TEST(Evaluation, EachKeyIsTold) {
-  for (const char* start : {kStartEvaluation, "\033[4R"}) {
+  for (const std::string_view start : {wire::kStartRating, wire::kStartCounterRating}) {
     ScreenRig rig;
-    const std::map<std::string, std::string> answers{{"0", "B0F"}, {"1", "B1F"}, {"2", "B2F"}, {"3", "B3F"}};
+    const std::map<std::string, std::string_view> answers{
+        {"0", wire::kKey0}, {"1", wire::kKey1}, {"2", wire::kKey2}, {"3", wire::kKey3}};
     for (const auto& [key, answer] : answers) EXPECT_EQ(rig.Ask(start, Does(Kind::kKey, key)), answer);
-    EXPECT_EQ(rig.Ask(start, Does(Kind::kConfirm)), "B3F");
-    EXPECT_EQ(rig.Ask(start, Does(Kind::kCancel)), "B0F");
+    EXPECT_EQ(rig.Ask(start, Does(Kind::kConfirm)), wire::kKey3);
+    EXPECT_EQ(rig.Ask(start, Does(Kind::kCancel)), wire::kKey0);
   }
 }
 
 TEST(Evaluation, OverSerialIsTheSame) {
   ScreenRig rig(Line::kSerial);
-  EXPECT_EQ(rig.Ask("\033[4R", Does(Kind::kKey, "2")), "B2F");
+  EXPECT_EQ(rig.Ask(wire::kStartCounterRating, Does(Kind::kKey, "2")), wire::kKey2);
 }
 
 TEST(Evaluation, TimesOutAsTheHostSaid) {
   ScreenRig rig;
   rig.rig.Send("\033[4;7T");
-  EXPECT_EQ(rig.AskNobody(kStartEvaluation, 7), "B0F");
+  EXPECT_EQ(rig.AskNobody(wire::kStartRating, 7), wire::kKey0);
 }
 
 TEST(Evaluation, ShowsTheTellersCard) {
@@ -63,7 +57,7 @@ TEST(Evaluation, ShowsTheTellersCard) {
   rig.Put("/mnt/sdcard/media/headphoto/0123.jpg");
   rig.rig.Send(kCard);
   EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
-  const Screen screen = rig.Shown("\033[4R");
+  const Screen screen = rig.Shown(wire::kStartCounterRating);
   EXPECT_EQ(screen.kind, ScreenKind::kEvaluation);
   ASSERT_EQ(screen.keys.size(), 4U);
   ASSERT_TRUE(screen.teller);
@@ -77,7 +71,7 @@ TEST(Evaluation, ShowsTheTellersCard) {
 TEST(Evaluation, TakesTheCardOfSetEvalInfoToo) {
   ScreenRig rig;
   rig.rig.Send("\033[4SETEVALINFOUTF8\x02" + kChinese + "|7|0|" + kChineseGbk + ".jpg\x03");
-  const Screen screen = rig.Shown(kStartEvaluation);
+  const Screen screen = rig.Shown(wire::kStartRating);
   ASSERT_TRUE(screen.teller);
   EXPECT_EQ(screen.teller->name, kChinese);
   EXPECT_EQ(screen.teller->photo, kChinese + ".jpg");
@@ -113,12 +107,12 @@ TEST(Information, ShowsTheTextAndTellsTheKey) {
   const Screen screen = rig.Shown(Information("one\ntwo"));
   EXPECT_EQ(screen.kind, ScreenKind::kInformation);
   EXPECT_EQ(screen.text, "one\ntwo");
-  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kKey, "0")), "B0F");
-  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kKey, "1")), "B1F");
-  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kConfirm)), "B0F");
-  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kCancel)), "B1F");
+  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kKey, "0")), wire::kKey0);
+  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kKey, "1")), wire::kKey1);
+  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kConfirm)), wire::kKey0);
+  EXPECT_EQ(rig.Ask(Information("x"), Does(Kind::kCancel)), wire::kKey1);
   rig.rig.Send("\033[2;5T");
-  EXPECT_EQ(rig.AskNobody(Information("x"), 5), "B3F");
+  EXPECT_EQ(rig.AskNobody(Information("x"), 5), wire::kKey3);
 }
 
 TEST(Information, IsReadInBothEncodings) {
@@ -132,8 +126,8 @@ TEST(Information, DamagedTextIsRefused) {
   ScreenRig rig;
   EXPECT_EQ(rig.rig.Ask("\033[2A\x02"
                         "123\x03"),
-            kRefusal);
-  EXPECT_EQ(rig.rig.Ask("\033[2A\x02ZZ\x03"), kRefusal);
+            wire::kRefused);
+  EXPECT_EQ(rig.rig.Ask("\033[2A\x02ZZ\x03"), wire::kRefused);
   EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
 }
 
@@ -144,7 +138,7 @@ TEST(Information, KeyThatIsNotThereLeavesTheTimeOut) {
   rig.rig.Wait(29999ms);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
   rig.rig.Wait(1ms);
-  EXPECT_EQ(rig.rig.Answer(), "B3F");
+  EXPECT_EQ(rig.rig.Answer(), wire::kKey3);
 }
 
 TEST(Screens, CustomerWhoIsTooLateIsTimedOut) {
@@ -153,7 +147,7 @@ TEST(Screens, CustomerWhoIsTooLateIsTimedOut) {
   rig.rig.customer.responses = {Does(Kind::kConfirm, {}, 5000ms)};
   rig.rig.Send(Information("x"));
   rig.rig.Wait(5000ms);
-  EXPECT_EQ(rig.rig.Answer(), "B3F");
+  EXPECT_EQ(rig.rig.Answer(), wire::kKey3);
   rig.rig.Wait(60s);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
 }
@@ -161,8 +155,8 @@ TEST(Screens, CustomerWhoIsTooLateIsTimedOut) {
 TEST(Screens, AnyAnswerCanBeProvoked) {
   ScreenRig rig;
   const std::string odd("\x02\xFE\x00?", 4);
-  EXPECT_EQ(rig.Ask(kStartEvaluation, Does(Kind::kAnswer, odd)), odd);
-  EXPECT_EQ(rig.Ask(kStartEvaluation, Does(Kind::kAnswer, "")), "(none)");
+  EXPECT_EQ(rig.Ask(wire::kStartRating, Does(Kind::kAnswer, odd)), odd);
+  EXPECT_EQ(rig.Ask(wire::kStartRating, Does(Kind::kAnswer, "")), "(none)");
 }
 
 TEST(Html, TellsTheKeyAndShowsTheCountDownOnce) {
@@ -175,10 +169,10 @@ TEST(Html, TellsTheKeyAndShowsTheCountDownOnce) {
   EXPECT_EQ(screen.text, "<html>a</html>");
   EXPECT_EQ(screen.countdown, 15);
   EXPECT_EQ(rig.Shown(Html("AUTF8", "b")).countdown, 0);
-  EXPECT_EQ(rig.Ask(Html("AUTF8", "b"), Does(Kind::kConfirm)), "B0F");
-  EXPECT_EQ(rig.Ask(Html("AUTF8", "b"), Does(Kind::kCancel)), "B1F");
+  EXPECT_EQ(rig.Ask(Html("AUTF8", "b"), Does(Kind::kConfirm)), wire::kKey0);
+  EXPECT_EQ(rig.Ask(Html("AUTF8", "b"), Does(Kind::kCancel)), wire::kKey1);
   rig.rig.Send("\033[2;3T");
-  EXPECT_EQ(rig.AskNobody(Html("AUTF8", "b"), 3), "B3F");
+  EXPECT_EQ(rig.AskNobody(Html("AUTF8", "b"), 3), wire::kKey3);
   EXPECT_FALSE(rig.store.files.contains("/tmp/capture.png"));
 }
 
@@ -205,17 +199,17 @@ TEST(Html, OfAMegabyteIsShown) {
 
 TEST(Html, MoreThanTheTerminalTakesIsRefusedAndItGoesOn) {
   ScreenRig rig;
-  EXPECT_EQ(rig.rig.Ask(Html("AUTF8", std::string((std::size_t{2} << 20) + 1024, 'a'))), kRefusal);
+  EXPECT_EQ(rig.rig.Ask(Html("AUTF8", std::string((std::size_t{2} << 20) + 1024, 'a'))), wire::kRefused);
   EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
-  EXPECT_EQ(rig.Ask(kStartEvaluation, Does(Kind::kConfirm)), "B3F");
+  EXPECT_EQ(rig.Ask(wire::kStartRating, Does(Kind::kConfirm)), wire::kKey3);
 }
 
 TEST(Html, ScreenshotIsKeptOfTheScreenAsItStood) {
   ScreenRig rig;
   rig.Put("/tmp/capture.png", "an older one");
-  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "the page"), Does(Kind::kConfirm)), "B0F");
+  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "the page"), Does(Kind::kConfirm)), wire::kKey0);
   EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of the page, Confirm pressed");
-  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "it"), Does(Kind::kCancel)), "B1F");
+  EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "it"), Does(Kind::kCancel)), wire::kKey1);
   EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of it, Cancel pressed");
   EXPECT_EQ(rig.Ask(Html("STARTSCREENSHOTUTF8", "it"), Does(Kind::kAnswer, "B9F")), "B9F");
   EXPECT_EQ(rig.store.files.at("/tmp/capture.png"), "picture of it, no key pressed");
@@ -224,7 +218,7 @@ TEST(Html, ScreenshotIsKeptOfTheScreenAsItStood) {
 TEST(Html, NobodyLeavesNoScreenshot) {
   ScreenRig rig;
   rig.rig.Send("\033[2;3T");
-  EXPECT_EQ(rig.AskNobody(Html("STARTSCREENSHOTUTF8", "p"), 3), "B3F");
+  EXPECT_EQ(rig.AskNobody(Html("STARTSCREENSHOTUTF8", "p"), 3), wire::kKey3);
   EXPECT_FALSE(rig.store.files.contains("/tmp/capture.png"));
 }
 
@@ -235,37 +229,37 @@ TEST(PageFile, TellsWhatTheCustomerDid) {
   EXPECT_EQ(screen.kind, ScreenKind::kHtml);
   EXPECT_EQ(screen.documents, std::vector<std::string>{"/tmp/infoviewerex.html"});
   EXPECT_EQ(screen.second_text, "extra");
-  EXPECT_EQ(rig.Ask(PageFile(20, ""), Does(Kind::kConfirm)), "BokF");
+  EXPECT_EQ(rig.Ask(PageFile(20, ""), Does(Kind::kConfirm)), wire::kPageConfirmed);
   EXPECT_EQ(rig.Ask(PageFile(20, ""), Does(Kind::kCancel)), "BcancelF");
-  EXPECT_EQ(rig.AskNobody(PageFile(20, ""), 20), "B0F");
+  EXPECT_EQ(rig.AskNobody(PageFile(20, ""), 20), wire::kKey0);
 }
 
 TEST(PageFile, ThatIsMissingIsRefused) {
   ScreenRig rig;
-  EXPECT_EQ(rig.rig.Ask(PageFile(20, "")), kRefusal);
+  EXPECT_EQ(rig.rig.Ask(PageFile(20, "")), wire::kRefused);
 }
 
 TEST(Keypad, TellsTheDigitsInBothModes) {
   ScreenRig rig;
-  for (const char* start : {"\033GM\r\n", "\033FA\r\n"}) {
-    EXPECT_EQ(rig.Ask(start, Does(Kind::kDigits, "1234")), "A1234F");
+  for (const std::string_view start : {wire::kKeypadMode0, wire::kKeypadMode1}) {
+    EXPECT_EQ(rig.Ask(start, Does(Kind::kDigits, "1234")), wire::kKeyed1234);
     EXPECT_EQ(rig.Ask(start, Does(Kind::kConfirm)), "AF");
     EXPECT_EQ(rig.Ask(start, Does(Kind::kCancel)), "AF");
   }
-  EXPECT_FALSE(rig.Shown("\033GM\r\n").hides_digits);
-  EXPECT_TRUE(rig.Shown("\033FA\r\n").hides_digits);
+  EXPECT_FALSE(rig.Shown(wire::kKeypadMode0).hides_digits);
+  EXPECT_TRUE(rig.Shown(wire::kKeypadMode1).hides_digits);
   EXPECT_EQ(rig.rig.Trace().find("1234"), std::string::npos);
 }
 
 TEST(Keypad, TimesOutInSilence) {
   ScreenRig rig;
   rig.rig.Send("\033[5;4T");
-  EXPECT_EQ(rig.AskNobody("\033GM\r\n", 4), "(none)");
+  EXPECT_EQ(rig.AskNobody(wire::kKeypadMode0, 4), "(none)");
 }
 
 TEST(Keypad, LeavesTheCountersCommandsAlone) {
   ScreenRig rig;
-  EXPECT_EQ(rig.rig.Ask("\033F00\r\n"), kRefusal);  // a PIN block without a key
+  EXPECT_EQ(rig.rig.Ask("\033F00\r\n"), wire::kRefused);  // a PIN block without a key
   EXPECT_EQ(rig.Now().kind, ScreenKind::kIdle);
 }
 
@@ -275,17 +269,19 @@ TEST(Checkout, HasCancelAndTimeOutTheOtherWayRound) {
   EXPECT_EQ(screen.kind, ScreenKind::kCheckout);
   EXPECT_EQ(screen.text, "first");
   EXPECT_EQ(screen.second_text, kChinese);
-  EXPECT_EQ(rig.Ask(Checkout(20, "a", ""), Does(Kind::kConfirm)), "\x02\xAAok\x03");
-  EXPECT_EQ(rig.Ask(Checkout(20, "a", ""), Does(Kind::kCancel)), kCheckoutCancel);
-  EXPECT_EQ(rig.AskNobody(Checkout(20, "a", ""), 20), kCheckoutTimeout);
+  EXPECT_EQ(rig.Ask(Checkout(20, "a", ""), Does(Kind::kConfirm)), wire::kCheckedOut);
+  EXPECT_EQ(rig.Ask(Checkout(20, "a", ""), Does(Kind::kCancel)), wire::kCheckOutCancelled);
+  EXPECT_EQ(rig.AskNobody(Checkout(20, "a", ""), 20), wire::kCheckOutTimedOut);
   EXPECT_EQ(rig.rig.Ask("\033[2YCCHECKOUTALLUTF8\x02"
                         "20#4#41\x03"),
-            kRefusal);
+            wire::kRefused);
 }
 
 TEST(Screens, CloseCommandsCloseTheirOwn) {
-  const std::map<std::string, std::string> closes{
-      {kStartEvaluation, "\033[4C"}, {Information("x"), "\033[2C"}, {"\033GM\r\n", "\033[5C"}};
+  const std::map<std::string, std::string_view> closes{
+      {std::string(wire::kStartRating), wire::kCloseEvaluation},
+      {Information("x"), wire::kCloseInformation},
+      {std::string(wire::kKeypadMode0), wire::kCloseKeypad}};
   for (const auto& [start, close] : closes) {
     for (const auto& [other_start, other_close] : closes) {
       ScreenRig rig;
@@ -299,8 +295,8 @@ TEST(Screens, CloseCommandsCloseTheirOwn) {
 TEST(Screens, ClosedOneIsNeverAnswered) {
   ScreenRig rig;
   rig.rig.customer.responses = {Does(Kind::kConfirm, {}, 500ms)};
-  rig.rig.Send(kStartEvaluation);
-  rig.rig.Send("\033[4C");
+  rig.rig.Send(wire::kStartRating);
+  rig.rig.Send(wire::kCloseEvaluation);
   rig.rig.Wait(60s);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
 }
@@ -308,30 +304,30 @@ TEST(Screens, ClosedOneIsNeverAnswered) {
 TEST(Screens, NewOneReplacesTheOneThatWaits) {
   ScreenRig rig;
   rig.rig.customer.responses = {Does(Kind::kKey, "1", 500ms), Does(Kind::kKey, "2", 800ms)};
-  rig.rig.Send(kStartEvaluation);
-  rig.rig.Send(kStartEvaluation);
+  rig.rig.Send(wire::kStartRating);
+  rig.rig.Send(wire::kStartRating);
   rig.rig.Wait(60s);
-  EXPECT_EQ(rig.rig.Answer(), "B2F");
+  EXPECT_EQ(rig.rig.Answer(), wire::kKey2);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
 }
 
 TEST(Screens, CloseProgramWithdrawsTheScreenAndItsAnswer) {
   ScreenRig rig;
   rig.rig.customer.responses = {Does(Kind::kConfirm, {}, 500ms), Does(Kind::kConfirm, {}, 100ms)};
-  rig.rig.Send(kStartEvaluation);
-  EXPECT_EQ(rig.rig.Ask("\033[0CLOSECURPROGRAM"), kDone);
+  rig.rig.Send(wire::kStartRating);
+  EXPECT_EQ(rig.rig.Ask(wire::kCloseProgram), wire::kDone);
   rig.rig.Wait(60s);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
-  rig.rig.Send(kStartEvaluation);
+  rig.rig.Send(wire::kStartRating);
   rig.rig.Wait(100ms);
-  EXPECT_EQ(rig.rig.Ask("\033[0CLOSECURPROGRAM"), kDone);
+  EXPECT_EQ(rig.rig.Ask(wire::kCloseProgram), wire::kDone);
 }
 
 TEST(Screens, CloseProgramEndsAPinEntryToo) {
   ScreenRig rig;
   rig.rig.customer.actions = {Keys("1234", 500ms)};
   rig.rig.Send("\x82");
-  EXPECT_EQ(rig.rig.Ask("\033[0CLOSECURPROGRAM"), kDone);
+  EXPECT_EQ(rig.rig.Ask(wire::kCloseProgram), wire::kDone);
   rig.rig.Wait(60s);
   EXPECT_EQ(rig.rig.Answer(), "(none)");
 }
@@ -356,27 +352,27 @@ TEST(Screens, CanBeObserved) {
 TEST(Screens, StayNoLongerThan999Seconds) {
   ScreenRig rig;
   rig.rig.Send("\033[2;999999T");
-  EXPECT_EQ(rig.AskNobody(Information("x"), 999), "B3F");
+  EXPECT_EQ(rig.AskNobody(Information("x"), 999), wire::kKey3);
   rig.rig.Send("\033[2;0T");
-  EXPECT_EQ(rig.rig.Ask(Information("x")), "B3F");
+  EXPECT_EQ(rig.rig.Ask(Information("x")), wire::kKey3);
 }
 
 TEST(Screens, AgreeableCustomerAnswersEveryOne) {
   ScreenRig rig;
   rig.Put("/tmp/infoviewerex.html");
   rig.Put("/tmp/a.pdf");
-  const std::map<std::string, std::string> answers{{kStartEvaluation, "B3F"},
-                                                   {Information("x"), "B0F"},
-                                                   {Html("AUTF8", "x"), "B0F"},
-                                                   {PageFile(9, ""), "BokF"},
-                                                   {"\033GM\r\n", "A1234F"},
-                                                   {"\033[2YCNEWSTARTFILE\x02"
-                                                    "0|9|/tmp/a.pdf\x03",
-                                                    std::string(kDone)},
-                                                   {"\033[2YCNEWSTARTSIGN\x02"
-                                                    "0|9|here|/tmp/a.pdf\x03",
-                                                    std::string(kDone)},
-                                                   {Checkout(9, "a", "b"), "\x02\xAAok\x03"}};
+  const std::map<std::string, std::string_view> answers{{std::string(wire::kStartRating), wire::kKey3},
+                                                        {Information("x"), wire::kKey0},
+                                                        {Html("AUTF8", "x"), wire::kKey0},
+                                                        {PageFile(9, ""), wire::kPageConfirmed},
+                                                        {std::string(wire::kKeypadMode0), wire::kKeyed1234},
+                                                        {"\033[2YCNEWSTARTFILE\x02"
+                                                         "0|9|/tmp/a.pdf\x03",
+                                                         wire::kDone},
+                                                        {"\033[2YCNEWSTARTSIGN\x02"
+                                                         "0|9|here|/tmp/a.pdf\x03",
+                                                         wire::kDone},
+                                                        {Checkout(9, "a", "b"), wire::kCheckedOut}};
   for (const auto& [start, answer] : answers) {
     rig.rig.Send(start);
     rig.rig.Wait(200ms);
@@ -386,25 +382,19 @@ TEST(Screens, AgreeableCustomerAnswersEveryOne) {
 
 TEST(Description, IsToldItemByItem) {
   Rig rig;
-  EXPECT_EQ(rig.Ask("\033[0GETGLOBALCONFIG\x02"
-                    "6\x03"),
+  EXPECT_EQ(rig.Ask(wire::kGetItem6),
             "\x02"
             "20240601\x03");
-  EXPECT_EQ(rig.Ask("\033[0GETGLOBALCONFIG\x02"
-                    "7\x03"),
+  EXPECT_EQ(rig.Ask(wire::kGetProductionDate),
             "\x02"
             "20240601\x03");
-  EXPECT_EQ(rig.Ask("\033[0GETGLOBALCONFIG\x02"
-                    "8\x03"),
-            "\x02GWQ-VT\x03");
-  EXPECT_EQ(rig.Ask("\033[0GETVERSION\x02"
-                    "5\x03"),
-            "\x02V1.0.0|20240615\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetModel), "\x02GWQ-VT\x03");
+  EXPECT_EQ(rig.Ask(wire::kGetFirmware), "\x02V1.0.0|20240615\x03");
   for (const char* other : {"\033[0GETGLOBALCONFIG\x02"
                             "9\x03",
                             "\033[0GETVERSION\x02"
                             "4\x03"})
-    EXPECT_EQ(rig.Ask(other), kRefusal);
+    EXPECT_EQ(rig.Ask(other), wire::kRefused);
 }
 
 TEST(Description, SettingsThatHostsCannotChangeSurviveAFirmwareUpdate) {
@@ -414,13 +404,9 @@ TEST(Description, SettingsThatHostsCannotChangeSurviveAFirmwareUpdate) {
   ScreenRig rig(Line::kUsb, settings);
   rig.Put("/mnt/sdcard/media/data/update.dat", "V2|20250101\n");
   rig.rig.Send(NamedCommand("UPDATE", "/mnt/sdcard/media/data/update.dat"));
-  EXPECT_EQ(rig.rig.Ask("\033[0GETVERSION\x02"
-                        "5\x03"),
-            "\x02V2|20250101\x03");
-  EXPECT_EQ(rig.rig.Ask("\033[0GETGLOBALCONFIG\x02"
-                        "8\x03"),
-            "\x02M2\x03");
-  EXPECT_EQ(rig.rig.Ask("\033[2YCISSUPPORTTZG"), kRefusal);
+  EXPECT_EQ(rig.rig.Ask(wire::kGetFirmware), "\x02V2|20250101\x03");
+  EXPECT_EQ(rig.rig.Ask(wire::kGetModel), "\x02M2\x03");
+  EXPECT_EQ(rig.rig.Ask(wire::kSupportsTzg), wire::kRefused);
 }
 
 }  // namespace
