@@ -38,14 +38,14 @@ class Cleanup : public testing::Test {
   TempDir dir_;
 };
 
-TEST_F(Cleanup, after_a_normal_exit) {
+TEST_F(Cleanup, AfterANormalExit) {
   Child child(Exec("ls -A $TMPDIR | wc -l"), Environment());
   EXPECT_EQ(child.ReadLine(), "1");  // there was something to remove
   EXPECT_EQ(child.Wait(), 0);
   EXPECT_TRUE(dir_.IsEmpty());
 }
 
-TEST_F(Cleanup, after_a_command_that_could_not_be_started) {
+TEST_F(Cleanup, AfterACommandThatCouldNotBeStarted) {
   Child child({GWQ_TERMINAL, "exec", "--", "no-such-command"}, Environment());
   EXPECT_EQ(child.Wait(), 127);
   EXPECT_TRUE(dir_.IsEmpty());
@@ -53,7 +53,7 @@ TEST_F(Cleanup, after_a_command_that_could_not_be_started) {
 
 class CleanupAfterSignal : public Cleanup, public testing::WithParamInterface<int> {};
 
-TEST_P(CleanupAfterSignal, to_gwq_terminal) {
+TEST_P(CleanupAfterSignal, ToGwqTerminal) {
   Child child(Exec(kWaitingCommand), Environment());
   const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -63,7 +63,7 @@ TEST_P(CleanupAfterSignal, to_gwq_terminal) {
   ExpectNothingLeft(command, server);
 }
 
-TEST_F(Cleanup, of_a_killed_terminal_says_nothing) {
+TEST_F(Cleanup, OfAKilledTerminalSaysNothing) {
   Child child(Exec(kWaitingCommand), Environment());
   const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -75,7 +75,7 @@ TEST_F(Cleanup, of_a_killed_terminal_says_nothing) {
 }
 
 // Nobody is left who could clean up, but the command ends and the next start removes the files.
-TEST_F(Cleanup, after_all_of_the_terminal_was_killed) {
+TEST_F(Cleanup, AfterAllOfTheTerminalWasKilled) {
   Child child(Exec(kWaitingCommand), Environment());
   const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -93,7 +93,7 @@ TEST_F(Cleanup, after_all_of_the_terminal_was_killed) {
   })) << "files are left";
 }
 
-TEST_F(Cleanup, leaves_directories_of_terminals_that_run) {
+TEST_F(Cleanup, LeavesDirectoriesOfTerminalsThatRun) {
   Child running(Exec(kWaitingCommand), Environment());
   ASSERT_NE(running.ReadLine(), "");
   std::vector<std::unique_ptr<Child>> others;
@@ -108,7 +108,7 @@ TEST_F(Cleanup, leaves_directories_of_terminals_that_run) {
   EXPECT_TRUE(dir_.IsEmpty());
 }
 
-TEST_F(Cleanup, leaves_what_is_not_its_own_or_still_used_by_a_command) {
+TEST_F(Cleanup, LeavesWhatIsNotItsOwnOrStillUsedByACommand) {
   const std::string used = dir_.Path() + "/gwq-terminal-ABCDEF";
   const std::string other = dir_.Path() + "/gwq-terminal-ABCDEFG";
   const std::string link = dir_.Path() + "/gwq-terminal-123456";
@@ -128,7 +128,7 @@ TEST_F(Cleanup, leaves_what_is_not_its_own_or_still_used_by_a_command) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, CleanupAfterSignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGKILL));
 
-TEST_F(Cleanup, after_the_command_was_killed) {
+TEST_F(Cleanup, AfterTheCommandWasKilled) {
   Child child(Exec(kWaitingCommand), Environment());
   const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -137,7 +137,7 @@ TEST_F(Cleanup, after_the_command_was_killed) {
   ExpectNothingLeft(command, server);
 }
 
-TEST_F(Cleanup, after_the_server_was_killed) {
+TEST_F(Cleanup, AfterTheServerWasKilled) {
   Child child(Exec(kWaitingCommand), Environment());
   const auto command = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -148,7 +148,7 @@ TEST_F(Cleanup, after_the_server_was_killed) {
   ExpectNothingLeft(command, server);
 }
 
-TEST_F(Cleanup, of_what_the_command_left_running_in_a_session_of_its_own) {
+TEST_F(Cleanup, OfWhatTheCommandLeftRunningInASessionOfItsOwn) {
   Child child(Exec("setsid sh -c 'echo $$; exec sleep 1000' & sleep 0.1; exit 3"), Environment());
   const auto left = static_cast<pid_t>(std::stol(child.ReadLine()));
   const pid_t server = ServerOf(child.Pid());
@@ -156,7 +156,7 @@ TEST_F(Cleanup, of_what_the_command_left_running_in_a_session_of_its_own) {
   ExpectNothingLeft(left, server);
 }
 
-TEST_F(Cleanup, of_a_leftover_that_ignores_being_asked) {
+TEST_F(Cleanup, OfALeftoverThatIgnoresBeingAsked) {
   Child child(Exec("(trap '' TERM; echo ready; exec sleep 1000) & echo $!; sleep 0.1"), Environment());
   std::string line = child.ReadLine();
   if (line == "ready") line = child.ReadLine();

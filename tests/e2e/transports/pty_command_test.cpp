@@ -17,7 +17,7 @@ std::vector<std::string> OnPty(const std::string& script) {
   return {GWQ_TERMINAL, "exec", "--pty", "--", "/bin/sh", "-c", script};
 }
 
-TEST(PtyCommand, is_answered_at_the_path_that_it_is_told) {
+TEST(PtyCommand, IsAnsweredAtThePathThatItIsTold) {
   Child child(
       OnPty("printf '\\033[0GETVERSION' >$GWQ_TERMINAL_SERIAL; head -c 17 $GWQ_TERMINAL_SERIAL; exit 7"));
   EXPECT_EQ(child.ReadRest(), "\002V1.0.0|20240615\003");
@@ -25,14 +25,14 @@ TEST(PtyCommand, is_answered_at_the_path_that_it_is_told) {
   EXPECT_EQ(child.Errors(), "");
 }
 
-TEST(PtyCommand, runs_without_umockdev) {
+TEST(PtyCommand, RunsWithoutUmockdev) {
   Child child(OnPty(
       "echo \"$UMOCKDEV_DIR$LD_PRELOAD\"; case $GWQ_TERMINAL_SERIAL in /dev/pts/*) exit 0; esac; exit 1"));
   EXPECT_EQ(child.ReadLine(), "");
   EXPECT_EQ(child.Wait(), 0);
 }
 
-TEST(PtyCommand, ends_with_all_that_it_has_started) {
+TEST(PtyCommand, EndsWithAllThatItHasStarted) {
   const TempDir dir;
   Child child(OnPty("setsid sleep 1000 & echo $!; exec sleep 1000"), {"TMPDIR=" + dir.Path()});
   const auto left = static_cast<pid_t>(std::stol(child.ReadLine()));
@@ -42,7 +42,7 @@ TEST(PtyCommand, ends_with_all_that_it_has_started) {
   EXPECT_TRUE(dir.IsEmpty());
 }
 
-TEST(PtyCommand, dies_with_a_killed_terminal) {
+TEST(PtyCommand, DiesWithAKilledTerminal) {
   const TempDir dir;
   Child child(OnPty("setsid sleep 1000 & echo $!; exec sleep 1000"), {"TMPDIR=" + dir.Path()});
   const auto left = static_cast<pid_t>(std::stol(child.ReadLine()));
@@ -52,14 +52,14 @@ TEST(PtyCommand, dies_with_a_killed_terminal) {
   EXPECT_TRUE(Soon([&] { return dir.IsEmpty(); }));
 }
 
-TEST(PtyCommand, is_no_command_of_a_serial_port_too) {
+TEST(PtyCommand, IsNoCommandOfASerialPortToo) {
   Child child({GWQ_TERMINAL, "exec", "--pty", "--serial", "78", "--", "true"});
   EXPECT_EQ(child.Wait(), 2);
 }
 
 #endif
 
-TEST(WithoutUmockdev, says_what_serves_instead) {
+TEST(WithoutUmockdev, SaysWhatServesInstead) {
   if (GWQ_HAS_UMOCKDEV) GTEST_SKIP() << "built with umockdev";
   for (const char* command : {"exec", "check"}) {
     std::vector<std::string> arguments{GWQ_TERMINAL, command};

@@ -12,7 +12,7 @@ namespace {
 
 class PtyEndedBy : public testing::TestWithParam<int> {};
 
-TEST_P(PtyEndedBy, serves_the_path_it_prints_until_then) {
+TEST_P(PtyEndedBy, ServesThePathItPrintsUntilThen) {
   Child child({GWQ_TERMINAL, "pty"});
   const std::string path = child.ReadLine();
   ASSERT_EQ(path.substr(0, 5), "/dev/");
@@ -29,7 +29,7 @@ TEST_P(PtyEndedBy, serves_the_path_it_prints_until_then) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, PtyEndedBy, testing::Values(SIGINT, SIGTERM));
 
-TEST(Pty, traces_to_standard_error) {
+TEST(Pty, TracesToStandardError) {
   Child child({GWQ_TERMINAL, "pty", "--trace"});
   const SerialLine line(child.ReadLine());
   ASSERT_TRUE(line.Configure());

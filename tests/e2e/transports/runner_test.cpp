@@ -35,27 +35,27 @@ Outcome RunShell(const std::string& script, const std::vector<std::string>& envi
   return RunTerminal({"exec", "--", "/bin/sh", "-c", script}, environment);
 }
 
-TEST(Runner, passes_the_exit_status_of_the_command) {
+TEST(Runner, PassesTheExitStatusOfTheCommand) {
   EXPECT_EQ(RunShell("exit 0").status, 0);
   EXPECT_EQ(RunShell("exit 7").status, 7);
 }
 
-TEST(Runner, tells_the_signal_that_ended_the_command) {
+TEST(Runner, TellsTheSignalThatEndedTheCommand) {
   EXPECT_EQ(RunShell("kill -KILL $$").status, 128 + SIGKILL);
   EXPECT_EQ(RunShell("kill -SEGV $$").status, 128 + SIGSEGV);
 }
 
-TEST(Runner, ends_with_127_when_the_command_is_not_found) {
+TEST(Runner, EndsWith127WhenTheCommandIsNotFound) {
   const Outcome outcome = RunTerminal({"exec", "--", "no-such-command"});
   EXPECT_EQ(outcome.status, 127);
   EXPECT_NE(outcome.errors.find("no-such-command"), std::string::npos);
 }
 
-TEST(Runner, ends_with_126_when_the_command_cannot_be_run) {
+TEST(Runner, EndsWith126WhenTheCommandCannotBeRun) {
   EXPECT_EQ(RunTerminal({"exec", "--", "/etc/passwd"}).status, 126);
 }
 
-TEST(Runner, ends_with_2_and_a_message_for_a_wrong_command_line) {
+TEST(Runner, EndsWith2AndAMessageForAWrongCommandLine) {
   const std::vector<std::vector<std::string>> wrong = {{},
                                                        {"dance"},
                                                        {"exec"},
@@ -75,7 +75,7 @@ TEST(Runner, ends_with_2_and_a_message_for_a_wrong_command_line) {
   }
 }
 
-TEST(Runner, ends_with_1_when_the_customer_file_is_no_good) {
+TEST(Runner, EndsWith1WhenTheCustomerFileIsNoGood) {
   const TempDir dir;
   const std::string file = dir.Path() + "/customer.json";
   std::ofstream(file) << "{";
@@ -84,7 +84,7 @@ TEST(Runner, ends_with_1_when_the_customer_file_is_no_good) {
   EXPECT_NE(outcome.errors.find("customer.json"), std::string::npos);
 }
 
-TEST(Runner, prints_help_and_version) {
+TEST(Runner, PrintsHelpAndVersion) {
   EXPECT_EQ(RunTerminal({"--version"}).status, 0);
   EXPECT_EQ(RunTerminal({"--version"}).output, "gwq-terminal " GWQ_VERSION "\n");
   const Outcome help = RunTerminal({"exec", "--help"});
@@ -94,47 +94,47 @@ TEST(Runner, prints_help_and_version) {
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
 }
 
-TEST(Runner, leaves_arguments_behind_the_mark_to_the_command) {
+TEST(Runner, LeavesArgumentsBehindTheMarkToTheCommand) {
   const Outcome outcome = RunTerminal({"exec", "--", "echo", "--help", "--", "--trace"});
   EXPECT_EQ(outcome.output, "--help -- --trace\n");
 }
 
-TEST(Runner, keeps_what_was_preloaded_in_front) {
+TEST(Runner, KeepsWhatWasPreloadedInFront) {
   const Outcome outcome = RunShell("echo $LD_PRELOAD", {"LD_PRELOAD=libdl.so.2"});
   EXPECT_EQ(outcome.output, "libdl.so.2:libumockdev-preload.so.0\n");
 }
 
-TEST(Runner, gives_the_command_its_own_signal_mask_and_temporary_directory) {
+TEST(Runner, GivesTheCommandItsOwnSignalMaskAndTemporaryDirectory) {
   const Outcome outcome = RunShell("grep SigBlk /proc/self/status; echo $TMPDIR", {"TMPDIR=/tmp"});
   EXPECT_EQ(outcome.output, "SigBlk:\t0000000000000000\n/tmp\n");
 }
 
-TEST(Runner, leaves_signals_ignored_that_were) {
+TEST(Runner, LeavesSignalsIgnoredThatWere) {
   const Outcome outcome = OutcomeOf(
       {"/bin/sh", "-c", "trap '' HUP INT TERM; exec " GWQ_TERMINAL " exec -- grep SigIgn /proc/self/status"},
       {});
   EXPECT_EQ(outcome.output, "SigIgn:\t0000000000004003\n");
 }
 
-TEST(Runner, tells_the_command_the_path_of_its_serial_port) {
+TEST(Runner, TellsTheCommandThePathOfItsSerialPort) {
   const Outcome outcome =
       RunTerminal({"exec", "--serial", "78", "--", "/bin/sh", "-c", "echo $GWQ_TERMINAL_SERIAL"});
   EXPECT_EQ(outcome.output, "/dev/ttyS77\n");
 }
 
-TEST(Runner, can_leave_the_usb_terminal_out) {
+TEST(Runner, CanLeaveTheUsbTerminalOut) {
   EXPECT_EQ(RunShell("test -e /dev/bus/usb/001/005").status, 0);
   EXPECT_EQ(RunTerminal({"exec", "--no-usb", "--", "test", "-e", "/dev/bus/usb/001/005"}).status, 1);
 }
 
-TEST(Runner, works_inside_itself) {
+TEST(Runner, WorksInsideItself) {
   EXPECT_EQ(RunTerminal(
                 {"exec", "--no-usb", "--", GWQ_TERMINAL, "exec", "--", "test", "-e", "/dev/bus/usb/001/005"})
                 .status,
             0);
 }
 
-TEST(Runner, falls_back_to_tmp_when_the_temporary_directory_has_a_long_path) {
+TEST(Runner, FallsBackToTmpWhenTheTemporaryDirectoryHasALongPath) {
   const TempDir dir;
   const std::string deep = dir.Path() + "/" + std::string(60, 'd');
   std::filesystem::create_directory(deep);
@@ -142,7 +142,7 @@ TEST(Runner, falls_back_to_tmp_when_the_temporary_directory_has_a_long_path) {
   EXPECT_TRUE(std::filesystem::is_empty(deep));
 }
 
-TEST(Runner, traces_what_passes_to_a_file) {
+TEST(Runner, TracesWhatPassesToAFile) {
   const TempDir dir;
   const std::string trace = dir.Path() + "/trace";
   const Outcome outcome =
@@ -156,7 +156,7 @@ TEST(Runner, traces_what_passes_to_a_file) {
   EXPECT_NE(text.find("terminal > "), std::string::npos) << text;
 }
 
-TEST(Runner, keeps_the_files_of_a_storage_directory) {
+TEST(Runner, KeepsTheFilesOfAStorageDirectory) {
   const TempDir dir;
   const std::string storage = dir.Path() + "/storage";
   EXPECT_EQ(RunTerminal({"exec", "--storage", storage, "--", "true"}).status, 0);
@@ -164,7 +164,7 @@ TEST(Runner, keeps_the_files_of_a_storage_directory) {
     EXPECT_TRUE(std::filesystem::is_regular_file(storage + file)) << file;
 }
 
-TEST(Runner, makes_the_directory_of_the_key_pairs_and_refuses_a_bad_one) {
+TEST(Runner, MakesTheDirectoryOfTheKeyPairsAndRefusesABadOne) {
   const TempDir dir;
   const std::string keys = dir.Path() + "/keys";
   EXPECT_EQ(RunTerminal({"exec", "--serial", "78", "--keys", keys, "--", "true"}).status, 0);
@@ -176,7 +176,7 @@ TEST(Runner, makes_the_directory_of_the_key_pairs_and_refuses_a_bad_one) {
       << outcome.errors;
 }
 
-TEST(Runner, fails_when_the_storage_directory_or_the_faults_are_no_good) {
+TEST(Runner, FailsWhenTheStorageDirectoryOrTheFaultsAreNoGood) {
   const TempDir dir;
   const std::string file = dir.Path() + "/file";
   std::ofstream(file) << R"({"refuse": ["nothing"]})";
@@ -197,7 +197,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-TEST(Runner, tells_that_it_has_too_few_descriptors) {
+TEST(Runner, TellsThatItHasTooFewDescriptors) {
   if (std::string(GWQ_SANITIZERS).find("undefined") != std::string::npos)
     GTEST_SKIP() << "this sanitizer opens pipes itself, and takes their failure for an error of the program";
   bool works = false;
@@ -214,7 +214,7 @@ TEST(Runner, tells_that_it_has_too_few_descriptors) {
 }
 
 // A full disk is made in a namespace of its own, where the system lets the user have one.
-TEST(Runner, tells_that_the_disk_is_full) {
+TEST(Runner, TellsThatTheDiskIsFull) {
   const std::vector<std::string> in_namespace = {"/usr/bin/unshare", "--user", "--map-root-user", "--mount"};
   std::vector<std::string> attempt = in_namespace;
   attempt.insert(attempt.end(), {"mount", "-t", "tmpfs", "none", "/mnt"});
@@ -230,7 +230,7 @@ TEST(Runner, tells_that_the_disk_is_full) {
   }
 }
 
-TEST(Runner, tells_that_the_preload_library_is_missing) {
+TEST(Runner, TellsThatThePreloadLibraryIsMissing) {
   const TempDir dir;
   std::ofstream(dir.Path() + "/libumockdev-preload.so.0") << "no library";
   const Outcome outcome = RunTerminal({"exec", "--", "true"}, {"LD_LIBRARY_PATH=" + dir.Path()});
@@ -240,7 +240,7 @@ TEST(Runner, tells_that_the_preload_library_is_missing) {
   EXPECT_TRUE(Contains(outcome.errors, "install umockdev")) << outcome.errors;
 }
 
-TEST(Runner, tells_a_long_reason_in_part) {
+TEST(Runner, TellsALongReasonInPart) {
   const TempDir dir;
   const std::string file = dir.Path() + "/customer.json";
   std::ofstream(file) << "{\"" << std::string(300'000, 'x') << "\": 1}";
@@ -250,7 +250,7 @@ TEST(Runner, tells_a_long_reason_in_part) {
   EXPECT_TRUE(Contains(outcome.errors, "xxxx")) << outcome.errors.substr(0, 200);
 }
 
-TEST(Runner, tells_that_the_port_of_the_page_is_taken) {
+TEST(Runner, TellsThatThePortOfThePageIsTaken) {
   if (!Contains(RunTerminal({"pty", "--help"}).output, "--ui")) GTEST_SKIP() << "built without the page";
   Child first({GWQ_TERMINAL, "pty", "--ui", "0"});
   EXPECT_NE(first.ReadLine(), "");
@@ -263,7 +263,7 @@ TEST(Runner, tells_that_the_port_of_the_page_is_taken) {
   EXPECT_TRUE(Contains(outcome.errors, "choose another port")) << outcome.errors;
 }
 
-TEST(Runner, takes_random_faults_by_either_name) {
+TEST(Runner, TakesRandomFaultsByEitherName) {
   for (const char* option : {"--faults", "--hostile"}) {
     const Outcome outcome = RunTerminal({"exec", option, "seed=7,drop=1", "--", "true"});
     EXPECT_EQ(outcome.status, 0) << option;

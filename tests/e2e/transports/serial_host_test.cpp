@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* kPath = "/dev/ttyS77";
 
-TEST(SerialHost, opens_the_port_and_sets_it_raw) {
+TEST(SerialHost, OpensThePortAndSetsItRaw) {
   const SerialLine line(kPath);
   ASSERT_GE(line.Fd(), 0);
   ASSERT_TRUE(line.Configure());
@@ -23,7 +23,7 @@ TEST(SerialHost, opens_the_port_and_sets_it_raw) {
   EXPECT_EQ(settings.c_cflag & CBAUD, B9600);
 }
 
-TEST(SerialHost, answers_GETVERSION_without_padding) {
+TEST(SerialHost, AnswersGETVERSIONWithoutPadding) {
   const SerialLine line(kPath);
   ASSERT_TRUE(line.Configure());
   ASSERT_TRUE(line.Send("\033[0GETVERSION"));
@@ -35,7 +35,7 @@ TEST(SerialHost, answers_GETVERSION_without_padding) {
   EXPECT_NE(answer.find('|'), std::string::npos);
 }
 
-TEST(SerialHost, answers_again_after_close_and_reopen) {
+TEST(SerialHost, AnswersAgainAfterCloseAndReopen) {
   for (int round = 0; round < 3; ++round) {
     const SerialLine line(kPath);
     ASSERT_TRUE(line.Configure());
@@ -44,7 +44,7 @@ TEST(SerialHost, answers_again_after_close_and_reopen) {
   }
 }
 
-TEST(SerialHost, returns_from_an_idle_read_after_a_tenth_of_a_second_with_nothing) {
+TEST(SerialHost, ReturnsFromAnIdleReadAfterATenthOfASecondWithNothing) {
   const SerialLine line(kPath);
   ASSERT_TRUE(line.Configure());
   char byte = 0;
@@ -53,7 +53,7 @@ TEST(SerialHost, returns_from_an_idle_read_after_a_tenth_of_a_second_with_nothin
   EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
 }
 
-TEST(SerialHost, loses_unread_bytes_when_the_settings_are_flushed) {
+TEST(SerialHost, LosesUnreadBytesWhenTheSettingsAreFlushed) {
   const SerialLine line(kPath);
   ASSERT_TRUE(line.Configure());
   ASSERT_TRUE(line.Send("\033[0GETVERSION"));

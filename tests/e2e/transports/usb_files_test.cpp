@@ -70,7 +70,7 @@ std::string Content(std::size_t size) {
   return content;
 }
 
-TEST_F(UsbFiles, come_back_as_they_were_sent) {
+TEST_F(UsbFiles, ComeBackAsTheyWereSent) {
   const std::string content = Content(50000);
   Push(content, "/tmp/x");
   Send("\033[0PULLFILE\x02/tmp/x\x03");
@@ -88,7 +88,7 @@ TEST_F(UsbFiles, come_back_as_they_were_sent) {
   ExpectVersionNext();
 }
 
-TEST_F(UsbFiles, that_the_host_rejects_leave_no_reports_behind) {
+TEST_F(UsbFiles, ThatTheHostRejectsLeaveNoReportsBehind) {
   Push(Content(50000), "/tmp/x");
   Send("\033[0PULLFILE\x02/tmp/x\x03");
   EXPECT_EQ(Read().size(), 1024U);
@@ -97,20 +97,20 @@ TEST_F(UsbFiles, that_the_host_rejects_leave_no_reports_behind) {
   ExpectVersionNext();
 }
 
-TEST_F(UsbFiles, half_fetched_do_not_disturb_the_next_command) {
+TEST_F(UsbFiles, HalfFetchedDoNotDisturbTheNextCommand) {
   Push(Content(50000), "/tmp/x");
   Send("\033[0PULLFILE\x02/tmp/x\x03");
   EXPECT_EQ(Read().size(), 1024U);
   ExpectVersionNext();
 }
 
-TEST_F(UsbFiles, deleted_without_reading_the_answer_do_not_disturb_the_next_command) {
+TEST_F(UsbFiles, DeletedWithoutReadingTheAnswerDoNotDisturbTheNextCommand) {
   Send("\033[0DELETE\x02\x30|a\x03");
   Send("\033[0DELETE\x02\x30|b\x03");
   ExpectVersionNext();
 }
 
-TEST_F(UsbFiles, are_there_from_the_start) {
+TEST_F(UsbFiles, AreThereFromTheStart) {
   Send("\033[0SPECQUERYFILE\x02/tmp/hw.png\x03");
   EXPECT_EQ(Read().substr(0, 13), "\x02/tmp/hw.png\x03");
 }

@@ -25,7 +25,7 @@ double CpuSeconds() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-TEST_F(UsbHost, finds_exactly_one_device_with_the_identity_asked_for) {
+TEST_F(UsbHost, FindsExactlyOneDeviceWithTheIdentityAskedFor) {
   libusb_device** list = nullptr;
   const ssize_t count = libusb_get_device_list(context_, &list);
   ASSERT_EQ(count, 1);
@@ -39,7 +39,7 @@ TEST_F(UsbHost, finds_exactly_one_device_with_the_identity_asked_for) {
   libusb_free_device_list(list, 1);
 }
 
-TEST_F(UsbHost, tells_its_product_name_and_stalls_unknown_control_requests) {
+TEST_F(UsbHost, TellsItsProductNameAndStallsUnknownControlRequests) {
   const Handle handle = Open();
   ASSERT_TRUE(handle);
   unsigned char text[64] = {};
@@ -50,7 +50,7 @@ TEST_F(UsbHost, tells_its_product_name_and_stalls_unknown_control_requests) {
   EXPECT_EQ(libusb_control_transfer(handle.Get(), 0x81, 0x06, 0x2200, 0, text, sizeof text, 1000), 29);
 }
 
-TEST_F(UsbHost, cannot_be_claimed_until_the_kernel_driver_is_detached) {
+TEST_F(UsbHost, CannotBeClaimedUntilTheKernelDriverIsDetached) {
   const Handle handle = Open();
   ASSERT_TRUE(handle);
   if (libusb_kernel_driver_active(handle.Get(), 0) == 0) {
@@ -63,14 +63,14 @@ TEST_F(UsbHost, cannot_be_claimed_until_the_kernel_driver_is_detached) {
   EXPECT_EQ(libusb_claim_interface(handle.Get(), 0), 0);
 }
 
-TEST_F(UsbHost, stays_detached_after_close) {
+TEST_F(UsbHost, StaysDetachedAfterClose) {
   OpenAndClaim();
   const Handle again = Open();
   ASSERT_TRUE(again);
   EXPECT_EQ(libusb_kernel_driver_active(again.Get(), 0), 0);
 }
 
-TEST_F(UsbHost, lets_only_one_host_claim_it) {
+TEST_F(UsbHost, LetsOnlyOneHostClaimIt) {
   const Handle first = OpenAndClaim();
   ASSERT_TRUE(first);
   const Handle second = Open();
@@ -82,7 +82,7 @@ TEST_F(UsbHost, lets_only_one_host_claim_it) {
   EXPECT_EQ(libusb_claim_interface(second.Get(), 0), 0);
 }
 
-TEST_F(UsbHost, answers_GETVERSION_in_one_padded_report) {
+TEST_F(UsbHost, AnswersGETVERSIONInOnePaddedReport) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   const Transfer sent = handle.Send(kGetVersion);
@@ -95,7 +95,7 @@ TEST_F(UsbHost, answers_GETVERSION_in_one_padded_report) {
   EXPECT_TRUE(IsVersionAnswer(report));
 }
 
-TEST_F(UsbHost, takes_interrupt_transfers_on_the_same_endpoints) {
+TEST_F(UsbHost, TakesInterruptTransfersOnTheSameEndpoints) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -107,7 +107,7 @@ TEST_F(UsbHost, takes_interrupt_transfers_on_the_same_endpoints) {
   EXPECT_TRUE(IsVersionAnswer(report));
 }
 
-TEST_F(UsbHost, carries_out_two_reports_sent_in_one_transfer) {
+TEST_F(UsbHost, CarriesOutTwoReportsSentInOneTransfer) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   std::vector<unsigned char> both(2048);
@@ -121,7 +121,7 @@ TEST_F(UsbHost, carries_out_two_reports_sent_in_one_transfer) {
   EXPECT_EQ(both[1024], 2);
 }
 
-TEST_F(UsbHost, overflows_a_read_that_has_no_room_for_a_report) {
+TEST_F(UsbHost, OverflowsAReadThatHasNoRoomForAReport) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   ASSERT_EQ(handle.Send(kGetVersion).result, 0);
@@ -129,14 +129,14 @@ TEST_F(UsbHost, overflows_a_read_that_has_no_room_for_a_report) {
   EXPECT_EQ(handle.Move(kIn, small, sizeof small, 1000).result, LIBUSB_ERROR_OVERFLOW);
 }
 
-TEST_F(UsbHost, knows_no_other_endpoint) {
+TEST_F(UsbHost, KnowsNoOtherEndpoint) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
   EXPECT_EQ(handle.Move(0x85, report.data(), 1024, 100).result, LIBUSB_ERROR_IO);
 }
 
-TEST_F(UsbHost, times_out_a_read_after_200_ms_with_nothing) {
+TEST_F(UsbHost, TimesOutAReadAfter200MsWithNothing) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -148,7 +148,7 @@ TEST_F(UsbHost, times_out_a_read_after_200_ms_with_nothing) {
   EXPECT_LT(Since(start), 1s);
 }
 
-TEST_F(UsbHost, still_answers_after_a_read_timed_out) {
+TEST_F(UsbHost, StillAnswersAfterAReadTimedOut) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -158,7 +158,7 @@ TEST_F(UsbHost, still_answers_after_a_read_timed_out) {
   EXPECT_TRUE(IsVersionAnswer(report));
 }
 
-TEST_F(UsbHost, keeps_an_answer_for_the_host_that_opens_it_next) {
+TEST_F(UsbHost, KeepsAnAnswerForTheHostThatOpensItNext) {
   ASSERT_EQ(OpenAndClaim().Send(kGetVersion).result, 0);
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
@@ -167,11 +167,11 @@ TEST_F(UsbHost, keeps_an_answer_for_the_host_that_opens_it_next) {
   EXPECT_TRUE(IsVersionAnswer(report));
 }
 
-TEST_F(UsbHost, can_be_opened_and_closed_a_hundred_times) {
+TEST_F(UsbHost, CanBeOpenedAndClosedAHundredTimes) {
   for (int cycle = 0; cycle < 100; ++cycle) ASSERT_TRUE(OpenAndClaim()) << "cycle " << cycle;
 }
 
-TEST_F(UsbHost, serves_a_read_that_waits_while_another_thread_writes) {
+TEST_F(UsbHost, ServesAReadThatWaitsWhileAnotherThreadWrites) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -187,7 +187,7 @@ TEST_F(UsbHost, serves_a_read_that_waits_while_another_thread_writes) {
   EXPECT_TRUE(IsVersionAnswer(report));
 }
 
-TEST_F(UsbHost, lets_a_waiting_read_sleep) {
+TEST_F(UsbHost, LetsAWaitingReadSleep) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -198,7 +198,7 @@ TEST_F(UsbHost, lets_a_waiting_read_sleep) {
   EXPECT_LT(used, 0.03);
 }
 
-TEST_F(UsbHost, exchanges_briskly) {
+TEST_F(UsbHost, ExchangesBriskly) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   constexpr int kExchanges = 200;

@@ -51,7 +51,7 @@ class UsbUnplug : public UsbFixture {
   }
 };
 
-TEST_F(UsbUnplug, ends_a_waiting_read_with_no_device) {
+TEST_F(UsbUnplug, EndsAWaitingReadWithNoDevice) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Report report{};
@@ -65,7 +65,7 @@ TEST_F(UsbUnplug, ends_a_waiting_read_with_no_device) {
   EXPECT_LT(Since(start), 2s);
 }
 
-TEST_F(UsbUnplug, fails_every_later_transfer_on_the_old_handle_even_after_replug) {
+TEST_F(UsbUnplug, FailsEveryLaterTransferOnTheOldHandleEvenAfterReplug) {
   const Handle handle = OpenAndClaim();
   ASSERT_TRUE(handle);
   Unplug();
@@ -76,7 +76,7 @@ TEST_F(UsbUnplug, fails_every_later_transfer_on_the_old_handle_even_after_replug
   EXPECT_EQ(handle.Send(kGetVersion).result, LIBUSB_ERROR_NO_DEVICE);
 }
 
-TEST_F(UsbUnplug, disappears_from_the_device_list_and_comes_back_in_the_same_context) {
+TEST_F(UsbUnplug, DisappearsFromTheDeviceListAndComesBackInTheSameContext) {
   for (int round = 0; round < 3; ++round) {
     Unplug();
     ASSERT_TRUE(Vanishes()) << "round " << round;
@@ -91,7 +91,7 @@ TEST_F(UsbUnplug, disappears_from_the_device_list_and_comes_back_in_the_same_con
   }
 }
 
-TEST_F(UsbUnplug, is_driven_by_the_kernel_again_after_replug) {
+TEST_F(UsbUnplug, IsDrivenByTheKernelAgainAfterReplug) {
   ASSERT_TRUE(OpenAndClaim());
   Unplug();
   ASSERT_TRUE(Vanishes());
@@ -102,7 +102,7 @@ TEST_F(UsbUnplug, is_driven_by_the_kernel_again_after_replug) {
   }));
 }
 
-TEST_F(UsbUnplug, loses_an_answer_that_nobody_had_taken) {
+TEST_F(UsbUnplug, LosesAnAnswerThatNobodyHadTaken) {
   ASSERT_EQ(OpenAndClaim().Send(kGetVersion).result, 0);
   Unplug();
   ASSERT_TRUE(Vanishes());

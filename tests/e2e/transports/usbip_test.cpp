@@ -54,7 +54,7 @@ class Serve : public testing::Test {
   std::uint16_t port_ = 0;
 };
 
-TEST_F(Serve, lists_is_imported_enumerated_and_asked) {
+TEST_F(Serve, ListsIsImportedEnumeratedAndAsked) {
   Start();
   ExpectListed();
   {
@@ -73,7 +73,7 @@ TEST_F(Serve, lists_is_imported_enumerated_and_asked) {
   EXPECT_EQ(child_->Errors(), "");
 }
 
-TEST_F(Serve, cancels_a_transfer_that_waits) {
+TEST_F(Serve, CancelsATransferThatWaits) {
   Start();
   const UsbIpClient client(port_);
   Import(client);
@@ -82,7 +82,7 @@ TEST_F(Serve, cancels_a_transfer_that_waits) {
   End();
 }
 
-TEST_F(Serve, lets_one_client_import_at_a_time) {
+TEST_F(Serve, LetsOneClientImportAtATime) {
   Start();
   {
     const UsbIpClient first(port_);
@@ -97,7 +97,7 @@ TEST_F(Serve, lets_one_client_import_at_a_time) {
   End();
 }
 
-TEST_F(Serve, is_unplugged_and_plugged_in_by_signals) {
+TEST_F(Serve, IsUnpluggedAndPluggedInBySignals) {
   Start();
   const UsbIpClient client(port_);
   Import(client);
@@ -111,7 +111,7 @@ TEST_F(Serve, is_unplugged_and_plugged_in_by_signals) {
   End();
 }
 
-TEST_F(Serve, unplugs_itself_when_hostile_and_comes_back) {
+TEST_F(Serve, UnplugsItselfWhenHostileAndComesBack) {
   Start({"--hostile", "seed=1,unplug=100"});
   const UsbIpClient client(port_);
   Import(client);
@@ -121,7 +121,7 @@ TEST_F(Serve, unplugs_itself_when_hostile_and_comes_back) {
   End();
 }
 
-TEST_F(Serve, closes_the_connection_on_nonsense_says_so_and_goes_on) {
+TEST_F(Serve, ClosesTheConnectionOnNonsenseSaysSoAndGoesOn) {
   Start();
   const UsbIpClient noisy(port_);
   EXPECT_TRUE(noisy.Send("GET / HTTP/1.1\r\n\r\n"));
@@ -142,7 +142,7 @@ TEST_F(Serve, closes_the_connection_on_nonsense_says_so_and_goes_on) {
       << errors;
 }
 
-TEST_F(Serve, serves_others_while_a_client_does_not_read) {
+TEST_F(Serve, ServesOthersWhileAClientDoesNotRead) {
   Start();
   const UsbIpClient lazy(port_);
   Import(lazy);
@@ -155,7 +155,7 @@ TEST_F(Serve, serves_others_while_a_client_does_not_read) {
   End();
 }
 
-TEST_F(Serve, turns_away_more_clients_than_it_has_room_for) {
+TEST_F(Serve, TurnsAwayMoreClientsThanItHasRoomFor) {
   Start();
   {
     std::vector<std::unique_ptr<UsbIpClient>> crowd;
@@ -169,7 +169,7 @@ TEST_F(Serve, turns_away_more_clients_than_it_has_room_for) {
   End();
 }
 
-TEST_F(Serve, serves_a_pseudo_terminal_beside_it) {
+TEST_F(Serve, ServesAPseudoTerminalBesideIt) {
   Start({"--pty"});
   const std::string line = child_->ReadLine();
   ASSERT_EQ(line.substr(0, 4), "pty ");
@@ -181,14 +181,14 @@ TEST_F(Serve, serves_a_pseudo_terminal_beside_it) {
   End();
 }
 
-TEST_F(Serve, has_the_identity_asked_for) {
+TEST_F(Serve, HasTheIdentityAskedFor) {
   Start({"--vid-pid", "1209:2"});
   const UsbIpClient client(port_);
   EXPECT_EQ(client.Ask(ImportRequest(), kImportSize).substr(kImportSize - 12, 4), "\x12\x09\x00\x02"s);
   End();
 }
 
-TEST_F(Serve, fails_at_a_port_that_is_taken) {
+TEST_F(Serve, FailsAtAPortThatIsTaken) {
   Start();
   Child other({GWQ_TERMINAL, "serve", "--usbip", std::to_string(port_)});
   EXPECT_EQ(other.Wait(), 1);
@@ -199,7 +199,7 @@ TEST_F(Serve, fails_at_a_port_that_is_taken) {
 
 class ServeEndedBy : public Serve, public testing::WithParamInterface<int> {};
 
-TEST_P(ServeEndedBy, is_in_good_order_with_a_client_at_it) {
+TEST_P(ServeEndedBy, IsInGoodOrderWithAClientAtIt) {
   Start();
   const UsbIpClient client(port_);
   Import(client);
@@ -211,7 +211,7 @@ TEST_P(ServeEndedBy, is_in_good_order_with_a_client_at_it) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, ServeEndedBy, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
-TEST(ServeNothing, is_an_error_that_tells_what_to_do) {
+TEST(ServeNothing, IsAnErrorThatTellsWhatToDo) {
   for (const std::vector<std::string>& options : {std::vector<std::string>{},
                                                   {"--trace"},
                                                   {"--usbip", "65536"},

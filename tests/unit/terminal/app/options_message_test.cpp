@@ -33,7 +33,7 @@ TerminalOptions AllChanged() {
   return options;
 }
 
-TEST(OptionsMessage, tells_each_option) {
+TEST(OptionsMessage, TellsEachOption) {
   const TerminalOptions sent = AllChanged();
   const TerminalOptions got = ReadOptionsMessage(OptionsMessage(sent));
   ASSERT_TRUE(got.usb.has_value());
@@ -59,7 +59,7 @@ TEST(OptionsMessage, tells_each_option) {
   EXPECT_EQ(got.replay.device, (BusAddress{300, 200}));
 }
 
-TEST(OptionsMessage, tells_which_options_there_are_not) {
+TEST(OptionsMessage, TellsWhichOptionsThereAreNot) {
   const TerminalOptions got = ReadOptionsMessage(OptionsMessage({}));
   EXPECT_FALSE(got.usb || got.serial_port || got.hostile || got.page_port || got.trace || got.replay.device);
   EXPECT_TRUE(got.tzg);
@@ -67,7 +67,7 @@ TEST(OptionsMessage, tells_which_options_there_are_not) {
   EXPECT_EQ(got.customer_file, "");
 }
 
-TEST(OptionsMessage, has_a_name_of_its_own_for_each_option) {
+TEST(OptionsMessage, HasANameOfItsOwnForEachOption) {
   TerminalOptions options;
   std::set<std::string> names;
   int count = 0;
@@ -78,13 +78,13 @@ TEST(OptionsMessage, has_a_name_of_its_own_for_each_option) {
   EXPECT_EQ(names.size(), static_cast<std::size_t>(count));
 }
 
-TEST(OptionsMessage, refuses_another_message) {
+TEST(OptionsMessage, RefusesAnotherMessage) {
   for (const char* text : {"", "done", "{}", "\xA0"}) {
     EXPECT_THROW(static_cast<void>(ReadOptionsMessage(text)), std::exception) << text;
   }
 }
 
-TEST(ReadyMessage, tells_the_variables) {
+TEST(ReadyMessage, TellsTheVariables) {
   const Variables sent = {{"DIR", "/tmp/a=b"}, {"EMPTY", ""}, {"LINES", "1\n2"}};
   EXPECT_EQ(ReadReadyMessage(ReadyMessage(sent)), sent);
   EXPECT_TRUE(ReadReadyMessage(ReadyMessage({})).empty());

@@ -59,7 +59,7 @@ class EventLoopTest : public testing::Test {
   std::string seen_;
 };
 
-TEST_F(EventLoopTest, tells_that_a_descriptor_can_be_read) {
+TEST_F(EventLoopTest, TellsThatADescriptorCanBeRead) {
   const auto watch = loop_.OnReady(pipe_.out.Get(), [this](unsigned ready) {
     EXPECT_EQ(ready, EventLoop::kIn);
     pipe_.Read();
@@ -69,7 +69,7 @@ TEST_F(EventLoopTest, tells_that_a_descriptor_can_be_read) {
   loop_.Run(clock_);
 }
 
-TEST_F(EventLoopTest, tells_only_what_is_wanted) {
+TEST_F(EventLoopTest, TellsOnlyWhatIsWanted) {
   auto watch = loop_.OnReady(pipe_.in.Get(), [this](unsigned ready) {
     seen_ += ready == EventLoop::kOut ? "w" : "?";
     loop_.Stop();
@@ -84,7 +84,7 @@ TEST_F(EventLoopTest, tells_only_what_is_wanted) {
   EXPECT_EQ(seen_, "tw");
 }
 
-TEST_F(EventLoopTest, serves_what_is_due_before_descriptors) {
+TEST_F(EventLoopTest, ServesWhatIsDueBeforeDescriptors) {
   const auto watch = loop_.OnReady(pipe_.out.Get(), [this](unsigned) {
     seen_ += 'r';
     loop_.Stop();
@@ -96,7 +96,7 @@ TEST_F(EventLoopTest, serves_what_is_due_before_descriptors) {
   EXPECT_EQ(seen_, "ttr");
 }
 
-TEST_F(EventLoopTest, waits_for_a_deadline) {
+TEST_F(EventLoopTest, WaitsForADeadline) {
   Due due(loop_, 1, seen_);
   due.at = clock_.Now() + Time{5};
   due.stops = true;
@@ -105,7 +105,7 @@ TEST_F(EventLoopTest, waits_for_a_deadline) {
   EXPECT_EQ(seen_, "t");
 }
 
-TEST_F(EventLoopTest, asks_again_for_deadlines_when_another_thread_wakes_it) {
+TEST_F(EventLoopTest, AsksAgainForDeadlinesWhenAnotherThreadWakesIt) {
   int waits = 0;
   loop_.BeforeEachWait([&] {
     if (++waits == 2) loop_.Stop();
@@ -116,7 +116,7 @@ TEST_F(EventLoopTest, asks_again_for_deadlines_when_another_thread_wakes_it) {
   EXPECT_EQ(waits, 2);
 }
 
-TEST_F(EventLoopTest, runs_no_longer_than_it_may) {
+TEST_F(EventLoopTest, RunsNoLongerThanItMay) {
   const Time begin = clock_.Now();
   EXPECT_FALSE(loop_.RunFor(clock_, Time{20}));
   EXPECT_GE(clock_.Now() - begin, Time{20});
@@ -125,13 +125,13 @@ TEST_F(EventLoopTest, runs_no_longer_than_it_may) {
   EXPECT_TRUE(loop_.RunFor(clock_, Time{10'000}));
 }
 
-TEST_F(EventLoopTest, throws_what_an_action_throws) {
+TEST_F(EventLoopTest, ThrowsWhatAnActionThrows) {
   const auto watch = loop_.OnReady(pipe_.out.Get(), [](unsigned) { throw std::runtime_error("gone"); });
   pipe_.Write();
   EXPECT_THROW(loop_.Run(clock_), std::runtime_error);
 }
 
-TEST_F(EventLoopTest, lets_a_watch_end_in_its_own_action) {
+TEST_F(EventLoopTest, LetsAWatchEndInItsOwnAction) {
   std::string name = "a text that is too long for a string's own place";
   EventLoop::Watch watch;
   watch = loop_.OnReady(pipe_.out.Get(), [this, &watch, name](unsigned) {

@@ -29,12 +29,12 @@ std::string ContentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(Spawn, tells_how_the_program_ended) {
+TEST(Spawn, TellsHowTheProgramEnded) {
   EXPECT_EQ(WaitFor(Spawn(Shell("exit 7")), kLong), 7);
   EXPECT_EQ(WaitFor(Spawn(Shell("kill -SEGV $$")), kLong), 128 + SIGSEGV);
 }
 
-TEST(Spawn, tells_why_there_is_no_program) {
+TEST(Spawn, TellsWhyThereIsNoProgram) {
   SpawnRequest request;
   request.arguments = {"no-such-command"};
   try {
@@ -54,7 +54,7 @@ TEST(Spawn, tells_why_there_is_no_program) {
   }
 }
 
-TEST(Spawn, gives_variables_and_adds_output_to_files) {
+TEST(Spawn, GivesVariablesAndAddsOutputToFiles) {
   const PrivateDir dir;
   SpawnRequest request = Shell("echo $ONE $TWO; echo bad >&2");
   request.environment.Set("ONE", "old");
@@ -68,14 +68,14 @@ TEST(Spawn, gives_variables_and_adds_output_to_files) {
   EXPECT_EQ(ContentOf(request.errors_file), "bad\nbad\n");
 }
 
-TEST(WaitFor, gives_up_and_can_be_asked_again) {
+TEST(WaitFor, GivesUpAndCanBeAskedAgain) {
   const pid_t child = Spawn(Shell("exec sleep 1000"));
   EXPECT_EQ(WaitFor(child, Time{10}), std::nullopt);
   kill(child, SIGKILL);
   EXPECT_EQ(WaitFor(child, kLong), 128 + SIGKILL);
 }
 
-TEST(ProcessesOfARun, are_ended_whatever_they_refuse_and_whose_they_are) {
+TEST(ProcessesOfARun, AreEndedWhateverTheyRefuseAndWhoseTheyAre) {
   const PrivateDir dir;
   SpawnRequest request = Shell("trap '' TERM; setsid sleep 1000 & echo started; wait; exec sleep 1000");
   request.environment.Set(kRunDirVariable, dir.Path());

@@ -74,11 +74,11 @@ std::vector<Bytes> Samples() {
   return {Recorded("a.txt"), Recorded("a.pcapng"), Pcap()};
 }
 
-TEST(Garbage, samples_are_good) {
+TEST(Garbage, SamplesAreGood) {
   for (const Bytes& sample : Samples()) EXPECT_EQ(Problem(sample), "");
 }
 
-TEST(Garbage, files_that_end_too_early_are_refused) {
+TEST(Garbage, FilesThatEndTooEarlyAreRefused) {
   for (const Bytes& sample : Samples()) {
     int good = 0;
     for (std::size_t size = 0; size < sample.size(); ++size)
@@ -88,7 +88,7 @@ TEST(Garbage, files_that_end_too_early_are_refused) {
   }
 }
 
-TEST(Garbage, flipped_bits_and_foreign_bytes_do_no_harm) {
+TEST(Garbage, FlippedBitsAndForeignBytesDoNoHarm) {
   std::mt19937 random(1);
   for (const Bytes& sample : Samples()) {
     for (int i = 0; i < 3000; ++i) {
@@ -103,7 +103,7 @@ TEST(Garbage, flipped_bits_and_foreign_bytes_do_no_harm) {
   }
 }
 
-TEST(Garbage, huge_lengths_everywhere_do_no_harm) {
+TEST(Garbage, HugeLengthsEverywhereDoNoHarm) {
   for (const Bytes& sample : Samples()) {
     for (std::size_t at = 0; at + 4 <= sample.size(); ++at) {
       for (const std::uint8_t value : Bytes{0xFF, 0x7F, 0x80}) {
@@ -116,13 +116,13 @@ TEST(Garbage, huge_lengths_everywhere_do_no_harm) {
   }
 }
 
-TEST(Garbage, anything_is_no_recording) {
+TEST(Garbage, AnythingIsNoRecording) {
   EXPECT_NE(Problem({}).find("it is no recording"), std::string::npos);
   EXPECT_NE(Problem(ToBytes("hello")).find("it is no recording"), std::string::npos);
   EXPECT_NE(Problem(Bytes(4096)).find("it is no recording"), std::string::npos);
 }
 
-TEST(Garbage, what_is_captured_in_part_is_told) {
+TEST(Garbage, WhatIsCapturedInPartIsTold) {
   Bytes file = Pcap();
   file[24 + 15] = 60;  // the packet was longer
   file[24 + 16 + 35] = 12;

@@ -41,7 +41,7 @@ std::string FrameOf(int code, const std::string& arguments) {
   return Frame(std::string{static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)} + arguments);
 }
 
-TEST(Masks, hide_key_records_and_accounts) {
+TEST(Masks, HideKeyRecordsAndAccounts) {
   Feeder feed;
   EXPECT_EQ(feed.Host("\033M03" + Split("old and new") + "\r\n\0\0"s), "\033M" + Stars(24) + "\r\n\0\0"s);
   EXPECT_EQ(feed.Host("\033S0307" + Split("a key") + "\r\n"), "\033S" + Stars(14) + "\r\n");
@@ -51,7 +51,7 @@ TEST(Masks, hide_key_records_and_accounts) {
             "\033[1GETENCDATA\x02" + Stars(10) + "\x03");
 }
 
-TEST(Masks, hide_what_an_unknown_command_carries) {
+TEST(Masks, HideWhatAnUnknownCommandCarries) {
   Feeder feed;
   EXPECT_EQ(feed.Host("\033[1GETENCDATB\x02"
                       "0|6|A1B2C3\x03\0"s),
@@ -61,13 +61,13 @@ TEST(Masks, hide_what_an_unknown_command_carries) {
   EXPECT_EQ(feed.Host("\033[0GETVERSION\0"s), "\033[0GETVERSION\0"s) << "the command after it";
 }
 
-TEST(Masks, know_the_frame_behind_a_word_without_data) {
+TEST(Masks, KnowTheFrameBehindAWordWithoutData) {
   Feeder feed;
   const std::string frame = FrameOf(0x3004, "a key");
   EXPECT_EQ(feed.Host("\033[2C" + frame), "\033[2C" + frame.substr(0, 9) + Stars(frame.size() - 10) + "\x03");
 }
 
-TEST(Masks, leave_other_commands_alone) {
+TEST(Masks, LeaveOtherCommandsAlone) {
   Feeder feed;
   for (const std::string& command :
        {"\033[0GETVERSION"s, "\033R\r\n"s, "\033A0307\r\n"s, "\033F10\r\n"s, "\x82"s, "\033[1;6L"s,
@@ -78,7 +78,7 @@ TEST(Masks, leave_other_commands_alone) {
   }
 }
 
-TEST(Masks, hide_arguments_and_check_byte_of_frames_that_may_have_secrets) {
+TEST(Masks, HideArgumentsAndCheckByteOfFramesThatMayHaveSecrets) {
   for (const int code : {0x3004, 0x3039, 0x3016, 0x3015, 0x3077}) {
     Feeder feed;
     const std::string frame = FrameOf(code, "secret");
@@ -88,7 +88,7 @@ TEST(Masks, hide_arguments_and_check_byte_of_frames_that_may_have_secrets) {
   EXPECT_EQ(feed.Host("\x02secret\x03"), "\x02******\x03");
 }
 
-TEST(Masks, go_on_from_one_report_to_the_next) {
+TEST(Masks, GoOnFromOneReportToTheNext) {
   const std::string command = "\033[1GETENCDATA\x02"s + "0|4000|" + std::string(4000, 'A') + "\x03";
   const std::string masked = "\033[1GETENCDATA\x02" + Stars(4007) + "\x03";
   for (const std::size_t size : {1U, 7U, 64U, 1024U, 5000U}) {
@@ -99,7 +99,7 @@ TEST(Masks, go_on_from_one_report_to_the_next) {
   }
 }
 
-TEST(Masks, take_key_loads_as_such_wherever_they_are_cut) {
+TEST(Masks, TakeKeyLoadsAsSuchWhereverTheyAreCut) {
   const std::string frame = FrameOf(0x3004, std::string(200, 'k'));
   const std::string line = "\033M" + Split(std::string(33, 'k')) + "\r\n";
   for (std::size_t cut = 0; cut <= line.size(); ++cut) {
@@ -112,7 +112,7 @@ TEST(Masks, take_key_loads_as_such_wherever_they_are_cut) {
   }
 }
 
-TEST(Masks, leave_files_alone_and_find_the_next_command) {
+TEST(Masks, LeaveFilesAloneAndFindTheNextCommand) {
   Feeder feed;
   const std::string data = "\x02\x02\x55"s + "\0\x04\0"s + std::string(1024, 'x');
   EXPECT_EQ(feed.Host(data), data);
@@ -125,7 +125,7 @@ TEST(Masks, leave_files_alone_and_find_the_next_command) {
   EXPECT_EQ(feed.Host(frame), frame.substr(0, 9) + Stars(14) + "\x03");
 }
 
-TEST(Masks, hide_pins_blocks_and_numbers) {
+TEST(Masks, HidePinsBlocksAndNumbers) {
   Feeder feed;
   EXPECT_EQ(feed.Terminal("123456\r\0\0"s), "******\r\0\0"s);
   EXPECT_EQ(feed.Terminal("\x02"
@@ -141,7 +141,7 @@ TEST(Masks, hide_pins_blocks_and_numbers) {
   EXPECT_EQ(feed.Terminal("B1F\0"s), "B1F\0"s);
 }
 
-TEST(Masks, hide_what_frames_answer_unless_it_is_known_to_be_harmless) {
+TEST(Masks, HideWhatFramesAnswerUnlessItIsKnownToBeHarmless) {
   Feeder feed;
   const auto answer = [](const std::string& data) { return Frame("\0\0"s + data); };
   EXPECT_EQ(feed.Terminal(answer("blocked!")), answer("blocked!").substr(0, 9) + Stars(18) + "\x03");
@@ -154,7 +154,7 @@ TEST(Masks, hide_what_frames_answer_unless_it_is_known_to_be_harmless) {
   EXPECT_EQ(feed.Terminal(answer("blocked!")), answer("blocked!").substr(0, 9) + Stars(18) + "\x03");
 }
 
-TEST(Masks, leave_texts_and_files_of_the_terminal_alone) {
+TEST(Masks, LeaveTextsAndFilesOfTheTerminalAlone) {
   Feeder feed;
   const std::string packet = "\x02\x02\x55"s + "\0\0\x08"s + "12345678";
   for (const std::string& answer :
@@ -165,7 +165,7 @@ TEST(Masks, leave_texts_and_files_of_the_terminal_alone) {
 }
 
 // A host can give up, and find the PIN when it reads the answer to its next question.
-TEST(Masks, hide_a_pin_that_is_read_late) {
+TEST(Masks, HideAPinThatIsReadLate) {
   Feeder feed;
   feed.Host("\x82");
   feed.Host("\x83");
@@ -174,7 +174,7 @@ TEST(Masks, hide_a_pin_that_is_read_late) {
   EXPECT_EQ(feed.Terminal("\x02V1.0.0|1\x03"), "\x02V1.0.0|1\x03");
 }
 
-TEST(Masks, hide_damaged_answers_while_a_secret_is_awaited) {
+TEST(Masks, HideDamagedAnswersWhileASecretIsAwaited) {
   Feeder feed;
   feed.Host("\x82");
   EXPECT_EQ(feed.Terminal("x1234\r\0"s), "******\0"s);

@@ -61,7 +61,7 @@ class RecorderForms : public testing::TestWithParam<const char*> {
   TempDir dir_;
 };
 
-TEST_P(RecorderForms, are_read_back) {
+TEST_P(RecorderForms, AreReadBack) {
   Recorder recorder(Path(), false);
   recorder.Plugged({0x12, 1, 0, 2, 0, 0, 0, 0x40, 0x34, 0x12, 0x78, 0x56, 0, 1, 1, 2, 0, 1}, {9, 2});
   Host host(recorder);
@@ -90,7 +90,7 @@ TEST_P(RecorderForms, are_read_back) {
   EXPECT_EQ(told, expected);
 }
 
-TEST_P(RecorderForms, tell_secrets_when_asked) {
+TEST_P(RecorderForms, TellSecretsWhenAsked) {
   Recorder recorder(Path(), true);
   Host(recorder).Read(Padded("123456\r"));
   const Recording recording = Load();
@@ -99,7 +99,7 @@ TEST_P(RecorderForms, tell_secrets_when_asked) {
 }
 
 // What comes behind the part that a hung transfer moved is the rest of the key.
-TEST_P(RecorderForms, mask_the_rest_of_a_hung_transfer) {
+TEST_P(RecorderForms, MaskTheRestOfAHungTransfer) {
   Recorder recorder(Path(), false);
   Host host(recorder);
   const std::string command = "\033S0307" + Split("a working key") + "\r\n";
@@ -111,7 +111,7 @@ TEST_P(RecorderForms, mask_the_rest_of_a_hung_transfer) {
                               ">\033S**********", ">" + std::string(20, '*') + Padded(command).substr(32)}));
 }
 
-TEST_P(RecorderForms, have_reports_sent_as_control_transfers) {
+TEST_P(RecorderForms, HaveReportsSentAsControlTransfers) {
   Recorder recorder(Path(), false);
   const Bytes setup = {0x21, 9, 0, 2, 0, 0, 8, 0};
   Bytes buffer = setup;
@@ -124,7 +124,7 @@ TEST_P(RecorderForms, have_reports_sent_as_control_transfers) {
   EXPECT_EQ(Told(recording), (std::vector<std::string>{">\033S****\r\n"}));
 }
 
-TEST_P(RecorderForms, are_for_their_owner_alone) {
+TEST_P(RecorderForms, AreForTheirOwnerAlone) {
   gwq::test::WriteFile(Path(), "old");
   chmod(Path().c_str(), 0666);
   const Recorder recorder(Path(), false);
@@ -136,7 +136,7 @@ TEST_P(RecorderForms, are_for_their_owner_alone) {
 INSTANTIATE_TEST_SUITE_P(Both, RecorderForms, testing::Values("session.txt", "session.pcapng"),
                          [](const auto& form) { return std::string(form.param).substr(8); });
 
-TEST(Recorder, tells_of_a_full_disk_once) {
+TEST(Recorder, TellsOfAFullDiskOnce) {
   if (!gwq::test::HasFullDevice()) GTEST_SKIP() << "there is no /dev/full";
   testing::internal::CaptureStderr();
   Recorder recorder("/dev/full", false);
@@ -145,7 +145,7 @@ TEST(Recorder, tells_of_a_full_disk_once) {
             "gwq-terminal: the recording /dev/full ends here: No space left on device\n");
 }
 
-TEST(Recorder, needs_a_file_that_can_be_made) {
+TEST(Recorder, NeedsAFileThatCanBeMade) {
   EXPECT_THROW(Recorder("/no/such/place", false), std::system_error);
 }
 

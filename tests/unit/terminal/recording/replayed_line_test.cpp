@@ -36,7 +36,7 @@ std::vector<WireTransfer> Session() {
           Usb(1'350'000, true, "two"),    Usb(2'000'000, false, "second"), Usb(2'000'100, true, "three")};
 }
 
-TEST(ReplayedLine, answers_after_the_time_it_took) {
+TEST(ReplayedLine, AnswersAfterTheTimeItTook) {
   Replay replay(Session());
   EXPECT_EQ(replay.line.NextDeadline(), std::nullopt);
   replay.Send("first", 5000ms);
@@ -53,13 +53,13 @@ TEST(ReplayedLine, answers_after_the_time_it_took) {
             (std::vector<std::string>{"replayed 2 of 2 transfers of the host, no difference"}));
 }
 
-TEST(ReplayedLine, answers_at_once_when_it_is_to_be_fast) {
+TEST(ReplayedLine, AnswersAtOnceWhenItIsToBeFast) {
   Replay replay(Session(), true);
   replay.Send("first");
   EXPECT_EQ(replay.Answers(), "onetwo");
 }
 
-TEST(ReplayedLine, does_not_care_how_the_host_cuts_what_it_sends) {
+TEST(ReplayedLine, DoesNotCareHowTheHostCutsWhatItSends) {
   Replay replay(Session(), true);
   replay.Send("fi");
   EXPECT_EQ(replay.Answers(), "");
@@ -70,7 +70,7 @@ TEST(ReplayedLine, does_not_care_how_the_host_cuts_what_it_sends) {
   EXPECT_TRUE(replay.line.Finish());
 }
 
-TEST(ReplayedLine, gives_a_host_that_goes_on_what_stands_before) {
+TEST(ReplayedLine, GivesAHostThatGoesOnWhatStandsBefore) {
   Replay replay(Session());
   replay.Send("first");
   replay.Send("second");
@@ -78,7 +78,7 @@ TEST(ReplayedLine, gives_a_host_that_goes_on_what_stands_before) {
   EXPECT_TRUE(replay.line.Finish());
 }
 
-TEST(ReplayedLine, tells_the_first_difference_and_falls_silent) {
+TEST(ReplayedLine, TellsTheFirstDifferenceAndFallsSilent) {
   Replay replay(Session());
   replay.Send("first");
   replay.Send("secret");
@@ -95,7 +95,7 @@ TEST(ReplayedLine, tells_the_first_difference_and_falls_silent) {
   EXPECT_EQ(replay.reports.size(), 1U);
 }
 
-TEST(ReplayedLine, tells_a_host_that_does_more_or_less) {
+TEST(ReplayedLine, TellsAHostThatDoesMoreOrLess) {
   Replay more(Session());
   more.Send("firstsecondthird");
   ASSERT_EQ(more.reports.size(), 1U);
@@ -107,13 +107,13 @@ TEST(ReplayedLine, tells_a_host_that_does_more_or_less) {
   EXPECT_EQ(less.reports.at(0), "the host stopped before the end: 1 of 2 transfers of the host");
 }
 
-TEST(ReplayedLine, takes_anything_for_what_is_masked) {
+TEST(ReplayedLine, TakesAnythingForWhatIsMasked) {
   Replay replay({Usb(0, false, "\033S****\r\n", {{2, 4}})}, true);
   replay.Send("\033S0307\r\n");
   EXPECT_TRUE(replay.line.Finish());
 }
 
-TEST(ReplayedLine, shows_no_secret_of_the_host) {
+TEST(ReplayedLine, ShowsNoSecretOfTheHost) {
   Replay replay({Usb(0, false, "\033S0307\r\n")}, true);
   replay.Send("\033S0308\r\n");
   ASSERT_EQ(replay.reports.size(), 1U);
@@ -121,7 +121,7 @@ TEST(ReplayedLine, shows_no_secret_of_the_host) {
   EXPECT_EQ(replay.reports[0].find("seen:     38"), std::string::npos);
 }
 
-TEST(ReplayedLine, makes_masked_answers_readable) {
+TEST(ReplayedLine, MakesMaskedAnswersReadable) {
   const std::string frame = Frame("\0\0"s + "blocked!");
   std::string masked = frame;
   masked.replace(9, 18, std::string(18, '*'));
@@ -135,7 +135,7 @@ TEST(ReplayedLine, makes_masked_answers_readable) {
                 Frame("\0\0"s + "00000000"));
 }
 
-TEST(ReplayedLine, gives_what_came_unasked) {
+TEST(ReplayedLine, GivesWhatCameUnasked) {
   Replay replay({Usb(7'000'000, true, "hello")});
   EXPECT_EQ(replay.Answers(0ms), "hello");
   EXPECT_TRUE(replay.line.Finish());

@@ -24,7 +24,7 @@ void ExpectSame(const WireTransfer& one, const WireTransfer& other) {
   EXPECT_EQ(one.masks, other.masks);
 }
 
-TEST(TextForm, is_a_line) {
+TEST(TextForm, IsALine) {
   EXPECT_EQ(LineOf(Usb(1'234'567, false, Padded("\033[0GETVERSION"))),
             "1.234567 usb out 02 1024 1b \"[0GETVERSION\" 00*1011");
   WireTransfer timed_out = Usb(2'000'000, true, "");
@@ -42,7 +42,7 @@ TEST(TextForm, is_a_line) {
   EXPECT_EQ(LineOf(control), "0.000000 usb control 80 2 setup=8006000100001200 12 01");
 }
 
-TEST(TextForm, is_read_back) {
+TEST(TextForm, IsReadBack) {
   std::mt19937 random(1);
   for (int i = 0; i < 2000; ++i) {
     WireTransfer transfer = Usb(static_cast<std::int64_t>(random()), random() % 2 == 0, "");
@@ -60,7 +60,7 @@ TEST(TextForm, is_read_back) {
   }
 }
 
-TEST(TextForm, tells_what_is_wrong) {
+TEST(TextForm, TellsWhatIsWrong) {
   const auto problem = [](const char* line) -> std::string {
     try {
       static_cast<void>(ParseLine(line));

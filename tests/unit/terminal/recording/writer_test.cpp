@@ -31,7 +31,7 @@ constexpr const char* kStart =
     "2C000000";
 // clang-format on
 
-TEST(Pcapng, has_these_bytes) {
+TEST(Pcapng, HasTheseBytes) {
   const TempDir dir;
   RecordingFile file(dir / "session.pcapng");
   PcapngWriter writer(file);
@@ -64,7 +64,7 @@ TEST(Pcapng, has_these_bytes) {
   // clang-format on
 }
 
-TEST(Text, has_these_lines) {
+TEST(Text, HasTheseLines) {
   const TempDir dir;
   RecordingFile file(dir / "session.txt");
   TextWriter writer(file, 1'000'000);
@@ -73,7 +73,7 @@ TEST(Text, has_these_lines) {
   EXPECT_EQ(ReadFile(dir / "session.txt"), "# gwq-terminal recording 1\n0.500000 usb out 02 2 \"ab\"\n");
 }
 
-TEST(Writers, tell_text_by_its_name) {
+TEST(Writers, TellTextByItsName) {
   EXPECT_TRUE(IsTextName("a.txt"));
   EXPECT_FALSE(IsTextName("a.pcapng"));
   EXPECT_FALSE(IsTextName("txt"));

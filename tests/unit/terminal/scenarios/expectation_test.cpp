@@ -51,12 +51,12 @@ const std::string kKnownScreens =
     " (known: idle, teller_card, evaluation, information, html, keypad, document, confirm, signing, "
     "hand_sign, checkout)";
 
-TEST(Expectation, of_the_exit_status) {
+TEST(Expectation, OfTheExitStatus) {
   EXPECT_EQ(Verdict(R"({"exit_status": 0})"), "");
   EXPECT_EQ(Verdict(R"({"exit_status": 3})"), "exit status 3 / exit status 0");
 }
 
-TEST(Expectation, of_a_failure_in_good_order) {
+TEST(Expectation, OfAFailureInGoodOrder) {
   terminal::Run run;
   for (const int good : {1, 2, 125}) {
     run.exit_status = good;
@@ -69,7 +69,7 @@ TEST(Expectation, of_a_failure_in_good_order) {
   }
 }
 
-TEST(Expectation, of_what_is_printed) {
+TEST(Expectation, OfWhatIsPrinted) {
   EXPECT_EQ(Verdict(R"({"output_contains": "signed"})"), "");
   EXPECT_EQ(Verdict(R"({"output_contains": "paid"})"), "standard output with \"paid\" / signed: a.png\n");
   EXPECT_EQ(Verdict(R"({"output_lacks": "paid"})"), "");
@@ -78,12 +78,12 @@ TEST(Expectation, of_what_is_printed) {
             "standard output with \"x\" / nothing on standard output");
 }
 
-TEST(Expectation, of_the_time_it_takes) {
+TEST(Expectation, OfTheTimeItTakes) {
   EXPECT_EQ(Verdict(R"({"at_most_s": 3})"), "");
   EXPECT_EQ(Verdict(R"({"at_most_s": 2})"), "an end within 2 s / it took 2.5 s");
 }
 
-TEST(Expectation, of_screens_in_order) {
+TEST(Expectation, OfScreensInOrder) {
   EXPECT_EQ(Verdict(R"({"screens": ["html", "signing", "signing"]})"), "");
   EXPECT_EQ(
       Verdict(
@@ -98,7 +98,7 @@ TEST(Expectation, of_screens_in_order) {
             "screen html with \"Prices\" / no screen html with \"Prices\"; screens: html, signing, signing");
 }
 
-TEST(Expectation, of_commands_in_order) {
+TEST(Expectation, OfCommandsInOrder) {
   EXPECT_EQ(Verdict(R"({"commands": ["YCNEWSTARTSIGN", "UPDATE"]})"), "");
   EXPECT_EQ(Verdict(R"({"commands": ["UPDATE", "YCNEWSTARTSIGN"]})"),
             "command UPDATE, then command YCNEWSTARTSIGN / no command YCNEWSTARTSIGN behind those before it; "
@@ -106,7 +106,7 @@ TEST(Expectation, of_commands_in_order) {
             "YCNEWSTARTSIGN, UPDATE");
 }
 
-TEST(Expectation, of_how_often_a_screen_is_shown) {
+TEST(Expectation, OfHowOftenAScreenIsShown) {
   for (const char* good : {R"("times": 2)", R"("at_least": 1)", R"("at_least": 2)", R"("at_most": 2)",
                            R"("at_least": 1, "at_most": 3)", R"("contains": "b.pdf", "times": 1)"})
     EXPECT_EQ(Verdict(std::string(R"({"screen": "signing", )") + good + "}"), "") << good;
@@ -122,7 +122,7 @@ TEST(Expectation, of_how_often_a_screen_is_shown) {
   EXPECT_EQ(Verdict(R"({"screen": "keypad"})", {}), "screen keypad at least once / never; screens: none");
 }
 
-TEST(Expectation, of_commands_and_other_happenings) {
+TEST(Expectation, OfCommandsAndOtherHappenings) {
   EXPECT_EQ(Verdict(R"({"command": "UPDATE", "times": 1})"), "");
   EXPECT_EQ(Verdict(R"({"command": "UPDATE", "never": true})"),
             "command UPDATE never / once; commands: YCNEWSTARTSIGN, UPDATE");
@@ -134,7 +134,7 @@ TEST(Expectation, of_commands_and_other_happenings) {
   EXPECT_EQ(Verdict(R"({"unplugged": true})", {}), "the terminal unplugged at least once / never");
 }
 
-TEST(Expectation, of_stored_files) {
+TEST(Expectation, OfStoredFiles) {
   EXPECT_EQ(Verdict(R"({"stored": "/tmp/hw.png", "size": 42})"), "");
   EXPECT_EQ(Verdict(R"({"stored": "hw.png"})"), "");
   EXPECT_EQ(Verdict(R"({"stored": "w.png"})"),
@@ -143,13 +143,13 @@ TEST(Expectation, of_stored_files) {
             "file hw.png of 43 bytes stored at least once / never; stored files: /tmp/hw.png (42 bytes)");
 }
 
-TEST(Expectation, of_the_last_screen) {
+TEST(Expectation, OfTheLastScreen) {
   EXPECT_EQ(Verdict(R"({"last_screen": "signing"})"), "");
   EXPECT_EQ(Verdict(R"({"last_screen": "idle"})"), "screen idle at the end / screen signing");
   EXPECT_EQ(Verdict(R"({"last_screen": "idle"})", {}), "");
 }
 
-TEST(Expectation, that_is_no_good_says_why) {
+TEST(Expectation, ThatIsNoGoodSaysWhy) {
   EXPECT_EQ(Problem(R"({"scren": "html"})").substr(0, 27), R"(unknown expectation "scren")");
   EXPECT_EQ(Problem("{}").substr(0, 12), "says nothing");
   EXPECT_EQ(Problem("7"), "is not an object");
@@ -168,14 +168,14 @@ TEST(Expectation, that_is_no_good_says_why) {
   EXPECT_EQ(Problem(R"({"pin_keyed": 2})"), R"("pin_keyed" can only be true)");
 }
 
-TEST(History, comes_back_as_it_was_written) {
+TEST(History, ComesBackAsItWasWritten) {
   const Event event{Kind::kScreen, "html", "two\nlines \"quoted\"", 7, Time(12)};
   const std::string line = HistoryLine(event);
   EXPECT_EQ(line.find('\n'), line.size() - 1);
   EXPECT_EQ(HistoryLine({Kind::kCommand, "\xff", {}, 0, {}}).find('\xff'), std::string::npos);
 }
 
-TEST(Report, counts_and_escapes) {
+TEST(Report, CountsAndEscapes) {
   const std::vector<ScenarioResult> results = {
       {"good", 1200ms, {}, "not shown"}, {"bad", 300ms, {{"a <b>", "c & \"d\"\nmore"}}, "said\nthis\n"}};
   EXPECT_EQ(ResultText(results[0]), "good                             ok     (1.2 s)\n");

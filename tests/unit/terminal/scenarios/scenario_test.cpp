@@ -50,7 +50,7 @@ std::string Problem(const std::string& members) {
   return ProblemOfText(With(members));
 }
 
-TEST(Scenario, needs_a_name_a_description_and_an_expectation) {
+TEST(Scenario, NeedsANameADescriptionAndAnExpectation) {
   EXPECT_EQ(ProblemOfText(R"({"description": "d", "expect": [{"exit_status": 0}]})"), R"(needs "name")");
   EXPECT_EQ(ProblemOfText(R"({"name": "n", "expect": [{"exit_status": 0}]})"), R"(needs "description")");
   EXPECT_EQ(ProblemOfText(R"({"name": "n", "description": "d"})"), R"(needs "expect")");
@@ -59,7 +59,7 @@ TEST(Scenario, needs_a_name_a_description_and_an_expectation) {
   EXPECT_THAT(ProblemOfText("{"), HasSubstr("parse error"));
 }
 
-TEST(Scenario, is_refused_with_the_line_of_what_is_wrong) {
+TEST(Scenario, IsRefusedWithTheLineOfWhatIsWrong) {
   const auto problem = [](const std::string& members) {
     return ProblemWithLine("{\n\"name\": \"n\", \"description\": \"d\",\n" + members +
                            ",\n\"expect\": [{\"exit_status\": 0}]}");
@@ -83,7 +83,7 @@ TEST(Scenario, is_refused_with_the_line_of_what_is_wrong) {
             "keypad, document, confirm, signing, hand_sign, checkout)");
 }
 
-TEST(Scenario, is_without_more_an_ordinary_terminal_with_the_agreeable_customer) {
+TEST(Scenario, IsWithoutMoreAnOrdinaryTerminalWithTheAgreeableCustomer) {
   const Scenario scenario = Parse("");
   EXPECT_EQ(scenario.name, "n");
   EXPECT_EQ(scenario.description, "d");
@@ -99,11 +99,11 @@ TEST(Scenario, is_without_more_an_ordinary_terminal_with_the_agreeable_customer)
   EXPECT_THAT(scenario.expectations, SizeIs(1));
 }
 
-TEST(Scenario, may_have_comments) {
+TEST(Scenario, MayHaveComments) {
   EXPECT_EQ(ProblemOfText("// one\n/* two */" + With("\"timeout_s\": 1 // three\n")), "(none)");
 }
 
-TEST(Scenario, names_no_member_twice) {
+TEST(Scenario, NamesNoMemberTwice) {
   EXPECT_EQ(Problem(R"("timeout_s": 1, "timeout_s": 2)"), R"(duplicate member "timeout_s")");
   EXPECT_EQ(Problem(R"("events": [{"unplug": true, "after_ms": 1, "after_ms": 2}])"),
             R"(duplicate member "after_ms")");
@@ -111,7 +111,7 @@ TEST(Scenario, names_no_member_twice) {
             "(none)");
 }
 
-TEST(Scenario, describes_the_terminal) {
+TEST(Scenario, DescribesTheTerminal) {
   const ScriptedTerminal terminal =
       Parse(R"("timeout_s": 7, "terminal": {"usb": "1209:2", "serial": 78, "tzg": false, "version": "V9",
                "build_date": "20300101", "keys": "keys", "storage_limit": 9, "files": [
@@ -128,7 +128,7 @@ TEST(Scenario, describes_the_terminal) {
   EXPECT_FALSE(Parse(R"("terminal": {"usb": false, "serial": 1})").terminal.has_usb);
 }
 
-TEST(Scenario, takes_the_terminals_files_from_its_own_directory) {
+TEST(Scenario, TakesTheTerminalsFilesFromItsOwnDirectory) {
   const gwq::test::TempDir directory;
   std::ofstream(directory / "picture.png") << "content";
   const std::string members = R"("terminal": {"files": [{"path": "/tmp/a", "from": "picture.png"}]})";
@@ -138,7 +138,7 @@ TEST(Scenario, takes_the_terminals_files_from_its_own_directory) {
   EXPECT_THAT(Problem(members), HasSubstr("terminal: files 1: /nowhere/picture.png: cannot be read"));
 }
 
-TEST(Scenario, tells_what_is_wrong_with_the_terminal) {
+TEST(Scenario, TellsWhatIsWrongWithTheTerminal) {
   EXPECT_EQ(Problem(R"("terminal": {"usb": false})"), R"(terminal: has neither "usb" nor "serial")");
   EXPECT_EQ(Problem(R"("terminal": {"usb": "1209"})"),
             R"(terminal: "usb" must be true, false or VENDOR:PRODUCT in hexadecimal)");
@@ -156,14 +156,14 @@ TEST(Scenario, tells_what_is_wrong_with_the_terminal) {
             "files)");
 }
 
-TEST(Scenario, has_the_storage_limit_in_one_place) {
+TEST(Scenario, HasTheStorageLimitInOnePlace) {
   EXPECT_EQ(Parse(R"("terminal": {"storage_limit": 5})").faults.storage_limit, 5U);
   EXPECT_EQ(Parse(R"("faults": {"storage_limit": 6, "fail": ["end"]})").faults.storage_limit, 6U);
   EXPECT_EQ(Problem(R"("terminal": {"storage_limit": 5}, "faults": {"storage_limit": 5})"),
             R"("storage_limit" stands in "terminal" and in "faults")");
 }
 
-TEST(Scenario, has_customer_and_faults_as_in_files_of_their_own) {
+TEST(Scenario, HasCustomerAndFaultsAsInFilesOfTheirOwn) {
   const Scenario scenario =
       Parse(R"("customer": {"pin_entries": [{"pin": "2468"}]}, "faults": {"fail": ["data:2"]})");
   EXPECT_EQ(scenario.customer.at("pin_entries").at(0).at("pin"), "2468");
@@ -175,7 +175,7 @@ TEST(Scenario, has_customer_and_faults_as_in_files_of_their_own) {
   EXPECT_THAT(Problem(R"("faults": {"fail": ["dat"]})"), HasSubstr(R"(faults: "fail" knows no step "dat")"));
 }
 
-TEST(Scenario, has_hostile_rates_with_a_seed) {
+TEST(Scenario, HasHostileRatesWithASeed) {
   const Scenario scenario = Parse(R"("hostile": "seed=7,drop=3")");
   EXPECT_EQ(scenario.hostile.value().seed, 7U);
   EXPECT_EQ(scenario.hostile.value().PercentOf(Fault::kDrop), 3);
@@ -183,7 +183,7 @@ TEST(Scenario, has_hostile_rates_with_a_seed) {
   EXPECT_NE(Problem(R"("hostile": "seed=7,dorp=3")"), "(none)");
 }
 
-TEST(Scenario, has_events) {
+TEST(Scenario, HasEvents) {
   const auto events =
       Parse(R"("events": [{"unplug": true}, {"when": "screen html", "time": 2, "after_ms": 5, "plug": true},
       {"when": "command load working key", "walk_away": true}, {"when": "PIN asked", "slow_ms": 40},
@@ -206,7 +206,7 @@ TEST(Scenario, has_events) {
   EXPECT_EQ(events[5].when.kind, Event::Kind::kPlugged);
 }
 
-TEST(Scenario, tells_what_is_wrong_with_an_event) {
+TEST(Scenario, TellsWhatIsWrongWithAnEvent) {
   EXPECT_THAT(Problem(R"("events": [{"unplug": true}, {"after_ms": 5}])"),
               HasSubstr("events 2: needs exactly one of"));
   EXPECT_THAT(Problem(R"("events": [{"unplug": true, "plug": true}])"),
@@ -225,7 +225,7 @@ TEST(Scenario, tells_what_is_wrong_with_an_event) {
   EXPECT_EQ(Problem(R"("events": [1])"), "events 1: is not an object");
 }
 
-TEST(Scenario, tells_the_file_it_is_in) {
+TEST(Scenario, TellsTheFileItIsIn) {
   const gwq::test::TempDir directory;
   const std::string path = (directory / "s.json").string();
   EXPECT_THROW(
@@ -241,14 +241,14 @@ TEST(Scenario, tells_the_file_it_is_in) {
       std::runtime_error);
 }
 
-TEST(CommandNames, stand_in_the_schema) {
+TEST(CommandNames, StandInTheSchema) {
   std::ifstream file(GWQ_SOURCE_DIR "/terminal/scenarios/shipped/scenario.schema.json");
   const Json schema = Json::parse(file);
   EXPECT_EQ(schema.at("definitions").at("command_name").at("enum").get<std::vector<std::string>>(),
             std::vector<std::string>(CommandNames().begin(), CommandNames().end()));
 }
 
-TEST(Masking, covers_pins_and_keys_and_what_cannot_be_printed) {
+TEST(Masking, CoversPinsAndKeysAndWhatCannotBePrinted) {
   EXPECT_EQ(Masked("PIN 1234567, 12345678.", {"1234", "1234567"}), "PIN *******, *******8.");
   EXPECT_EQ(Masked("0123456789abcdef and 0123456789abcde", {}), "**************** and 0123456789abcde");
   EXPECT_EQ(Masked("a\tb\x01\n\xff"
@@ -261,7 +261,7 @@ TEST(Masking, covers_pins_and_keys_and_what_cannot_be_printed) {
               ElementsAre("123456", "310115", "98765"));
 }
 
-TEST(Masking, covers_what_the_agreeable_customer_keys) {
+TEST(Masking, CoversWhatTheAgreeableCustomerKeys) {
   PinRequest request;
   request.max_digits = 14;
   EXPECT_TRUE(SecretsOf(Json()).contains(AgreeableCustomer().KeyPin(request).digits));

@@ -82,7 +82,7 @@ class StageRig {
   FaultyLine line_;
 };
 
-TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {
+TEST(Stage, WritesDownCommandsAndScreensFromTheBeginningOn) {
   StageRig rig(R"("timeout_s": 9)");
   rig.Send(wire::kGetVersion);
   rig.Begin();
@@ -93,7 +93,7 @@ TEST(Stage, writes_down_commands_and_screens_from_the_beginning_on) {
   EXPECT_NE(rig.Events()[1].text.find("Confirm"), std::string::npos);
 }
 
-TEST(Stage, writes_down_pins_without_their_digits) {
+TEST(Stage, WritesDownPinsWithoutTheirDigits) {
   StageRig rig(R"("customer": {"pin_entries": [{"pin": "8642"}]})");
   rig.Begin();
   rig.Send("\x82");
@@ -103,7 +103,7 @@ TEST(Stage, writes_down_pins_without_their_digits) {
     EXPECT_EQ((event.name + event.text).find("8642"), std::string::npos);
 }
 
-TEST(Stage, writes_down_files_that_are_stored_and_no_others) {
+TEST(Stage, WritesDownFilesThatAreStoredAndNoOthers) {
   StageRig rig(R"("timeout_s": 9)");
   rig.Begin();
   const Bytes content(7);
@@ -113,7 +113,7 @@ TEST(Stage, writes_down_files_that_are_stored_and_no_others) {
   EXPECT_EQ(rig.Events()[0].size, 7U);
 }
 
-TEST(Stage, makes_events_come_at_their_time) {
+TEST(Stage, MakesEventsComeAtTheirTime) {
   StageRig rig(R"("events": [{"after_ms": 20, "plug": true}, {"after_ms": 10, "unplug": true}])");
   rig.Wait(100ms);
   EXPECT_FALSE(rig.Played().NextDeadline());
@@ -127,7 +127,7 @@ TEST(Stage, makes_events_come_at_their_time) {
   EXPECT_EQ(rig.actions, "unplug plug ");
 }
 
-TEST(Stage, makes_events_come_behind_what_they_wait_for) {
+TEST(Stage, MakesEventsComeBehindWhatTheyWaitFor) {
   StageRig rig(R"("events": [{"when": "screen html", "time": 2, "after_ms": 10, "unplug": true},
                              {"when": "command GETVERSION", "plug": true}])");
   rig.Begin();
@@ -145,7 +145,7 @@ TEST(Stage, makes_events_come_behind_what_they_wait_for) {
   EXPECT_EQ(rig.actions, "unplug plug ");
 }
 
-TEST(Stage, events_wait_for_the_cable_too) {
+TEST(Stage, EventsWaitForTheCableToo) {
   StageRig rig(R"("events": [{"when": "unplugged", "after_ms": 10, "plug": true}])");
   rig.Begin();
   rig.Played().Note({Event::Kind::kUnplugged, {}, {}, 0, {}});
@@ -153,7 +153,7 @@ TEST(Stage, events_wait_for_the_cable_too) {
   EXPECT_EQ(rig.actions, "plug ");
 }
 
-TEST(Stage, a_customer_who_walks_away_does_nothing_more) {
+TEST(Stage, ACustomerWhoWalksAwayDoesNothingMore) {
   StageRig rig(R"("events": [{"when": "screen html", "after_ms": 100, "walk_away": true}])");
   rig.Begin();
   rig.Send(kShowPage);
@@ -165,7 +165,7 @@ TEST(Stage, a_customer_who_walks_away_does_nothing_more) {
   EXPECT_THAT(rig.Names(), ElementsAre("0 1 HTML", "0 0 html", "1000 1 PIN entry", "1000 2 "));
 }
 
-TEST(Stage, a_customer_who_walks_away_keys_no_pin_they_had_begun) {
+TEST(Stage, ACustomerWhoWalksAwayKeysNoPinTheyHadBegun) {
   StageRig rig(R"("events": [{"when": "PIN asked", "after_ms": 100, "walk_away": true}])");
   rig.Begin();
   rig.Send("\x82");
@@ -173,7 +173,7 @@ TEST(Stage, a_customer_who_walks_away_keys_no_pin_they_had_begun) {
   EXPECT_FALSE(rig.TakeAnswer());
 }
 
-TEST(Stage, slows_each_answer_down_until_it_is_told_otherwise) {
+TEST(Stage, SlowsEachAnswerDownUntilItIsToldOtherwise) {
   StageRig rig(R"("events": [{"slow_ms": 300}, {"after_ms": 1000, "slow_ms": 0}])");
   rig.Begin();
   rig.Wait(1ms);

@@ -60,14 +60,14 @@ class UsbTerminalTest : public testing::Test {
   bool connected_ = false;
 };
 
-TEST_F(UsbTerminalTest, belongs_to_the_hid_driver_until_that_is_detached) {
+TEST_F(UsbTerminalTest, BelongsToTheHidDriverUntilThatIsDetached) {
   EXPECT_EQ(usb_.Driver(), "usbhid");
   EXPECT_EQ(usb_.Claim(client_, 0), EBUSY);
   Claim();
   EXPECT_EQ(usb_.Driver(), "usbfs");
 }
 
-TEST_F(UsbTerminalTest, has_one_owner_at_a_time) {
+TEST_F(UsbTerminalTest, HasOneOwnerAtATime) {
   Claim();
   UsbClient other;
   usb_.Connect(other);
@@ -78,7 +78,7 @@ TEST_F(UsbTerminalTest, has_one_owner_at_a_time) {
   usb_.Disconnect(other);
 }
 
-TEST_F(UsbTerminalTest, answers_a_command_in_a_whole_report) {
+TEST_F(UsbTerminalTest, AnswersACommandInAWholeReport) {
   Claim();
   ASSERT_EQ(usb_.Submit(client_, Out(1, kGetVersion)), 0);
   ASSERT_EQ(usb_.Submit(client_, In(2)), 0);
@@ -92,7 +92,7 @@ TEST_F(UsbTerminalTest, answers_a_command_in_a_whole_report) {
   EXPECT_EQ(ToText(in.received).substr(0, kVersion.size() + 1), kVersion + '\0');
 }
 
-TEST_F(UsbTerminalTest, says_whether_there_is_something_to_reap) {
+TEST_F(UsbTerminalTest, SaysWhetherThereIsSomethingToReap) {
   Claim();
   reapable_.clear();
   ASSERT_EQ(usb_.Submit(client_, In(1)), 0);
@@ -106,7 +106,7 @@ TEST_F(UsbTerminalTest, says_whether_there_is_something_to_reap) {
   EXPECT_FALSE(reapable_.back());
 }
 
-TEST_F(UsbTerminalTest, gives_a_discarded_transfer_back) {
+TEST_F(UsbTerminalTest, GivesADiscardedTransferBack) {
   Claim();
   ASSERT_EQ(usb_.Submit(client_, In(7)), 0);
   EXPECT_EQ(usb_.Discard(client_, 8), EINVAL);
@@ -117,7 +117,7 @@ TEST_F(UsbTerminalTest, gives_a_discarded_transfer_back) {
   EXPECT_EQ(urb.moved, 0U);
 }
 
-TEST_F(UsbTerminalTest, ends_what_waits_when_it_is_unplugged) {
+TEST_F(UsbTerminalTest, EndsWhatWaitsWhenItIsUnplugged) {
   Claim();
   ASSERT_EQ(usb_.Submit(client_, In(1)), 0);
   usb_.Unplug();
@@ -125,7 +125,7 @@ TEST_F(UsbTerminalTest, ends_what_waits_when_it_is_unplugged) {
   EXPECT_EQ(Reaped().status, -ESHUTDOWN);
 }
 
-TEST_F(UsbTerminalTest, forgets_its_answers_when_it_is_plugged_in_again) {
+TEST_F(UsbTerminalTest, ForgetsItsAnswersWhenItIsPluggedInAgain) {
   Claim();
   ASSERT_EQ(usb_.Submit(client_, Out(1, kGetVersion)), 0);
   usb_.Unplug();
@@ -137,7 +137,7 @@ TEST_F(UsbTerminalTest, forgets_its_answers_when_it_is_plugged_in_again) {
   EXPECT_FALSE(usb_.Reap(client_).has_value());
 }
 
-TEST_F(UsbTerminalTest, loses_a_report_that_the_host_has_no_room_for) {
+TEST_F(UsbTerminalTest, LosesAReportThatTheHostHasNoRoomFor) {
   Claim();
   ASSERT_EQ(usb_.Submit(client_, In(1, 64)), 0);
   ASSERT_EQ(usb_.Submit(client_, Out(2, kGetVersion)), 0);
@@ -148,14 +148,14 @@ TEST_F(UsbTerminalTest, loses_a_report_that_the_host_has_no_room_for) {
   EXPECT_EQ(in.moved, 0U);
 }
 
-TEST_F(UsbTerminalTest, refuses_what_it_has_not_got) {
+TEST_F(UsbTerminalTest, RefusesWhatItHasNotGot) {
   Claim();
   EXPECT_EQ(usb_.Submit(client_, {1, Urb::Kind::kIsochronous, kEndpointIn, Bytes(64)}), EINVAL);
   EXPECT_EQ(usb_.Submit(client_, {2, Urb::Kind::kData, 0x83, Bytes(64)}), ENOENT);
   EXPECT_FALSE(usb_.Reap(client_).has_value());
 }
 
-TEST_F(UsbTerminalTest, describes_itself_over_the_control_endpoint) {
+TEST_F(UsbTerminalTest, DescribesItselfOverTheControlEndpoint) {
   ASSERT_EQ(usb_.Submit(client_, {1, Urb::Kind::kControl, 0,
                                   [] {
                                     Bytes setup = {0x80, 6, 0, 1, 0, 0, 18, 0};
@@ -168,7 +168,7 @@ TEST_F(UsbTerminalTest, describes_itself_over_the_control_endpoint) {
   EXPECT_EQ(urb.received, *Descriptor(kId, 1, 0));
 }
 
-TEST_F(UsbTerminalTest, stalls_a_control_transfer_without_a_setup_packet) {
+TEST_F(UsbTerminalTest, StallsAControlTransferWithoutASetupPacket) {
   ASSERT_EQ(usb_.Submit(client_, {1, Urb::Kind::kControl, 0, Bytes(3)}), 0);
   EXPECT_EQ(Reaped().status, -EPIPE);
 }
@@ -192,7 +192,7 @@ class LooseCableTest : public testing::Test {
   UsbClient client_;
 };
 
-TEST_F(LooseCableTest, takes_the_terminal_away_and_brings_it_back) {
+TEST_F(LooseCableTest, TakesTheTerminalAwayAndBringsItBack) {
   std::string seen;
   LooseCable cable(
       usb_, clock_,

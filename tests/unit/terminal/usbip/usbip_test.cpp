@@ -44,13 +44,13 @@ class UsbIp : public testing::Test {
   std::unique_ptr<UsbIpSession> session_ = std::make_unique<UsbIpSession>(plug_);
 };
 
-TEST_F(UsbIp, lists_the_terminal_and_its_interface_and_is_done) {
+TEST_F(UsbIp, ListsTheTerminalAndItsInterfaceAndIsDone) {
   EXPECT_EQ(Tell(ListRequest()), ListReply());
   EXPECT_TRUE(session_->IsOver());
   EXPECT_EQ(session_->Complaint(), "");
 }
 
-TEST_F(UsbIp, lists_nothing_while_unplugged) {
+TEST_F(UsbIp, ListsNothingWhileUnplugged) {
   plug_.PullOut();
   EXPECT_EQ(Tell(ListRequest()), Operation(5) + Big(0, 4));
   plug_.PlugIn();
@@ -58,13 +58,13 @@ TEST_F(UsbIp, lists_nothing_while_unplugged) {
   EXPECT_EQ(Tell(ListRequest()), ListReply());
 }
 
-TEST_F(UsbIp, is_imported_by_its_name) {
+TEST_F(UsbIp, IsImportedByItsName) {
   Import();
   EXPECT_TRUE(session_->IsImported());
   EXPECT_FALSE(session_->IsOver());
 }
 
-TEST_F(UsbIp, refuses_an_import_by_another_name) {
+TEST_F(UsbIp, RefusesAnImportByAnotherName) {
   for (const std::string name : {"", "1-2", "1-1.1"}) {
     Reconnect();
     EXPECT_EQ(Tell(ImportRequest(name)), ImportRefusal(4)) << name;
@@ -74,12 +74,12 @@ TEST_F(UsbIp, refuses_an_import_by_another_name) {
   EXPECT_EQ(Tell(Operation(0x8003) + std::string(32, 'x')), ImportRefusal(4));
 }
 
-TEST_F(UsbIp, refuses_an_import_while_unplugged) {
+TEST_F(UsbIp, RefusesAnImportWhileUnplugged) {
   plug_.PullOut();
   EXPECT_EQ(Tell(ImportRequest()), ImportRefusal(4));
 }
 
-TEST_F(UsbIp, refuses_a_second_importer_until_the_first_is_gone) {
+TEST_F(UsbIp, RefusesASecondImporterUntilTheFirstIsGone) {
   Import();
   UsbIpSession second(plug_);
   EXPECT_EQ(Tell(second, ImportRequest()), ImportRefusal(2));
@@ -99,7 +99,7 @@ struct Question {
 
 class UsbIpEnumeration : public UsbIp, public testing::WithParamInterface<Question> {};
 
-TEST_P(UsbIpEnumeration, answers) {
+TEST_P(UsbIpEnumeration, Answers) {
   const Question& asked = GetParam();
   Import();
   const std::string reply = Tell(ControlIn(9, asked.type, asked.request, asked.value, asked.length));
@@ -126,14 +126,14 @@ const Question kQuestions[] = {
 INSTANTIATE_TEST_SUITE_P(Of, UsbIpEnumeration, testing::ValuesIn(kQuestions),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST_F(UsbIp, does_as_drivers_set_it_up) {
+TEST_F(UsbIp, DoesAsDriversSetItUp) {
   Import();
   EXPECT_EQ(Tell(ControlOut(1, 0x00, 9, 1)), Submitted(1, 0, 0));     // SET_CONFIGURATION
   EXPECT_EQ(Tell(ControlOut(2, 0x21, 0x0a, 0)), Submitted(2, 0, 0));  // SET_IDLE
   EXPECT_EQ(Tell(ControlOut(3, 0x01, 0x0b, 0)), Submitted(3, 0, 0));  // SET_INTERFACE
 }
 
-TEST_F(UsbIp, stalls_what_it_has_not_got) {
+TEST_F(UsbIp, StallsWhatItHasNotGot) {
   Import();
   EXPECT_EQ(Tell(ControlIn(1, 0x80, 6, 0x0303, 255)), Submitted(1, -EPIPE, 0));
   EXPECT_EQ(Tell(ControlIn(2, 0xc0, 0x55, 0, 64)), Submitted(2, -EPIPE, 0));
@@ -141,20 +141,20 @@ TEST_F(UsbIp, stalls_what_it_has_not_got) {
   EXPECT_EQ(Tell(Header({4, 0, 1, 4}) + "abcd"), Submitted(4, -EPIPE, 0));
 }
 
-TEST_F(UsbIp, stalls_control_transfers_whose_setup_names_the_other_direction) {
+TEST_F(UsbIp, StallsControlTransfersWhoseSetupNamesTheOtherDirection) {
   Import();
   EXPECT_EQ(Tell(Header({1, 1, 0, 64, SetupPacket(0x21, 9, 0x0200, 64)})), Submitted(1, -EPIPE, 0));
   EXPECT_EQ(Tell(Header({2, 0, 0, 4, SetupPacket(0x80, 6, 0x0100, 4)}) + "abcd"), Submitted(2, -EPIPE, 0));
   EXPECT_EQ(Tell(Header({3, 0, 0, 0, SetupPacket(0x80, 6, 0x0100, 18)})), Submitted(3, 0, 0));
 }
 
-TEST_F(UsbIp, answers_a_command) {
+TEST_F(UsbIp, AnswersACommand) {
   Import();
   EXPECT_EQ(Tell(Report(1, kGetVersion)), Submitted(1, 0, kReport));
   EXPECT_EQ(Tell(In(2)), Submitted(2, 0, kReport, kVersionReport));
 }
 
-TEST_F(UsbIp, answers_a_command_to_one_who_waits_already) {
+TEST_F(UsbIp, AnswersACommandToOneWhoWaitsAlready) {
   Import();
   EXPECT_EQ(Tell(In(1)), "");
   EXPECT_EQ(Tell(In(2)), "");
@@ -162,13 +162,13 @@ TEST_F(UsbIp, answers_a_command_to_one_who_waits_already) {
             Submitted(3, 0, kReport) + Submitted(1, 0, kReport, kVersionReport));
 }
 
-TEST_F(UsbIp, takes_a_report_over_the_control_endpoint_too) {
+TEST_F(UsbIp, TakesAReportOverTheControlEndpointToo) {
   Import();
   EXPECT_EQ(Tell(ControlOut(1, 0x21, 9, 0x0200, Padded(kGetVersion, kReport))), Submitted(1, 0, kReport));
   EXPECT_EQ(Tell(In(2)), Submitted(2, 0, kReport, kVersionReport));
 }
 
-TEST_F(UsbIp, answers_later_what_takes_time) {
+TEST_F(UsbIp, AnswersLaterWhatTakesTime) {
   Import();
   EXPECT_EQ(Tell(Report(1, "\x82") + In(2)), Submitted(1, 0, kReport));
   std::string replies;
@@ -181,13 +181,13 @@ TEST_F(UsbIp, answers_later_what_takes_time) {
   EXPECT_EQ(replies, Submitted(2, 0, kReport, Padded("123456\r", kReport)));
 }
 
-TEST_F(UsbIp, reports_a_transfer_that_is_too_small_for_the_answer) {
+TEST_F(UsbIp, ReportsATransferThatIsTooSmallForTheAnswer) {
   Import();
   Tell(Report(1, kGetVersion));
   EXPECT_EQ(Tell(In(2, 512)), Submitted(2, -EOVERFLOW, 0));
 }
 
-TEST_F(UsbIp, unlinks_a_transfer_that_waits) {
+TEST_F(UsbIp, UnlinksATransferThatWaits) {
   Import();
   Tell(In(1) + In(2));
   EXPECT_EQ(Tell(Unlink(3, 1)), Unlinked(3, -ECONNRESET));
@@ -196,13 +196,13 @@ TEST_F(UsbIp, unlinks_a_transfer_that_waits) {
             Submitted(5, 0, kReport) + Submitted(2, 0, kReport, kVersionReport));
 }
 
-TEST_F(UsbIp, has_nothing_to_unlink_once_a_transfer_is_answered) {
+TEST_F(UsbIp, HasNothingToUnlinkOnceATransferIsAnswered) {
   Import();
   EXPECT_EQ(Tell(Report(1, kGetVersion) + Unlink(2, 1) + Unlink(3, 77)),
             Submitted(1, 0, kReport) + Unlinked(2, 0) + Unlinked(3, 0));
 }
 
-TEST_F(UsbIp, keeps_answers_from_the_next_importer) {
+TEST_F(UsbIp, KeepsAnswersFromTheNextImporter) {
   Import();
   Tell(Report(1, kGetVersion));
   Reconnect();
@@ -210,7 +210,7 @@ TEST_F(UsbIp, keeps_answers_from_the_next_importer) {
   EXPECT_EQ(Tell(In(1)), "");
 }
 
-TEST_F(UsbIp, is_over_for_the_importer_when_unplugged) {
+TEST_F(UsbIp, IsOverForTheImporterWhenUnplugged) {
   Import();
   Tell(In(1));
   plug_.PullOut();
@@ -222,7 +222,7 @@ TEST_F(UsbIp, is_over_for_the_importer_when_unplugged) {
   Import();
 }
 
-TEST_F(UsbIp, takes_its_bytes_one_by_one_as_well) {
+TEST_F(UsbIp, TakesItsBytesOneByOneAsWell) {
   std::string replies;
   for (const char byte : ImportRequest() + Report(1, kGetVersion) + In(2) + In(3) + Unlink(4, 3))
     replies += Tell(std::string(1, byte));
@@ -238,7 +238,7 @@ struct Nonsense {
 
 class UsbIpNonsense : public UsbIp, public testing::WithParamInterface<Nonsense> {};
 
-TEST_P(UsbIpNonsense, ends_an_import) {
+TEST_P(UsbIpNonsense, EndsAnImport) {
   Import();
   EXPECT_EQ(Tell(GetParam().bytes + In(1)), "");
   EXPECT_TRUE(session_->IsOver());
@@ -269,7 +269,7 @@ const Nonsense kNonsense[] = {
 INSTANTIATE_TEST_SUITE_P(Such, UsbIpNonsense, testing::ValuesIn(kNonsense),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST_F(UsbIp, ends_with_one_who_asks_for_nothing_it_knows) {
+TEST_F(UsbIp, EndsWithOneWhoAsksForNothingItKnows) {
   Tell(Operation(0x8007));
   EXPECT_EQ(session_->Complaint(), "an unknown request");
   Reconnect();
@@ -277,18 +277,18 @@ TEST_F(UsbIp, ends_with_one_who_asks_for_nothing_it_knows) {
   EXPECT_EQ(session_->Complaint(), "not version 1.1.1 of the protocol");
 }
 
-TEST_F(UsbIp, takes_isochronous_marks_that_mean_none) {
+TEST_F(UsbIp, TakesIsochronousMarksThatMeanNone) {
   Import();
   EXPECT_EQ(Tell(Header({.sequence = 1, .in = 1, .endpoint = 1, .length = 64, .packets = 0xffffffff})), "");
   EXPECT_FALSE(session_->IsOver());
 }
 
-TEST_F(UsbIp, takes_the_longest_transfer) {
+TEST_F(UsbIp, TakesTheLongestTransfer) {
   Import();
   EXPECT_EQ(Tell(Out(1, std::string(1U << 20U, 'x'))), Submitted(1, 0, 1U << 20U));
 }
 
-TEST_F(UsbIp, bounds_the_transfers_that_wait) {
+TEST_F(UsbIp, BoundsTheTransfersThatWait) {
   Import();
   for (std::uint32_t i = 1; i <= 1024; ++i) Tell(In(i));
   ASSERT_FALSE(session_->IsOver());
@@ -298,7 +298,7 @@ TEST_F(UsbIp, bounds_the_transfers_that_wait) {
   EXPECT_EQ(session_->Complaint(), "too many transfers at a time");
 }
 
-TEST_F(UsbIp, bounds_the_bytes_that_wait) {
+TEST_F(UsbIp, BoundsTheBytesThatWait) {
   Import();
   for (std::uint32_t i = 1; i <= 16; ++i) Tell(In(i, 1U << 20U));
   ASSERT_FALSE(session_->IsOver());
@@ -343,7 +343,7 @@ class Talker {
   std::mt19937 random_{1};  // NOLINT(cert-msc51-cpp): the same talk each time
 };
 
-TEST_F(UsbIp, outlives_any_talk) {
+TEST_F(UsbIp, OutlivesAnyTalk) {
   Talker talker;
   for (int round = 0; round < 2000; ++round) {
     const std::string talk = talker.Talk();
@@ -358,7 +358,7 @@ TEST_F(UsbIp, outlives_any_talk) {
   }
 }
 
-TEST_F(UsbIp, does_not_wait_for_ever_for_one_who_says_nothing) {
+TEST_F(UsbIp, DoesNotWaitForEverForOneWhoSaysNothing) {
   UsbIpServer server(0, plug_, clock_);
   EXPECT_FALSE(server.NextDeadline());
   const UniqueFd client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));

@@ -67,7 +67,7 @@ bool Soon(const std::function<bool()>& condition) {
   return true;
 }
 
-TEST(PageDoor, lets_a_visitor_in) {
+TEST(PageDoor, LetsAVisitorIn) {
   Host host(0, {});
   const UniqueFd client = Connect(host.Door().Port());
   ASSERT_TRUE(Soon([&] { return host.Count() == 1; }));
@@ -75,7 +75,7 @@ TEST(PageDoor, lets_a_visitor_in) {
   EXPECT_EQ(Received(client), "");
 }
 
-TEST(PageDoor, a_port_that_is_taken_is_told_with_its_number) {
+TEST(PageDoor, APortThatIsTakenIsToldWithItsNumber) {
   Host first(0, {});
   try {
     Host second(first.Door().Port(), {});
@@ -86,7 +86,7 @@ TEST(PageDoor, a_port_that_is_taken_is_told_with_its_number) {
   }
 }
 
-TEST(PageDoor, a_stranger_stays_for_a_limited_time_only) {
+TEST(PageDoor, AStrangerStaysForALimitedTimeOnly) {
   Host host(0, {.patience = 20ms});
   const UniqueFd client = Connect(host.Door().Port());
   const auto begin = std::chrono::steady_clock::now();
@@ -94,7 +94,7 @@ TEST(PageDoor, a_stranger_stays_for_a_limited_time_only) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, 15ms);
 }
 
-TEST(PageDoor, who_shows_the_token_in_time_may_stay) {
+TEST(PageDoor, WhoShowsTheTokenInTimeMayStay) {
   Host host(0, {.patience = 20ms});
   const UniqueFd admitted = Connect(host.Door().Port());
   ASSERT_TRUE(Soon([&] { return host.Count() == 1; }));
@@ -104,7 +104,7 @@ TEST(PageDoor, who_shows_the_token_in_time_may_stay) {
   EXPECT_EQ(Received(admitted), "");
 }
 
-TEST(PageDoor, the_oldest_stranger_makes_room_for_the_next) {
+TEST(PageDoor, TheOldestStrangerMakesRoomForTheNext) {
   Host host(0, {.strangers = 2});
   std::vector<UniqueFd> clients;
   for (std::size_t count = 1; count <= 4; ++count) {
@@ -116,7 +116,7 @@ TEST(PageDoor, the_oldest_stranger_makes_room_for_the_next) {
   for (const std::size_t stays : {0U, 2U, 3U}) EXPECT_EQ(Received(clients[stays]), "") << stays;
 }
 
-TEST(PageDoor, closes_what_comes_beyond_the_limit_until_somebody_has_left) {
+TEST(PageDoor, ClosesWhatComesBeyondTheLimitUntilSomebodyHasLeft) {
   Host host(0, {.connections = 1});
   const UniqueFd first = Connect(host.Door().Port());
   ASSERT_TRUE(Soon([&] { return host.Count() == 1; }));
@@ -127,7 +127,7 @@ TEST(PageDoor, closes_what_comes_beyond_the_limit_until_somebody_has_left) {
   EXPECT_TRUE(Soon([&] { return host.Count() == 2; }));
 }
 
-TEST(PageDoor, answers_whom_it_turns_away) {
+TEST(PageDoor, AnswersWhomItTurnsAway) {
   Host host(0, {});
   const UniqueFd client = Connect(host.Door().Port());
   ASSERT_TRUE(Soon([&] { return host.Count() == 1; }));
@@ -136,7 +136,7 @@ TEST(PageDoor, answers_whom_it_turns_away) {
   EXPECT_TRUE(Soon([&] { return Received(client) == "END"; }));
 }
 
-TEST(PageDoor, a_visitor_who_left_is_known_no_longer) {
+TEST(PageDoor, AVisitorWhoLeftIsKnownNoLonger) {
   Host host(0, {});
   const UniqueFd client = Connect(host.Door().Port());
   ASSERT_TRUE(Soon([&] { return host.Count() == 1; }));
@@ -166,7 +166,7 @@ class NoMoreDescriptors {
   rlimit before_{};
 };
 
-TEST(PageDoor, without_descriptors_it_closes_what_comes_and_goes_on_afterwards) {
+TEST(PageDoor, WithoutDescriptorsItClosesWhatComesAndGoesOnAfterwards) {
   Host host(0, {});
   std::vector<UniqueFd> clients;
   for (int i = 0; i < 3; ++i) clients.push_back(Connect(host.Door().Port()));
