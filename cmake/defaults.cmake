@@ -51,5 +51,10 @@ else()
     add_compile_options(-mbranch-protection=standard $<$<C_COMPILER_ID:GNU>:-fstack-clash-protection>)
   endif()
 endif()
+if(GWQ_COVERAGE)
+  # %4m merges the profiles of concurrent runs into a pool of four files per binary.
+  set(GWQ_COVERAGE_OPTIONS -fcoverage-mapping -fcoverage-compilation-dir=${PROJECT_SOURCE_DIR}
+    -fprofile-update=atomic -fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%4m.profraw)
+endif()
 # now: lazy binding would save the registers on the stack, with parts of a secret in them.
 add_link_options(LINKER:-z,relro,-z,now,-z,noexecstack)
