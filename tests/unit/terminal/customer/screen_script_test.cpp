@@ -31,7 +31,7 @@ Kind NextKind(ScreenScript& script, ScreenKind screen) {
   return action.value_or(ScreenAction{}).kind;
 }
 
-TEST(ScreenScript, HoldsEveryDeed) {
+TEST(ScreenScript, HoldsEveryAction) {
   ScreenScript script = Script(R"([{"confirm": true}, {"cancel": true, "after_ms": 5}, {"key": 3},
       {"digits": "42"}, {"sign": true}, {"answer": "\u0002\u00aa\u0003~"}, {"walk_away": true}])");
   const auto next = [&script] { return script.Next(ScreenKind::kHtml).value_or(ScreenAction{}); };
