@@ -17,7 +17,7 @@ using terminal::Time;
 constexpr std::size_t kMaxAnswers = 256;
 constexpr std::size_t kMaxAnswer = 70'000;
 
-void TakeAnswers(terminal::Device& device) {
+void TakeAnswers(terminal::device::Device& device) {
   static_cast<void>(device.TakeWithdrawal());
   std::size_t count = 0;
   while (const auto answer = device.TakeAnswer()) {
@@ -28,8 +28,8 @@ void TakeAnswers(terminal::Device& device) {
 
 void Talk(Input& input) {
   const auto line = input.Byte() % 2 == 0 ? terminal::Line::kUsb : terminal::Line::kSerial;
-  terminal::AgreeableCustomer customer;
-  terminal::Device device(line, customer);
+  terminal::customer::AgreeableCustomer customer;
+  terminal::device::Device device(line, customer);
   Time now{0};
   while (!input.Empty()) {
     const unsigned step = input.Byte();

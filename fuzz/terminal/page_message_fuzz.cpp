@@ -8,12 +8,12 @@
 #include "web/messages.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using gwq::terminal::ActRequest;
-  const auto request = gwq::terminal::ReadPageRequest({reinterpret_cast<const char*>(data), size});
+  using gwq::terminal::web::ActRequest;
+  const auto request = gwq::terminal::web::ReadPageRequest({reinterpret_cast<const char*>(data), size});
   if (!request || !std::holds_alternative<ActRequest>(*request)) return 0;
   for (const auto& point : std::get<ActRequest>(*request).action.strokes)
-    gwq::fuzz::Require(point.x >= 0 && point.x < gwq::terminal::kSignatureWidth && point.y >= 0 &&
-                           point.y < gwq::terminal::kSignatureHeight,
+    gwq::fuzz::Require(point.x >= 0 && point.x < gwq::terminal::device::kSignatureWidth && point.y >= 0 &&
+                           point.y < gwq::terminal::device::kSignatureHeight,
                        "a point beside the screen");
   return 0;
 }

@@ -10,16 +10,17 @@
 namespace gwq::fuzz {
 namespace {
 
-void Check(const terminal::WireTransfer& transfer) {
+void Check(const terminal::recording::WireTransfer& transfer) {
   std::size_t end = 0;
   for (const auto& [offset, length] : transfer.masks) {
     Require(offset >= end && length > 0 && length <= transfer.data.size() - offset, "a mask beside the data");
     end = offset + length;
   }
   if (transfer.data.size() > (std::size_t{1} << 16)) return;
-  const std::string line = terminal::LineOf(transfer);
+  const std::string line = terminal::recording::LineOf(transfer);
   try {
-    Require(terminal::LineOf(terminal::ParseLine(line)) == line, "another transfer came back");
+    Require(terminal::recording::LineOf(terminal::recording::ParseLine(line)) == line,
+            "another transfer came back");
   } catch (const std::runtime_error&) {
     Require(transfer.time_us < 0, "what was written cannot be read");
   }
@@ -30,7 +31,7 @@ void Check(const terminal::WireTransfer& transfer) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    const auto recording = gwq::terminal::ParseRecording({data, size});
+    const auto recording = gwq::terminal::recording::ParseRecording({data, size});
     for (const auto& transfer : recording.transfers) gwq::fuzz::Check(transfer);
   } catch (const std::runtime_error&) {
     // no recording

@@ -13,12 +13,13 @@ namespace {
 
 void Read(char kind, const std::string& text) {
   if (kind == 'c') {
-    Require(terminal::Script(text).ReadBy(terminal::ReadCustomer) != nullptr, "no customer");
+    Require(terminal::Script(text).ReadBy(terminal::customer::ReadCustomer) != nullptr, "no customer");
   } else if (kind == 'f') {
-    Require(terminal::ParseFaults(text).faults.pull.empty_packets_first.size() <= 16,
+    Require(terminal::faults::ParseFaults(text).faults.pull.empty_packets_first.size() <= 16,
             "more empty packets than allowed");
   } else {
-    Require(!terminal::ParseScenario(text, "/none").expectations.empty(), "a scenario that expects nothing");
+    Require(!terminal::scenarios::ParseScenario(text, "/none").expectations.empty(),
+            "a scenario that expects nothing");
   }
 }
 

@@ -9,15 +9,15 @@
 namespace gwq::fuzz {
 namespace {
 
-constexpr terminal::UsbId kId{0x1209, 0x0001};
+constexpr terminal::usb::UsbId kId{0x1209, 0x0001};
 
 void Talk(Input& input) {
-  terminal::AgreeableCustomer customer;
+  terminal::customer::AgreeableCustomer customer;
   const terminal::Clock clock;
-  terminal::Device unit(terminal::Line::kUsb, customer);
-  terminal::UsbTerminal terminal(kId, {unit}, clock, [] {});
-  terminal::UsbIpPlug plug(kId, terminal);
-  terminal::UsbIpSession session(plug);
+  terminal::device::Device unit(terminal::Line::kUsb, customer);
+  terminal::usb::UsbTerminal terminal(kId, {unit}, clock, [] {});
+  terminal::usbip::UsbIpPlug plug(kId, terminal);
+  terminal::usbip::UsbIpSession session(plug);
   while (!input.Empty() && !session.IsOver()) {
     session.Receive(input.Take(1U + input.Byte()));
     static_cast<void>(session.TakeReplies());

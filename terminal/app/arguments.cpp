@@ -13,7 +13,7 @@
 #include "usb_ids.h"
 #include "web/customer_page.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 constexpr int kUsageError = 2;
@@ -68,19 +68,19 @@ than recorded is reported on standard error, and then there are no more answers.
 The exit status is 1 when COMMAND sent something else, or did not send all of it;
 otherwise as that of exec.)";
 
-UsbId DefaultUsbId() {
+usb::UsbId DefaultUsbId() {
   return {static_cast<std::uint16_t>(kUsbIdentities[0].vid),
           static_cast<std::uint16_t>(kUsbIdentities[0].pid)};
 }
 
-std::string UsbIdText(UsbId id) {
+std::string UsbIdText(usb::UsbId id) {
   char text[16];
   std::snprintf(text, sizeof text, "%04x:%04x", unsigned{id.vendor}, unsigned{id.product});
   return text;
 }
 
 // The text has been checked by UsbIdProblem.
-UsbId ParseUsbId(const std::string& text) {
+usb::UsbId ParseUsbId(const std::string& text) {
   const auto hex = [](const std::string& part) {
     return static_cast<std::uint16_t>(std::stoul(part, nullptr, 16));
   };
@@ -95,7 +95,7 @@ std::string UsbIdProblem(const std::string& text) {
 
 std::string HostileProblem(const std::string& text) {
   try {
-    return text.empty() ? "is empty" : (static_cast<void>(ParseRates(text)), "");
+    return text.empty() ? "is empty" : (static_cast<void>(faults::ParseRates(text)), "");
   } catch (const std::exception& error) {
     return error.what();
   }
@@ -148,8 +148,8 @@ TerminalOptions Interpret(const RawOptions& raw, const CLI::App& chosen) {
   if (raw.serial > 0) options.serial_port = raw.serial;
   if (!AreRates(raw.faults)) options.faults_file = Absolute(raw.faults);
   const std::string& rates = AreRates(raw.faults) ? raw.faults : raw.hostile;
-  if (!rates.empty()) options.hostile = ParseRates(rates);
-  if (HasCustomerPage() && Given(chosen, "--ui")) options.page_port = raw.page_port;
+  if (!rates.empty()) options.hostile = faults::ParseRates(rates);
+  if (web::HasCustomerPage() && Given(chosen, "--ui")) options.page_port = raw.page_port;
   if (Given(chosen, "--trace"))
     options.trace = raw.trace.empty() || raw.trace == "-" ? "-" : Absolute(raw.trace);
   options.record = InterpretRecord(raw.recording);
@@ -184,7 +184,7 @@ void AddCommonOptions(CLI::App& app, RawOptions& raw) {
       AddPath(app, "--customer", terminal.customer_file, "JSON script of the person at the terminal")
           ->type_name("FILE")
           ->check(CLI::ExistingFile);
-  if (HasCustomerPage()) AddPageOption(app, raw, customer);
+  if (web::HasCustomerPage()) AddPageOption(app, raw, customer);
   AddPath(app, "--storage", terminal.storage_dir,
           "Keep the terminal's files in DIR (default: a temporary directory)")
       ->type_name("DIR");
@@ -366,4 +366,4 @@ Request ParseArguments(int argc, const char* const* argv) {
   return parser.Result(command);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

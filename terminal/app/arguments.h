@@ -10,7 +10,7 @@
 #include "app/check.h"
 #include "app/options.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 struct PtyRequest {
   TerminalOptions terminal;
@@ -37,4 +37,4 @@ using Request = std::variant<ExecOptions, ServeOptions, PtyRequest, ServerReques
 // Prints help, version and complaints itself.
 [[nodiscard]] Request ParseArguments(int argc, const char* const* argv);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -20,7 +20,7 @@
 #include "scenarios/shipped.h"
 #include "store/file_store.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 constexpr int kFailed = 1;
@@ -29,7 +29,7 @@ constexpr std::chrono::seconds kUsualLimit{60};
 
 struct Chosen {
   std::string file;
-  Scenario scenario;
+  scenarios::Scenario scenario;
 };
 
 // All of them are good before the first is run.
@@ -38,8 +38,8 @@ std::vector<Chosen> LoadAll(const std::vector<std::string>& names) {
   std::set<std::string> taken;
   for (const std::string& name : names) {
     Chosen chosen;
-    chosen.file = std::filesystem::absolute(FindScenario(name)).string();
-    chosen.scenario = LoadScenario(chosen.file);
+    chosen.file = std::filesystem::absolute(scenarios::FindScenario(name)).string();
+    chosen.scenario = scenarios::LoadScenario(chosen.file);
     if (!taken.insert(chosen.scenario.name).second)
       throw std::runtime_error("two scenarios have the name \"" + chosen.scenario.name + "\"");
     all.push_back(std::move(chosen));
@@ -68,16 +68,16 @@ struct Places {
   std::string errors;
 };
 
-void PutFiles(const std::vector<InitialFile>& files, const std::string& storage) {
-  FileStore store(storage);
-  for (const InitialFile& file : files) {
+void PutFiles(const std::vector<scenarios::InitialFile>& files, const std::string& storage) {
+  store::FileStore store(storage);
+  for (const scenarios::InitialFile& file : files) {
     const std::span content(reinterpret_cast<const std::uint8_t*>(file.content.data()), file.content.size());
-    if (StoreFile(store, file.path, content) != FileResult::kDone)
+    if (device::StoreFile(store, file.path, content) != device::FileResult::kDone)
       throw std::runtime_error("the terminal's file " + file.path + " cannot be made");
   }
 }
 
-UsbId IdentityOf(const ScriptedTerminal& terminal, UsbId usual) {
+usb::UsbId IdentityOf(const scenarios::ScriptedTerminal& terminal, usb::UsbId usual) {
   if (!terminal.usb_identity) return usual;
   const std::string& text = *terminal.usb_identity;
   const std::size_t colon = text.find(':');
@@ -88,7 +88,7 @@ UsbId IdentityOf(const ScriptedTerminal& terminal, UsbId usual) {
 }
 
 ExecOptions OptionsFor(const CheckRequest& request, const Chosen& chosen, const Places& places) {
-  const ScriptedTerminal& terminal = chosen.scenario.terminal;
+  const scenarios::ScriptedTerminal& terminal = chosen.scenario.terminal;
   ExecOptions options;
   if (terminal.has_usb) options.terminal.usb = IdentityOf(terminal, request.usb);
   options.terminal.serial_port = terminal.serial_port;
@@ -107,18 +107,20 @@ ExecOptions OptionsFor(const CheckRequest& request, const Chosen& chosen, const 
 }
 
 // A failure that leaves nothing to judge.
-std::optional<Failure> ProblemOf(const CommandOutcome& outcome, std::chrono::seconds limit) {
+std::optional<scenarios::Failure> ProblemOf(const CommandOutcome& outcome, std::chrono::seconds limit) {
   constexpr int kFirstSignal = 128;
   constexpr int kLastSignal = 128 + 64;
-  if (!outcome.start_problem.empty()) return Failure{"a command that can be started", outcome.start_problem};
-  if (outcome.interrupted) return Failure{"a run to the end", "it was interrupted"};
+  if (!outcome.start_problem.empty())
+    return scenarios::Failure{"a command that can be started", outcome.start_problem};
+  if (outcome.interrupted) return scenarios::Failure{"a run to the end", "it was interrupted"};
   if (outcome.timed_out)
-    return Failure{"an end within " + std::to_string(limit.count()) + " s", "the command hung and was ended"};
+    return scenarios::Failure{"an end within " + std::to_string(limit.count()) + " s",
+                              "the command hung and was ended"};
   if (outcome.status <= kFirstSignal || outcome.status > kLastSignal) return std::nullopt;
   const int signal = outcome.status - kFirstSignal;
-  return Failure{"an exit of the command", "it died by signal " + std::to_string(signal) + " (" +
-                                               sigdescr_np(signal) + "), or exited with " +
-                                               std::to_string(outcome.status)};
+  return scenarios::Failure{"an exit of the command", "it died by signal " + std::to_string(signal) + " (" +
+                                                          sigdescr_np(signal) + "), or exited with " +
+                                                          std::to_string(outcome.status)};
 }
 
 std::string ContentOf(const std::string& path) {
@@ -135,29 +137,30 @@ std::string LastLines(const std::string& text) {
 }
 
 // Where the command ended badly, the rest is judged too: it tells how far it came.
-ScenarioResult Judged(const Scenario& scenario, const CommandOutcome& outcome, std::chrono::seconds limit,
-                      const Places& places) {
-  const Run run{outcome.status, outcome.took, ContentOf(places.output), ReadHistory(places.history)};
-  ScenarioResult result;
+scenarios::ScenarioResult Judged(const scenarios::Scenario& scenario, const CommandOutcome& outcome,
+                                 std::chrono::seconds limit, const Places& places) {
+  const scenarios::Run run{outcome.status, outcome.took, ContentOf(places.output),
+                           scenarios::ReadHistory(places.history)};
+  scenarios::ScenarioResult result;
   result.took = outcome.took;
   if (auto problem = ProblemOf(outcome, limit)) result.failures.push_back(std::move(*problem));
   if (outcome.start_problem.empty()) {
-    for (const Expectation& expectation : scenario.expectations) {
-      if (auto failure = Judge(expectation, run)) result.failures.push_back(std::move(*failure));
+    for (const scenarios::Expectation& expectation : scenario.expectations) {
+      if (auto failure = scenarios::Judge(expectation, run)) result.failures.push_back(std::move(*failure));
     }
   }
   result.output = LastLines(run.output) + LastLines(ContentOf(places.errors));
   return result;
 }
 
-void Mask(ScenarioResult& result, const std::set<std::string>& secrets) {
-  for (Failure& failure : result.failures)
-    failure = {Masked(failure.expected, secrets), Masked(failure.seen, secrets)};
-  result.output = Masked(result.output, secrets);
+void Mask(scenarios::ScenarioResult& result, const std::set<std::string>& secrets) {
+  for (scenarios::Failure& failure : result.failures)
+    failure = {scenarios::Masked(failure.expected, secrets), scenarios::Masked(failure.seen, secrets)};
+  result.output = scenarios::Masked(result.output, secrets);
 }
 
 struct Played {
-  ScenarioResult result;
+  scenarios::ScenarioResult result;
   bool interrupted = false;
 };
 
@@ -184,12 +187,12 @@ void Print(const std::string& text) {
   std::fflush(stdout);
 }
 
-std::vector<ScenarioResult> PlayAll(const CheckRequest& request, const std::vector<Chosen>& all) {
+std::vector<scenarios::ScenarioResult> PlayAll(const CheckRequest& request, const std::vector<Chosen>& all) {
   const SignalWatch signals = WatchSignals();
-  std::vector<ScenarioResult> results;
+  std::vector<scenarios::ScenarioResult> results;
   for (const Chosen& chosen : all) {
     Played played = Play(request, chosen, signals);
-    Print(ResultText(played.result));
+    Print(scenarios::ResultText(played.result));
     results.push_back(std::move(played.result));
     if (played.interrupted) break;
   }
@@ -208,9 +211,9 @@ int RunCheck(const CheckRequest& request) {
     std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
     return kUsageError;
   }
-  const std::vector<ScenarioResult> results = PlayAll(request, all);
-  Print(SummaryText(results));
-  if (junit.is_open() && !(junit << JunitText(results) << std::flush))
+  const std::vector<scenarios::ScenarioResult> results = PlayAll(request, all);
+  Print(scenarios::SummaryText(results));
+  if (junit.is_open() && !(junit << scenarios::JunitText(results) << std::flush))
     throw std::runtime_error("cannot write " + request.junit_file);
   return std::all_of(results.begin(), results.end(), [](const auto& result) { return result.Passed(); })
              ? 0
@@ -218,11 +221,11 @@ int RunCheck(const CheckRequest& request) {
 }
 
 int ListScenarios() {
-  for (const std::string& file : ShippedScenarios()) {
-    const Scenario scenario = LoadScenario(file);
+  for (const std::string& file : scenarios::ShippedScenarios()) {
+    const scenarios::Scenario scenario = scenarios::LoadScenario(file);
     std::printf("%-28s %s\n", scenario.name.c_str(), scenario.description.c_str());
   }
   return 0;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

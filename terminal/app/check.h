@@ -7,12 +7,12 @@
 
 #include "app/options.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 struct CheckRequest {
   std::vector<std::string> scenarios;  // paths, or names of those that come with the program
   std::vector<std::string> command;
-  UsbId usb;               // where a scenario names no identity
+  usb::UsbId usb;          // where a scenario names no identity
   bool pty = false;        // at a pseudo-terminal, and not where the scenarios say
   std::string junit_file;  // empty: none
   int time_limit_s = 0;    // 0: as the scenarios say
@@ -25,4 +25,4 @@ int RunCheck(const CheckRequest& request);
 // Prints names and descriptions of those that come with the program.
 int ListScenarios();
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -10,7 +10,7 @@
 #include "app/terminal_host.h"
 #include "usb/usb_plug.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // Where the command finds the path of the serial line.
 inline constexpr const char* kSerialPathVariable = "GWQ_TERMINAL_SERIAL";
@@ -25,7 +25,7 @@ class CommandView {
   virtual ~CommandView() = default;
 
   // Of the USB terminal; null where there is none.
-  [[nodiscard]] virtual UsbPlug* Plug() = 0;
+  [[nodiscard]] virtual usb::UsbPlug* Plug() = 0;
   // What the command's environment is to have.
   [[nodiscard]] virtual Variables Environment() const = 0;
 };
@@ -40,4 +40,4 @@ void CheckTestbed();
 [[nodiscard]] std::unique_ptr<CommandView> MakeTestbedView(TerminalHost& host,
                                                            std::optional<int> serial_port);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -8,7 +8,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 constexpr std::size_t kMaxMessage = 65536;
@@ -56,4 +56,4 @@ std::optional<std::string> ControlChannel::Receive() const {
   return message;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -13,7 +13,7 @@
 
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // What the command's environment is to have: names and values.
 using Variables = std::vector<std::pair<std::string, std::string>>;
@@ -42,4 +42,4 @@ class ControlChannel {
   UniqueFd socket_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -13,12 +13,12 @@
 #include "device/pad/key_pairs.h"
 #include "store/initial_files.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
-TraceSink Both(const TraceSink& one, const TraceSink& other) {
+device::TraceSink Both(const device::TraceSink& one, const device::TraceSink& other) {
   if (!one || !other) return one ? one : other;
-  return [one, other](const TraceEvent& event) {
+  return [one, other](const device::TraceEvent& event) {
     one(event);
     other(event);
   };
@@ -26,73 +26,78 @@ TraceSink Both(const TraceSink& one, const TraceSink& other) {
 
 }  // namespace
 
-std::unique_ptr<Customer> DeviceFactory::MakeCustomer() const {
+std::unique_ptr<device::Customer> DeviceFactory::MakeCustomer() const {
   if (stage_ != nullptr) return stage_->MakeCustomer();
-  if (customer_file_.empty()) return std::make_unique<AgreeableCustomer>();
-  return LoadCustomer(customer_file_);
+  if (customer_file_.empty()) return std::make_unique<customer::AgreeableCustomer>();
+  return customer::LoadCustomer(customer_file_);
 }
 
-Settings DeviceFactory::MakeSettings() const {
-  Settings settings;
+device::Settings DeviceFactory::MakeSettings() const {
+  device::Settings settings;
   if (stage_ != nullptr) settings = stage_->Script().terminal.settings;
   settings.tzg = settings.tzg && tzg_;
   return settings;
 }
 
-FaultScript DeviceFactory::Faults() const {
+faults::FaultScript DeviceFactory::Faults() const {
   if (stage_ != nullptr) return stage_->Script().faults;
-  return faults_file_.empty() ? FaultScript{} : LoadFaults(faults_file_);
+  return faults_file_.empty() ? faults::FaultScript{} : faults::LoadFaults(faults_file_);
 }
 
-FaultyLine DeviceFactory::LineOf(Device& device, Line line) const {
+faults::FaultyLine DeviceFactory::LineOf(device::Device& device, Line line) const {
   const unsigned number = line == Line::kUsb ? 0 : 1;
   const auto* slowness = stage_ == nullptr ? nullptr : stage_->Slowness();
-  if (slowness != nullptr) return {device, Hostility(hostile_.value_or(FaultRates{}), number), *slowness};
-  return hostile_ ? FaultyLine(device, Hostility(*hostile_, number)) : FaultyLine(device);
+  if (slowness != nullptr)
+    return {device, faults::Hostility(hostile_.value_or(faults::FaultRates{}), number), *slowness};
+  return hostile_ ? faults::FaultyLine(device, faults::Hostility(*hostile_, number))
+                  : faults::FaultyLine(device);
 }
 
-Unit DeviceFactory::Make(Line line, const std::string& line_name, const TraceSink& page) {
-  Unit unit = replay_.file.empty() ? MakeDevice(line, line_name, page)
-                                   : MakeReplayed(line == Line::kUsb ? Wire::kUsb : Wire::kSerial, line_name);
+Unit DeviceFactory::Make(Line line, const std::string& line_name, const device::TraceSink& page) {
+  Unit unit =
+      replay_.file.empty()
+          ? MakeDevice(line, line_name, page)
+          : MakeReplayed(line == Line::kUsb ? recording::Wire::kUsb : recording::Wire::kSerial, line_name);
   unit.recorder = recorder_.get();
   return unit;
 }
 
-Unit DeviceFactory::MakeDevice(Line line, const std::string& line_name, const TraceSink& page) {
-  customers_.push_back(page ? std::make_unique<LiveCustomer>() : MakeCustomer());
-  const TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
-  Device& device = *devices_.emplace_back(std::make_unique<Device>(line, *customers_.back(), MakeSettings(),
-                                                                   Both(trace_.Sink(line_name), watching),
-                                                                   MakeStorage(), &painter_));
-  FaultyLine& faults = *lines_.emplace_back(std::make_unique<FaultyLine>(LineOf(device, line)));
+Unit DeviceFactory::MakeDevice(Line line, const std::string& line_name, const device::TraceSink& page) {
+  customers_.push_back(page ? std::make_unique<customer::LiveCustomer>() : MakeCustomer());
+  const device::TraceSink watching = stage_ == nullptr ? page : Both(stage_->Sink(), page);
+  device::Device& device = *devices_.emplace_back(
+      std::make_unique<device::Device>(line, *customers_.back(), MakeSettings(),
+                                       Both(trace_.Sink(line_name), watching), MakeStorage(), &painter_));
+  faults::FaultyLine& faults =
+      *lines_.emplace_back(std::make_unique<faults::FaultyLine>(LineOf(device, line)));
   return {faults, &faults, &device};
 }
 
 TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
   if (replay_.file.empty()) return options;
-  recording_ = LoadRecording(replay_.file, replay_.device);
-  const bool serial = recording_.Has(Wire::kSerial);
+  recording_ = recording::LoadRecording(replay_.file, replay_.device);
+  const bool serial = recording_.Has(recording::Wire::kSerial);
   if (serial && !options.serial_port && !options.pty)
     throw std::runtime_error(
         "the recording has a serial line; say with --serial N at which port it is to be, or --pty");
   if (!serial && (options.serial_port || options.pty))
     throw std::runtime_error("the recording has no serial line; leave --serial and --pty out");
-  if (!recording_.Has(Wire::kUsb)) options.usb.reset();
+  if (!recording_.Has(recording::Wire::kUsb)) options.usb.reset();
   if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
   if (options.usb && recording_.identity)
-    options.usb = UsbId{recording_.identity->vendor, recording_.identity->product};
+    options.usb = usb::UsbId{recording_.identity->vendor, recording_.identity->product};
   return options;
 }
 
-Unit DeviceFactory::MakeReplayed(Wire wire, const std::string& line_name) {
-  std::vector<WireTransfer> transfers;
+Unit DeviceFactory::MakeReplayed(recording::Wire wire, const std::string& line_name) {
+  std::vector<recording::WireTransfer> transfers;
   std::copy_if(recording_.transfers.begin(), recording_.transfers.end(), std::back_inserter(transfers),
-               [wire](const WireTransfer& transfer) { return transfer.wire == wire; });
+               [wire](const recording::WireTransfer& transfer) { return transfer.wire == wire; });
   const auto report = [line_name](const std::string& text) {
     std::fprintf(stderr, "gwq-terminal: %s: %s\n", line_name.c_str(), text.c_str());
   };
-  return {
-      *replayed_.emplace_back(std::make_unique<ReplayedLine>(std::move(transfers), replay_.fast, report))};
+  return {*replayed_.emplace_back(
+      std::make_unique<recording::ReplayedLine>(std::move(transfers), replay_.fast, report))};
 }
 
 bool DeviceFactory::FinishReplay() {
@@ -108,27 +113,27 @@ std::string DeviceFactory::StorageDir() {
 }
 
 // The limit is for hosts, not for what the terminal begins with.
-Storage DeviceFactory::MakeStorage() {
-  const FaultScript script = Faults();
+device::Storage DeviceFactory::MakeStorage() {
+  const faults::FaultScript script = Faults();
   const std::string directory = StorageDir();
-  FileStore unlimited(directory);
-  PutInitialFiles(unlimited);
-  StoreLimits limits;
+  store::FileStore unlimited(directory);
+  store::PutInitialFiles(unlimited);
+  store::StoreLimits limits;
   limits.total = script.storage_limit.value_or(limits.total);
-  stores_.push_back(std::make_unique<FileStore>(directory, limits));
-  FileSystem* files = stores_.back().get();
+  stores_.push_back(std::make_unique<store::FileStore>(directory, limits));
+  device::FileSystem* files = stores_.back().get();
   if (stage_ != nullptr) files = watched_.emplace_back(stage_->Watch(*files)).get();
   return {files, script.faults, MakeKeyFiles()};
 }
 
-FileSystem* DeviceFactory::MakeKeyFiles() {
+device::FileSystem* DeviceFactory::MakeKeyFiles() {
   if (keys_dir_.empty()) return nullptr;
-  stores_.push_back(std::make_unique<FileStore>(keys_dir_));
-  FileSystem* files = stores_.back().get();
-  if (const auto bad = KeyPairs(files).BadFile())
+  stores_.push_back(std::make_unique<store::FileStore>(keys_dir_));
+  device::FileSystem* files = stores_.back().get();
+  if (const auto bad = device::KeyPairs(files).BadFile())
     throw std::runtime_error("key file " + keys_dir_ + "/" + *bad +
                              " does not hold the key pair of its name");
   return files;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

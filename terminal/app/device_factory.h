@@ -22,21 +22,21 @@
 #include "scenarios/stage.h"
 #include "store/file_store.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // One terminal, as the transport of its line needs it.
 struct Unit {
   Endpoint& line;
-  FaultyLine* faults = nullptr;  // null: replayed, with the faults that were recorded
-  Device* device = nullptr;      // null: replayed
-  Recorder* recorder = nullptr;  // null: nobody records
+  faults::FaultyLine* faults = nullptr;     // null: replayed, with the faults that were recorded
+  device::Device* device = nullptr;         // null: replayed
+  recording::Recorder* recorder = nullptr;  // null: nobody records
 };
 
 // Owns its units, and what they lean on.
 class DeviceFactory {
  public:
   // With a `stage`, which must outlive the factory, customer and faults are its own.
-  explicit DeviceFactory(const TerminalOptions& options, Stage* stage = nullptr)
+  explicit DeviceFactory(const TerminalOptions& options, scenarios::Stage* stage = nullptr)
       : customer_file_(options.customer_file),
         storage_dir_(options.storage_dir),
         keys_dir_(options.keys_dir),
@@ -47,13 +47,13 @@ class DeviceFactory {
         trace_(options.trace),
         replay_(options.replay) {
     if (!options.record.file.empty())
-      recorder_ = std::make_unique<Recorder>(options.record.file, options.record.secrets);
+      recorder_ = std::make_unique<recording::Recorder>(options.record.file, options.record.secrets);
   }
 
   // Each device has a customer of its own, and files of its own unless there is a
   // storage directory. Throws when that or one of the scripts is no good. With a `page` the
   // customer is a person, and sees there what happens.
-  [[nodiscard]] Unit Make(Line line, const std::string& line_name, const TraceSink& page = {});
+  [[nodiscard]] Unit Make(Line line, const std::string& line_name, const device::TraceSink& page = {});
 
   // The terminals that a replay has; other options as they are. Throws when there can be no such replay.
   [[nodiscard]] TerminalOptions AdaptToRecording(TerminalOptions options);
@@ -61,35 +61,35 @@ class DeviceFactory {
   [[nodiscard]] bool FinishReplay();
 
  private:
-  [[nodiscard]] Unit MakeDevice(Line line, const std::string& line_name, const TraceSink& page);
-  [[nodiscard]] Unit MakeReplayed(Wire wire, const std::string& line_name);
-  [[nodiscard]] std::unique_ptr<Customer> MakeCustomer() const;
-  [[nodiscard]] Settings MakeSettings() const;
-  [[nodiscard]] FaultScript Faults() const;
-  [[nodiscard]] FaultyLine LineOf(Device& device, Line line) const;
+  [[nodiscard]] Unit MakeDevice(Line line, const std::string& line_name, const device::TraceSink& page);
+  [[nodiscard]] Unit MakeReplayed(recording::Wire wire, const std::string& line_name);
+  [[nodiscard]] std::unique_ptr<device::Customer> MakeCustomer() const;
+  [[nodiscard]] device::Settings MakeSettings() const;
+  [[nodiscard]] faults::FaultScript Faults() const;
+  [[nodiscard]] faults::FaultyLine LineOf(device::Device& device, Line line) const;
   [[nodiscard]] std::string StorageDir();
-  [[nodiscard]] Storage MakeStorage();
-  [[nodiscard]] FileSystem* MakeKeyFiles();
+  [[nodiscard]] device::Storage MakeStorage();
+  [[nodiscard]] device::FileSystem* MakeKeyFiles();
 
   std::string customer_file_;
   std::string storage_dir_;
   std::string keys_dir_;
   std::string faults_file_;
-  std::optional<FaultRates> hostile_;
+  std::optional<faults::FaultRates> hostile_;
   bool tzg_;
-  Stage* stage_;
+  scenarios::Stage* stage_;
   TraceWriter trace_;
-  std::unique_ptr<Recorder> recorder_;
-  ReplayOptions replay_;
-  Recording recording_;
-  PngPainter painter_;
-  std::vector<std::unique_ptr<Customer>> customers_;
+  std::unique_ptr<recording::Recorder> recorder_;
+  recording::ReplayOptions replay_;
+  recording::Recording recording_;
+  picture::PngPainter painter_;
+  std::vector<std::unique_ptr<device::Customer>> customers_;
   std::vector<std::unique_ptr<PrivateDir>> fresh_dirs_;
-  std::vector<std::unique_ptr<FileStore>> stores_;
-  std::vector<std::unique_ptr<FileSystem>> watched_;
-  std::vector<std::unique_ptr<Device>> devices_;
-  std::vector<std::unique_ptr<FaultyLine>> lines_;
-  std::vector<std::unique_ptr<ReplayedLine>> replayed_;
+  std::vector<std::unique_ptr<store::FileStore>> stores_;
+  std::vector<std::unique_ptr<device::FileSystem>> watched_;
+  std::vector<std::unique_ptr<device::Device>> devices_;
+  std::vector<std::unique_ptr<faults::FaultyLine>> lines_;
+  std::vector<std::unique_ptr<recording::ReplayedLine>> replayed_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -10,7 +10,7 @@
 
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 struct Advice {
@@ -55,4 +55,4 @@ std::string WithAdvice(const std::string& reason) {
   return reason;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -5,7 +5,7 @@
 #include <exception>
 #include <string>
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // Throws std::system_error when fewer descriptors can be opened than any way of running takes. Libraries
 // that run out of them halfway tell other reasons, or none.
@@ -16,4 +16,4 @@ void CheckDescriptors();
 // The reason, and what to do about it when the system ran out of something.
 [[nodiscard]] std::string WithAdvice(const std::string& reason);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -11,7 +11,7 @@
 #include "app/server.h"
 #include "app/supervisor.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 int Run(const ExecOptions& options) {
@@ -34,15 +34,15 @@ int Run(const ExitRequest& request) {
 }
 
 }  // namespace
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app
 
 int main(int argc, char** argv) {
   try {
-    return std::visit([](const auto& request) { return gwq::terminal::Run(request); },
-                      gwq::terminal::ParseArguments(argc, argv));
+    return std::visit([](const auto& request) { return gwq::terminal::app::Run(request); },
+                      gwq::terminal::app::ParseArguments(argc, argv));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "gwq-terminal: %s\n",
-                 gwq::terminal::WithAdvice(gwq::terminal::ReasonOf(error)).c_str());
+                 gwq::terminal::app::WithAdvice(gwq::terminal::app::ReasonOf(error)).c_str());
     return 1;
   }
 }

@@ -4,7 +4,7 @@
 
 #include "app/command_view.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 void CheckTestbed() {
   throw std::runtime_error(
@@ -17,4 +17,4 @@ std::unique_ptr<CommandView> MakeTestbedView(TerminalHost&, std::optional<int>) 
   return nullptr;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

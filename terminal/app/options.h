@@ -12,24 +12,24 @@
 #include "recording/options.h"
 #include "usb/usb_id.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 struct TerminalOptions {
-  std::optional<UsbId> usb;                // nothing: no terminal on USB
-  std::optional<int> serial_port;          // n: a terminal at /dev/ttyS(n-1)
-  bool pty = false;                        // a terminal at a pseudo-terminal
-  std::string customer_file;               // empty: the agreeable customer
-  std::string storage_dir;                 // the terminals' files; empty: fresh ones, gone at the end
-  std::string keys_dir;                    // their PIN pads' key pairs; empty: new each time
-  std::string faults_file;                 // what goes wrong with them; empty: nothing
-  std::optional<FaultRates> hostile;       // how they mistreat the line; nothing: not at all
-  bool tzg = true;                         // they know how to sign in TZG mode
-  std::optional<std::uint16_t> page_port;  // a person at this port's page is the customer; 0: any port
-  std::optional<std::string> trace;        // a file, or "-" for standard error
-  std::string scenario_file;               // whose customer, faults and events there are; empty: none
-  std::string history_file;                // where is written what happens in it
-  RecordOptions record;
-  ReplayOptions replay;
+  std::optional<usb::UsbId> usb;              // nothing: no terminal on USB
+  std::optional<int> serial_port;             // n: a terminal at /dev/ttyS(n-1)
+  bool pty = false;                           // a terminal at a pseudo-terminal
+  std::string customer_file;                  // empty: the agreeable customer
+  std::string storage_dir;                    // the terminals' files; empty: fresh ones, gone at the end
+  std::string keys_dir;                       // their PIN pads' key pairs; empty: new each time
+  std::string faults_file;                    // what goes wrong with them; empty: nothing
+  std::optional<faults::FaultRates> hostile;  // how they mistreat the line; nothing: not at all
+  bool tzg = true;                            // they know how to sign in TZG mode
+  std::optional<std::uint16_t> page_port;     // a person at this port's page is the customer; 0: any port
+  std::optional<std::string> trace;           // a file, or "-" for standard error
+  std::string scenario_file;                  // whose customer, faults and events there are; empty: none
+  std::string history_file;                   // where is written what happens in it
+  recording::RecordOptions record;
+  recording::ReplayOptions replay;
 };
 
 // Every option with a name, for who passes them on to another process.
@@ -76,4 +76,4 @@ struct ExecOptions {
   std::string errors_file = {};                         // for its standard error; empty: our own
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

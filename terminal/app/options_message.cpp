@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 using Json = nlohmann::json;
@@ -15,14 +15,14 @@ template <typename T>
 Json Write(const T& value) {
   return value;
 }
-Json Write(const UsbId& id) {
+Json Write(const usb::UsbId& id) {
   return Json::array({id.vendor, id.product});
 }
-Json Write(const BusAddress& address) {
+Json Write(const recording::BusAddress& address) {
   return Json::array({address.bus, address.device});
 }
-Json Write(const FaultRates& rates) {
-  return RatesText(rates);
+Json Write(const faults::FaultRates& rates) {
+  return faults::RatesText(rates);
 }
 template <typename T>
 Json Write(const std::optional<T>& value) {
@@ -33,14 +33,14 @@ template <typename T>
 void Read(const Json& json, T& value) {
   json.get_to(value);
 }
-void Read(const Json& json, UsbId& id) {
+void Read(const Json& json, usb::UsbId& id) {
   id = {json.at(0).get<std::uint16_t>(), json.at(1).get<std::uint16_t>()};
 }
-void Read(const Json& json, BusAddress& address) {
+void Read(const Json& json, recording::BusAddress& address) {
   address = {json.at(0).get<std::uint16_t>(), json.at(1).get<std::uint8_t>()};
 }
-void Read(const Json& json, FaultRates& rates) {
-  rates = ParseRates(json.get<std::string>());
+void Read(const Json& json, faults::FaultRates& rates) {
+  rates = faults::ParseRates(json.get<std::string>());
 }
 template <typename T>
 void Read(const Json& json, std::optional<T>& value) {
@@ -64,4 +64,4 @@ TerminalOptions ReadOptionsMessage(const std::string& message) {
   return options;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -7,11 +7,11 @@
 
 #include "app/options.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 [[nodiscard]] std::string OptionsMessage(const TerminalOptions& options);
 
 // Throws what is no such message.
 [[nodiscard]] TerminalOptions ReadOptionsMessage(const std::string& message);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 std::string Absolute(const std::string& path) {
@@ -22,13 +22,13 @@ std::optional<T> NumberOf(std::string_view text) {
   return value;
 }
 
-std::optional<BusAddress> ParseAddress(std::string_view text) {
+std::optional<recording::BusAddress> ParseAddress(std::string_view text) {
   const std::size_t point = text.find('.');
   if (point == std::string_view::npos) return std::nullopt;
   const auto bus = NumberOf<std::uint16_t>(text.substr(0, point));
   const auto device = NumberOf<std::uint8_t>(text.substr(point + 1));
   if (!bus || !device) return std::nullopt;
-  return BusAddress{*bus, *device};
+  return recording::BusAddress{*bus, *device};
 }
 
 std::string AddressProblem(const std::string& text) {
@@ -57,12 +57,12 @@ void AddReplayOptions(CLI::App& app, RawRecording& raw) {
       ->check(CLI::Validator(AddressProblem, ""));
 }
 
-RecordOptions InterpretRecord(const RawRecording& raw) {
+recording::RecordOptions InterpretRecord(const RawRecording& raw) {
   return {Absolute(raw.record.file), raw.record.secrets};
 }
 
-ReplayOptions InterpretReplay(const RawRecording& raw) {
+recording::ReplayOptions InterpretReplay(const RawRecording& raw) {
   return {Absolute(raw.replay.file), raw.replay.fast, ParseAddress(raw.device)};
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

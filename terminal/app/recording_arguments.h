@@ -12,11 +12,11 @@ class App;
 class Option;
 }  // namespace CLI
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 struct RawRecording {
-  RecordOptions record;
-  ReplayOptions replay;
+  recording::RecordOptions record;
+  recording::ReplayOptions replay;
   std::string device;
 };
 
@@ -24,7 +24,7 @@ void AddRecordOptions(CLI::App& app, RawRecording& raw);
 CLI::Option* AddReplayFile(CLI::App& app, RawRecording& raw);
 void AddReplayOptions(CLI::App& app, RawRecording& raw);
 
-[[nodiscard]] RecordOptions InterpretRecord(const RawRecording& raw);
-[[nodiscard]] ReplayOptions InterpretReplay(const RawRecording& raw);
+[[nodiscard]] recording::RecordOptions InterpretRecord(const RawRecording& raw);
+[[nodiscard]] recording::ReplayOptions InterpretReplay(const RawRecording& raw);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

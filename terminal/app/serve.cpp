@@ -14,7 +14,7 @@
 #include "base/processes.h"
 #include "usbip/usbip_server.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 // The USB terminal's way to the kernel of this machine; none where there is no USB terminal.
@@ -27,15 +27,15 @@ class UsbIp {
     server_->Join(host.Loop());
   }
 
-  [[nodiscard]] UsbPlug* Plug() { return plug_ ? &*plug_ : nullptr; }
+  [[nodiscard]] usb::UsbPlug* Plug() { return plug_ ? &*plug_ : nullptr; }
   // What is printed of it.
   [[nodiscard]] std::string Place() const {
     return server_ ? "usbip 127.0.0.1:" + std::to_string(server_->Port()) + "\n" : "";
   }
 
  private:
-  std::optional<UsbIpPlug> plug_;
-  std::optional<UsbIpServer> server_;
+  std::optional<usbip::UsbIpPlug> plug_;
+  std::optional<usbip::UsbIpServer> server_;
 };
 
 // Obeys signals, each after what hosts have sent by then.
@@ -99,4 +99,4 @@ int RunPty(const TerminalOptions& options) {
   return Serve(OnPseudoTerminal(options), {}, "");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

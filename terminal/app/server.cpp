@@ -20,7 +20,7 @@
 #include "base/private_dir.h"
 #include "base/processes.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 // The testbed's thread may outlive the loop by a moment. OpenSSL, when it cleans up at exit, loses
@@ -75,7 +75,7 @@ bool RunUntilDone(TerminalHost& host, const ControlChannel& control) {
 class PtyView final : public CommandView {
  public:
   explicit PtyView(const TerminalHost& host) : host_(host) {}
-  [[nodiscard]] UsbPlug* Plug() override { return nullptr; }
+  [[nodiscard]] usb::UsbPlug* Plug() override { return nullptr; }
   [[nodiscard]] Variables Environment() const override {
     return {{kSerialPathVariable, host_.Serial()->Path()}};
   }
@@ -98,7 +98,7 @@ bool Serve(const TerminalOptions& options, const ControlChannel& control, const 
   control.Send(ReadyMessage(view->Environment()));
   const bool in_good_order = RunUntilDone(host, control);
   if (!in_good_order) KillProcessesOf(dir);
-  status = host.FinishReplay() ? 0 : kReplayDiffered;
+  status = host.FinishReplay() ? 0 : recording::kReplayDiffered;
   return in_good_order;
 }
 
@@ -126,4 +126,4 @@ int RunServer(int control_fd) {
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -20,7 +20,7 @@
 #include "base/private_dir.h"
 #include "base/processes.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 // How long a command that was asked to end may take.
@@ -261,8 +261,8 @@ CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals
   const Variables variables = server.AwaitReady();
   CommandOutcome outcome = CommandRun(signals, server, dir.Path()).Run(options, variables);
   const int server_status = server.End();
-  if (server_status == kReplayDiffered) outcome.status = 1;
-  if (server_status != 0 && server_status != kReplayDiffered)
+  if (server_status == recording::kReplayDiffered) outcome.status = 1;
+  if (server_status != 0 && server_status != recording::kReplayDiffered)
     throw std::runtime_error("the terminal ended badly, with status " + std::to_string(server_status));
   return outcome;
 }
@@ -276,4 +276,4 @@ int RunCommand(const ExecOptions& options) {
   return outcome.status;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

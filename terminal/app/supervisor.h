@@ -14,7 +14,7 @@
 #include "base/private_dir.h"
 #include "base/processes.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // Returns the exit status: the command's, 128 and the signal's number if it died
 // by one, 127 or 126 if it could not be started. Throws when the terminal fails.
@@ -36,4 +36,4 @@ struct CommandOutcome {
 [[nodiscard]] CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals,
                                         const PrivateDir& dir);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

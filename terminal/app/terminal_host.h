@@ -21,7 +21,7 @@
 #include "usb/usb_terminal.h"
 #include "web/customer_page.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 // Losing the reader of the trace, or the right to write to the keyboard's
 // terminal, is no reason to stop.
@@ -40,13 +40,13 @@ class TerminalHost {
 
   [[nodiscard]] EventLoop& Loop() { return loop_; }
   [[nodiscard]] const Clock& SharedClock() const { return clock_; }
-  [[nodiscard]] UsbTerminal* Usb() const { return usb_.get(); }  // null: not on USB
-  [[nodiscard]] UsbId Identity() const { return options_.usb.value_or(UsbId{}); }
-  [[nodiscard]] const SerialTerminal* Serial() const { return serial_.get(); }  // null: there is none
+  [[nodiscard]] usb::UsbTerminal* Usb() const { return usb_.get(); }  // null: not on USB
+  [[nodiscard]] usb::UsbId Identity() const { return options_.usb.value_or(usb::UsbId{}); }
+  [[nodiscard]] const serial::SerialTerminal* Serial() const { return serial_.get(); }  // null: there is none
 
   // Plugs the USB terminal in, opens the page and begins the scenario. A terminal on USB needs a
   // plug, which must be there as long as Run.
-  void Open(UsbPlug* plug);
+  void Open(usb::UsbPlug* plug);
   // Without effect where nothing can be plugged.
   void SetPlugged(bool plugged);
 
@@ -58,33 +58,33 @@ class TerminalHost {
 
  private:
   class StageTimer;
-  using DeviceAction = std::function<void(Device&, Time)>;
+  using DeviceAction = std::function<void(device::Device&, Time)>;
 
-  [[nodiscard]] std::unique_ptr<Stage> MakeStage(const TerminalOptions& options);
-  void AddUsb(const TraceSink& page);
-  void AddSerial(const TraceSink& page);
+  [[nodiscard]] std::unique_ptr<scenarios::Stage> MakeStage(const TerminalOptions& options);
+  void AddUsb(const device::TraceSink& page);
+  void AddSerial(const device::TraceSink& page);
   void OpenPage(std::uint16_t port);
-  [[nodiscard]] PageTerminal PageTerminalHere();
+  [[nodiscard]] web::PageTerminal PageTerminalHere();
   void BeginStage();
   void UseUsb(const DeviceAction& action);
   void UseSerial(const DeviceAction& action);
   template <typename Transport>
-  static void SetRates(Transport& transport, const Unit& unit, const FaultRates& rates);
+  static void SetRates(Transport& transport, const Unit& unit, const faults::FaultRates& rates);
 
   const Clock clock_;
   EventLoop loop_;
-  PageTrace page_trace_{[this] { loop_.Wake(); }};
-  std::unique_ptr<Stage> stage_;
+  web::PageTrace page_trace_{[this] { loop_.Wake(); }};
+  std::unique_ptr<scenarios::Stage> stage_;
   DeviceFactory devices_;
   const TerminalOptions options_;
   std::optional<Unit> usb_unit_;
-  std::unique_ptr<UsbTerminal> usb_;
+  std::unique_ptr<usb::UsbTerminal> usb_;
   std::optional<Unit> serial_unit_;
-  std::unique_ptr<SerialTerminal> serial_;
-  UsbPlug* plug_ = nullptr;
-  std::unique_ptr<LooseCable> cable_;
+  std::unique_ptr<serial::SerialTerminal> serial_;
+  usb::UsbPlug* plug_ = nullptr;
+  std::unique_ptr<usb::LooseCable> cable_;
   std::unique_ptr<StageTimer> stage_timer_;
-  std::unique_ptr<CustomerPage> page_;
+  std::unique_ptr<web::CustomerPage> page_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

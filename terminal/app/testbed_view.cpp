@@ -7,7 +7,7 @@
 #include "umockdev/testbed.h"
 #include "umockdev/testbed_plug.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 class TestbedView final : public CommandView {
@@ -17,17 +17,17 @@ class TestbedView final : public CommandView {
     if (host.Serial() != nullptr) testbed_.LinkSerial(*serial_port, host.Serial()->Path());
   }
 
-  [[nodiscard]] UsbPlug* Plug() override { return plug_ ? &*plug_ : nullptr; }
+  [[nodiscard]] usb::UsbPlug* Plug() override { return plug_ ? &*plug_ : nullptr; }
   [[nodiscard]] Variables Environment() const override {
     Variables variables{{"UMOCKDEV_DIR", testbed_.RootDir()}};
-    if (serial_port_) variables.emplace_back(kSerialPathVariable, SerialNode(*serial_port_));
+    if (serial_port_) variables.emplace_back(kSerialPathVariable, umockdev::SerialNode(*serial_port_));
     return variables;
   }
 
  private:
   const std::optional<int> serial_port_;
-  std::optional<TestbedPlug> plug_;  // destroyed after the testbed, whose thread uses it
-  Testbed testbed_;
+  std::optional<umockdev::TestbedPlug> plug_;  // destroyed after the testbed, whose thread uses it
+  umockdev::Testbed testbed_;
 };
 
 }  // namespace
@@ -45,4 +45,4 @@ std::unique_ptr<CommandView> MakeTestbedView(TerminalHost& host, std::optional<i
   return std::make_unique<TestbedView>(host, serial_port);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -9,7 +9,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 namespace {
 
 // In the order of TraceEvent::What.
@@ -40,12 +40,12 @@ TraceWriter::TraceWriter(const std::optional<std::string>& target) {
   fd_ = file_.Get();
 }
 
-TraceSink TraceWriter::Sink(const std::string& line_name) const {
+device::TraceSink TraceWriter::Sink(const std::string& line_name) const {
   if (fd_ < 0) return {};
-  return [fd = fd_, line_name](const TraceEvent& event) {
-    WriteLine(
-        fd, TimeText(event.time) + line_name + " " + kSpeakers.at(event.what.index()) + TextOf(event) + "\n");
+  return [fd = fd_, line_name](const device::TraceEvent& event) {
+    WriteLine(fd, TimeText(event.time) + line_name + " " + kSpeakers.at(event.what.index()) +
+                      device::TextOf(event) + "\n");
   };
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -8,7 +8,7 @@
 #include "base/unique_fd.h"
 #include "device/trace.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::app {
 
 class TraceWriter {
  public:
@@ -17,11 +17,11 @@ class TraceWriter {
 
   // Lines of the returned sink begin with `line_name`. It may be called on any
   // thread and must not outlive the writer.
-  [[nodiscard]] TraceSink Sink(const std::string& line_name) const;
+  [[nodiscard]] device::TraceSink Sink(const std::string& line_name) const;
 
  private:
   UniqueFd file_;
   int fd_ = -1;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::app

@@ -5,28 +5,28 @@
 #include <cstddef>
 #include <utility>
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 
 AgreeableCustomer::AgreeableCustomer(std::string pin, std::chrono::milliseconds after)
     : pin_(std::move(pin)), after_(after) {}
 
-PinAction AgreeableCustomer::KeyPin(const PinRequest& request) {
+device::PinAction AgreeableCustomer::KeyPin(const device::PinRequest& request) {
   return Key(request.max_digits);
 }
 
-NumberAction AgreeableCustomer::KeyNumber(const NumberRequest& request) {
+device::NumberAction AgreeableCustomer::KeyNumber(const device::NumberRequest& request) {
   return Key(request.max_digits);
 }
 
-PinAction AgreeableCustomer::Key(int max_digits) const {
+device::PinAction AgreeableCustomer::Key(int max_digits) const {
   const auto room = static_cast<std::size_t>(std::max(max_digits, 0));
-  return {PinAction::Kind::kEnter, pin_.substr(0, room), after_};
+  return {device::PinAction::Kind::kEnter, pin_.substr(0, room), after_};
 }
 
-ScreenAction AgreeableCustomer::Respond(const Screen& screen) {
-  ScreenAction action = Customer::Respond(screen);
+device::ScreenAction AgreeableCustomer::Respond(const device::Screen& screen) {
+  device::ScreenAction action = device::Customer::Respond(screen);
   action.after = after_;
   return action;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

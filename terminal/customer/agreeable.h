@@ -8,24 +8,24 @@
 
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 
-class AgreeableCustomer : public Customer {
+class AgreeableCustomer : public device::Customer {
  public:
   static constexpr const char* kPin = "123456";
 
   explicit AgreeableCustomer(std::string pin = kPin, std::chrono::milliseconds after = kUsualDelay);
 
   // Keys as much of the PIN as there is room for.
-  PinAction KeyPin(const PinRequest& request) override;
-  NumberAction KeyNumber(const NumberRequest& request) override;
-  ScreenAction Respond(const Screen& screen) override;
+  device::PinAction KeyPin(const device::PinRequest& request) override;
+  device::NumberAction KeyNumber(const device::NumberRequest& request) override;
+  device::ScreenAction Respond(const device::Screen& screen) override;
 
  private:
-  [[nodiscard]] PinAction Key(int max_digits) const;
+  [[nodiscard]] device::PinAction Key(int max_digits) const;
 
   std::string pin_;
   std::chrono::milliseconds after_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

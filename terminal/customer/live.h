@@ -5,12 +5,14 @@
 
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 
-class LiveCustomer final : public Customer {
+class LiveCustomer final : public device::Customer {
  public:
-  PinAction KeyPin(const PinRequest&) override { return {PinAction::Kind::kWalkAway, {}, {}}; }
-  ScreenAction Respond(const Screen&) override { return {}; }
+  device::PinAction KeyPin(const device::PinRequest&) override {
+    return {device::PinAction::Kind::kWalkAway, {}, {}};
+  }
+  device::ScreenAction Respond(const device::Screen&) override { return {}; }
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

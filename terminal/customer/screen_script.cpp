@@ -12,7 +12,7 @@
 
 #include "device/screens/pen.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 namespace {
 
 constexpr std::size_t kLongestAnswer = 4096;
@@ -31,9 +31,10 @@ std::string ReadKey(const Json& value) {
 std::string ReadTyped(const Json& value) {
   auto digits = value.is_string() ? value.get<std::string>() : "?";
   const bool fits =
-      digits.size() <= kMaxTypedDigits && digits.find_first_not_of("0123456789") == std::string::npos;
+      digits.size() <= device::kMaxTypedDigits && digits.find_first_not_of("0123456789") == std::string::npos;
   if (!fits)
-    FailAt(value, "\"digits\" must be a text of at most " + std::to_string(kMaxTypedDigits) + " digits");
+    FailAt(value,
+           "\"digits\" must be a text of at most " + std::to_string(device::kMaxTypedDigits) + " digits");
   return digits;
 }
 
@@ -53,8 +54,8 @@ std::string ReadAnswer(const Json& value) {
 }
 
 std::string PointRule() {
-  return "a point of \"sign\" must be [x, y] inside " + std::to_string(kSignatureWidth) + " by " +
-         std::to_string(kSignatureHeight);
+  return "a point of \"sign\" must be [x, y] inside " + std::to_string(device::kSignatureWidth) + " by " +
+         std::to_string(device::kSignatureHeight);
 }
 
 int ReadCoordinate(const Json& value, int limit) {
@@ -64,21 +65,22 @@ int ReadCoordinate(const Json& value, int limit) {
 }
 
 // The pen goes up after each stroke.
-void AddStroke(std::vector<PenPoint>& points, const Json& stroke) {
+void AddStroke(std::vector<device::PenPoint>& points, const Json& stroke) {
   if (!stroke.is_array() || stroke.empty()) Fail("\"sign\" must be true or a list of strokes");
   for (const Json& point : stroke) {
     if (!point.is_array() || point.size() != 2) Fail(PointRule());
-    if (points.size() == kMaxPenPoints) Fail("\"sign\" has too many points");
-    points.push_back({ReadCoordinate(point[0], kSignatureWidth), ReadCoordinate(point[1], kSignatureHeight),
-                      kPressure, static_cast<int>(points.size()) * kSampleMs});
+    if (points.size() == device::kMaxPenPoints) Fail("\"sign\" has too many points");
+    points.push_back({ReadCoordinate(point[0], device::kSignatureWidth),
+                      ReadCoordinate(point[1], device::kSignatureHeight), kPressure,
+                      static_cast<int>(points.size()) * kSampleMs});
   }
   points.back().pressure = 0;
 }
 
-std::vector<PenPoint> ReadStrokes(const Json& value) {
-  if (value.is_boolean() && value.get<bool>()) return DefaultSignature();
+std::vector<device::PenPoint> ReadStrokes(const Json& value) {
+  if (value.is_boolean() && value.get<bool>()) return device::DefaultSignature();
   if (!value.is_array() || value.empty()) Fail("\"sign\" must be true or a list of strokes");
-  std::vector<PenPoint> points;
+  std::vector<device::PenPoint> points;
   for (const Json& stroke : value) AddStroke(points, stroke);
   return points;
 }
@@ -94,8 +96,8 @@ std::string ActionOf(const Json& step) {
   return found;
 }
 
-ScreenAction ReadDeed(const Json& step) {
-  using Kind = ScreenAction::Kind;
+device::ScreenAction ReadDeed(const Json& step) {
+  using Kind = device::ScreenAction::Kind;
   const std::string action = ActionOf(step);
   const Json& value = step.at(action);
   if (action == "key") return {Kind::kKey, ReadKey(value), {}, {}};
@@ -109,10 +111,10 @@ ScreenAction ReadDeed(const Json& step) {
   return {Kind::kWalkAway, {}, {}, {}};
 }
 
-std::optional<ScreenKind> ReadKind(const Json& step) {
+std::optional<device::ScreenKind> ReadKind(const Json& step) {
   if (!step.contains("on")) return std::nullopt;
   const auto name = step.at("on").is_string() ? step.at("on").get<std::string>() : "";
-  const auto kind = ScreenKindNamed(name);
+  const auto kind = device::ScreenKindNamed(name);
   if (!kind) FailAt(step.at("on"), "\"on\" names no kind of screen " + KnownScreens());
   return kind;
 }
@@ -121,8 +123,8 @@ std::optional<ScreenKind> ReadKind(const Json& step) {
 
 std::string KnownScreens() {
   std::vector<std::string_view> names;
-  for (int kind = 0; kind <= static_cast<int>(ScreenKind::kCheckout); ++kind)
-    names.push_back(NameOf(static_cast<ScreenKind>(kind)));
+  for (int kind = 0; kind <= static_cast<int>(device::ScreenKind::kCheckout); ++kind)
+    names.push_back(NameOf(static_cast<device::ScreenKind>(kind)));
   return Known(names);
 }
 
@@ -136,12 +138,12 @@ ScreenScript::Step ScreenScript::ReadStep(const Json& json) {
   CheckMembers(json, {"confirm", "cancel", "key", "digits", "sign", "answer", "walk_away", "on", "after_ms"});
   Step step;
   step.action = ReadDeed(json);
-  step.action.after = ReadDelay(json, Customer::kUsualDelay);
+  step.action.after = ReadDelay(json, device::Customer::kUsualDelay);
   step.on = ReadKind(json);
   return step;
 }
 
-std::optional<ScreenAction> ScreenScript::Next(ScreenKind kind) {
+std::optional<device::ScreenAction> ScreenScript::Next(device::ScreenKind kind) {
   Step* last = nullptr;
   for (Step& step : steps_) {
     if (step.on.value_or(kind) != kind) continue;
@@ -153,4 +155,4 @@ std::optional<ScreenAction> ScreenScript::Next(ScreenKind kind) {
   return last->action;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

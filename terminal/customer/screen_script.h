@@ -25,7 +25,7 @@
 #include "base/json_script.h"
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 
 // The kinds of screens, for messages.
 [[nodiscard]] std::string KnownScreens();
@@ -37,12 +37,12 @@ class ScreenScript {
   explicit ScreenScript(const Json& steps);
 
   // Nothing when the script has no step for this kind of screen.
-  [[nodiscard]] std::optional<ScreenAction> Next(ScreenKind kind);
+  [[nodiscard]] std::optional<device::ScreenAction> Next(device::ScreenKind kind);
 
  private:
   struct Step {
-    std::optional<ScreenKind> on;
-    ScreenAction action;
+    std::optional<device::ScreenKind> on;
+    device::ScreenAction action;
     bool taken = false;
   };
 
@@ -51,4 +51,4 @@ class ScreenScript {
   std::vector<Step> steps_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

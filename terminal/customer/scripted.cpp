@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 namespace {
 
 // What the steps of a list key.
@@ -28,25 +28,27 @@ std::string ReadDigits(const Json& step, const Kind& kind) {
   return digits;
 }
 
-PinAction ReadStep(const Json& step, const Kind& kind) {
+device::PinAction ReadStep(const Json& step, const Kind& kind) {
   CheckMembers(step, {kind.member, "cancel", "walk_away", "after_ms"});
   const auto actions = step.count(kind.member) + step.count("cancel") + step.count("walk_away");
   if (actions != 1) Fail("needs exactly one of " + Quoted(kind.member) + ", \"cancel\", \"walk_away\"");
   if (step.contains(kind.member))
-    return {PinAction::Kind::kEnter, ReadDigits(step, kind), ReadDelay(step, Customer::kUsualDelay)};
+    return {device::PinAction::Kind::kEnter, ReadDigits(step, kind),
+            ReadDelay(step, device::Customer::kUsualDelay)};
   if (step.contains("cancel")) {
     CheckIsTrue(step, "cancel");
-    return {PinAction::Kind::kCancel, {}, ReadDelay(step, Customer::kUsualDelay)};
+    return {device::PinAction::Kind::kCancel, {}, ReadDelay(step, device::Customer::kUsualDelay)};
   }
   CheckIsTrue(step, "walk_away");
   CheckHasNoDelay(step);
-  return {PinAction::Kind::kWalkAway, {}, {}};
+  return {device::PinAction::Kind::kWalkAway, {}, {}};
 }
 
 ScriptedCustomer::Steps ReadSteps(const Json& steps, const Kind& kind) {
   if (!steps.is_array()) FailAt(steps, Quoted(kind.list) + " must be a list");
   if (steps.empty()) FailAt(steps, "there must be at least one step");
-  return ReadEach<PinAction>(steps, "step", [&kind](const Json& step) { return ReadStep(step, kind); });
+  return ReadEach<device::PinAction>(steps, "step",
+                                     [&kind](const Json& step) { return ReadStep(step, kind); });
 }
 
 ScriptedCustomer::Steps ReadEntries(const Json& script, const Kind& kind) {
@@ -54,8 +56,8 @@ ScriptedCustomer::Steps ReadEntries(const Json& script, const Kind& kind) {
   return ReadSteps(script.at(kind.list), kind);
 }
 
-PinAction Next(const std::vector<PinAction>& steps, std::size_t& next) {
-  const PinAction& action = steps[next];
+device::PinAction Next(const std::vector<device::PinAction>& steps, std::size_t& next) {
+  const device::PinAction& action = steps[next];
   if (next + 1 < steps.size()) ++next;
   return action;
 }
@@ -71,20 +73,20 @@ ScriptedCustomer::ScriptedCustomer(Steps pin_entries, Steps number_entries, Scre
   }
 }
 
-PinAction ScriptedCustomer::KeyPin(const PinRequest& request) {
+device::PinAction ScriptedCustomer::KeyPin(const device::PinRequest& request) {
   return pin_entries_ ? Next(*pin_entries_, next_pin_) : agreeable_.KeyPin(request);
 }
 
-NumberAction ScriptedCustomer::KeyNumber(const NumberRequest& request) {
+device::NumberAction ScriptedCustomer::KeyNumber(const device::NumberRequest& request) {
   return number_entries_ ? Next(*number_entries_, next_number_) : agreeable_.KeyNumber(request);
 }
 
-ScreenAction ScriptedCustomer::Respond(const Screen& screen) {
+device::ScreenAction ScriptedCustomer::Respond(const device::Screen& screen) {
   if (auto action = screens_.Next(screen.kind)) return std::move(*action);
   return agreeable_.Respond(screen);
 }
 
-std::unique_ptr<Customer> ReadCustomer(const Json& script) {
+std::unique_ptr<device::Customer> ReadCustomer(const Json& script) {
   if (script.is_array()) return std::make_unique<ScriptedCustomer>(ReadSteps(script, kPins));
   if (!script.is_object()) Fail("must hold an object or a list of steps");
   CheckMembers(script, {kPins.list, kNumbers.list, kScreens});
@@ -94,7 +96,7 @@ std::unique_ptr<Customer> ReadCustomer(const Json& script) {
       script.contains(kScreens) ? ScreenScript(script.at(kScreens)) : ScreenScript());
 }
 
-std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
+std::unique_ptr<device::Customer> LoadCustomer(const std::string& path) {
   try {
     return Script(ReadScriptFile(path)).ReadBy(ReadCustomer);
   } catch (const std::exception& error) {
@@ -102,4 +104,4 @@ std::unique_ptr<Customer> LoadCustomer(const std::string& path) {
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

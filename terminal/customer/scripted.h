@@ -31,18 +31,18 @@
 #include "customer/screen_script.h"
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::customer {
 
-class ScriptedCustomer : public Customer {
+class ScriptedCustomer : public device::Customer {
  public:
-  using Steps = std::optional<std::vector<PinAction>>;
+  using Steps = std::optional<std::vector<device::PinAction>>;
 
   // Throws std::runtime_error when there is a list without a step.
   explicit ScriptedCustomer(Steps pin_entries, Steps number_entries = {}, ScreenScript screens = {});
 
-  PinAction KeyPin(const PinRequest& request) override;
-  NumberAction KeyNumber(const NumberRequest& request) override;
-  ScreenAction Respond(const Screen& screen) override;
+  device::PinAction KeyPin(const device::PinRequest& request) override;
+  device::NumberAction KeyNumber(const device::NumberRequest& request) override;
+  device::ScreenAction Respond(const device::Screen& screen) override;
 
  private:
   Steps pin_entries_;
@@ -54,9 +54,9 @@ class ScriptedCustomer : public Customer {
 };
 
 // Throws std::runtime_error, telling what is wrong.
-[[nodiscard]] std::unique_ptr<Customer> ReadCustomer(const Json& script);
+[[nodiscard]] std::unique_ptr<device::Customer> ReadCustomer(const Json& script);
 
 // Throws std::runtime_error, naming the file and what is wrong with it.
-std::unique_ptr<Customer> LoadCustomer(const std::string& path);
+std::unique_ptr<device::Customer> LoadCustomer(const std::string& path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::customer

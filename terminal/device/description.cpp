@@ -3,7 +3,10 @@
 
 #include <string>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 
 void Description::AddTo(TextCommands& table) {
   table.Add(Row("GETGLOBALCONFIG"), [this](const Match& match) { TellConfiguration(match.numbers[0]); });
@@ -23,4 +26,4 @@ void Description::TellVersion(int item) {
   AnswerText(host_, settings_.version + "|" + settings_.build_date, "firmware version");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -10,7 +10,7 @@
 #include "device/settings.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class Description {
  public:
@@ -28,4 +28,4 @@ class Description {
   const Settings& settings_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -19,7 +19,9 @@
 #include "device/text_commands.h"
 #include "protocol/command_reader.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Row;
 namespace {
 
 // A host that never reads must not make the terminal grow: like any device with
@@ -48,7 +50,7 @@ class Device::Impl : private HostChannel {
       : settings_(std::move(settings)),
         trace_(std::move(trace)),
         storage_(storage.files != nullptr ? storage.files : &no_files_),
-        reader_(line, [this](Command&& command) { CarryOut(command); }),
+        reader_(line, [this](protocol::Command&& command) { CarryOut(command); }),
         entry_(customer, *this),
         counter_(*this, entry_, settings_),
         files_(*this, reader_, *storage_, std::move(storage.faults), settings_),
@@ -149,34 +151,35 @@ class Device::Impl : private HostChannel {
   }
 
   void Announce(const std::string& detail) {
-    if (const CommandRow* command = std::exchange(unannounced_, nullptr))
+    if (const protocol::CommandRow* command = std::exchange(unannounced_, nullptr))
       Emit(CommandReceived{command, detail});
   }
 
-  void CarryOut(const Command& command) {
+  void CarryOut(const protocol::Command& command) {
     if (std::exchange(answers_lapse_, false)) Withdraw();
-    if (!KeepsPull(AsText(command.bytes))) files_.StopPull();
+    if (!protocol::KeepsPull(AsText(command.bytes))) files_.StopPull();
     Dispatch(command);
     Announce({});
   }
 
-  void Dispatch(const Command& command) {
+  void Dispatch(const protocol::Command& command) {
     switch (command.kind) {
-      case Command::Kind::kText:
+      case protocol::Command::Kind::kText:
         return CarryOutText(AsText(command.bytes));
-      case Command::Kind::kFrame:
+      case protocol::Command::Kind::kFrame:
         return CarryOutFrame(command.bytes);
-      case Command::Kind::kNoise:
+      case protocol::Command::Kind::kNoise:
         return Refuse(Row("noise"), " (" + std::to_string(command.noise_size) + " bytes)");
     }
   }
 
   void CarryOutText(std::string_view command) {
-    if (text_commands_.CarryOut(command, [this](const CommandRow& row) { unannounced_ = &row; })) return;
+    if (text_commands_.CarryOut(command, [this](const protocol::CommandRow& row) { unannounced_ = &row; }))
+      return;
     Refuse(Row("unknown command"), " " + NameOf(command) + " (" + std::to_string(command.size()) + " bytes)");
   }
 
-  void Refuse(const CommandRow& command, const std::string& detail) {
+  void Refuse(const protocol::CommandRow& command, const std::string& detail) {
     Emit(CommandReceived{&command, detail});
     AnswerRefusal(*this);
   }
@@ -185,7 +188,7 @@ class Device::Impl : private HostChannel {
   void CarryOutFrame(std::span<const std::uint8_t> frame) {
     Emit(CommandReceived{&Row("PIN-pad frame"), " (" + std::to_string(frame.size()) + " bytes)"});
     entry_.Stop();
-    const auto on_command = [this](const CommandRow& row) { unannounced_ = &row; };
+    const auto on_command = [this](const protocol::CommandRow& row) { unannounced_ = &row; };
     if (auto answer = framed_commands_.CarryOut(frame, on_command)) AnswerFrame(*this, std::move(*answer));
   }
 
@@ -195,10 +198,10 @@ class Device::Impl : private HostChannel {
   std::deque<Bytes> answers_;
   bool withdrawn_ = false;
   bool answers_lapse_ = false;
-  const CommandRow* unannounced_ = nullptr;  // is carried out, and the trace does not have it yet
+  const protocol::CommandRow* unannounced_ = nullptr;  // is carried out, and the trace does not have it yet
   NoFiles no_files_;
   FileSystem* storage_;
-  CommandReader reader_;
+  protocol::CommandReader reader_;
   KeyEntry entry_;
   CounterCommands counter_;
   FileCommands files_;
@@ -255,4 +258,4 @@ FileSystem& Device::Files() const {
   return impl_->Files();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

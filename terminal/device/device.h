@@ -21,7 +21,7 @@
 #include "device/settings.h"
 #include "device/trace.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // The terminal's storage; must outlive the device. Without one nothing can be stored.
 struct Storage {
@@ -70,4 +70,4 @@ class Device final : public Endpoint {
   std::unique_ptr<Impl> impl_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

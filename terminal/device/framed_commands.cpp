@@ -7,7 +7,7 @@
 
 #include "protocol/pinpad_frame.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 std::string Hex(std::uint16_t word) {
@@ -20,7 +20,7 @@ std::string Hex(std::uint16_t word) {
 
 std::optional<FramedAnswer> FramedCommands::CarryOut(std::span<const std::uint8_t> frame,
                                                      const OnCommand& on_command) const {
-  const auto body = ReadFrame(frame);
+  const auto body = protocol::ReadFrame(frame);
   if (!body) return FramedAnswer{kStatusDamagedFrame, {}};
   if (body->size() < 2) return FramedAnswer{kStatusUnknownCommand, {}};
   const int code = ((*body)[0] << 8) | (*body)[1];
@@ -32,8 +32,8 @@ std::optional<FramedAnswer> FramedCommands::CarryOut(std::span<const std::uint8_
 }
 
 void AnswerFrame(HostChannel& host, FramedAnswer answer) {
-  host.Answer(MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
+  host.Answer(protocol::MakeAnswerFrame(answer.status, answer.data), "PIN-pad status " + Hex(answer.status));
   Wipe(answer.data);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

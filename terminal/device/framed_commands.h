@@ -13,7 +13,7 @@
 #include "device/host_channel.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // Status words of our own; a command adds the ones it needs.
 inline constexpr std::uint16_t kStatusOk = 0x0000;
@@ -41,7 +41,7 @@ class FramedCommands {
   using Run = std::function<std::optional<FramedAnswer>(Arguments arguments)>;
 
   // The row outlives this object.
-  void Add(const CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
+  void Add(const protocol::CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
 
   // Carries out the command in a frame as it came, and tells `on_command` before. A damaged frame
   // and a code that no row has are answered by a status word too.
@@ -50,7 +50,7 @@ class FramedCommands {
 
  private:
   struct Handler {
-    const CommandRow* row;
+    const protocol::CommandRow* row;
     Run run;
   };
   std::vector<Handler> handlers_;
@@ -59,4 +59,4 @@ class FramedCommands {
 // Wipes the data.
 void AnswerFrame(HostChannel& host, FramedAnswer answer);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

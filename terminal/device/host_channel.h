@@ -9,7 +9,7 @@
 #include "base/types.h"
 #include "device/trace.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class HostChannel {
  public:
@@ -42,4 +42,4 @@ void AnswerDone(HostChannel& host);                                             
 void AnswerFailure(HostChannel& host);                                               // STX 0xAA '1' ETX
 void AnswerText(HostChannel& host, std::string_view text, const std::string& what);  // STX text ETX
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

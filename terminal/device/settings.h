@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 struct Settings {
   std::string version = "V1.0.0";       // answered by GETVERSION, before the "|"
@@ -14,4 +14,4 @@ struct Settings {
   bool tzg = true;  // knows how to sign in TZG mode
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kLongestName = 40;
@@ -16,7 +16,7 @@ bool IsPrintable(char c) {
 
 bool TextCommands::CarryOut(std::string_view command, const OnCommand& on_command) const {
   for (const Handler& handler : handlers_) {
-    const auto match = MatchPattern(handler.row->pattern, command);
+    const auto match = protocol::MatchPattern(handler.row->pattern, command);
     if (!match) continue;
     on_command(*handler.row);
     handler.run(*match);
@@ -38,4 +38,4 @@ std::string NameOf(std::string_view command) {
   return name + '"';
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

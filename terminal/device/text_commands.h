@@ -11,23 +11,23 @@
 #include "protocol/commands.h"
 #include "protocol/pattern.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
-using OnCommand = std::function<void(const CommandRow&)>;
+using OnCommand = std::function<void(const protocol::CommandRow&)>;
 
 class TextCommands {
  public:
-  using Run = std::function<void(const Match&)>;
+  using Run = std::function<void(const protocol::Match&)>;
 
   // The row outlives this object.
-  void Add(const CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
+  void Add(const protocol::CommandRow& row, Run run) { handlers_.push_back({&row, std::move(run)}); }
 
   // Tells `on_command` before the command is carried out. False when no row fits.
   [[nodiscard]] bool CarryOut(std::string_view command, const OnCommand& on_command) const;
 
  private:
   struct Handler {
-    const CommandRow* row;
+    const protocol::CommandRow* row;
     Run run;
   };
   std::vector<Handler> handlers_;
@@ -36,4 +36,4 @@ class TextCommands {
 // A command's name for the trace: its word, and never what it carries.
 [[nodiscard]] std::string NameOf(std::string_view command);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/trace.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 std::string Text(const CommandReceived& received) {
@@ -36,4 +36,4 @@ std::string TextOf(const TraceEvent& event) {
   return std::visit([](const auto& what) { return Text(what); }, event.what);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

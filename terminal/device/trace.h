@@ -10,10 +10,10 @@
 #include "base/types.h"
 #include "protocol/commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 struct CommandReceived {
-  const CommandRow* command;
+  const protocol::CommandRow* command;
   std::string detail;  // behind its name
 };
 struct Answered {
@@ -37,4 +37,4 @@ using TraceSink = std::function<void(const TraceEvent&)>;
 
 [[nodiscard]] std::string TextOf(const TraceEvent& event);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

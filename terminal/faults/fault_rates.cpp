@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 namespace {
 
 struct Kind {
@@ -85,4 +85,4 @@ std::string RatesText(const FaultRates& rates) {
   return text;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <string>
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 
 enum class Fault : std::size_t {
   kDrop,      // the answer is lost
@@ -43,4 +43,4 @@ struct FaultRates {
 // What ParseRates turns into the same again.
 [[nodiscard]] std::string RatesText(const FaultRates& rates);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 namespace {
 
 constexpr std::uint64_t kMaxLength = 0xFFFFFF;
@@ -59,10 +59,10 @@ std::uint8_t ReadType(const Json& value) {
   return value.get<std::uint8_t>();
 }
 
-PullFaults ReadPull(const Json& object) {
+device::PullFaults ReadPull(const Json& object) {
   CheckMembers(object,
                {"bad_check", "announce_length", "packet_type", "stop_after_reports", "empty_packets_first"});
-  PullFaults pull;
+  device::PullFaults pull;
   pull.bad_check = ReadSteps(object, "bad_check", kPullSteps);
   pull.announce_length = ReadOptional<std::uint32_t>(object, "announce_length", kMaxLength);
   pull.packet_type = ReadOptional<std::uint8_t>(object, "packet_type", kMaxType);
@@ -103,4 +103,4 @@ FaultScript LoadFaults(const std::string& path) {
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

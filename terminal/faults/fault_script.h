@@ -27,10 +27,10 @@
 #include "base/json_script.h"
 #include "device/files/file_faults.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 
 struct FaultScript {
-  FileFaults faults;
+  device::FileFaults faults;
   std::optional<std::uint64_t> storage_limit;
 };
 
@@ -41,4 +41,4 @@ struct FaultScript {
 // The same from a file, which the message names.
 [[nodiscard]] FaultScript LoadFaults(const std::string& path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 
 void FaultyLine::Receive(std::span<const std::uint8_t> bytes, Time now) {
   now_ = std::max(now_, now);
@@ -49,4 +49,4 @@ std::optional<Bytes> FaultyLine::TakeAnswer() {
   return hostility_ ? hostility_->Take(now_) : unit_.TakeAnswer();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

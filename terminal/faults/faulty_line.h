@@ -10,7 +10,7 @@
 #include "base/endpoint.h"
 #include "faults/hostility.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 
 class FaultyLine final : public Endpoint {
  public:
@@ -43,4 +43,4 @@ class FaultyLine final : public Endpoint {
   bool withdrawn_ = false;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

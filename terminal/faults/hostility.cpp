@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 namespace {
 
 constexpr std::uint64_t kLongestDelayMs = 3000;
@@ -115,4 +115,4 @@ std::optional<Time> Hostility::NextArrival() const {
   return sent_.front().at;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

@@ -10,7 +10,7 @@
 #include "base/types.h"
 #include "faults/fault_rates.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::faults {
 
 enum class TransferFate {
   kPasses,
@@ -61,4 +61,4 @@ class Hostility {
   std::deque<Arrival> sent_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::faults

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 namespace {
 
 constexpr const char* kFamily = "sans";
@@ -137,7 +137,7 @@ Layout Typesetter::Set(std::string_view text, const TextStyle& style, int width)
   return layout;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture
 
 // For builds under AddressSanitizer: fontconfig keeps the pieces of its patterns as distances, not as
 // pointers, so that what it still holds at the end looks lost. It is in this file because every

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 
 template <auto kFree>
 struct FreedBy {
@@ -91,4 +91,4 @@ class Typesetter {
   std::unique_ptr<PangoContext, FreedBy<g_object_unref>> pango_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

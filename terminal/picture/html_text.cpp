@@ -11,7 +11,7 @@
 
 #include "picture/drawing.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 namespace {
 
 constexpr std::string_view kBullet = "•";
@@ -231,4 +231,4 @@ Page ReadPlainText(std::string_view text) {
   return lines.Take();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 
 struct PageLine {
   enum class Kind { kText, kRule };
@@ -32,4 +32,4 @@ inline constexpr std::size_t kMaxPageLines = 64;
 // Bytes as they came: not always UTF-8.
 [[nodiscard]] Page ReadPlainText(std::string_view text);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

@@ -12,7 +12,7 @@
 #include "picture/html_text.h"
 #include "picture/signature.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 namespace {
 
 constexpr int kWidth = 800;
@@ -44,8 +44,8 @@ class ScreenPicture {
  public:
   ScreenPicture() : drawing_(kWidth, kHeight, kBackground), type_(drawing_) {}
 
-  std::vector<std::uint8_t> Draw(const Screen& screen, const ScreenKey* pressed) {
-    if (screen.kind == ScreenKind::kIdle) {
+  std::vector<std::uint8_t> Draw(const device::Screen& screen, const device::ScreenKey* pressed) {
+    if (screen.kind == device::ScreenKind::kIdle) {
       DrawWelcome(screen.title);
     } else {
       DrawHeader(screen.title);
@@ -58,13 +58,13 @@ class ScreenPicture {
  private:
   void DrawWelcome(std::string_view title);
   void DrawHeader(std::string_view title);
-  void DrawCard(const Screen& screen);
+  void DrawCard(const device::Screen& screen);
   void DrawPage(const Page& page);
   void DrawLine(const PageLine& line);
-  void DrawTeller(const TellerCard& teller);
+  void DrawTeller(const device::TellerCard& teller);
   void FadeOut();
-  void DrawKeys(const std::vector<ScreenKey>& keys, const ScreenKey* pressed);
-  void DrawKey(const ScreenKey& key, double x, double width, bool pressed);
+  void DrawKeys(const std::vector<device::ScreenKey>& keys, const device::ScreenKey* pressed);
+  void DrawKey(const device::ScreenKey& key, double x, double width, bool pressed);
   void DrawTick(double x, double y, const Colour& colour);
   void FillFromTop(double height);
 
@@ -99,8 +99,8 @@ void ScreenPicture::DrawHeader(std::string_view title) {
   text.Draw(kMargin + 18, (kHeaderHeight - text.Height()) / 2.0);
 }
 
-Page PageOf(const Screen& screen) {
-  Page page = screen.kind == ScreenKind::kHtml ? ReadHtml(screen.text) : ReadPlainText(screen.text);
+Page PageOf(const device::Screen& screen) {
+  Page page = screen.kind == device::ScreenKind::kHtml ? ReadHtml(screen.text) : ReadPlainText(screen.text);
   Page second = ReadPlainText(screen.second_text);
   if (!second.empty()) second.front().begins_block = !page.empty();
   page.insert(page.end(), second.begin(), second.end());
@@ -114,7 +114,7 @@ Page PageOf(const Screen& screen) {
   return page;
 }
 
-void ScreenPicture::DrawCard(const Screen& screen) {
+void ScreenPicture::DrawCard(const device::Screen& screen) {
   card_bottom_ = screen.AsksCustomer() ? kKeysTop - 20 : kHeight - kMargin;
   const double height = card_bottom_ - kCardTop;
   drawing_.RoundedBox(kMargin, kCardTop + 2, kCardWidth, height, kRadius);
@@ -172,7 +172,7 @@ void ScreenPicture::DrawLine(const PageLine& line) {
   y_ += text.Height() + 5;
 }
 
-void ScreenPicture::DrawTeller(const TellerCard& teller) {
+void ScreenPicture::DrawTeller(const device::TellerCard& teller) {
   const double left = kMargin + kCardPadding;
   const SetText name = type_.Label(teller.name, {27, true, kNavy}, kCardWidth - 2 * kCardPadding);
   name.Draw(left, y_);
@@ -180,7 +180,7 @@ void ScreenPicture::DrawTeller(const TellerCard& teller) {
   const SetText number = type_.Label(teller.number, {kBodySize, false, kPaleInk}, kCardWidth / 2);
   number.Draw(left, y_);
   std::string stars;
-  for (int i = 0; i < kMaxStars; ++i) stars += i < teller.stars ? "★" : "☆";
+  for (int i = 0; i < device::kMaxStars; ++i) stars += i < teller.stars ? "★" : "☆";
   y_ += number.Height() + 4;
   const SetText row = type_.Label(stars, {26, false, kGold}, kCardWidth / 2);
   row.Draw(left, y_);
@@ -199,20 +199,21 @@ void ScreenPicture::FadeOut() {
   cairo_fill(drawing_.Context());
 }
 
-void ScreenPicture::DrawKeys(const std::vector<ScreenKey>& keys, const ScreenKey* pressed) {
+void ScreenPicture::DrawKeys(const std::vector<device::ScreenKey>& keys, const device::ScreenKey* pressed) {
   constexpr double kGap = 16;
   constexpr double kWidest = 240;
   const auto count = static_cast<double>(keys.size());
   const double width = std::min(kWidest, (kCardWidth + kGap) / count - kGap);
   double x = (kWidth - count * (width + kGap) + kGap) / 2;
-  for (const ScreenKey& key : keys) {
+  for (const device::ScreenKey& key : keys) {
     DrawKey(key, x, width, pressed != nullptr && pressed->name == key.name);
     x += width + kGap;
   }
 }
 
-void ScreenPicture::DrawKey(const ScreenKey& key, double x, double width, bool pressed) {
-  const bool filled = key.role == ScreenKey::Role::kConfirm || key.role == ScreenKey::Role::kSign;
+void ScreenPicture::DrawKey(const device::ScreenKey& key, double x, double width, bool pressed) {
+  const bool filled =
+      key.role == device::ScreenKey::Role::kConfirm || key.role == device::ScreenKey::Role::kSign;
   const Colour ink = filled ? kWhite : kNavy;
   if (pressed) {
     drawing_.RoundedBox(x - 5, kKeysTop - 5, width + 10, kKeyHeight + 10, kRadius + 5);
@@ -247,16 +248,17 @@ void ScreenPicture::DrawTick(double x, double y, const Colour& colour) {
 
 }  // namespace
 
-std::vector<std::uint8_t> ScreenPng(const Screen& screen, const ScreenKey* pressed) {
+std::vector<std::uint8_t> ScreenPng(const device::Screen& screen, const device::ScreenKey* pressed) {
   return ScreenPicture().Draw(screen, pressed);
 }
 
-std::vector<std::uint8_t> PngPainter::Signature(const std::vector<PenPoint>& points) const {
+std::vector<std::uint8_t> PngPainter::Signature(const std::vector<device::PenPoint>& points) const {
   return SignaturePng(points);
 }
 
-std::vector<std::uint8_t> PngPainter::Picture(const Screen& screen, const ScreenKey* pressed) const {
+std::vector<std::uint8_t> PngPainter::Picture(const device::Screen& screen,
+                                              const device::ScreenKey* pressed) const {
   return ScreenPng(screen, pressed);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

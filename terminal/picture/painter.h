@@ -7,15 +7,17 @@
 
 #include "device/screens/painter.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 
-[[nodiscard]] std::vector<std::uint8_t> ScreenPng(const Screen& screen, const ScreenKey* pressed = nullptr);
+[[nodiscard]] std::vector<std::uint8_t> ScreenPng(const device::Screen& screen,
+                                                  const device::ScreenKey* pressed = nullptr);
 
-class PngPainter final : public Painter {
+class PngPainter final : public device::Painter {
  public:
-  [[nodiscard]] std::vector<std::uint8_t> Signature(const std::vector<PenPoint>& points) const override;
-  [[nodiscard]] std::vector<std::uint8_t> Picture(const Screen& screen,
-                                                  const ScreenKey* pressed) const override;
+  [[nodiscard]] std::vector<std::uint8_t> Signature(
+      const std::vector<device::PenPoint>& points) const override;
+  [[nodiscard]] std::vector<std::uint8_t> Picture(const device::Screen& screen,
+                                                  const device::ScreenKey* pressed) const override;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

@@ -6,11 +6,11 @@
 
 #include "picture/drawing.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 namespace {
 
 constexpr double kThinnest = 1.4;
-constexpr double kPerPressure = 3.6 / kMaxPressure;
+constexpr double kPerPressure = 3.6 / device::kMaxPressure;
 constexpr int kSteps = 16;  // of a curve, each as wide as the pen is there
 
 struct Spot {
@@ -19,7 +19,7 @@ struct Spot {
   double width;
 };
 
-Spot SpotOf(const PenPoint& point) {
+Spot SpotOf(const device::PenPoint& point) {
   return {static_cast<double>(point.x), static_cast<double>(point.y),
           kThinnest + point.pressure * kPerPressure};
 }
@@ -48,7 +48,7 @@ void DrawCurve(cairo_t* context, const Spot& from, const Spot& corner, const Spo
 }
 
 // Curves from the middle of one line to the middle of the next, so that no corner shows.
-void DrawStroke(cairo_t* context, std::span<const PenPoint> points) {
+void DrawStroke(cairo_t* context, std::span<const device::PenPoint> points) {
   Spot last = SpotOf(points.front());
   for (std::size_t i = 1; i + 1 < points.size(); ++i) {
     const Spot corner = SpotOf(points[i]);
@@ -61,8 +61,8 @@ void DrawStroke(cairo_t* context, std::span<const PenPoint> points) {
 
 }  // namespace
 
-std::vector<std::uint8_t> SignaturePng(const std::vector<PenPoint>& points) {
-  const Drawing drawing(kSignatureWidth, kSignatureHeight, Rgb(0xFFFFFF));
+std::vector<std::uint8_t> SignaturePng(const std::vector<device::PenPoint>& points) {
+  const Drawing drawing(device::kSignatureWidth, device::kSignatureHeight, Rgb(0xFFFFFF));
   drawing.SetColour(Rgb(0x000000));
   cairo_set_line_cap(drawing.Context(), CAIRO_LINE_CAP_ROUND);
   std::size_t start = 0;
@@ -75,4 +75,4 @@ std::vector<std::uint8_t> SignaturePng(const std::vector<PenPoint>& points) {
   return drawing.Png();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

@@ -7,9 +7,9 @@
 
 #include "device/screens/pen.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::picture {
 
 // A PNG of the signing area, black on white.
-[[nodiscard]] std::vector<std::uint8_t> SignaturePng(const std::vector<PenPoint>& points);
+[[nodiscard]] std::vector<std::uint8_t> SignaturePng(const std::vector<device::PenPoint>& points);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::picture

@@ -6,7 +6,7 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 namespace {
 
 bool IsEntryControl(std::uint8_t byte) {
@@ -232,4 +232,4 @@ void CommandReader::Emit(Command::Kind kind) {
   sink_(std::move(command));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

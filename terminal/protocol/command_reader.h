@@ -34,7 +34,7 @@
 #include "base/types.h"
 #include "protocol/transfer_packet.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 // A command as it came, its marks included. Secret, because it may load a key.
 struct Command {
@@ -113,4 +113,4 @@ class CommandReader {
   std::size_t body_left_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 namespace {
 
 constexpr char kStxChar = '\x02';
@@ -95,4 +95,4 @@ bool IsCommandName(std::string_view name) {
   return std::ranges::find(CommandNames(), name) != CommandNames().end();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 enum class CommandForm : std::uint8_t {
   kText,    // ESC and letters, or a control byte
@@ -202,4 +202,4 @@ struct WordFit {
 [[nodiscard]] std::span<const std::string_view> CommandNames();
 [[nodiscard]] bool IsCommandName(std::string_view name);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

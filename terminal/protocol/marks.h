@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 inline constexpr std::uint8_t kStx = 0x02;
 inline constexpr std::uint8_t kEtx = 0x03;
@@ -19,4 +19,4 @@ inline constexpr std::uint8_t kAccepted = 0xAA;     // answer to a key command
 inline constexpr std::uint8_t kNotAccepted = 0x55;  // the same, refused
 inline constexpr std::uint8_t kRefusalMark = 'U';   // STX 'U' ETX refuses anything else
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 namespace {
 
 constexpr std::size_t kMaxDigits = 6;
@@ -48,4 +48,4 @@ std::optional<Match> MatchPattern(std::string_view pattern, std::string_view com
   return match;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

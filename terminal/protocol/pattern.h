@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 struct Match {
   std::vector<int> numbers;  // what %d and %1 stood for, in order
@@ -19,4 +19,4 @@ struct Match {
 
 [[nodiscard]] std::optional<Match> MatchPattern(std::string_view pattern, std::string_view command);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -7,7 +7,7 @@
 #include "protocol/marks.h"
 #include "protocol/split_form.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 namespace {
 
 constexpr std::size_t kLengthBytes = 2;
@@ -52,4 +52,4 @@ Bytes MakeAnswerFrame(std::uint16_t status, std::span<const std::uint8_t> data) 
   return frame;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -14,7 +14,7 @@
 #include "base/secret.h"
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 // The body; nothing when marks, nibbles, length or LRC are not right.
 [[nodiscard]] std::optional<SecretBytes> ReadFrame(std::span<const std::uint8_t> frame);
@@ -22,4 +22,4 @@ namespace gwq::terminal {
 // At most 65533 bytes of data, as the length has two bytes and counts the status word.
 [[nodiscard]] Bytes MakeAnswerFrame(std::uint16_t status, std::span<const std::uint8_t> data);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "protocol/split_form.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 namespace {
 
 constexpr std::uint8_t kFirst = 0x30;
@@ -31,4 +31,4 @@ std::optional<SecretBytes> MergeSplit(std::span<const std::uint8_t> characters) 
   return bytes;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -10,11 +10,11 @@
 #include "base/secret.h"
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 void AppendSplit(Bytes& out, std::span<const std::uint8_t> bytes);
 
 // Nothing when the count is odd or a character is no nibble.
 [[nodiscard]] std::optional<SecretBytes> MergeSplit(std::span<const std::uint8_t> characters);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -5,7 +5,7 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 PacketHeader ReadPacketHeader(std::span<const std::uint8_t, kPacketHeaderSize> bytes) {
   const std::size_t length = (std::size_t{bytes[3]} << 16) | (std::size_t{bytes[4]} << 8) | bytes[5];
@@ -35,4 +35,4 @@ Bytes MakePacket(PacketType type, std::span<const std::uint8_t> payload) {
   return packet;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -13,7 +13,7 @@
 
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::protocol {
 
 inline constexpr std::size_t kPacketHeaderSize = 6;
 // USB carries packets in zero-padded reports of this size.
@@ -36,4 +36,4 @@ void WritePacketHeader(const PacketHeader& header, std::span<std::uint8_t, kPack
 
 [[nodiscard]] Bytes MakePacket(PacketType type, std::span<const std::uint8_t> payload);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::protocol

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::uint32_t kSectionHeader = 0x0A0D0D0A;
@@ -173,4 +173,4 @@ void ReadCapture(std::span<const std::uint8_t> file, const PacketVisitor& visit)
   ReadPcap(file, visit);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -10,7 +10,7 @@
 
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // Numbers at the front of bytes that may end too early or hold anything.
 class ByteReader {
@@ -51,4 +51,4 @@ using PacketVisitor = std::function<void(const CapturedPacket&)>;
 // Throws std::runtime_error with what is wrong with the file, and where.
 void ReadCapture(std::span<const std::uint8_t> file, const PacketVisitor& visit);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

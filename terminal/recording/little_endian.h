@@ -9,7 +9,7 @@
 
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 template <std::integral T>
 void AppendLittle(Bytes& out, T value) {
@@ -18,4 +18,4 @@ void AppendLittle(Bytes& out, T value) {
     out.push_back(static_cast<std::uint8_t>(std::uint64_t{bits} >> 8 * i));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

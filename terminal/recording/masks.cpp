@@ -5,7 +5,7 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::size_t kPacketHeaderEnd = 4;  // check byte and length, behind STX and type
@@ -23,15 +23,15 @@ bool IsPacketType(std::uint8_t byte) {
 }
 
 bool BeginsCommand(std::uint8_t byte) {
-  return byte == kStx || (byte >= kEntryMode1 && byte <= kEntryEnd);
+  return byte == protocol::kStx || (byte >= protocol::kEntryMode1 && byte <= protocol::kEntryEnd);
 }
 
 // A packet that is shorter than it says must not hide the commands behind it.
 bool BeginsCommand(std::span<const std::uint8_t> bytes) {
   if (bytes.size() < 3) return false;
-  if (bytes[0] == kStx) return IsNibble(bytes[1]) && IsNibble(bytes[2]);
-  if (bytes[0] == kEntryMode0 || bytes[0] == kEntryMode1) return bytes[1] == 0;
-  if (bytes[0] != kEsc) return false;
+  if (bytes[0] == protocol::kStx) return IsNibble(bytes[1]) && IsNibble(bytes[2]);
+  if (bytes[0] == protocol::kEntryMode0 || bytes[0] == protocol::kEntryMode1) return bytes[1] == 0;
+  if (bytes[0] != protocol::kEsc) return false;
   if (bytes[1] == '[') return IsDigit(bytes[2]);
   return std::string_view("MSIFAR1").find(static_cast<char>(bytes[1])) != std::string_view::npos;
 }
@@ -74,8 +74,8 @@ bool HostMask::Take(std::uint8_t byte, AnswerMask& answers) {
     return false;
   }
   if (state_ == State::kPacketHeader) return TakePacketHeader(byte), false;
-  if (byte == kEsc || byte == 0) {
-    state_ = byte == kEsc ? State::kEscape : State::kIdle;
+  if (byte == protocol::kEsc || byte == 0) {
+    state_ = byte == protocol::kEsc ? State::kEscape : State::kIdle;
     return false;
   }
   switch (state_) {
@@ -91,8 +91,8 @@ bool HostMask::Take(std::uint8_t byte, AnswerMask& answers) {
       return TakeFrame(byte, answers);
     case State::kOpen:
     case State::kSecret: {
-      const bool secret = state_ == State::kSecret && byte != kEtx;
-      if (byte == kEtx) state_ = State::kIdle;
+      const bool secret = state_ == State::kSecret && byte != protocol::kEtx;
+      if (byte == protocol::kEtx) state_ = State::kIdle;
       return secret;
     }
     default:
@@ -101,8 +101,8 @@ bool HostMask::Take(std::uint8_t byte, AnswerMask& answers) {
 }
 
 void HostMask::TakeIdle(std::uint8_t byte, AnswerMask& answers) {
-  if (byte == kStx) state_ = State::kStx;
-  if (byte == kEntryMode0 || byte == kEntryMode1) answers.ExpectSecret();
+  if (byte == protocol::kStx) state_ = State::kStx;
+  if (byte == protocol::kEntryMode0 || byte == protocol::kEntryMode1) answers.ExpectSecret();
 }
 
 void HostMask::TakeLetter(std::uint8_t byte, AnswerMask& answers) {
@@ -110,11 +110,11 @@ void HostMask::TakeLetter(std::uint8_t byte, AnswerMask& answers) {
   count_ = 0;
   state_ = State::kWord;
   if (byte == '[') return;
-  const auto rows = LetterRows(static_cast<char>(byte));
+  const auto rows = protocol::LetterRows(static_cast<char>(byte));
   state_ = rows.empty() ? State::kSecretLine : State::kLine;
-  for (const CommandRow* row : rows) {
-    if (row->carried == Carried::kSecret) state_ = State::kSecretLine;
-    if (row->carried == Carried::kSecretText) state_ = State::kAccount;
+  for (const protocol::CommandRow* row : rows) {
+    if (row->carried == protocol::Carried::kSecret) state_ = State::kSecretLine;
+    if (row->carried == protocol::Carried::kSecretText) state_ = State::kAccount;
     answers.Asked(*row);
   }
 }
@@ -123,14 +123,14 @@ bool HostMask::TakeLine(std::uint8_t byte, AnswerMask& answers) {
   const bool secret = state_ == State::kSecretLine || (state_ == State::kAccount && ++count_ > 2);
   if (byte == '\n') state_ = State::kIdle;
   if (state_ == State::kLine) TakeIdle(byte, answers);
-  return secret && byte != kCr && byte != '\n';
+  return secret && byte != protocol::kCr && byte != '\n';
 }
 
 // On a serial line the next command may follow a word that is whole.
 bool HostMask::TakeWord(std::uint8_t byte, AnswerMask& answers) {
-  const WordFit fit = FitWord(word_);
-  if (byte == kStx && fit.with_data != nullptr) {
-    state_ = fit.with_data->carried == Carried::kOpen ? State::kOpen : State::kSecret;
+  const protocol::WordFit fit = protocol::FitWord(word_);
+  if (byte == protocol::kStx && fit.with_data != nullptr) {
+    state_ = fit.with_data->carried == protocol::Carried::kOpen ? State::kOpen : State::kSecret;
     answers.Asked(*fit.with_data);
     return false;
   }
@@ -139,7 +139,7 @@ bool HostMask::TakeWord(std::uint8_t byte, AnswerMask& answers) {
     return TakeIdle(byte, answers), false;
   }
   word_ += static_cast<char>(byte);
-  if (FitWord(word_).known) return false;
+  if (protocol::FitWord(word_).known) return false;
   state_ = State::kSecret;
   return true;
 }
@@ -161,7 +161,7 @@ bool HostMask::TakeAfterStx(std::uint8_t byte) {
 }
 
 bool HostMask::TakeFrame(std::uint8_t byte, AnswerMask& answers) {
-  if (byte == kEtx) {
+  if (byte == protocol::kEtx) {
     state_ = State::kIdle;
     return false;
   }
@@ -172,9 +172,9 @@ bool HostMask::TakeFrame(std::uint8_t byte, AnswerMask& answers) {
   value_ = (value_ << 4 | (byte & 0x0F)) & 0xFFFF;
   if (++count_ < kFrameHead) return false;
   const auto code = static_cast<unsigned>(value_);
-  const CommandRow* const row = FrameRow(code);
+  const protocol::CommandRow* const row = protocol::FrameRow(code);
   answers.FrameAsked(row);
-  state_ = row != nullptr && row->carried == Carried::kOpen ? State::kOpen : State::kSecret;
+  state_ = row != nullptr && row->carried == protocol::Carried::kOpen ? State::kOpen : State::kSecret;
   return false;
 }
 
@@ -186,12 +186,12 @@ void HostMask::TakePacketHeader(std::uint8_t byte) {
 
 // ---- The terminal's side
 
-void AnswerMask::Asked(const CommandRow& row) {
-  if (row.answer == AnswerKind::kPin) secret_asked_ = true;
-  if (row.answer == AnswerKind::kNumber) number_asked_ = true;
+void AnswerMask::Asked(const protocol::CommandRow& row) {
+  if (row.answer == protocol::AnswerKind::kPin) secret_asked_ = true;
+  if (row.answer == protocol::AnswerKind::kNumber) number_asked_ = true;
 }
 
-void AnswerMask::FrameAsked(const CommandRow* row) {
+void AnswerMask::FrameAsked(const protocol::CommandRow* row) {
   frame_asked_ = row;
   if (row != nullptr) Asked(*row);
 }
@@ -210,12 +210,12 @@ bool AnswerMask::Take(std::span<const std::uint8_t> rest) {
     case State::kStx:
       return TakeAfterStx(rest);
     case State::kOpen:
-      if (byte == kEtx || byte == 0) state_ = State::kStart;
+      if (byte == protocol::kEtx || byte == 0) state_ = State::kStart;
       return false;
     case State::kSecret:
-      return TakeSecret(byte, kEtx);
+      return TakeSecret(byte, protocol::kEtx);
     case State::kPin:
-      return TakeSecret(byte, kCr);
+      return TakeSecret(byte, protocol::kCr);
     case State::kNumber:
       return TakeNumber(byte);
     case State::kFrame:
@@ -230,8 +230,10 @@ bool AnswerMask::Take(std::span<const std::uint8_t> rest) {
 }
 
 bool AnswerMask::Begin(std::uint8_t byte) {
-  if (byte == 0 || byte == kAccepted || byte == kNotAccepted || byte == 1 || byte == kEtx) return false;
-  if (byte == kStx) {
+  if (byte == 0 || byte == protocol::kAccepted || byte == protocol::kNotAccepted || byte == 1 ||
+      byte == protocol::kEtx)
+    return false;
+  if (byte == protocol::kStx) {
     state_ = State::kStx;
     return false;
   }
@@ -256,7 +258,7 @@ bool AnswerMask::TakeAfterStx(std::span<const std::uint8_t> rest) {
   state_ = byte == 0 ? State::kStart : State::kOpen;
   if (!IsNibble(byte)) return false;
   const auto end = std::find_if_not(rest.begin(), rest.end(), IsNibble);
-  const bool split = end == rest.end() || *end == kEtx || *end == 0;
+  const bool split = end == rest.end() || *end == protocol::kEtx || *end == 0;
   if (split && byte == '0') {
     state_ = State::kFrame;
     return TakeFrame(byte);
@@ -266,7 +268,7 @@ bool AnswerMask::TakeAfterStx(std::span<const std::uint8_t> rest) {
 }
 
 bool AnswerMask::TakeSecret(std::uint8_t byte, std::uint8_t end) {
-  const bool over = byte == end || byte == kEtx || byte == 0;
+  const bool over = byte == end || byte == protocol::kEtx || byte == 0;
   if (over) {
     state_ = State::kStart;
     secret_asked_ = false;
@@ -284,7 +286,7 @@ bool AnswerMask::TakeNumber(std::uint8_t byte) {
 
 bool AnswerMask::TakeFrame(std::uint8_t byte) {
   if (!IsNibble(byte)) {
-    state_ = byte == kEtx || byte == 0 ? State::kStart : State::kSecret;
+    state_ = byte == protocol::kEtx || byte == 0 ? State::kStart : State::kSecret;
     return state_ == State::kSecret;
   }
   if (++count_ <= kFrameHead / 2) value_ = value_ << 4 | (byte & 0x0F);
@@ -296,7 +298,7 @@ bool AnswerMask::TakeFrame(std::uint8_t byte) {
 bool AnswerMask::IsSecretData(std::size_t size) const {
   const std::size_t data = size - std::min<std::size_t>(size, 2);
   if (data <= 1 || data >= kMinPublicKey) return false;
-  return frame_asked_ != &Row("get device id") || data == 8 || data == 16;
+  return frame_asked_ != &protocol::Row("get device id") || data == 8 || data == 16;
 }
 
 void AnswerMask::TakePacketHeader(std::uint8_t byte) {
@@ -305,4 +307,4 @@ void AnswerMask::TakePacketHeader(std::uint8_t byte) {
   state_ = value_ == 0 ? State::kStart : State::kPacketBody;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

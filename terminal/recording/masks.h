@@ -22,7 +22,7 @@
 #include "protocol/commands.h"
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // The terminal's side. What the host asks for helps to understand it.
 class AnswerMask {
@@ -32,8 +32,8 @@ class AnswerMask {
   // The host has spoken: an answer that was not read to its end will not go on.
   void HostSpoke() { state_ = State::kStart; }
   void ExpectSecret() { secret_asked_ = true; }
-  void Asked(const CommandRow& row);
-  void FrameAsked(const CommandRow* row);  // null: an unknown one
+  void Asked(const protocol::CommandRow& row);
+  void FrameAsked(const protocol::CommandRow* row);  // null: an unknown one
 
  private:
   enum class State { kStart, kStx, kOpen, kSecret, kPin, kNumber, kFrame, kPacketHeader, kPacketBody };
@@ -50,7 +50,7 @@ class AnswerMask {
   bool secret_asked_ = false;
   bool number_asked_ = false;
   bool hides_digits_ = false;
-  const CommandRow* frame_asked_ = nullptr;
+  const protocol::CommandRow* frame_asked_ = nullptr;
   std::size_t count_ = 0;
   std::size_t value_ = 0;
 };
@@ -101,4 +101,4 @@ class LineMask {
   AnswerMask answers_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

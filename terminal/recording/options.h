@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 struct RecordOptions {
   std::string file;      // empty: nothing is recorded
@@ -32,4 +32,4 @@ struct ReplayOptions {
   std::optional<BusAddress> device;  // which of a capture; nothing: found by what it says
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -6,7 +6,7 @@
 #include "recording/usbmon.h"
 #include "recording/writer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::uint32_t kSectionHeader = 0x0A0D0D0A;
@@ -154,4 +154,4 @@ void PcapngWriter::WritePacket(std::uint32_t interface, std::int64_t time_us, co
   file_.Append(Block(kEnhancedPacket, body));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

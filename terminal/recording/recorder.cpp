@@ -6,7 +6,7 @@
 
 #include "base/secret.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::size_t kSetup = 8;
@@ -131,4 +131,4 @@ void Recorder::Serial(bool to_host, std::span<const std::uint8_t> bytes) {
   writer_->End(transfer, 0);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

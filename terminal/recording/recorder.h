@@ -13,7 +13,7 @@
 #include "recording/recording_file.h"
 #include "recording/writer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // The members may be called on any thread.
 class Recorder {
@@ -71,4 +71,4 @@ class Recorder {
   std::uint64_t last_id_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

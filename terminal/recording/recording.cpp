@@ -11,7 +11,7 @@
 #include "recording/usb_capture.h"
 #include "recording/usbmon.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::size_t kMaxFileSize = std::size_t{1} << 30;
@@ -122,4 +122,4 @@ Recording LoadRecording(const std::string& path, const std::optional<BusAddress>
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

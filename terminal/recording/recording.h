@@ -11,7 +11,7 @@
 #include "recording/options.h"
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 struct Recording {
   struct Identity {
@@ -33,4 +33,4 @@ struct Recording {
                                        const std::optional<BusAddress>& device = {});
 [[nodiscard]] Recording LoadRecording(const std::string& path, const std::optional<BusAddress>& device = {});
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -11,7 +11,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 RecordingFile::RecordingFile(const std::string& path)
     : path_(path), fd_(Checked(open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0600), path)) {
@@ -39,4 +39,4 @@ void RecordingFile::GiveUp(const std::string& reason) {
   fd_.Reset();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -10,7 +10,7 @@
 
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 class RecordingFile {
  public:
@@ -28,4 +28,4 @@ class RecordingFile {
   off_t size_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

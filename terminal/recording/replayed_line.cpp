@@ -7,7 +7,7 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::size_t kShown = 16;
@@ -49,10 +49,10 @@ std::uint8_t FromNibbles(const Bytes& bytes, std::size_t at) {
 // Gives a PIN-pad frame the check byte (LRC) that its body asks for.
 void CorrectFrame(Bytes& bytes) {
   constexpr std::size_t kBody = 5;  // behind STX and the length
-  if (bytes.size() < kBody || bytes[0] != kStx || bytes[1] != '0') return;
+  if (bytes.size() < kBody || bytes[0] != protocol::kStx || bytes[1] != '0') return;
   const std::size_t length = std::size_t{FromNibbles(bytes, 1)} << 8 | FromNibbles(bytes, 3);
   const std::size_t check = kBody + 2 * length;
-  if (check + 2 >= bytes.size() || bytes[check + 2] != kEtx) return;
+  if (check + 2 >= bytes.size() || bytes[check + 2] != protocol::kEtx) return;
   std::uint8_t lrc = 0;
   for (std::size_t at = kBody; at < check; at += 2) lrc ^= FromNibbles(bytes, at);
   bytes[check] = static_cast<std::uint8_t>('0' + (lrc >> 4));
@@ -63,10 +63,10 @@ void CorrectFrame(Bytes& bytes) {
 // the answer is, and behind the mark of a PIN block.
 void FillMasks(WireTransfer& answer) {
   Bytes& data = answer.data;
-  const bool framed = data.size() > 1 && data[0] == kStx && data[1] == '0';
+  const bool framed = data.size() > 1 && data[0] == protocol::kStx && data[1] == '0';
   for (const MaskedSpan& span : answer.masks) {
     for (std::size_t i = 0; i < span.size; ++i) data[span.offset + i] = framed && i % 2 == 0 ? '3' : '0';
-    const bool block = data[0] == kStx && span.offset == 1;
+    const bool block = data[0] == protocol::kStx && span.offset == 1;
     if (block) data[1] = '1';
   }
   if (!answer.masks.empty()) CorrectFrame(data);
@@ -191,4 +191,4 @@ bool ReplayedLine::Finish() {
   return all;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

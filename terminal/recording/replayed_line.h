@@ -15,7 +15,7 @@
 #include "recording/masks.h"
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // The host's bytes are compared with the recorded ones as one stream: how they are cut into transfers may
 // differ. An answer comes as long after what stands before it as it did then; a host that goes on before that
@@ -66,4 +66,4 @@ class ReplayedLine final : public Endpoint {
   bool over_ = false;  // there was a difference
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

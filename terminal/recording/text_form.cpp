@@ -8,7 +8,7 @@
 
 #include "base/hex.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::size_t kMinRun = 4;
@@ -210,4 +210,4 @@ WireTransfer ParseLine(std::string_view line) {
   return transfer;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -18,7 +18,7 @@
 
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 inline constexpr std::string_view kTextHead = "# gwq-terminal recording 1";
 // A longer transfer than hosts make.
@@ -32,4 +32,4 @@ inline constexpr std::size_t kMaxTransferSize = std::size_t{1} << 20;
 // Throws std::runtime_error with what is wrong with it.
 [[nodiscard]] WireTransfer ParseLine(std::string_view line);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

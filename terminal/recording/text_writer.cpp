@@ -4,7 +4,7 @@
 #include "recording/text_form.h"
 #include "recording/writer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 std::span<const std::uint8_t> AsBytes(const std::string& text) {
@@ -29,4 +29,4 @@ bool IsTextName(const std::string& path) {
   return path.ends_with(".txt");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -10,7 +10,7 @@
 
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 enum class Wire { kUsb, kSerial };
 
@@ -57,4 +57,4 @@ inline Masks CutMasks(const Masks& masks, std::size_t size) {
   return cut;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

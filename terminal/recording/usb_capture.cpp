@@ -10,7 +10,7 @@
 #include "recording/usbmon.h"
 #include "usb_ids.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 namespace {
 
 constexpr std::uint32_t kReportSize = 1024;
@@ -215,4 +215,4 @@ void UsbCapture::Extract(const std::optional<BusAddress>& device, Recording& rec
   for (auto& [place, transfer] : in_order) recording.transfers.push_back(std::move(transfer));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

@@ -14,7 +14,7 @@
 #include "recording/options.h"
 #include "recording/recording.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // Throws std::runtime_error when the masks do not lie in `size` bytes.
 [[nodiscard]] Masks ParseMaskComment(std::string_view comment, std::size_t size);
@@ -57,4 +57,4 @@ class UsbCapture {
   std::vector<Event> events_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

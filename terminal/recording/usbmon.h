@@ -14,7 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 inline constexpr std::uint16_t kLinkTypeUser0 = 147;
 inline constexpr std::uint16_t kLinkTypeUsbmon = 189;
@@ -32,4 +32,4 @@ inline constexpr std::uint8_t kRecordedDevice = 5;
 // What begins a comment that tells a packet's masks: "masked 17+48 80+2", offset and size in the data.
 inline constexpr const char* kMaskComment = "masked";
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

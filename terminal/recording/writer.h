@@ -9,7 +9,7 @@
 #include "recording/recording_file.h"
 #include "recording/transfer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::recording {
 
 // Times are microseconds since the epoch.
 class Writer {
@@ -57,4 +57,4 @@ class TextWriter final : public Writer {
 // The text form when the name ends in ".txt".
 [[nodiscard]] bool IsTextName(const std::string& path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::recording

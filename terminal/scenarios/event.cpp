@@ -5,7 +5,7 @@
 
 #include "base/json_script.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 void AddLine(std::string& text, const std::string& line) {
@@ -36,12 +36,12 @@ History ReadHistory(const std::string& path) {
   return history;
 }
 
-std::string TextOn(const Screen& screen) {
+std::string TextOn(const device::Screen& screen) {
   std::string text;
   for (const std::string* part : {&screen.title, &screen.text, &screen.second_text, &screen.voice})
     AddLine(text, *part);
   for (const std::string& document : screen.documents) AddLine(text, document);
-  for (const ScreenKey& key : screen.keys) AddLine(text, key.label);
+  for (const device::ScreenKey& key : screen.keys) AddLine(text, key.label);
   if (screen.teller) {
     AddLine(text, screen.teller->name);
     AddLine(text, screen.teller->number);
@@ -49,4 +49,4 @@ std::string TextOn(const Screen& screen) {
   return text;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

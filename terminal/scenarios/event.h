@@ -11,7 +11,7 @@
 #include "device/screens/screen.h"
 #include "device/trace.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 struct Event {
   enum class Kind {
@@ -40,6 +40,6 @@ using History = std::vector<Event>;
 [[nodiscard]] History ReadHistory(const std::string& path);
 
 // All that a customer can read on it, a line for each text.
-[[nodiscard]] std::string TextOn(const Screen& screen);
+[[nodiscard]] std::string TextOn(const device::Screen& screen);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

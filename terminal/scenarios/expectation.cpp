@@ -9,7 +9,7 @@
 #include "device/screens/screen.h"
 #include "protocol/commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 using Kind = Event::Kind;
@@ -29,13 +29,15 @@ constexpr const char* kLastScreen = "last_screen";
 
 std::string ReadScreenKind(const Json& value) {
   std::string name = value.is_string() ? value.get<std::string>() : value.dump();
-  if (!ScreenKindNamed(name)) FailAt(value, Quoted(name) + " is no kind of screen " + KnownScreens());
+  if (!device::ScreenKindNamed(name))
+    FailAt(value, Quoted(name) + " is no kind of screen " + customer::KnownScreens());
   return name;
 }
 
 std::string ReadCommandName(const Json& value) {
   std::string name = value.is_string() ? value.get<std::string>() : value.dump();
-  if (!IsCommandName(name)) FailAt(value, Quoted(name) + " is no command (docs/scenarios.md lists them)");
+  if (!protocol::IsCommandName(name))
+    FailAt(value, Quoted(name) + " is no command (docs/scenarios.md lists them)");
   return name;
 }
 
@@ -328,4 +330,4 @@ std::optional<Failure> Judge(const Expectation& expectation, const Run& run) {
   return std::visit([&run](const auto& one) { return JudgeOne(one, run); }, expectation);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

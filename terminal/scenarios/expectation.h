@@ -26,7 +26,7 @@
 #include "base/json_script.h"
 #include "scenarios/event.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 // All that can be known of a run.
 struct Run {
@@ -84,4 +84,4 @@ struct Failure {
 // Nothing when it is as expected.
 [[nodiscard]] std::optional<Failure> Judge(const Expectation& expectation, const Run& run);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

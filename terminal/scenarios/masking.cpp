@@ -6,7 +6,7 @@
 
 #include "customer/agreeable.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 constexpr std::size_t kMinKey = 16;  // digits
@@ -37,7 +37,7 @@ std::string AsUtf8(const std::string& text) {
 
 // Whatever else a script is, its parser says.
 std::set<std::string> SecretsOf(const Json& customer) {
-  std::set<std::string> secrets{AgreeableCustomer::kPin};
+  std::set<std::string> secrets{customer::AgreeableCustomer::kPin};
   const Json flat = customer.flatten();
   for (const auto& leaf : flat.items()) {
     const std::string& path = leaf.key();
@@ -63,4 +63,4 @@ std::string Masked(const std::string& text, const std::set<std::string>& secrets
   return AsUtf8(masked);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

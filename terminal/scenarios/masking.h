@@ -7,7 +7,7 @@
 
 #include "base/json_script.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 // The PINs and numbers of four digits or more that a customer keys, the agreeable one's PIN too.
 [[nodiscard]] std::set<std::string> SecretsOf(const Json& customer);
@@ -17,4 +17,4 @@ namespace gwq::terminal {
 // the replacement character.
 [[nodiscard]] std::string Masked(const std::string& text, const std::set<std::string>& secrets);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <sstream>
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 constexpr const char* kIndent = "    ";
@@ -109,4 +109,4 @@ std::string JunitText(const std::vector<ScenarioResult>& results) {
          "  <testsuite name=\"gwq-terminal check\" " + counts + cases + "  </testsuite>\n</testsuites>\n";
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

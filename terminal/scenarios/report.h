@@ -8,7 +8,7 @@
 
 #include "scenarios/expectation.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 // All texts are free of secrets, and printable (masking.h).
 struct ScenarioResult {
@@ -27,4 +27,4 @@ struct ScenarioResult {
 // In the layout that build servers know from JUnit.
 [[nodiscard]] std::string JunitText(const std::vector<ScenarioResult>& results);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

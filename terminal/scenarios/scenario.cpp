@@ -13,7 +13,7 @@
 #include "scenarios/masking.h"
 #include "store/safe_path.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 using Action = ScriptedEvent::Action;
@@ -41,7 +41,8 @@ std::string ContentOf(const Json& json, const std::string& directory) {
 InitialFile ReadInitialFile(const Json& json, const std::string& directory) {
   CheckMembers(json, {"path", "text", "size", "from"});
   InitialFile file{ReadText(json, "path"), ContentOf(json, directory)};
-  if (!StepsOf(file.path)) Fail(Quoted(file.path) + " is no path on the terminal, such as \"/tmp/a.pdf\"");
+  if (!store::StepsOf(file.path))
+    Fail(Quoted(file.path) + " is no path on the terminal, such as \"/tmp/a.pdf\"");
   return file;
 }
 
@@ -95,11 +96,11 @@ Trigger ReadTrigger(const Json& json) {
   Trigger trigger;
   trigger.name = ReadText(json, "when");
   if (CutFront(trigger.name, "screen ")) {
-    if (!ScreenKindNamed(trigger.name))
-      FailAt(json.at("when"), Quoted(trigger.name) + " is no kind of screen " + KnownScreens());
+    if (!device::ScreenKindNamed(trigger.name))
+      FailAt(json.at("when"), Quoted(trigger.name) + " is no kind of screen " + customer::KnownScreens());
     trigger.kind = Kind::kScreen;
   } else if (CutFront(trigger.name, "command ")) {
-    if (!IsCommandName(trigger.name))
+    if (!protocol::IsCommandName(trigger.name))
       Fail(Quoted(trigger.name) + " is no command (docs/scenarios.md lists them)");
     trigger.kind = Kind::kCommand;
   } else if (CutFront(trigger.name, "PIN asked")) {
@@ -141,15 +142,15 @@ ScriptedEvent ReadEvent(const Json& json) {
 
 Json ReadCustomerScript(const Json& json) {
   const Json& customer = ReadObject(json, "customer");
-  static_cast<void>(ReadCustomer(customer));
+  static_cast<void>(customer::ReadCustomer(customer));
   return customer;
 }
 
-FaultRates ReadHostile(const Json& json) {
+faults::FaultRates ReadHostile(const Json& json) {
   const std::string rates = ReadText(json, "hostile");
   if (rates.find("seed=") == std::string::npos)
     Fail("\"hostile\" needs a seed, such as \"seed=7\", so that each run is the same");
-  return ParseRates(rates);
+  return faults::ParseRates(rates);
 }
 
 std::string ReadName(const Json& json) {
@@ -160,10 +161,10 @@ std::string ReadName(const Json& json) {
   return name;
 }
 
-FaultScript ReadFaultScript(const Json& json) {
-  FaultScript faults;
+faults::FaultScript ReadFaultScript(const Json& json) {
+  faults::FaultScript faults;
   if (json.contains("faults"))
-    faults = In(json.at("faults"), "faults", [&] { return ReadFaults(ReadObject(json, "faults")); });
+    faults = In(json.at("faults"), "faults", [&] { return faults::ReadFaults(ReadObject(json, "faults")); });
   if (!json.contains("terminal") || !json.at("terminal").contains("storage_limit")) return faults;
   if (faults.storage_limit) Fail("\"storage_limit\" stands in \"terminal\" and in \"faults\"");
   faults.storage_limit = In(json.at("terminal"), "terminal",
@@ -210,4 +211,4 @@ Scenario LoadScenario(const std::string& path) {
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

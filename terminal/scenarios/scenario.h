@@ -17,7 +17,7 @@
 #include "scenarios/event.h"
 #include "scenarios/expectation.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 // A file that is there from the start.
 struct InitialFile {
@@ -29,7 +29,7 @@ struct ScriptedTerminal {
   std::optional<std::string> usb_identity;  // VENDOR:PRODUCT; nothing: the usual one
   bool has_usb = true;
   std::optional<int> serial_port;
-  Settings settings;  // version, build date, TZG
+  device::Settings settings;  // version, build date, TZG
   std::string keys_dir;
   std::vector<InitialFile> files;
 };
@@ -55,8 +55,8 @@ struct Scenario {
   std::optional<std::chrono::seconds> time_limit;
   ScriptedTerminal terminal;
   Json customer;  // null: the agreeable one
-  FaultScript faults;
-  std::optional<FaultRates> hostile;
+  faults::FaultScript faults;
+  std::optional<faults::FaultRates> hostile;
   std::vector<ScriptedEvent> events;
   std::vector<Expectation> expectations;
   std::set<std::string> secrets;  // not to be shown
@@ -69,4 +69,4 @@ struct Scenario {
 // The same from a file, which the message names.
 [[nodiscard]] Scenario LoadScenario(const std::string& path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

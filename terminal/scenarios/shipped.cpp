@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 namespace fs = std::filesystem;
@@ -44,4 +44,4 @@ std::string FindScenario(const std::string& name_or_path) {
                            "\" (gwq-terminal check --list lists them; a file is named by its path)");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 // Their files, in the order of their names.
 [[nodiscard]] std::vector<std::string> ShippedScenarios();
@@ -14,4 +14,4 @@ namespace gwq::terminal {
 // std::runtime_error when there is none.
 [[nodiscard]] std::string FindScenario(const std::string& name_or_path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

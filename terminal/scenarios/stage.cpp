@@ -12,15 +12,15 @@
 #include "customer/agreeable.h"
 #include "customer/scripted.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 namespace {
 
 using Kind = Event::Kind;
 using Action = ScriptedEvent::Action;
 
-std::unique_ptr<Customer> ScriptedOrAgreeable(const Json& script) {
-  if (script.is_null()) return std::make_unique<AgreeableCustomer>();
-  return ReadCustomer(script);
+std::unique_ptr<device::Customer> ScriptedOrAgreeable(const Json& script) {
+  if (script.is_null()) return std::make_unique<customer::AgreeableCustomer>();
+  return customer::ReadCustomer(script);
 }
 
 bool Sets(const Trigger& trigger, const Event& occurred) {
@@ -30,66 +30,70 @@ bool Sets(const Trigger& trigger, const Event& occurred) {
 }  // namespace
 
 // The customer of the script, until they walk away.
-class Stage::Watcher final : public Customer {
+class Stage::Watcher final : public device::Customer {
  public:
-  Watcher(Stage& stage, std::unique_ptr<Customer> customer) : stage_(stage), customer_(std::move(customer)) {}
+  Watcher(Stage& stage, std::unique_ptr<device::Customer> customer)
+      : stage_(stage), customer_(std::move(customer)) {}
 
-  PinAction KeyPin(const PinRequest& request) override {
+  device::PinAction KeyPin(const device::PinRequest& request) override {
     stage_.Note({Kind::kPinAsked, {}, {}, 0, {}});
-    return stage_.away_ ? PinAction{PinAction::Kind::kWalkAway, {}, {}} : customer_->KeyPin(request);
+    return stage_.away_ ? device::PinAction{device::PinAction::Kind::kWalkAway, {}, {}}
+                        : customer_->KeyPin(request);
   }
-  NumberAction KeyNumber(const NumberRequest& request) override {
-    return stage_.away_ ? NumberAction{PinAction::Kind::kWalkAway, {}, {}} : customer_->KeyNumber(request);
+  device::NumberAction KeyNumber(const device::NumberRequest& request) override {
+    return stage_.away_ ? device::NumberAction{device::PinAction::Kind::kWalkAway, {}, {}}
+                        : customer_->KeyNumber(request);
   }
-  ScreenAction Respond(const Screen& screen) override {
-    return stage_.away_ ? ScreenAction{} : customer_->Respond(screen);
+  device::ScreenAction Respond(const device::Screen& screen) override {
+    return stage_.away_ ? device::ScreenAction{} : customer_->Respond(screen);
   }
-  void See(const Screen& screen) override {
+  void See(const device::Screen& screen) override {
     stage_.Note({Kind::kScreen, std::string(NameOf(screen.kind)), TextOn(screen), 0, {}});
   }
 
  private:
   Stage& stage_;
-  std::unique_ptr<Customer> customer_;
+  std::unique_ptr<device::Customer> customer_;
 };
 
 // Another's files, with what is stored there noted.
-class Stage::Files final : public FileSystem {
+class Stage::Files final : public device::FileSystem {
  public:
-  Files(Stage& stage, FileSystem& files) : stage_(stage), files_(files) {}
+  Files(Stage& stage, device::FileSystem& files) : stage_(stage), files_(files) {}
 
-  std::unique_ptr<FileReader> Open(const std::string& path) override { return files_.Open(path); }
-  FileResult Remove(const std::string& path) override { return files_.Remove(path); }
+  std::unique_ptr<device::FileReader> Open(const std::string& path) override { return files_.Open(path); }
+  device::FileResult Remove(const std::string& path) override { return files_.Remove(path); }
   std::vector<std::string> List(const std::string& directory) override { return files_.List(directory); }
-  std::unique_ptr<FileWriter> Create() override {
+  std::unique_ptr<device::FileWriter> Create() override {
     auto writer = files_.Create();
     if (!writer) return nullptr;
     return std::make_unique<Writer>(stage_, std::move(writer));
   }
 
  private:
-  class Writer final : public FileWriter {
+  class Writer final : public device::FileWriter {
    public:
-    Writer(Stage& stage, std::unique_ptr<FileWriter> writer) : stage_(stage), writer_(std::move(writer)) {}
+    Writer(Stage& stage, std::unique_ptr<device::FileWriter> writer)
+        : stage_(stage), writer_(std::move(writer)) {}
 
     bool Append(std::span<const std::uint8_t> bytes) override {
       size_ += bytes.size();
       return writer_->Append(bytes);
     }
-    FileResult StoreAs(const std::string& path) override {
-      const FileResult result = writer_->StoreAs(path);
-      if (result == FileResult::kDone) stage_.Note({Kind::kStored, path, {}, size_, {}});
+    device::FileResult StoreAs(const std::string& path) override {
+      const device::FileResult result = writer_->StoreAs(path);
+      if (result == device::FileResult::kDone) stage_.Note({Kind::kStored, path, {}, size_, {}});
       return result;
     }
 
    private:
     Stage& stage_;
-    std::unique_ptr<FileWriter> writer_;
+    std::unique_ptr<device::FileWriter> writer_;
     std::uint64_t size_ = 0;
   };
 
   Stage& stage_;
-  FileSystem& files_;
+  device::FileSystem& files_;
 };
 
 Stage::Stage(Scenario scenario, const std::string& history_file, std::function<Time()> now,
@@ -106,20 +110,20 @@ Stage::~Stage() {
   close(history_);
 }
 
-std::unique_ptr<Customer> Stage::MakeCustomer() {
+std::unique_ptr<device::Customer> Stage::MakeCustomer() {
   return std::make_unique<Watcher>(*this, ScriptedOrAgreeable(scenario_.customer));
 }
 
-std::unique_ptr<FileSystem> Stage::Watch(FileSystem& files) {
+std::unique_ptr<device::FileSystem> Stage::Watch(device::FileSystem& files) {
   return std::make_unique<Files>(*this, files);
 }
 
-TraceSink Stage::Sink() {
-  return [this](const TraceEvent& event) {
-    if (const auto* const received = std::get_if<CommandReceived>(&event.what))
-      Note({Kind::kCommand, std::string(received->command->name), TextOf(event), 0, {}});
-    const auto* const acted = std::get_if<CustomerActed>(&event.what);
-    if (acted != nullptr && acted->kind == CustomerActed::Kind::kKeysPin)
+device::TraceSink Stage::Sink() {
+  return [this](const device::TraceEvent& event) {
+    if (const auto* const received = std::get_if<device::CommandReceived>(&event.what))
+      Note({Kind::kCommand, std::string(received->command->name), device::TextOf(event), 0, {}});
+    const auto* const acted = std::get_if<device::CustomerActed>(&event.what);
+    if (acted != nullptr && acted->kind == device::CustomerActed::Kind::kKeysPin)
       Note({Kind::kPinKeyed, {}, {}, 0, {}});
   };
 }
@@ -202,10 +206,10 @@ void Stage::Do(const ScriptedEvent& event) {
 // going to key.
 void Stage::WalkAway() {
   away_ = true;
-  handlers_.use([](Device& device, Time now) {
-    device.Act(ScreenAction{}, now);
-    device.Press({PadKey::Kind::kClear, '0'}, now);
+  handlers_.use([](device::Device& device, Time now) {
+    device.Act(device::ScreenAction{}, now);
+    device.Press({device::PadKey::Kind::kClear, '0'}, now);
   });
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

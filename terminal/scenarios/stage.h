@@ -18,7 +18,7 @@
 #include "device/screens/customer.h"
 #include "scenarios/scenario.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::scenarios {
 
 class Stage {
  public:
@@ -26,7 +26,7 @@ class Stage {
   struct EventHandlers {
     std::function<void()> unplug;
     std::function<void()> plug;
-    std::function<void(const std::function<void(Device&, Time)>&)> use;  // with each device
+    std::function<void(const std::function<void(device::Device&, Time)>&)> use;  // with each device
   };
 
   // `now` tells the time on any thread; `wake` is called, on any, when NextDeadline has moved.
@@ -38,9 +38,9 @@ class Stage {
   ~Stage();
 
   // For each terminal. What is returned must not outlive the stage.
-  [[nodiscard]] std::unique_ptr<Customer> MakeCustomer();
-  [[nodiscard]] std::unique_ptr<FileSystem> Watch(FileSystem& files);
-  [[nodiscard]] TraceSink Sink();
+  [[nodiscard]] std::unique_ptr<device::Customer> MakeCustomer();
+  [[nodiscard]] std::unique_ptr<device::FileSystem> Watch(device::FileSystem& files);
+  [[nodiscard]] device::TraceSink Sink();
   [[nodiscard]] const Scenario& Script() const { return scenario_; }
   // How late each answer is now, in milliseconds; null when no event makes the line slow.
   [[nodiscard]] const std::atomic<Time::rep>* Slowness() const;
@@ -77,4 +77,4 @@ class Stage {
   std::vector<std::pair<Time, const ScriptedEvent*>> due_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::scenarios

@@ -10,7 +10,7 @@
 #include "base/errors.h"
 #include "recording/recorder.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::serial {
 namespace {
 
 std::string SlavePath(int master) {
@@ -91,4 +91,4 @@ void SerialTerminal::SendSome() {
   unsent_.erase(unsent_.begin(), unsent_.begin() + count);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::serial

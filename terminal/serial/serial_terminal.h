@@ -10,9 +10,11 @@
 #include "base/event_loop.h"
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
-
+namespace gwq::terminal::recording {
 class Recorder;
+}
+
+namespace gwq::terminal::serial {
 
 // A pseudo-terminal that passes bytes as they are, until a host sets it otherwise.
 struct PtyPair {
@@ -26,7 +28,7 @@ struct PtyPair {
 class SerialTerminal final : public Timed {
  public:
   // What is given must outlive this object. Without a recorder nothing is recorded.
-  SerialTerminal(Endpoint& line, const Clock& clock, Recorder* recorder = nullptr)
+  SerialTerminal(Endpoint& line, const Clock& clock, recording::Recorder* recorder = nullptr)
       : clock_(clock), line_(line), recorder_(recorder) {}
 
   // What a host opens.
@@ -50,11 +52,11 @@ class SerialTerminal final : public Timed {
 
   const Clock& clock_;
   Endpoint& line_;
-  Recorder* const recorder_;
+  recording::Recorder* const recorder_;
   PtyPair pty_;
   Bytes unsent_;  // what the line had no room for yet
   EventLoop::Watch watch_;
   bool joined_ = false;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::serial

@@ -12,7 +12,7 @@
 
 #include "store/safe_path.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 namespace {
 
 // Two stores may share a directory.
@@ -60,7 +60,7 @@ std::optional<Place> Find(int root, const std::string& path, Missing missing) {
 
 }  // namespace
 
-class FileStore::Reader final : public FileReader {
+class FileStore::Reader final : public device::FileReader {
  public:
   Reader(UniqueFd file, std::uint64_t size) : file_(std::move(file)), size_(size) {}
 
@@ -83,7 +83,7 @@ class FileStore::Reader final : public FileReader {
   std::uint64_t size_;
 };
 
-class FileStore::Writer final : public FileWriter {
+class FileStore::Writer final : public device::FileWriter {
  public:
   Writer(FileStore& store, UniqueFd incoming, UniqueFd file, std::string name)
       : store_(store), incoming_(std::move(incoming)), file_(std::move(file)), name_(std::move(name)) {}
@@ -102,13 +102,13 @@ class FileStore::Writer final : public FileWriter {
     return !broken_;
   }
 
-  [[nodiscard]] FileResult StoreAs(const std::string& path) override {
-    if (broken_ || moved_) return FileResult::kFailed;
+  [[nodiscard]] device::FileResult StoreAs(const std::string& path) override {
+    if (broken_ || moved_) return device::FileResult::kFailed;
     const auto place = Find(store_.root_.Get(), path, Missing::kMake);
-    if (!place) return FileResult::kBadPath;
+    if (!place) return device::FileResult::kBadPath;
     moved_ = place->directory &&
              renameat(incoming_.Get(), name_.c_str(), place->directory.Get(), place->name.c_str()) == 0;
-    return moved_ ? FileResult::kDone : FileResult::kFailed;
+    return moved_ ? device::FileResult::kDone : device::FileResult::kFailed;
   }
 
  private:
@@ -140,7 +140,7 @@ UniqueFd FileStore::OpenIncoming() const {
 }
 
 // Opening must not wait for the other end of a pipe that lies there.
-std::unique_ptr<FileReader> FileStore::Open(const std::string& path) {
+std::unique_ptr<device::FileReader> FileStore::Open(const std::string& path) {
   const auto place = Find(root_.Get(), path, Missing::kFail);
   if (!place || !place->directory) return nullptr;
   UniqueFd file(openat(place->directory.Get(), place->name.c_str(),
@@ -151,7 +151,7 @@ std::unique_ptr<FileReader> FileStore::Open(const std::string& path) {
 }
 
 // What lies in the directory may have been changed by others, so it is counted anew.
-std::unique_ptr<FileWriter> FileStore::Create() {
+std::unique_ptr<device::FileWriter> FileStore::Create() {
   UniqueFd incoming = OpenIncoming();
   if (!incoming) return nullptr;
   std::string name = IncomingName();
@@ -163,12 +163,13 @@ std::unique_ptr<FileWriter> FileStore::Create() {
   return std::make_unique<Writer>(*this, std::move(incoming), std::move(file), std::move(name));
 }
 
-FileResult FileStore::Remove(const std::string& path) {
+device::FileResult FileStore::Remove(const std::string& path) {
   const auto place = Find(root_.Get(), path, Missing::kFail);
-  if (!place) return FileResult::kBadPath;
-  if (!place->directory || !IsPlainFile(place->directory.Get(), place->name)) return FileResult::kNotThere;
+  if (!place) return device::FileResult::kBadPath;
+  if (!place->directory || !IsPlainFile(place->directory.Get(), place->name))
+    return device::FileResult::kNotThere;
   const bool removed = unlinkat(place->directory.Get(), place->name.c_str(), 0) == 0;
-  return removed ? FileResult::kDone : FileResult::kFailed;
+  return removed ? device::FileResult::kDone : device::FileResult::kFailed;
 }
 
 std::vector<std::string> FileStore::List(const std::string& directory) {
@@ -187,4 +188,4 @@ bool FileStore::Reserve(std::uint64_t so_far, std::uint64_t size) {
   return fits;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

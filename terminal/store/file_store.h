@@ -19,14 +19,14 @@
 #include "base/unique_fd.h"
 #include "device/files/file_system.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 
 struct StoreLimits {
   std::uint64_t file = std::uint64_t{64} << 20;
   std::uint64_t total = std::uint64_t{1} << 30;  // what is in the store and what is coming
 };
 
-class FileStore final : public FileSystem {
+class FileStore final : public device::FileSystem {
  public:
   // Makes the directory if it is missing; throws std::system_error if it cannot
   // be used. Files that an earlier run left half-written are removed.
@@ -35,9 +35,9 @@ class FileStore final : public FileSystem {
   FileStore(const FileStore&) = delete;
   FileStore& operator=(const FileStore&) = delete;
 
-  [[nodiscard]] std::unique_ptr<FileReader> Open(const std::string& path) override;
-  [[nodiscard]] std::unique_ptr<FileWriter> Create() override;
-  FileResult Remove(const std::string& path) override;
+  [[nodiscard]] std::unique_ptr<device::FileReader> Open(const std::string& path) override;
+  [[nodiscard]] std::unique_ptr<device::FileWriter> Create() override;
+  device::FileResult Remove(const std::string& path) override;
   [[nodiscard]] std::vector<std::string> List(const std::string& directory) override;
 
  private:
@@ -54,4 +54,4 @@ class FileStore final : public FileSystem {
   std::uint64_t pending_ = 0;  // in the files that are coming
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

@@ -9,21 +9,21 @@
 #include "picture/painter.h"
 #include "picture/signature.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 namespace {
 
-void Put(FileSystem& files, const std::string& path, std::span<const std::uint8_t> content) {
-  if (!files.Open(path)) StoreFile(files, path, content);
+void Put(device::FileSystem& files, const std::string& path, std::span<const std::uint8_t> content) {
+  if (!files.Open(path)) device::StoreFile(files, path, content);
 }
 
 }  // namespace
 
-void PutInitialFiles(FileSystem& files) {
-  const std::vector<PenPoint> signature = DefaultSignature();
-  const std::string strokes = StrokeText(signature);
-  Put(files, "/tmp/hw.png", SignaturePng(signature));
+void PutInitialFiles(device::FileSystem& files) {
+  const std::vector<device::PenPoint> signature = device::DefaultSignature();
+  const std::string strokes = device::StrokeText(signature);
+  Put(files, "/tmp/hw.png", picture::SignaturePng(signature));
   Put(files, "/tmp/hw.txt", {reinterpret_cast<const std::uint8_t*>(strokes.data()), strokes.size()});
-  Put(files, "/tmp/capture.png", ScreenPng(Screen{}));
+  Put(files, "/tmp/capture.png", picture::ScreenPng(device::Screen{}));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

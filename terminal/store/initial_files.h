@@ -8,9 +8,9 @@
 
 #include "device/files/file_system.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 
 // Leaves alone what is there already, and what cannot be written.
-void PutInitialFiles(FileSystem& files);
+void PutInitialFiles(device::FileSystem& files);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

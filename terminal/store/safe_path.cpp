@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 namespace {
 
 constexpr std::size_t kMaxPath = 4096;
@@ -94,4 +94,4 @@ std::uint64_t SizeBelow(int directory) {
   return SizeBelow(directory, kMaxDepth);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

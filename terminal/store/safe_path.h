@@ -11,7 +11,7 @@
 
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::store {
 
 // Where half-written files lie; no path of the terminal begins with it.
 inline constexpr const char* kIncomingName = ".incoming";
@@ -36,4 +36,4 @@ enum class Missing { kFail, kMake };
 // The sizes of all plain files below a directory.
 [[nodiscard]] std::uint64_t SizeBelow(int directory);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::store

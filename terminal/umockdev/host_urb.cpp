@@ -8,7 +8,7 @@
 
 #include "usb/usb_control.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 namespace {
 
 GObjectPtr<UMockdevIoctlData> Resolve(UMockdevIoctlData* data, std::size_t offset, std::size_t size) {
@@ -18,9 +18,9 @@ GObjectPtr<UMockdevIoctlData> Resolve(UMockdevIoctlData* data, std::size_t offse
   return resolved;
 }
 
-Urb::Kind KindOf(unsigned char type) {
-  if (type == USBDEVFS_URB_TYPE_CONTROL) return Urb::Kind::kControl;
-  return type == USBDEVFS_URB_TYPE_ISO ? Urb::Kind::kIsochronous : Urb::Kind::kData;
+usb::Urb::Kind KindOf(unsigned char type) {
+  if (type == USBDEVFS_URB_TYPE_CONTROL) return usb::Urb::Kind::kControl;
+  return type == USBDEVFS_URB_TYPE_ISO ? usb::Urb::Kind::kIsochronous : usb::Urb::Kind::kData;
 }
 
 // Single fields are read and written by their place in the host's record.
@@ -49,8 +49,8 @@ std::optional<HostUrb> HostUrb::Fetch(UMockdevIoctlData* argument) {
   return HostUrb(std::move(record), std::move(buffer));
 }
 
-Urb HostUrb::Copy() const {
-  Urb urb;
+usb::Urb HostUrb::Copy() const {
+  usb::Urb urb;
   urb.id = Id();
   urb.kind = KindOf(Field<unsigned char>(record_.get(), offsetof(usbdevfs_urb, type)));
   urb.endpoint = Field<unsigned char>(record_.get(), offsetof(usbdevfs_urb, endpoint));
@@ -59,9 +59,9 @@ Urb HostUrb::Copy() const {
 }
 
 // A control transfer's data follow its setup packet in the buffer.
-void HostUrb::Deliver(const Urb& outcome, UMockdevIoctlData* reap_argument) const {
+void HostUrb::Deliver(const usb::Urb& outcome, UMockdevIoctlData* reap_argument) const {
   Bytes data = outcome.received;
-  const std::size_t offset = outcome.kind == Urb::Kind::kControl ? kSetupSize : 0;
+  const std::size_t offset = outcome.kind == usb::Urb::Kind::kControl ? usb::kSetupSize : 0;
   if (!data.empty() && buffer_)
     umockdev_ioctl_data_update(buffer_.get(), offset, data.data(), static_cast<gint>(data.size()));
   SetField(record_.get(), offsetof(usbdevfs_urb, status), outcome.status);
@@ -69,4 +69,4 @@ void HostUrb::Deliver(const Urb& outcome, UMockdevIoctlData* reap_argument) cons
   umockdev_ioctl_data_set_ptr(reap_argument, 0, record_.get());
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -10,7 +10,7 @@
 #include "base/gobject_ptr.h"
 #include "usb/urb.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 class HostUrb {
  public:
@@ -18,11 +18,11 @@ class HostUrb {
   static std::optional<HostUrb> Fetch(UMockdevIoctlData* argument);
 
   // What the terminal is given. The transfer's place in the host's memory is its id.
-  [[nodiscard]] Urb Copy() const;
-  [[nodiscard]] Urb::Id Id() const { return record_->client_addr; }
+  [[nodiscard]] usb::Urb Copy() const;
+  [[nodiscard]] usb::Urb::Id Id() const { return record_->client_addr; }
 
   // Hands the outcome to the host as the result of a reap.
-  void Deliver(const Urb& outcome, UMockdevIoctlData* reap_argument) const;
+  void Deliver(const usb::Urb& outcome, UMockdevIoctlData* reap_argument) const;
 
  private:
   HostUrb(GObjectPtr<UMockdevIoctlData> record, GObjectPtr<UMockdevIoctlData> buffer)
@@ -32,4 +32,4 @@ class HostUrb {
   GObjectPtr<UMockdevIoctlData> buffer_;  // null for an empty transfer
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -8,7 +8,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 ReapGate::ReapGate(const std::string& path) {
   const std::string fresh = path + ".fifo";
@@ -30,4 +30,4 @@ void ReapGate::SetReapable(bool reapable) {
   if (moved == 1) reapable_ = reapable;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

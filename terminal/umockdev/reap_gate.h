@@ -12,7 +12,7 @@
 
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 class ReapGate {
  public:
@@ -28,4 +28,4 @@ class ReapGate {
   bool reapable_ = true;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

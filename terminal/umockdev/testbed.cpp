@@ -9,7 +9,7 @@
 #include "base/errors.h"
 #include "umockdev/testbed_record.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 namespace {
 
 // Turns GLib's way of reporting failure into ours.
@@ -66,7 +66,7 @@ void Testbed::AttachUsbNode(UMockdevIoctlBase* handler) {
   ThrowIfFailed(done, error, "USB node");
 }
 
-ReapGate Testbed::Plug(UsbId id) {
+ReapGate Testbed::Plug(usb::UsbId id) {
   GError* error = nullptr;
   const gboolean done = umockdev_testbed_add_from_string(testbed_.get(), TestbedRecord(id).c_str(), &error);
   ThrowIfFailed(done, error, "USB device");
@@ -92,4 +92,4 @@ void Testbed::LinkSerial(int port, const std::string& slave) {
   std::filesystem::create_symlink(slave, root_ + node);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -10,7 +10,7 @@
 #include "umockdev/reap_gate.h"
 #include "usb/usb_id.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 // The device node of a serial port.
 [[nodiscard]] std::string SerialNode(int port);
@@ -29,7 +29,7 @@ class Testbed {
   void AttachUsbNode(UMockdevIoctlBase* handler);
 
   // Plugging tells the hosts that listen for device events, unplugging too.
-  ReapGate Plug(UsbId id);
+  ReapGate Plug(usb::UsbId id);
   void Unplug();
 
   // Makes SerialNode(port) lead to the pseudo-terminal at `slave`.
@@ -41,4 +41,4 @@ class Testbed {
   std::string root_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -3,9 +3,9 @@
 
 #include <memory>
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
-TestbedPlug::TestbedPlug(Testbed& testbed, UsbTerminal& terminal, UsbId id)
+TestbedPlug::TestbedPlug(Testbed& testbed, usb::UsbTerminal& terminal, usb::UsbId id)
     : testbed_(testbed), terminal_(terminal), id_(id), handler_(terminal) {
   testbed_.AttachUsbNode(handler_.Base());
 }
@@ -22,4 +22,4 @@ void TestbedPlug::PullOut() {
   testbed_.Unplug();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

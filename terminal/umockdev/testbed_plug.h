@@ -8,13 +8,13 @@
 #include "usb/usb_plug.h"
 #include "usb/usb_terminal.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
-class TestbedPlug final : public UsbPlug {
+class TestbedPlug final : public usb::UsbPlug {
  public:
   // Not plugged in at first. What is given must outlive its use, and the plug the testbed, whose
   // thread calls it.
-  TestbedPlug(Testbed& testbed, UsbTerminal& terminal, UsbId id);
+  TestbedPlug(Testbed& testbed, usb::UsbTerminal& terminal, usb::UsbId id);
 
   [[nodiscard]] bool IsIn() const override { return in_; }
   void PlugIn() override;
@@ -22,10 +22,10 @@ class TestbedPlug final : public UsbPlug {
 
  private:
   Testbed& testbed_;
-  UsbTerminal& terminal_;
-  const UsbId id_;
+  usb::UsbTerminal& terminal_;
+  const usb::UsbId id_;
   UsbfsHandler handler_;
   bool in_ = false;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

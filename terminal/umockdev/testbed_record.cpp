@@ -6,7 +6,7 @@
 
 #include "usb/usb_descriptors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 namespace {
 
 std::string Hex(std::uint16_t value, const char* format) {
@@ -23,7 +23,7 @@ std::string Hex(const Bytes& bytes) {
 
 }  // namespace
 
-std::string TestbedRecord(UsbId id) {
+std::string TestbedRecord(usb::UsbId id) {
   const std::string product = Hex(id.vendor, "%x") + "/" + Hex(id.product, "%x") + "/100";
   return "P: /devices/usb1/1-1\n"
          "N: bus/usb/001/005\n"
@@ -58,7 +58,7 @@ std::string TestbedRecord(UsbId id) {
          Hex(id.product, "%04x") +
          "\\n\n"
          "H: descriptors=" +
-         Hex(AllDescriptors(id)) +
+         Hex(usb::AllDescriptors(id)) +
          "\n"
          "\n"
          "P: /devices/usb1/1-1/1-1:1.0\n"
@@ -77,4 +77,4 @@ std::string TestbedRecord(UsbId id) {
          "A: bInterfaceProtocol=00\\n\n";
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

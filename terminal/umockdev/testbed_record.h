@@ -6,7 +6,7 @@
 
 #include "usb/usb_id.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 // Where the device is on the emulated bus.
 inline constexpr const char* kUsbNode = "/dev/bus/usb/001/005";
@@ -14,6 +14,6 @@ inline constexpr const char* kUsbSysPath = "/sys/devices/usb1/1-1";
 inline constexpr const char* kUsbInterfaceSysPath = "/sys/devices/usb1/1-1/1-1:1.0";
 
 // The device and its interface in the notation of the umockdev testbed.
-[[nodiscard]] std::string TestbedRecord(UsbId id);
+[[nodiscard]] std::string TestbedRecord(usb::UsbId id);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -14,7 +14,7 @@
 
 #include "umockdev/host_urb.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 namespace {
 
 constexpr const char* kConnectionKey = "gwq-connection";
@@ -22,14 +22,14 @@ constexpr const char* kConnectionKey = "gwq-connection";
 // Ties a UsbClient to the testbed's client object: the testbed drops that object
 // when the host closes the node, which is the only news of a close that we get.
 struct Connection {
-  explicit Connection(UsbTerminal& t) : terminal(t) { terminal.Connect(client); }
+  explicit Connection(usb::UsbTerminal& t) : terminal(t) { terminal.Connect(client); }
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection() { terminal.Disconnect(client); }
 
-  UsbTerminal& terminal;
-  UsbClient client;
-  std::multimap<Urb::Id, HostUrb> submitted;  // and not reaped; oldest first
+  usb::UsbTerminal& terminal;
+  usb::UsbClient client;
+  std::multimap<usb::Urb::Id, HostUrb> submitted;  // and not reaped; oldest first
 };
 
 struct Result {
@@ -74,9 +74,9 @@ class Request {
 
   UMockdevIoctlData* argument_;
   gulong code_;
-  UsbTerminal& terminal_;
-  UsbClient& client_;
-  std::multimap<Urb::Id, HostUrb>& submitted_;
+  usb::UsbTerminal& terminal_;
+  usb::UsbClient& client_;
+  std::multimap<usb::Urb::Id, HostUrb>& submitted_;
 };
 
 Request::Data Request::Target(std::size_t size) const {
@@ -211,7 +211,7 @@ Result Request::Discard() {
 // The blocking form does not block either, see UsbfsHandler; a host that uses it
 // is sent round once more, as by a signal.
 Result Request::Reap() {
-  const std::optional<Urb> urb = terminal_.Reap(client_);
+  const std::optional<usb::Urb> urb = terminal_.Reap(client_);
   if (!urb) {
     if (terminal_.IsUnplugged(client_)) return FromError(ENODEV);
     return FromError(code_ == USBDEVFS_REAPURB ? EINTR : EAGAIN);
@@ -229,7 +229,8 @@ void DestroyConnection(gpointer connection) {
 
 }  // namespace
 
-UsbfsHandler::UsbfsHandler(UsbTerminal& terminal) : terminal_(terminal), base_(umockdev_ioctl_base_new()) {
+UsbfsHandler::UsbfsHandler(usb::UsbTerminal& terminal)
+    : terminal_(terminal), base_(umockdev_ioctl_base_new()) {
   g_signal_connect(base_.get(), "client-connected", G_CALLBACK(OnConnected), this);
   g_signal_connect(base_.get(), "handle-ioctl", G_CALLBACK(OnIoctl), this);
 }
@@ -247,4 +248,4 @@ gboolean UsbfsHandler::OnIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, 
   return TRUE;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

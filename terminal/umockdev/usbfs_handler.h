@@ -7,7 +7,7 @@
 #include "base/gobject_ptr.h"
 #include "usb/usb_terminal.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::umockdev {
 
 // The requests arrive on a thread of the testbed's. Each is answered before the
 // handler returns: that thread must not block, and a request left unanswered
@@ -15,7 +15,7 @@ namespace gwq::terminal {
 class UsbfsHandler {
  public:
   // `terminal` must outlive the handler, the handler the testbed.
-  explicit UsbfsHandler(UsbTerminal& terminal);
+  explicit UsbfsHandler(usb::UsbTerminal& terminal);
 
   [[nodiscard]] UMockdevIoctlBase* Base() const { return base_.get(); }
 
@@ -23,8 +23,8 @@ class UsbfsHandler {
   static void OnConnected(UMockdevIoctlBase* base, UMockdevIoctlClient* client, gpointer self);
   static gboolean OnIoctl(UMockdevIoctlBase* base, UMockdevIoctlClient* client, gpointer self);
 
-  UsbTerminal& terminal_;
+  usb::UsbTerminal& terminal_;
   GObjectPtr<UMockdevIoctlBase> base_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::umockdev

@@ -10,7 +10,7 @@
 #include "base/event_loop.h"
 #include "usb/usb_terminal.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 // Unplugs a hostile terminal when it wants to go, and plugs it in again.
 class LooseCable final : public Timed {
@@ -43,4 +43,4 @@ class LooseCable final : public Timed {
   std::optional<Time> back_at_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -8,7 +8,7 @@
 
 #include "base/types.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 struct Urb {
   using Id = std::uint64_t;
@@ -39,4 +39,4 @@ struct Urb {
   void FinishWithCollected(int with_status) { Finish(with_status, received.size()); }
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -5,7 +5,7 @@
 
 #include "usb/usb_descriptors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 namespace {
 
 std::uint16_t LittleEndian(std::span<const std::uint8_t> bytes) {
@@ -56,4 +56,4 @@ std::optional<Bytes> AnswerControl(UsbId id, const ControlRequest& request) {
   return answer;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -9,7 +9,7 @@
 #include "base/types.h"
 #include "usb/usb_id.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 inline constexpr std::size_t kSetupSize = 8;
 
@@ -30,4 +30,4 @@ struct ControlRequest {
 // The data of the answer, at most as many as were asked for; nothing for a stall.
 [[nodiscard]] std::optional<Bytes> AnswerControl(UsbId id, const ControlRequest& request);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

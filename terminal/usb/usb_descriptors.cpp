@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 namespace {
 
 constexpr std::uint8_t kDeviceType = 1;
@@ -120,4 +120,4 @@ std::optional<Bytes> Descriptor(UsbId id, std::uint8_t type, std::uint8_t index)
   }
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

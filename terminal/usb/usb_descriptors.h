@@ -9,7 +9,7 @@
 #include "base/types.h"
 #include "usb/usb_id.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 inline constexpr std::size_t kReportSize = 1024;
 inline constexpr unsigned char kEndpointOut = 0x02;
@@ -21,4 +21,4 @@ inline constexpr unsigned char kEndpointIn = 0x81;
 // The answer to GET_DESCRIPTOR; nothing for a descriptor that it has not got.
 [[nodiscard]] std::optional<Bytes> Descriptor(UsbId id, std::uint8_t type, std::uint8_t index);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

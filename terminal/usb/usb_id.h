@@ -4,11 +4,11 @@
 
 #include <cstdint>
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 struct UsbId {
   std::uint16_t vendor = 0;
   std::uint16_t product = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 void UsbInterface::Reset() {
   hid_bound_ = true;
@@ -43,4 +43,4 @@ int UsbInterface::Release(UsbClient& client, unsigned interface_number) {
   return 0;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -9,7 +9,7 @@
 
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 struct UsbClient;
 
@@ -33,4 +33,4 @@ class UsbInterface {
   UsbClient* owner_ = nullptr;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -2,7 +2,7 @@
 // The plug at the host's end of the USB cable.
 #pragma once
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 
 class UsbPlug {
  public:
@@ -16,4 +16,4 @@ class UsbPlug {
   virtual void PullOut() = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

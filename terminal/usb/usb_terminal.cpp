@@ -9,7 +9,7 @@
 #include "usb/usb_control.h"
 #include "usb/usb_descriptors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usb {
 namespace {
 
 constexpr std::size_t kMaxReports = 4096;
@@ -21,11 +21,12 @@ void Abandon(Urb& urb, int status) {
 
 // Whatever a host calls its transfers, the endpoints are interrupt endpoints, and so does the
 // kernel see them.
-void RecordBegin(Recorder* recorder, const UsbClient& client, const Urb& urb) {
+void RecordBegin(recording::Recorder* recorder, const UsbClient& client, const Urb& urb) {
   if (recorder == nullptr) return;
   const bool control = urb.kind == Urb::Kind::kControl;
   recorder->Begin({&client, urb.id},
-                  {control ? TransferType::kControl : TransferType::kInterrupt, urb.endpoint, urb.payload});
+                  {control ? recording::TransferType::kControl : recording::TransferType::kInterrupt,
+                   urb.endpoint, urb.payload});
 }
 
 }  // namespace
@@ -190,18 +191,18 @@ bool UsbTerminal::WantsUnplug() {
 // True when a hostile terminal lets the transfer come to nothing.
 bool UsbTerminal::ApplyFault(UsbClient& client, Urb& urb) {
   if (faults_ == nullptr) return false;
-  const Transfer transfer = urb.endpoint == kEndpointOut ? faults_->NextOut() : faults_->NextIn();
+  const faults::Transfer transfer = urb.endpoint == kEndpointOut ? faults_->NextOut() : faults_->NextIn();
   switch (transfer.fate) {
-    case TransferFate::kPasses:
+    case faults::TransferFate::kPasses:
       return false;
-    case TransferFate::kHangs:
+    case faults::TransferFate::kHangs:
       Hang(client, std::move(urb), transfer.part);
       return true;
-    case TransferFate::kFails:
+    case faults::TransferFate::kFails:
       urb.Finish(-EPIPE, 0);
       Complete(client, std::move(urb));
       return true;
-    case TransferFate::kUnplugs:
+    case faults::TransferFate::kUnplugs:
       Hang(client, std::move(urb), 0);
       wants_unplug_ = true;
       deadline_moved_();
@@ -317,4 +318,4 @@ void UsbTerminal::SignalReapable() {
                         [](const UsbClient* client) { return !client->finished.empty(); }));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -16,9 +16,11 @@
 #include "usb/usb_id.h"
 #include "usb/usb_interface.h"
 
-namespace gwq::terminal {
-
+namespace gwq::terminal::recording {
 class Recorder;
+}
+
+namespace gwq::terminal::usb {
 
 // Tells a host that waits, on any thread, whether there is something to reap.
 using ReapSignal = std::function<void(bool reapable)>;
@@ -38,8 +40,8 @@ class UsbTerminal final : public Timed {
   // What is at the other end of the cable, and must outlive this object.
   struct Wiring {
     Endpoint& line;
-    FaultyLine* faults = nullptr;  // what becomes of transfers; null: all of them pass
-    Recorder* recorder = nullptr;  // who records them; null when nobody does
+    faults::FaultyLine* faults = nullptr;     // what becomes of transfers; null: all of them pass
+    recording::Recorder* recorder = nullptr;  // who records them; null when nobody does
   };
 
   // `deadline_moved` is called, on any thread, when NextDeadline has changed by
@@ -93,11 +95,11 @@ class UsbTerminal final : public Timed {
   const UsbId id_;
   const Clock& clock_;
   const std::function<void()> deadline_moved_;
-  Recorder* const recorder_;
+  recording::Recorder* const recorder_;
 
   std::mutex mutex_;  // guards everything below, and every UsbClient
   Endpoint& line_;
-  FaultyLine* const faults_;
+  faults::FaultyLine* const faults_;
   bool plugged_ = false;
   bool wants_unplug_ = false;
   UsbInterface interface_;
@@ -106,4 +108,4 @@ class UsbTerminal final : public Timed {
   std::deque<Bytes> reports_;  // for the host, not yet taken
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usb

@@ -70,8 +70,8 @@ Writer OperationReply(std::uint16_t code, ImportStatus status) {
 }
 
 // What its own descriptors say, in the order of this protocol.
-void PutDevice(Writer& reply, UsbId id) {
-  const Bytes descriptors = AllDescriptors(id);
+void PutDevice(Writer& reply, usb::UsbId id) {
+  const Bytes descriptors = usb::AllDescriptors(id);
   const std::span device = std::span(descriptors).first(kDeviceSize);
   const std::span configuration = std::span(descriptors).subspan(kDeviceSize);
   reply.PutText(kSysPath, kPathSize).PutText(kBusId, kBusIdSize);
@@ -83,8 +83,8 @@ void PutDevice(Writer& reply, UsbId id) {
       .Put8(configuration[4]);  // its value, their number, interfaces
 }
 
-void PutInterface(Writer& reply, UsbId id) {
-  const Bytes descriptors = AllDescriptors(id);
+void PutInterface(Writer& reply, usb::UsbId id) {
+  const Bytes descriptors = usb::AllDescriptors(id);
   const std::span configuration = std::span(descriptors).subspan(kDeviceSize);
   reply.Put(configuration.subspan(9 + 5, 3)).Put8(0);
 }
@@ -110,7 +110,7 @@ std::string ParseBusId(std::span<const std::uint8_t, kBusIdSize> field) {
   return {field.begin(), std::find(field.begin(), field.end(), 0)};
 }
 
-Bytes ListReply(UsbId id, bool plugged) {
+Bytes ListReply(usb::UsbId id, bool plugged) {
   Writer reply = OperationReply(kListReply, ImportStatus::kDone);
   reply.Put32(plugged ? 1 : 0);
   if (plugged) {
@@ -120,7 +120,7 @@ Bytes ListReply(UsbId id, bool plugged) {
   return reply.Take();
 }
 
-Bytes ImportReply(UsbId id) {
+Bytes ImportReply(usb::UsbId id) {
   Writer reply = OperationReply(kImportReply, ImportStatus::kDone);
   PutDevice(reply, id);
   return reply.Take();

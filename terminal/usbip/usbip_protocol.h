@@ -35,8 +35,8 @@ struct Operation {
 enum class ImportStatus : std::uint32_t { kDone = 0, kBusy = 2, kNoDevice = 4 };
 
 // With no device when it is not plugged in.
-[[nodiscard]] Bytes ListReply(UsbId id, bool plugged);
-[[nodiscard]] Bytes ImportReply(UsbId id);
+[[nodiscard]] Bytes ListReply(usb::UsbId id, bool plugged);
+[[nodiscard]] Bytes ImportReply(usb::UsbId id);
 [[nodiscard]] Bytes ImportRefusal(ImportStatus status);
 
 // After it: commands, a header each, and behind the header of a submitted transfer to the device its data.
@@ -46,7 +46,7 @@ struct Submit {
   std::uint32_t sequence = 0;
   std::uint8_t endpoint = 0;  // with the direction in its highest bit
   std::size_t length = 0;     // at most kMaxTransferred
-  std::array<std::uint8_t, kSetupSize> setup{};
+  std::array<std::uint8_t, usb::kSetupSize> setup{};
 
   [[nodiscard]] bool IsIn() const { return (endpoint & 0x80) != 0; }
   [[nodiscard]] bool IsControl() const { return (endpoint & 0x7f) == 0; }

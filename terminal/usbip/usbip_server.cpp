@@ -14,7 +14,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usbip {
 namespace {
 
 constexpr std::size_t kMaxConnections = 32;
@@ -140,4 +140,4 @@ void UsbIpServer::WatchAsNeeded(Connection& connection) {
   connection.watch.Want((reads ? EventLoop::kIn : 0U) | (connection.unsent.empty() ? 0U : EventLoop::kOut));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usbip

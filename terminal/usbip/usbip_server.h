@@ -14,7 +14,7 @@
 #include "base/unique_fd.h"
 #include "usbip/usbip_session.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usbip {
 
 class UsbIpServer final : public Timed {
  public:
@@ -50,4 +50,4 @@ class UsbIpServer final : public Timed {
   Connections connections_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usbip

@@ -5,16 +5,16 @@
 #include <utility>
 #include <variant>
 
-namespace gwq::terminal {
+namespace gwq::terminal::usbip {
 namespace {
 
 // A control transfer begins with its setup packet, and has room for the answer behind it.
-Urb UrbOf(const usbip::Submit& submit, std::span<const std::uint8_t> data) {
+usb::Urb UrbOf(const usbip::Submit& submit, std::span<const std::uint8_t> data) {
   Bytes payload;
   if (submit.IsControl()) payload.assign(submit.setup.begin(), submit.setup.end());
   payload.insert(payload.end(), data.begin(), data.end());
   if (submit.IsIn()) payload.resize(payload.size() + submit.length);
-  const Urb::Kind kind = submit.IsControl() ? Urb::Kind::kControl : Urb::Kind::kData;
+  const usb::Urb::Kind kind = submit.IsControl() ? usb::Urb::Kind::kControl : usb::Urb::Kind::kData;
   return {submit.sequence, kind, submit.endpoint, std::move(payload)};
 }
 
@@ -30,7 +30,7 @@ void UsbIpPlug::PullOut() {
   terminal_.Unplug();
 }
 
-usbip::ImportStatus UsbIpPlug::Import(UsbClient& client) {
+usbip::ImportStatus UsbIpPlug::Import(usb::UsbClient& client) {
   if (!in_) return usbip::ImportStatus::kNoDevice;
   if (importer_ != nullptr) return usbip::ImportStatus::kBusy;
   importer_ = &client;
@@ -42,7 +42,7 @@ usbip::ImportStatus UsbIpPlug::Import(UsbClient& client) {
   return usbip::ImportStatus::kDone;
 }
 
-void UsbIpPlug::Release(UsbClient& client) {
+void UsbIpPlug::Release(usb::UsbClient& client) {
   terminal_.Unplug();
   terminal_.Disconnect(client);
   importer_ = nullptr;
@@ -109,7 +109,7 @@ std::size_t UsbIpSession::ServeSubmit(const usbip::Submit& submit, std::span<con
 
 void UsbIpSession::SubmitTransfer(const usbip::Submit& submit, std::span<const std::uint8_t> data) {
   if (Contradicts(submit)) return Reply(usbip::SubmitReply(submit.sequence, -EPIPE, 0, {}));
-  Urb urb = UrbOf(submit, data);
+  usb::Urb urb = UrbOf(submit, data);
   const std::size_t size = urb.payload.size();
   if (pending_ >= kMaxPending || pending_bytes_ + size > kMaxPendingBytes)
     return Fail("too many transfers at a time");
@@ -128,8 +128,8 @@ void UsbIpSession::UnlinkTransfer(const usbip::Unlink& unlink) {
   Reply(usbip::UnlinkReply(unlink.sequence, waited ? -ECONNRESET : 0));
 }
 
-std::optional<Urb> UsbIpSession::Reap() {
-  std::optional<Urb> urb = plug_.Terminal().Reap(client_);
+std::optional<usb::Urb> UsbIpSession::Reap() {
+  std::optional<usb::Urb> urb = plug_.Terminal().Reap(client_);
   if (urb) {
     --pending_;
     pending_bytes_ -= urb->payload.size();
@@ -138,7 +138,7 @@ std::optional<Urb> UsbIpSession::Reap() {
 }
 
 void UsbIpSession::Collect() {
-  while (const std::optional<Urb> urb = Reap()) {
+  while (const std::optional<usb::Urb> urb = Reap()) {
     const auto sequence = static_cast<std::uint32_t>(urb->id);
     Reply(usbip::SubmitReply(sequence, urb->status, urb->moved, urb->received));
   }
@@ -160,4 +160,4 @@ void UsbIpSession::Fail(const std::string& complaint) {
   End();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usbip

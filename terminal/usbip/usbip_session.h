@@ -12,30 +12,30 @@
 #include "usb/usb_terminal.h"
 #include "usbip/usbip_protocol.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::usbip {
 
 // The terminal's plug. One client at a time may import what is plugged in; to the terminal this
 // is like being plugged into the client's machine, without any of the answers meant for another.
-class UsbIpPlug final : public UsbPlug {
+class UsbIpPlug final : public usb::UsbPlug {
  public:
   // `terminal` must outlive the plug and be used by nothing else.
-  UsbIpPlug(UsbId id, UsbTerminal& terminal) : id_(id), terminal_(terminal) {}
+  UsbIpPlug(usb::UsbId id, usb::UsbTerminal& terminal) : id_(id), terminal_(terminal) {}
 
-  [[nodiscard]] UsbId Id() const { return id_; }
-  [[nodiscard]] UsbTerminal& Terminal() const { return terminal_; }
+  [[nodiscard]] usb::UsbId Id() const { return id_; }
+  [[nodiscard]] usb::UsbTerminal& Terminal() const { return terminal_; }
   [[nodiscard]] bool IsIn() const override { return in_; }
   void PlugIn() override { in_ = true; }
   // The importer's session is over then.
   void PullOut() override;
 
-  [[nodiscard]] usbip::ImportStatus Import(UsbClient& client);
-  void Release(UsbClient& client);
+  [[nodiscard]] usbip::ImportStatus Import(usb::UsbClient& client);
+  void Release(usb::UsbClient& client);
 
  private:
-  const UsbId id_;
-  UsbTerminal& terminal_;
+  const usb::UsbId id_;
+  usb::UsbTerminal& terminal_;
   bool in_ = true;
-  UsbClient* importer_ = nullptr;
+  usb::UsbClient* importer_ = nullptr;
 };
 
 class UsbIpSession {
@@ -73,12 +73,12 @@ class UsbIpSession {
   void SubmitTransfer(const usbip::Submit& submit, std::span<const std::uint8_t> data);
   void UnlinkTransfer(const usbip::Unlink& unlink);
   void Collect();
-  std::optional<Urb> Reap();
+  std::optional<usb::Urb> Reap();
   void Reply(const Bytes& bytes) { replies_.insert(replies_.end(), bytes.begin(), bytes.end()); }
   void Fail(const std::string& complaint);
 
   UsbIpPlug& plug_;
-  UsbClient client_;
+  usb::UsbClient client_;
   Bytes input_;  // the beginning of a message
   Bytes replies_;
   std::size_t pending_ = 0;  // transfers, and their bytes
@@ -88,4 +88,4 @@ class UsbIpSession {
   std::string complaint_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::usbip

@@ -8,7 +8,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::string_view kScheme = "http://";
@@ -45,4 +45,4 @@ std::optional<std::string> Access::PathOf(const PageAsked& asked) const {
   return std::string(asked.path.substr(rest));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 struct PageAsked {
   std::string_view path;
@@ -36,4 +36,4 @@ class Access {
   std::uint16_t port_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -13,32 +13,34 @@
 #include "faults/fault_rates.h"
 
 namespace gwq::terminal {
-
 class EventLoop;
+}
+
+namespace gwq::terminal::web {
 
 // What the terminal does, on its way to the page. Events come on any thread.
 class PageTrace {
  public:
   // `wake` has the page's loop look here.
   explicit PageTrace(std::function<void()> wake) : wake_(std::move(wake)) {}
-  [[nodiscard]] TraceSink Sink();
+  [[nodiscard]] device::TraceSink Sink();
   // Those that came since.
-  [[nodiscard]] std::vector<TraceEvent> Take();
+  [[nodiscard]] std::vector<device::TraceEvent> Take();
 
  private:
   std::function<void()> wake_;
   std::mutex mutex_;
-  std::vector<TraceEvent> events_;
+  std::vector<device::TraceEvent> events_;
 };
 
 // The terminal whose customer it is.
 struct PageTerminal {
   // Calls with the device and the time; its transport then passes on what the device answers.
-  std::function<void(const std::function<void(Device&, Time)>&)> use;
+  std::function<void(const std::function<void(device::Device&, Time)>&)> use;
   std::function<bool()> is_plugged;
   std::function<void(bool)> plug;  // empty: it has no plug that could be pulled
-  std::function<void(const FaultRates&)> set_rates;
-  FaultRates rates;  // how hostile the line is at first
+  std::function<void(const faults::FaultRates&)> set_rates;
+  faults::FaultRates rates;  // how hostile the line is at first
 };
 
 class CustomerPage {
@@ -60,4 +62,4 @@ class CustomerPage {
 [[nodiscard]] std::unique_ptr<CustomerPage> OpenCustomerPage(std::uint16_t port, PageTerminal terminal,
                                                              PageTrace& trace, EventLoop& loop);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

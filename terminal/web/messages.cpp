@@ -9,7 +9,7 @@
 
 #include "device/files/file_names.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 using Json = nlohmann::json;
@@ -22,12 +22,12 @@ std::string Text(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string_view NameOf(ScreenKey::Role role) {
+std::string_view NameOf(device::ScreenKey::Role role) {
   constexpr std::array<std::string_view, 4> kNames{"plain", "confirm", "cancel", "sign"};
   return kNames.at(static_cast<std::size_t>(role));
 }
 
-std::string_view NameOf(NumberRequest::Display display) {
+std::string_view NameOf(device::NumberRequest::Display display) {
   constexpr std::array<std::string_view, 3> kNames{"clear", "stars", "nothing"};
   return kNames.at(static_cast<std::size_t>(display));
 }
@@ -35,25 +35,25 @@ std::string_view NameOf(NumberRequest::Display display) {
 // In the order of TraceEvent::What.
 constexpr std::array kSpeakers{"host", "terminal", "customer", "note"};
 
-Json KeysOf(const Screen& screen) {
+Json KeysOf(const device::Screen& screen) {
   Json keys = Json::array();
-  for (const ScreenKey& key : screen.keys)
+  for (const device::ScreenKey& key : screen.keys)
     keys.push_back({{"role", NameOf(key.role)}, {"name", key.name}, {"label", key.label}});
   return keys;
 }
 
-Json CardOf(const Screen& screen) {
+Json CardOf(const device::Screen& screen) {
   if (!screen.teller) return nullptr;
-  const TellerCard& card = *screen.teller;
+  const device::TellerCard& card = *screen.teller;
   return {{"name", card.name}, {"number", card.number}, {"stars", card.stars}, {"photo", card.photo_path}};
 }
 
-Json About(const PinRequest& request) {
+Json About(const device::PinRequest& request) {
   return {{"what", "pin"},          {"min", request.min_digits}, {"max", request.max_digits},
           {"again", request.again}, {"prompt", request.shown},   {"display", "stars"}};
 }
 
-Json About(const NumberRequest& request) {
+Json About(const device::NumberRequest& request) {
   return {{"what", "number"},          {"min", 1},
           {"max", request.max_digits}, {"again", false},
           {"prompt", request.prompt},  {"display", NameOf(request.display)}};
@@ -76,21 +76,22 @@ std::string ReadText(const Json& json, const char* name) {
   return member != json.end() && member->is_string() ? member->get<std::string>() : "";
 }
 
-std::optional<PenPoint> ReadPoint(const Json& json) {
+std::optional<device::PenPoint> ReadPoint(const Json& json) {
   if (!json.is_array() || json.size() != 4) return std::nullopt;
-  const auto x = ReadNumber(json[0], kSignatureWidth - 1);
-  const auto y = ReadNumber(json[1], kSignatureHeight - 1);
-  const auto pressure = ReadNumber(json[2], kMaxPressure);
+  const auto x = ReadNumber(json[0], device::kSignatureWidth - 1);
+  const auto y = ReadNumber(json[1], device::kSignatureHeight - 1);
+  const auto pressure = ReadNumber(json[2], device::kMaxPressure);
   const auto time = ReadNumber(json[3], kMaxTimeMs);
   if (!x || !y || !pressure || !time) return std::nullopt;
-  return PenPoint{*x, *y, *pressure, *time};
+  return device::PenPoint{*x, *y, *pressure, *time};
 }
 
 // The pen has left the pad at the end.
-std::optional<std::vector<PenPoint>> ReadStrokes(const Json& json) {
+std::optional<std::vector<device::PenPoint>> ReadStrokes(const Json& json) {
   const auto strokes = json.find("strokes");
-  if (strokes == json.end() || !strokes->is_array() || strokes->size() > kMaxPenPoints) return std::nullopt;
-  std::vector<PenPoint> points;
+  if (strokes == json.end() || !strokes->is_array() || strokes->size() > device::kMaxPenPoints)
+    return std::nullopt;
+  std::vector<device::PenPoint> points;
   for (const Json& point : *strokes) {
     const auto read = ReadPoint(point);
     if (!read) return std::nullopt;
@@ -101,35 +102,36 @@ std::optional<std::vector<PenPoint>> ReadStrokes(const Json& json) {
   return points;
 }
 
-std::optional<ScreenAction> ReadAction(const Json& json) {
-  using Kind = ScreenAction::Kind;
+std::optional<device::ScreenAction> ReadAction(const Json& json) {
+  using Kind = device::ScreenAction::Kind;
   const std::string kind = ReadText(json, "kind");
   std::string text = ReadText(json, "text");
-  if (kind == "confirm") return ScreenAction{Kind::kConfirm, {}, {}, {}};
-  if (kind == "cancel") return ScreenAction{Kind::kCancel, {}, {}, {}};
-  if (kind == "walk_away") return ScreenAction{};
-  if (text.size() > kMaxTypedDigits) return std::nullopt;
-  if (kind == "key") return ScreenAction{Kind::kKey, std::move(text), {}, {}};
+  if (kind == "confirm") return device::ScreenAction{Kind::kConfirm, {}, {}, {}};
+  if (kind == "cancel") return device::ScreenAction{Kind::kCancel, {}, {}, {}};
+  if (kind == "walk_away") return device::ScreenAction{};
+  if (text.size() > device::kMaxTypedDigits) return std::nullopt;
+  if (kind == "key") return device::ScreenAction{Kind::kKey, std::move(text), {}, {}};
   if (kind == "digits" && text.find_first_not_of("0123456789") == std::string::npos)
-    return ScreenAction{Kind::kDigits, std::move(text), {}, {}};
+    return device::ScreenAction{Kind::kDigits, std::move(text), {}, {}};
   auto strokes = kind == "sign" ? ReadStrokes(json) : std::nullopt;
   if (!strokes) return std::nullopt;
-  return ScreenAction{Kind::kSign, {}, std::move(*strokes), {}};
+  return device::ScreenAction{Kind::kSign, {}, std::move(*strokes), {}};
 }
 
-std::optional<PadKey> ReadKey(const std::string& name) {
-  if (name.size() == 1 && name[0] >= '0' && name[0] <= '9') return PadKey{PadKey::Kind::kDigit, name[0]};
-  if (name == "back") return PadKey{PadKey::Kind::kBack};
-  if (name == "clear") return PadKey{PadKey::Kind::kClear};
-  if (name == "enter") return PadKey{PadKey::Kind::kEnter};
-  if (name == "cancel") return PadKey{PadKey::Kind::kCancel};
+std::optional<device::PadKey> ReadKey(const std::string& name) {
+  if (name.size() == 1 && name[0] >= '0' && name[0] <= '9')
+    return device::PadKey{device::PadKey::Kind::kDigit, name[0]};
+  if (name == "back") return device::PadKey{device::PadKey::Kind::kBack};
+  if (name == "clear") return device::PadKey{device::PadKey::Kind::kClear};
+  if (name == "enter") return device::PadKey{device::PadKey::Kind::kEnter};
+  if (name == "cancel") return device::PadKey{device::PadKey::Kind::kCancel};
   return std::nullopt;
 }
 
-std::optional<FaultRates> ReadRates(const std::string& text) {
+std::optional<faults::FaultRates> ReadRates(const std::string& text) {
   try {
     if (text.empty() || text.size() > kLongestRates) return std::nullopt;
-    return ParseRates(text);
+    return faults::ParseRates(text);
   } catch (const std::runtime_error&) {
     return std::nullopt;
   }
@@ -138,21 +140,21 @@ std::optional<FaultRates> ReadRates(const std::string& text) {
 }  // namespace
 
 std::string UnitMessage() {
-  const Json signature{{"width", kSignatureWidth},
-                       {"height", kSignatureHeight},
-                       {"max_points", kMaxPenPoints},
-                       {"max_pressure", kMaxPressure},
+  const Json signature{{"width", device::kSignatureWidth},
+                       {"height", device::kSignatureHeight},
+                       {"max_points", device::kMaxPenPoints},
+                       {"max_pressure", device::kMaxPressure},
                        {"max_time_ms", kMaxTimeMs}};
   return Text({{"type", "unit"},
                {"signature", signature},
-               {"max_digits", kMaxTypedDigits},
-               {"max_stars", kMaxStars},
+               {"max_digits", device::kMaxTypedDigits},
+               {"max_stars", device::kMaxStars},
                {"max_lines", kMaxTraceLines},
-               {"picture_directory", MediaDirectory(kIdlePictureType)}});
+               {"picture_directory", device::MediaDirectory(device::kIdlePictureType)}});
 }
 
 std::string ScreenMessage(const ShownScreen& shown) {
-  const Screen& screen = shown.screen;
+  const device::Screen& screen = shown.screen;
   return Text({{"type", "screen"},
                {"number", shown.number},
                {"kind", NameOf(screen.kind)},
@@ -169,7 +171,7 @@ std::string ScreenMessage(const ShownScreen& shown) {
                {"time_left_ms", shown.time_left.count()}});
 }
 
-std::string EntryMessage(const std::optional<EntryState>& entry, Time now) {
+std::string EntryMessage(const std::optional<device::EntryState>& entry, Time now) {
   if (!entry) return Text({{"type", "entry"}, {"number", 0}});
   Json json = std::visit([](const auto& request) { return About(request); }, entry->request);
   json["type"] = "entry";
@@ -180,12 +182,12 @@ std::string EntryMessage(const std::optional<EntryState>& entry, Time now) {
   return Text(json);
 }
 
-std::string TraceMessage(const std::vector<TraceEvent>& events) {
+std::string TraceMessage(const std::vector<device::TraceEvent>& events) {
   Json lines = Json::array();
-  for (const TraceEvent& event : events)
+  for (const device::TraceEvent& event : events)
     lines.push_back({{"time_ms", event.time.count()},
                      {"from", kSpeakers.at(event.what.index())},
-                     {"text", TextOf(event)}});
+                     {"text", device::TextOf(event)}});
   return Text({{"type", "trace"}, {"lines", std::move(lines)}});
 }
 
@@ -193,9 +195,11 @@ std::string FilesMessage(const std::vector<std::string>& paths) {
   return Text({{"type", "files"}, {"paths", paths}});
 }
 
-std::string LinkMessage(bool plugged, bool pluggable, const FaultRates& rates) {
-  return Text(
-      {{"type", "link"}, {"plugged", plugged}, {"pluggable", pluggable}, {"faults", RatesText(rates)}});
+std::string LinkMessage(bool plugged, bool pluggable, const faults::FaultRates& rates) {
+  return Text({{"type", "link"},
+               {"plugged", plugged},
+               {"pluggable", pluggable},
+               {"faults", faults::RatesText(rates)}});
 }
 
 std::optional<PageRequest> ReadPageRequest(std::string_view message) {
@@ -218,4 +222,4 @@ std::optional<PageRequest> ReadPageRequest(std::string_view message) {
   return std::nullopt;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

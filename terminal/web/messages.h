@@ -32,42 +32,42 @@
 #include "device/trace.h"
 #include "faults/fault_rates.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 inline constexpr std::size_t kMaxRequestSize = std::size_t{1} << 18;
 inline constexpr std::size_t kMaxTraceLines = 300;  // that a page shows
 
 struct ShownScreen {
   std::uint64_t number = 0;
-  Screen screen;
+  device::Screen screen;
   Time time_left{0};  // 0: it stays
 };
 
 // What a page has to know of the unit before it shows anything.
 [[nodiscard]] std::string UnitMessage();
 [[nodiscard]] std::string ScreenMessage(const ShownScreen& shown);
-[[nodiscard]] std::string EntryMessage(const std::optional<EntryState>& entry, Time now);
-[[nodiscard]] std::string TraceMessage(const std::vector<TraceEvent>& events);
+[[nodiscard]] std::string EntryMessage(const std::optional<device::EntryState>& entry, Time now);
+[[nodiscard]] std::string TraceMessage(const std::vector<device::TraceEvent>& events);
 [[nodiscard]] std::string FilesMessage(const std::vector<std::string>& paths);
-[[nodiscard]] std::string LinkMessage(bool plugged, bool pluggable, const FaultRates& rates);
+[[nodiscard]] std::string LinkMessage(bool plugged, bool pluggable, const faults::FaultRates& rates);
 
 struct ActRequest {
   std::uint64_t screen = 0;
-  ScreenAction action;
+  device::ScreenAction action;
 };
 struct PressRequest {
   std::uint64_t entry = 0;
-  PadKey key;
+  device::PadKey key;
 };
 struct PlugRequest {
   bool plugged = false;
 };
 struct FaultsRequest {
-  FaultRates rates;
+  faults::FaultRates rates;
 };
 using PageRequest = std::variant<ActRequest, PressRequest, PlugRequest, FaultsRequest>;
 
 // Nothing when it is none, or asks for what no customer can do.
 [[nodiscard]] std::optional<PageRequest> ReadPageRequest(std::string_view message);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

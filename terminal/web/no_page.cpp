@@ -4,7 +4,7 @@
 
 #include "web/customer_page.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 bool HasCustomerPage() {
   return false;
@@ -14,4 +14,4 @@ std::unique_ptr<CustomerPage> OpenCustomerPage(std::uint16_t, PageTerminal, Page
   throw std::runtime_error("this program was built without libsoup, so it has no customer page");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -4,7 +4,7 @@
 #include "web/messages.h"
 #include "web/page_requests.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::size_t kMaxSessions = 8;
@@ -47,4 +47,4 @@ void OpenPages::TellAll(const std::vector<std::string>& messages) {
     for (PageSession& session : sessions_) session.Send(message);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -11,7 +11,7 @@
 #include "web/page_feed.h"
 #include "web/page_session.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 class OpenPages final : public SessionListener {
  public:
@@ -37,4 +37,4 @@ class OpenPages final : public SessionListener {
   std::list<PageSession> sessions_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

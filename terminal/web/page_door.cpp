@@ -15,7 +15,7 @@
 
 #include "base/errors.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::chrono::milliseconds kPause{100};
@@ -218,4 +218,4 @@ void PageDoor::Gone(gpointer door, GObject* connection) {
       [connection](const Visitor& visitor) { return G_OBJECT(visitor.connection) == connection; });
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

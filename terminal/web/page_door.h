@@ -16,7 +16,7 @@
 #include "base/gobject_ptr.h"
 #include "base/unique_fd.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 struct DoorLimits {
   std::size_t connections = 64;
@@ -82,4 +82,4 @@ class PageDoor {
   std::list<Visitor> visitors_;  // in the order they came
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

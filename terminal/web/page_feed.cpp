@@ -8,7 +8,7 @@
 #include "web/messages.h"
 #include "web/stored_files.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 void AddIfNew(std::vector<std::string>& news, std::string& told, std::string message) {
@@ -21,7 +21,7 @@ void AddIfNew(std::vector<std::string>& news, std::string& told, std::string mes
 
 // Files only change when the host says something, or the customer.
 std::vector<std::string> PageFeed::News() {
-  const std::vector<TraceEvent> events = trace_.Take();
+  const std::vector<device::TraceEvent> events = trace_.Take();
   Messages news;
   AddScreen(news);
   AddEntry(news);
@@ -47,7 +47,7 @@ std::vector<std::string> PageFeed::Background() const {
 
 void PageFeed::AddScreen(Messages& news) {
   std::optional<ShownScreen> shown;
-  terminal_.use([&](Device& device, Time now) {
+  terminal_.use([&](device::Device& device, Time now) {
     const std::uint64_t number = device.ScreenChanges();
     if (number == told_.screen_number && !told_.screen.empty()) return;
     const auto closes_at = device.ScreenClosesAt();
@@ -59,13 +59,13 @@ void PageFeed::AddScreen(Messages& news) {
 }
 
 void PageFeed::AddEntry(Messages& news) {
-  std::optional<EntryState> entry;
+  std::optional<device::EntryState> entry;
   Time now{0};
-  terminal_.use([&](Device& device, Time time) {
+  terminal_.use([&](device::Device& device, Time time) {
     entry = device.CurrentEntry();
     now = time;
   });
-  const EntryState state = entry.value_or(EntryState{});
+  const device::EntryState state = entry.value_or(device::EntryState{});
   const bool same =
       state.number == told_.entry_number && state.keyed == told_.keyed && state.shown == told_.shown;
   if (same && !told_.entry.empty()) return;
@@ -82,14 +82,14 @@ void PageFeed::AddLink(Messages& news) {
 
 void PageFeed::AddFiles(Messages& news) {
   std::vector<std::string> paths;
-  terminal_.use([&paths](Device& device, Time) { paths = StoredFiles(device.Files()); });
+  terminal_.use([&paths](device::Device& device, Time) { paths = StoredFiles(device.Files()); });
   AddIfNew(news, told_.files, FilesMessage(paths));
 }
 
-void PageFeed::AddTrace(Messages& news, const std::vector<TraceEvent>& events) {
+void PageFeed::AddTrace(Messages& news, const std::vector<device::TraceEvent>& events) {
   lines_.insert(lines_.end(), events.begin(), events.end());
   while (lines_.size() > kMaxTraceLines) lines_.pop_front();
   news.push_back(TraceMessage(events));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

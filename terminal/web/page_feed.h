@@ -9,7 +9,7 @@
 
 #include "web/customer_page.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 class PageFeed {
  public:
@@ -41,12 +41,12 @@ class PageFeed {
   void AddEntry(Messages& news);
   void AddLink(Messages& news);
   void AddFiles(Messages& news);
-  void AddTrace(Messages& news, const std::vector<TraceEvent>& events);
+  void AddTrace(Messages& news, const std::vector<device::TraceEvent>& events);
 
   const PageTerminal& terminal_;
   PageTrace& trace_;
-  std::deque<TraceEvent> lines_;
+  std::deque<device::TraceEvent> lines_;
   Told told_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -13,7 +13,7 @@ extern "C" {
 #include "page.h"
 }
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 using Types = std::span<const std::pair<std::string_view, const char*>>;
@@ -60,4 +60,4 @@ const char* TypeOfStored(std::string_view path) {
   return Find(kStoredTypes, path);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

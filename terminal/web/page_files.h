@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 [[nodiscard]] std::optional<std::string> OwnFile(const std::string& name);
 [[nodiscard]] const char* TypeOf(std::string_view name);
 // Of a file of the terminal: pictures and documents by their name; everything else is only bytes.
 [[nodiscard]] const char* TypeOfStored(std::string_view path);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "web/page_requests.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 void Do(const ActRequest& request, const PageTerminal& terminal) {
-  terminal.use([&request](Device& device, Time now) {
+  terminal.use([&request](device::Device& device, Time now) {
     if (device.ScreenChanges() == request.screen) device.Act(request.action, now);
   });
 }
 
 void Do(const PressRequest& request, const PageTerminal& terminal) {
-  terminal.use([&request](Device& device, Time now) {
+  terminal.use([&request](device::Device& device, Time now) {
     const auto entry = device.CurrentEntry();
     if (entry && entry->number == request.entry) device.Press(request.key, now);
   });
@@ -32,4 +32,4 @@ void CarryOut(const PageRequest& request, PageTerminal& terminal) {
   std::visit([&terminal](const auto& asked) { Do(asked, terminal); }, request);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

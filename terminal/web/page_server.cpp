@@ -14,7 +14,7 @@
 #include "web/page_files.h"
 #include "web/stored_files.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr const char* kSocketPath = "socket";
@@ -185,7 +185,7 @@ void PageServer::Serve(SoupServer*, SoupServerMessage* message, const char* path
 // The HTML that the screen shows.
 void PageServer::ServeScreen(SoupServerMessage* message) const {
   std::string text;
-  terminal_.use([&text](Device& device, Time) { text = device.CurrentScreen().text; });
+  terminal_.use([&text](device::Device& device, Time) { text = device.CurrentScreen().text; });
   SetHeaders(message, kShownPolicy);
   Reply(message, "text/html; charset=utf-8", text);
 }
@@ -193,7 +193,7 @@ void PageServer::ServeScreen(SoupServerMessage* message) const {
 // A file of the terminal. Nothing in it may run.
 void PageServer::ServeFile(SoupServerMessage* message, const std::string& path, bool as_page) const {
   std::optional<std::string> content;
-  terminal_.use([&](Device& device, Time) { content = ReadWhole(device.Files(), path); });
+  terminal_.use([&](device::Device& device, Time) { content = ReadWhole(device.Files(), path); });
   if (!content) return soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);
   SetHeaders(message, kShownPolicy);
   Reply(message, as_page ? "text/html" : TypeOfStored(path), *content);
@@ -215,4 +215,4 @@ std::unique_ptr<CustomerPage> OpenCustomerPage(std::uint16_t port, PageTerminal 
   return std::make_unique<PageServer>(port, std::move(terminal), trace, loop);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -8,7 +8,7 @@
 #include "web/messages.h"
 #include "web/page_door.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::int64_t kMaxBacklog = 16 << 20;  // several times the longest message to a page
@@ -61,4 +61,4 @@ bool PageSession::IsStalled() const {
   return sent_ - (ReceivedOverThere() - received_before_) > kMaxBacklog;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

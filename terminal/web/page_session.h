@@ -10,7 +10,7 @@
 
 #include "base/gobject_ptr.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 class PageDoor;
 class PageSession;
@@ -56,4 +56,4 @@ class PageSession {
   std::int64_t sent_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

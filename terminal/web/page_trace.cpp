@@ -3,15 +3,15 @@
 
 #include "web/customer_page.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::size_t kMaxEvents = 1000;
 
 }  // namespace
 
-TraceSink PageTrace::Sink() {
-  return [this](const TraceEvent& event) {
+device::TraceSink PageTrace::Sink() {
+  return [this](const device::TraceEvent& event) {
     {
       const std::lock_guard lock(mutex_);
       if (events_.size() == kMaxEvents) events_.erase(events_.begin());
@@ -21,9 +21,9 @@ TraceSink PageTrace::Sink() {
   };
 }
 
-std::vector<TraceEvent> PageTrace::Take() {
+std::vector<device::TraceEvent> PageTrace::Take() {
   const std::lock_guard lock(mutex_);
   return std::exchange(events_, {});
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

@@ -3,14 +3,14 @@
 
 #include "device/files/file_names.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 namespace {
 
 constexpr std::uint64_t kMaxRead = std::uint64_t{64} << 20;
 
 }  // namespace
 
-std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path) {
+std::optional<std::string> ReadWhole(device::FileSystem& files, const std::string& path) {
   const auto reader = files.Open(path);
   if (!reader || reader->Size() > kMaxRead) return std::nullopt;
   std::string content(static_cast<std::size_t>(reader->Size()), '\0');
@@ -26,11 +26,11 @@ std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path)
   return content;
 }
 
-std::vector<std::string> StoredFiles(FileSystem& files) {
+std::vector<std::string> StoredFiles(device::FileSystem& files) {
   constexpr int kMediaTypes = 5;
   std::vector<std::string> directories;
   directories.reserve(kMediaTypes + 1);
-  for (int type = 0; type < kMediaTypes; ++type) directories.push_back(MediaDirectory(type));
+  for (int type = 0; type < kMediaTypes; ++type) directories.push_back(device::MediaDirectory(type));
   directories.emplace_back("/tmp");
   std::vector<std::string> paths;
   for (const std::string& directory : directories) {
@@ -42,4 +42,4 @@ std::vector<std::string> StoredFiles(FileSystem& files) {
   return paths;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

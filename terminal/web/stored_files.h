@@ -8,11 +8,11 @@
 
 #include "device/files/file_system.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::web {
 
 // Nothing when there is no such file, or more than 64 MB of it.
-[[nodiscard]] std::optional<std::string> ReadWhole(FileSystem& files, const std::string& path);
+[[nodiscard]] std::optional<std::string> ReadWhole(device::FileSystem& files, const std::string& path);
 // The paths of those in the terminal's usual directories.
-[[nodiscard]] std::vector<std::string> StoredFiles(FileSystem& files);
+[[nodiscard]] std::vector<std::string> StoredFiles(device::FileSystem& files);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::web

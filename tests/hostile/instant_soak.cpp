@@ -29,9 +29,9 @@
 namespace gwq::test {
 namespace {
 
-using terminal::Device;
-using terminal::FileStore;
-using terminal::Hostility;
+using terminal::device::Device;
+using terminal::faults::Hostility;
+using terminal::store::FileStore;
 
 constexpr std::uint64_t kCancelOnceIn = 2000;  // transfers
 constexpr std::int64_t kWarmUp = 20'000;
@@ -40,11 +40,11 @@ constexpr std::int64_t kFlatKilobytes = 256;
 // A terminal with files, as gwq-terminal makes one.
 struct Terminal {
   TempDir directory;
-  terminal::AgreeableCustomer customer;
+  terminal::customer::AgreeableCustomer customer;
   FileStore files{directory.Path().string()};
 
   Device unit{terminal::Line::kUsb, customer, {}, {}, {&files, {}, nullptr}};
-  terminal::FaultyLine line;
+  terminal::faults::FaultyLine line;
 
   explicit Terminal(std::optional<Hostility> hostility = {}) : line(unit, std::move(hostility)) {
     PutInitialFiles(files);
@@ -53,7 +53,7 @@ struct Terminal {
 
 int RunCalls(std::int64_t calls, std::uint64_t seed) {
   SetTime(1'700'000'000);
-  const auto rates = terminal::ParseRates("seed=" + std::to_string(seed));
+  const auto rates = terminal::faults::ParseRates("seed=" + std::to_string(seed));
   Terminal terminal(Hostility(rates, 0));
   const TempDir local;
   void* library = LoadLibrary();

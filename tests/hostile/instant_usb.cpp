@@ -23,7 +23,7 @@ namespace {
 
 using terminal::Bytes;
 using terminal::Time;
-using terminal::TransferFate;
+using terminal::faults::TransferFate;
 
 constexpr std::size_t kReport = 1024;
 constexpr std::size_t kMaxReports = 4096;
@@ -31,7 +31,7 @@ constexpr std::int64_t kAbsenceMs = 700;
 
 class Bus {
  public:
-  explicit Bus(terminal::FaultyLine& line) : line_(line), start_ms_(NowMs()) {}
+  explicit Bus(terminal::faults::FaultyLine& line) : line_(line), start_ms_(NowMs()) {}
 
   [[nodiscard]] bool IsPlugged() {
     if (NowMs() < absent_until_ms_) return false;
@@ -42,7 +42,7 @@ class Bus {
 
   int Out(int plugging, const unsigned char* data, int length, int* moved, unsigned timeout_ms) {
     if (!IsPlugged() || plugging != plugging_) return LIBUSB_ERROR_NO_DEVICE;
-    const terminal::Transfer transfer = line_.NextOut();
+    const terminal::faults::Transfer transfer = line_.NextOut();
     if (transfer.fate == TransferFate::kUnplugs) return Unplug();
     if (transfer.fate == TransferFate::kFails) return LIBUSB_ERROR_PIPE;
     const bool hangs = transfer.fate == TransferFate::kHangs;
@@ -118,7 +118,7 @@ class Bus {
     }
   }
 
-  terminal::FaultyLine& line_;
+  terminal::faults::FaultyLine& line_;
   std::int64_t start_ms_;
   std::deque<Bytes> reports_;
   std::int64_t absent_until_ms_ = 0;
@@ -150,7 +150,7 @@ int Move(libusb_device_handle* handle, unsigned char endpoint, unsigned char* da
 
 }  // namespace
 
-void PlugInstantTerminal(terminal::FaultyLine& line) {
+void PlugInstantTerminal(terminal::faults::FaultyLine& line) {
   The().bus = std::make_unique<Bus>(line);
 }
 

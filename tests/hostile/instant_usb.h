@@ -12,7 +12,7 @@
 namespace gwq::test {
 
 // Everything below must outlive all calls of the library, and so must `line`.
-void PlugInstantTerminal(terminal::FaultyLine& line);
+void PlugInstantTerminal(terminal::faults::FaultyLine& line);
 
 // Called before each transfer.
 void OnInstantTransfer(std::function<void()> hook);

@@ -7,7 +7,10 @@
 
 #include "device/files/file_names.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr std::size_t kMaxVersionLine = 64;
@@ -43,8 +46,8 @@ std::optional<Settings> ReadVersionLine(FileReader& firmware) {
 
 }  // namespace
 
-FileCommands::FileCommands(HostChannel& host, CommandReader& reader, FileSystem& files, FileFaults faults,
-                           Settings& settings)
+FileCommands::FileCommands(HostChannel& host, protocol::CommandReader& reader, FileSystem& files,
+                           FileFaults faults, Settings& settings)
     : host_(host),
       files_(files),
       settings_(settings),
@@ -179,4 +182,4 @@ void FileCommands::Install(FileReader& firmware) {
              settings_.build_date);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

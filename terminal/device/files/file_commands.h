@@ -30,12 +30,12 @@
 #include "device/text_commands.h"
 #include "protocol/command_reader.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class FileCommands {
  public:
   // `settings` changes with a firmware update. All must outlive this object.
-  FileCommands(HostChannel& host, CommandReader& reader, FileSystem& files, FileFaults faults,
+  FileCommands(HostChannel& host, protocol::CommandReader& reader, FileSystem& files, FileFaults faults,
                Settings& settings);
 
   // This object must outlive the table.
@@ -74,4 +74,4 @@ class FileCommands {
   TextDownload text_download_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 bool Names(const std::vector<std::string>& steps, const std::string& step, std::uint64_t time) {
   const std::string one = step + ":" + std::to_string(time);
@@ -23,4 +23,4 @@ void FaultCounter::StartTransfer() {
   for (const char* packet : {"start", "data", "end"}) times_.erase(packet);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 struct PullFaults {
   std::vector<std::string> bad_check;               // "data", "data:2", "end": the check byte is wrong
@@ -63,4 +63,4 @@ class FaultCounter {
 // True if `steps` names this step, or its `time`th time.
 [[nodiscard]] bool Names(const std::vector<std::string>& steps, const std::string& step, std::uint64_t time);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

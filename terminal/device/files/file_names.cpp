@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kMaxShown = 60;
@@ -127,4 +127,4 @@ std::string ShownSize(std::uint64_t bytes) {
   return shown.append(bytes == 1 ? " byte" : " bytes");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

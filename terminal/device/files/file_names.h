@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // Texts in general. Nothing when the bytes are none in the encoding.
 [[nodiscard]] std::optional<std::string> TextFromGbk(std::string_view bytes);
@@ -55,4 +55,4 @@ inline constexpr std::string_view kQrCodePath = "/mnt/sdcard/media/file/QRcode.j
 // "12,345 bytes"
 [[nodiscard]] std::string ShownSize(std::uint64_t bytes);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 enum class FileResult {
   kDone,
@@ -72,4 +72,4 @@ class NoFiles final : public FileSystem {
   std::vector<std::string> List(const std::string&) override { return {}; }
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -6,15 +6,15 @@
 
 #include "device/files/file_names.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 std::string Packets(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " packet" : " packets");
 }
 
-std::span<std::uint8_t, kPacketHeaderSize> HeaderOf(Bytes& packet) {
-  return std::span(packet).first<kPacketHeaderSize>();
+std::span<std::uint8_t, protocol::kPacketHeaderSize> HeaderOf(Bytes& packet) {
+  return std::span(packet).first<protocol::kPacketHeaderSize>();
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ void Pull::SendNext() {
 void Pull::SendEmptyPackets() {
   const std::uint8_t type = transfer_->empty_packets.front();
   transfer_->empty_packets.pop_front();
-  Send(MakePacket(static_cast<PacketType>(type), {}),
+  Send(protocol::MakePacket(static_cast<protocol::PacketType>(type), {}),
        std::string("empty packet of type ") + std::to_string(type));
   if (type == 0 && transfer_) SendNext();
 }
@@ -75,40 +75,41 @@ void Pull::SendEmptyPackets() {
 void Pull::SendData(const Bytes& payload) {
   transfer_->size += payload.size();
   ++transfer_->packets;
-  Bytes packet = MakePacket(PacketType::kData, payload);
+  Bytes packet = protocol::MakePacket(protocol::PacketType::kData, payload);
   Spoil(packet, "data");
   Send(std::move(packet), std::string("data packet ") + ShownSize(payload.size()));
 }
 
 void Pull::SendEnd() {
   transfer_->ended = true;
-  Bytes packet = MakePacket(PacketType::kEnd, {});
+  Bytes packet = protocol::MakePacket(protocol::PacketType::kEnd, {});
   Spoil(packet, "end");
   Send(std::move(packet), "end packet");
 }
 
 void Pull::Spoil(Bytes& packet, const std::string& step) {
-  PacketHeader header = ReadPacketHeader(HeaderOf(packet));
+  protocol::PacketHeader header = protocol::ReadPacketHeader(HeaderOf(packet));
   const std::uint64_t time = step == "data" ? transfer_->packets : 1;
   if (Names(faults_.bad_check, step, time)) header.check = static_cast<std::uint8_t>(~header.check);
   if (std::exchange(transfer_->first, false)) {
     header.type = faults_.packet_type.value_or(header.type);
     header.length = faults_.announce_length.value_or(static_cast<std::uint32_t>(header.length));
   }
-  WritePacketHeader(header, HeaderOf(packet));
+  protocol::WritePacketHeader(header, HeaderOf(packet));
 }
 
 void Pull::Send(Bytes packet, const std::string& what) {
-  const std::uint64_t reports = (packet.size() + kPacketReportSize - 1) / kPacketReportSize;
+  const std::uint64_t reports =
+      (packet.size() + protocol::kPacketReportSize - 1) / protocol::kPacketReportSize;
   const std::uint64_t left =
       faults_.stop_after_reports ? *faults_.stop_after_reports - transfer_->reports : reports;
   transfer_->reports += std::min(reports, left);
   transfer_->gives_up_at = host_.Now() + kPatience;
-  if (left < reports) packet.resize(left * kPacketReportSize);
+  if (left < reports) packet.resize(left * protocol::kPacketReportSize);
   if (!packet.empty()) host_.Answer(std::move(packet), what);
   if (left >= reports) return;
   host_.Note(std::string("pull ") + transfer_->name + ": falls silent as scripted");
   transfer_.reset();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -23,7 +23,7 @@
 #include "device/host_channel.h"
 #include "protocol/transfer_packet.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class Pull {
  public:
@@ -66,4 +66,4 @@ class Pull {
   std::unique_ptr<Transfer> transfer_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

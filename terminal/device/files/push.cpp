@@ -5,7 +5,9 @@
 
 #include "device/files/file_names.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Row;
 namespace {
 
 // A type and a path, with room to spare.
@@ -28,7 +30,7 @@ void Push::ChangeMode() {
   AnswerDone(host_);
 }
 
-void Push::BeginPacket(const PacketHeader& header) {
+void Push::BeginPacket(const protocol::PacketHeader& header) {
   header_ = header;
   folded_ = 0;
   appended_ = true;
@@ -36,18 +38,18 @@ void Push::BeginPacket(const PacketHeader& header) {
 }
 
 void Push::TakePayload(std::span<const std::uint8_t> piece) {
-  folded_ = FoldXor(piece, folded_);
-  if (header_.Is(PacketType::kData) && writer_ && appended_) appended_ = writer_->Append(piece);
-  const bool keep = header_.Is(PacketType::kEnd) && header_.length <= kMaxEndPayload;
+  folded_ = protocol::FoldXor(piece, folded_);
+  if (header_.Is(protocol::PacketType::kData) && writer_ && appended_) appended_ = writer_->Append(piece);
+  const bool keep = header_.Is(protocol::PacketType::kEnd) && header_.length <= kMaxEndPayload;
   if (keep) end_payload_.insert(end_payload_.end(), piece.begin(), piece.end());
 }
 
 void Push::EndPacket() {
-  if (header_.Is(PacketType::kStart))
+  if (header_.Is(protocol::PacketType::kStart))
     return Conclude(Row("push: start packet"), {}, Judge("start", &Push::Start));
-  if (header_.Is(PacketType::kData))
+  if (header_.Is(protocol::PacketType::kData))
     return Conclude(Row("push: data packet"), " " + ShownSize(header_.length), Judge("data", &Push::Data));
-  if (!header_.Is(PacketType::kEnd))
+  if (!header_.Is(protocol::PacketType::kEnd))
     return Conclude(Row("push: packet of type"), " " + std::to_string(header_.type),
                     {Verdict::kRefuse, "there is none"});
   Conclude(Row("push: end packet"), {}, Judge("end", &Push::End));
@@ -110,11 +112,11 @@ Push::Outcome Push::Store(int type, std::string_view name) {
   return {Verdict::kNone, file + " stored, " + ShownSize(size_)};
 }
 
-void Push::Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome) {
+void Push::Conclude(const protocol::CommandRow& packet, const std::string& detail, const Outcome& outcome) {
   host_.Trace(CommandReceived{&packet, detail + ", " + outcome.text});
   if (outcome.verdict == Verdict::kNone) return AnswerDone(host_);
   writer_.reset();
   AnswerVerdict(host_, outcome.verdict);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

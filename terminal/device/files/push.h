@@ -25,16 +25,16 @@
 #include "protocol/command_reader.h"
 #include "protocol/transfer_packet.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
-class Push final : public PacketSink {
+class Push final : public protocol::PacketSink {
  public:
-  Push(HostChannel& host, CommandReader& reader, FileSystem& files, FaultCounter& faults)
+  Push(HostChannel& host, protocol::CommandReader& reader, FileSystem& files, FaultCounter& faults)
       : host_(host), reader_(reader), files_(files), faults_(faults) {}
 
   void ChangeMode();
 
-  void BeginPacket(const PacketHeader& header) override;
+  void BeginPacket(const protocol::PacketHeader& header) override;
   void TakePayload(std::span<const std::uint8_t> piece) override;
   void EndPacket() override;
   void PacketsOver(const char* why) override;
@@ -53,14 +53,14 @@ class Push final : public PacketSink {
   [[nodiscard]] Outcome Store(int type, std::string_view name);
   [[nodiscard]] bool CheckHolds() const;
   [[nodiscard]] bool IsCut() const;
-  void Conclude(const CommandRow& packet, const std::string& detail, const Outcome& outcome);
+  void Conclude(const protocol::CommandRow& packet, const std::string& detail, const Outcome& outcome);
 
   HostChannel& host_;
-  CommandReader& reader_;
+  protocol::CommandReader& reader_;
   FileSystem& files_;
   FaultCounter& faults_;
 
-  PacketHeader header_;
+  protocol::PacketHeader header_;
   std::uint8_t folded_ = 0;
   bool appended_ = true;  // all of this data packet
   Bytes end_payload_;
@@ -71,4 +71,4 @@ class Push final : public PacketSink {
 // Answers as the script of faults wants it; not to be called with kNone.
 void AnswerVerdict(HostChannel& host, Verdict verdict);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

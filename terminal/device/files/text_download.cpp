@@ -9,7 +9,7 @@
 #include "protocol/split_form.h"
 #include "protocol/transfer_packet.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kNumberSize = 4;
@@ -32,9 +32,9 @@ struct TextDownload::Piece {
   }
 
   static std::optional<Piece> Read(std::string_view split_record) {
-    auto record =
-        MergeSplit({reinterpret_cast<const std::uint8_t*>(split_record.data()), split_record.size()});
-    if (!record || record->size() <= kFrontSize || FoldXor(*record) != 0) return std::nullopt;
+    auto record = protocol::MergeSplit(
+        {reinterpret_cast<const std::uint8_t*>(split_record.data()), split_record.size()});
+    if (!record || record->size() <= kFrontSize || protocol::FoldXor(*record) != 0) return std::nullopt;
     const std::uint32_t total = ReadNumber(*record);
     const std::uint32_t remaining = ReadNumber(std::span(*record).subspan(kNumberSize));
     if (remaining >= total) return std::nullopt;
@@ -82,4 +82,4 @@ FileResult TextDownload::Drop(FileResult why) {
   return why;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

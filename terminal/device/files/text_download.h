@@ -21,7 +21,7 @@
 #include "base/secret.h"
 #include "device/files/file_system.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class TextDownload {
  public:
@@ -50,4 +50,4 @@ class TextDownload {
   std::uint32_t next_ = 0;  // index of the piece to come, from 1
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -7,7 +7,7 @@
 #include <limits>
 #include <memory>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kDesBlock = 8;
@@ -122,4 +122,4 @@ std::optional<SecretBytes> EncipherData(Algorithm algorithm, std::span<const std
   return out;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -9,7 +9,7 @@
 
 #include "base/secret.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // DES and triple DES in electronic-code-book mode, the only mode in which the keys and PIN blocks of
 // the counter command set travel. A key of 8 bytes is DES, one of 16 (K1 K2 K1) or 24 bytes is triple DES.
@@ -43,4 +43,4 @@ inline constexpr std::size_t kAlgorithms = 2;
 [[nodiscard]] std::optional<SecretBytes> EncipherData(Algorithm algorithm, std::span<const std::uint8_t> key,
                                                       std::span<const std::uint8_t> data);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -10,7 +10,10 @@
 #include "protocol/marks.h"
 #include "protocol/split_form.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr int kMinPinDigits = 4;
@@ -37,7 +40,7 @@ struct KeyRecord {
 };
 
 std::optional<KeyRecord> ReadRecord(std::string_view split, std::size_t indexes) {
-  const auto bytes = MergeSplit(AsBytes(split));
+  const auto bytes = protocol::MergeSplit(AsBytes(split));
   if (!bytes || bytes->size() < indexes) return std::nullopt;
   KeyRecord record;
   for (std::size_t i = 0; i < indexes; ++i) record.index.at(i) = (*bytes)[i];
@@ -146,7 +149,7 @@ void CounterCommands::StartClearEntry(bool again) {
     Bytes answer;
     answer.reserve(digits.size() + 1);
     answer.assign(digits.begin(), digits.end());
-    answer.push_back(kCr);
+    answer.push_back(protocol::kCr);
     host_.Answer(std::move(answer), "PIN in clear (" + std::to_string(digits.size()) + " digits, masked)");
   });
 }
@@ -183,10 +186,10 @@ void CounterCommands::AnswerBlock(std::span<const std::uint8_t> digits, const Bu
   const auto block = EncipherDes(*key, *clear);
   if (!block) return AnswerRefusal(host_);
   const std::uint8_t mark[] = {kShortBlockMark};
-  Bytes answer{kStx};
-  AppendSplit(answer, mark);
-  AppendSplit(answer, *block);
-  answer.push_back(kEtx);
+  Bytes answer{protocol::kStx};
+  protocol::AppendSplit(answer, mark);
+  protocol::AppendSplit(answer, *block);
+  answer.push_back(protocol::kEtx);
   host_.Answer(std::move(answer), "PIN block (" + std::to_string(block->size()) + " bytes)");
 }
 
@@ -210,4 +213,4 @@ void CounterCommands::Accept(bool accepted, const std::string& detail) {
   AnswerKeyCommand(host_, accepted);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

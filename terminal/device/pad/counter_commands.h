@@ -18,7 +18,7 @@
 #include "device/text_commands.h"
 #include "protocol/pattern.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class CounterCommands {
  public:
@@ -46,7 +46,7 @@ class CounterCommands {
   void ResetKeys();
 
   void StartClearEntry(bool again);
-  void StartBlockEntry(const Match& match, Build build);
+  void StartBlockEntry(const protocol::Match& match, Build build);
   void AnswerBlock(std::span<const std::uint8_t> digits, const Build& build);
   [[nodiscard]] bool HasKeyFor(int cipher) const;
   [[nodiscard]] PinRequest Request(bool again, bool ends_when_full) const;
@@ -63,4 +63,4 @@ class CounterCommands {
   Time timeout_{30000};
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -10,7 +10,7 @@
 #include "base/types.h"
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 struct EntryState {
   using Request = std::variant<PinRequest, NumberRequest>;
@@ -21,4 +21,4 @@ struct EntryState {
   std::string shown;      // those digits; only of a number that is shown in clear
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

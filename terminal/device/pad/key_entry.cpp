@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 // The keys as the terminal takes them: only digits, and none beyond the last place.
@@ -158,4 +158,4 @@ void KeyEntry::TimeOut() {
   if (done.on_ended) done.on_ended(End::kTimedOut);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -19,7 +19,7 @@
 #include "device/pad/entry_state.h"
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class KeyEntry {
  public:
@@ -80,4 +80,4 @@ class KeyEntry {
   std::uint64_t entries_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kMaxPem = 16384;
@@ -194,4 +194,4 @@ std::optional<Bytes> KeyPairs::ExportPublic(PairKind kind, EVP_PKEY* pair) {
   return key;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

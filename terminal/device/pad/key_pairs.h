@@ -22,7 +22,7 @@
 #include "base/types.h"
 #include "device/files/file_system.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 enum class PairKind : std::uint8_t { kRsa1024, kRsa2048, kSm2 };
 inline constexpr std::size_t kPairKinds = 3;
@@ -60,4 +60,4 @@ class KeyPairs {
   std::array<Pair, kPairKinds> pairs_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -5,7 +5,7 @@
 
 #include "device/pad/ciphers.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 bool KeyStore::ReplaceMaster(std::size_t slot, std::span<const std::uint8_t> old_then_new) {
   if (slot >= kKeySlots) return false;
@@ -56,4 +56,4 @@ void KeyStore::ForgetWorkingKeysUnder(std::size_t master) {
   if (active_ && active_->first == master) active_.reset();
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -13,7 +13,7 @@
 
 #include "base/secret.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 inline constexpr std::size_t kKeySlots = 16;
 
@@ -62,4 +62,4 @@ class KeyStore {
   std::optional<Place> active_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

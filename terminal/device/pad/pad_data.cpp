@@ -7,7 +7,10 @@
 #include "device/pad/ciphers.h"
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr std::size_t kMaxAnswered = 4000;
@@ -34,10 +37,10 @@ void PadData::Encipher(const Match& match) {
   if (!enciphered) return AnswerFailure(host_);
   const std::string text = ToHexText(*enciphered);
   if (!Keep(text)) return AnswerFailure(host_);
-  Bytes answer{kStx, kAccepted};
+  Bytes answer{protocol::kStx, protocol::kAccepted};
   answer.insert(answer.end(), text.begin(),
                 text.begin() + std::ptrdiff_t(std::min(text.size(), kMaxAnswered)));
-  answer.push_back(kEtx);
+  answer.push_back(protocol::kEtx);
   host_.Answer(std::move(answer), "enciphered data (" + std::to_string(text.size()) + " characters)");
 }
 
@@ -47,4 +50,4 @@ bool PadData::Keep(const std::string& text) {
          writer->StoreAs(kPath) == FileResult::kDone;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -12,7 +12,7 @@
 #include "device/pad/pad_keys.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class PadData {
  public:
@@ -24,7 +24,7 @@ class PadData {
   void AddTo(TextCommands& table);
 
  private:
-  void Encipher(const Match& match);
+  void Encipher(const protocol::Match& match);
   [[nodiscard]] bool Keep(const std::string& text);
 
   HostChannel& host_;
@@ -32,4 +32,4 @@ class PadData {
   FileSystem& files_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

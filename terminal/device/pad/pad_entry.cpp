@@ -8,7 +8,10 @@
 #include "protocol/marks.h"
 #include "protocol/split_form.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr int kMinPinDigits = 4;
@@ -31,7 +34,8 @@ std::optional<NumberRequest> ReadNumberRequest(const Match& match) {
   const int seconds = match.numbers[0];
   const int digits = match.numbers[1];
   const int display = match.numbers[2];
-  const auto gbk = MergeSplit({reinterpret_cast<const std::uint8_t*>(match.text.data()), match.text.size()});
+  const auto gbk =
+      protocol::MergeSplit({reinterpret_cast<const std::uint8_t*>(match.text.data()), match.text.size()});
   const auto prompt = gbk ? TextFromGbk(AsText(*gbk)) : std::nullopt;
   const bool fits = seconds >= 1 && seconds <= kLongestTimeout && digits <= kMaxNumberDigits && display <= 2;
   if (!fits || !prompt) return std::nullopt;
@@ -94,12 +98,12 @@ std::optional<SecretBytes> PadEntry::Block(std::span<const std::uint8_t> digits)
 }
 
 void PadEntry::EndPin(KeyEntry::End end) {
-  if (end == KeyEntry::End::kCancelled) return host_.Answer({0x01, kEtx}, "PIN entry cancelled");
-  host_.Answer({0x02, kEtx}, "PIN entry timed out");
+  if (end == KeyEntry::End::kCancelled) return host_.Answer({0x01, protocol::kEtx}, "PIN entry cancelled");
+  host_.Answer({0x02, protocol::kEtx}, "PIN entry timed out");
 }
 
 void PadEntry::RefusePin() {
-  host_.Answer({kEtx}, "PIN entry refused");
+  host_.Answer({protocol::kEtx}, "PIN entry refused");
 }
 
 void PadEntry::StartNumber(const Match& match) {
@@ -126,4 +130,4 @@ void PadEntry::AnswerNumber(char lead, std::span<const std::uint8_t> digits, con
   host_.Answer(std::move(answer), what);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -28,7 +28,7 @@
 #include "device/pad/pad_settings.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class PadEntry {
  public:
@@ -47,7 +47,7 @@ class PadEntry {
   void EndPin(KeyEntry::End end);
   void RefusePin();
 
-  void StartNumber(const Match& match);
+  void StartNumber(const protocol::Match& match);
   void AnswerNumber(char lead, std::span<const std::uint8_t> digits, const std::string& what);
 
   HostChannel& host_;
@@ -56,4 +56,4 @@ class PadEntry {
   const PadKeys& keys_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

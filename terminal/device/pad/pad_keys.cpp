@@ -8,7 +8,9 @@
 
 #include "base/hex.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Row;
 namespace {
 
 constexpr std::size_t kFactorSize = 16;
@@ -74,7 +76,7 @@ void PadKeys::AddTo(FramedCommands& table) {
     host_.Describe(", type 2");
     return MakeFactor();
   });
-  for (const CommandRow* row :
+  for (const protocol::CommandRow* row :
        {&Row("load working key", "framed"), &Row("load working key", "framed, type 2")})
     table.Add(*row, [this, row](Arguments arguments) { return Load(row->code, arguments); });
 }
@@ -159,4 +161,4 @@ std::optional<SecretBytes> PadKeys::Decipher(const Record& record) {
   return DecipherBlocks(algorithm, *master, record.key);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

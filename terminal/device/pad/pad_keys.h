@@ -33,7 +33,7 @@
 #include "device/pad/key_store.h"
 #include "device/pad/pad_settings.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class PadKeys {
  public:
@@ -79,4 +79,4 @@ class PadKeys {
   std::array<SecretBytes, kAlgorithms> working_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

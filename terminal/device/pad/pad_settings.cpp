@@ -5,14 +5,17 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr std::size_t kMaxAccountDigits = 19;
 constexpr std::size_t kMaxDeviceId = 20;
 
 struct Setting {
-  const CommandRow* command;
+  const protocol::CommandRow* command;
   std::uint8_t PadValues::*value;
   bool (*allows)(int value);
 };
@@ -73,9 +76,9 @@ FramedAnswer PadSettings::SetAccount(Arguments arguments) {
 void PadSettings::SetDeviceId(std::string_view id) {
   host_.Describe(" (" + std::to_string(id.size()) + " characters)");
   const bool good = !id.empty() && id.size() <= kMaxDeviceId && std::all_of(id.begin(), id.end(), IsVisible);
-  if (!good) return host_.Answer({kStx, kNotAccepted, kEtx}, "not accepted");
+  if (!good) return host_.Answer({protocol::kStx, protocol::kNotAccepted, protocol::kEtx}, "not accepted");
   values_.device_id = id;
   AnswerDone(host_);
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -22,7 +22,7 @@
 #include "device/pad/ciphers.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 enum PinMode : std::uint8_t { kWithAccount = 1, kWithoutAccount = 5, kOfFixedLength = 6 };
 
@@ -56,4 +56,4 @@ class PadSettings {
   PadValues values_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::size_t kNibbles = 16;
@@ -73,4 +73,4 @@ std::string_view AccountPart(std::string_view account) {
   return account.substr(account.size() - std::min(account.size(), kAccountDigits));
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

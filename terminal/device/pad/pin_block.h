@@ -16,7 +16,7 @@
 
 #include "base/secret.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 inline constexpr std::size_t kMaxPinDigits = 14;
 
@@ -42,4 +42,4 @@ struct AccountAndFiller {
 // The twelve digits that stand for a whole account; fewer if it is shorter.
 [[nodiscard]] std::string_view AccountPart(std::string_view account);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

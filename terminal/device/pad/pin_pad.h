@@ -7,7 +7,7 @@
 #include "device/pad/pad_keys.h"
 #include "device/pad/pad_settings.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class PinPad {
  public:
@@ -34,4 +34,4 @@ class PinPad {
   PadData data_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

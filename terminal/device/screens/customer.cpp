@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/screens/customer.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 ScreenAction Customer::Respond(const Screen& screen) {
   ScreenAction action;
@@ -18,4 +18,4 @@ ScreenAction Customer::Respond(const Screen& screen) {
   return action;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

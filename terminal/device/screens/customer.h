@@ -10,7 +10,7 @@
 #include "device/screens/pen.h"
 #include "device/screens/screen.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // A request to key a PIN, as it stands on the terminal's screen.
 struct PinRequest {
@@ -83,4 +83,4 @@ class Customer {
   virtual void See(const Screen&) {}
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

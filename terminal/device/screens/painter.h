@@ -8,7 +8,7 @@
 #include "device/screens/pen.h"
 #include "device/screens/screen.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class Painter {
  public:
@@ -19,4 +19,4 @@ class Painter {
                                                           const ScreenKey* pressed) const = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr int kSampleMs = 8;
@@ -51,4 +51,4 @@ std::string StrokeText(const std::vector<PenPoint>& points) {
   return text;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 struct PenPoint {
   int x = 0;         // pixels from the left of the signing area
@@ -26,4 +26,4 @@ inline constexpr std::size_t kMaxPenPoints = 10'000;  // of one signature
 // A line for each point: "x,y,pressure,time_ms".
 [[nodiscard]] std::string StrokeText(const std::vector<PenPoint>& points);
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr std::array<std::string_view, 11> kNames{"idle",    "teller_card", "evaluation", "information",
@@ -38,4 +38,4 @@ const ScreenKey* Screen::KeyFor(ScreenKey::Role role) const {
   return Find(keys, [role](const ScreenKey& key) { return key.role == role; });
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

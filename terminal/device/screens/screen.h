@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 enum class ScreenKind {
   kIdle,
@@ -70,4 +70,4 @@ struct Screen {
   [[nodiscard]] const ScreenKey* KeyFor(ScreenKey::Role role) const;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -8,7 +8,10 @@
 #include "device/files/file_names.h"
 #include "protocol/split_form.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
+
+using protocol::Match;
+using protocol::Row;
 namespace {
 
 constexpr int kLongestTime = 999;
@@ -55,7 +58,8 @@ std::string ShownText(std::string_view bytes) {
 }
 
 std::optional<std::string> ReadSplitText(std::string_view split) {
-  const auto bytes = MergeSplit({reinterpret_cast<const std::uint8_t*>(split.data()), split.size()});
+  const auto bytes =
+      protocol::MergeSplit({reinterpret_cast<const std::uint8_t*>(split.data()), split.size()});
   if (!bytes) return std::nullopt;
   return ShownText({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
 }
@@ -331,4 +335,4 @@ ScreenCommands::Documents ScreenCommands::FindDocuments(std::string_view list) c
   return documents;
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

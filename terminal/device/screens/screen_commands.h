@@ -25,7 +25,7 @@
 #include "device/settings.h"
 #include "device/text_commands.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 class ScreenCommands {
  public:
@@ -60,7 +60,7 @@ class ScreenCommands {
   void SetVoice(std::string_view text);
   void TellTzg();
   void StartSigning(int seconds, std::string_view fields);
-  void StartTzgSigning(const Match& match);
+  void StartTzgSigning(const protocol::Match& match);
   void Sign(Screen screen, std::string_view fields);
   void StartHandSign(int page_type, int seconds);
   void StartCheckout(int seconds, std::string_view fields);
@@ -83,4 +83,4 @@ class ScreenCommands {
   std::string voice_;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -7,7 +7,7 @@
 
 #include "protocol/marks.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 namespace {
 
 constexpr const char* kSignaturePath = "/tmp/hw.png";
@@ -131,7 +131,7 @@ void ScreenSession::PerformScheduledAction() {
   if (!answer) return host_.Note("the screen does not take that; it waits for its time-out");
   if (action_.kind == ScreenAction::Kind::kSign && !KeepSignature(action_.strokes)) {
     host_.Note("the signature cannot be kept");
-    return Finish({kStx, kRefusalMark, kEtx}, "refusal");
+    return Finish({protocol::kStx, protocol::kRefusalMark, protocol::kEtx}, "refusal");
   }
   if (current_.keeps_picture) KeepPicture();
   Finish(*answer, action);
@@ -188,4 +188,4 @@ void ScreenSession::KeepPicture() {
   if (result != FileResult::kDone) host_.Note("the picture of the screen cannot be kept");
 }
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

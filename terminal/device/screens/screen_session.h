@@ -18,7 +18,7 @@
 #include "device/screens/painter.h"
 #include "device/screens/screen.h"
 
-namespace gwq::terminal {
+namespace gwq::terminal::device {
 
 // The commands that close screens name a channel of the terminal.
 inline constexpr int kInformationChannel = 2;
@@ -72,4 +72,4 @@ class ScreenSession {
   std::uint64_t changes_ = 0;
 };
 
-}  // namespace gwq::terminal
+}  // namespace gwq::terminal::device

@@ -11,6 +11,11 @@
 #include "app/control_channel.h"
 
 namespace gwq::terminal::test {
+
+using namespace faults;
+using namespace recording;
+using namespace usb;
+using namespace app;
 namespace {
 
 TerminalOptions AllChanged() {

@@ -15,6 +15,9 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace customer;
 namespace {
 
 // A directory of this test's own, gone with it.

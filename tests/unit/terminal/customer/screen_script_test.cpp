@@ -8,6 +8,9 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace customer;
 namespace {
 
 using Kind = ScreenAction::Kind;

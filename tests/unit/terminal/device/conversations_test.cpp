@@ -25,6 +25,9 @@ extern "C" int __wrap_RAND_bytes(unsigned char* out, int size) {
 }
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 template <auto Function>

@@ -10,6 +10,8 @@
 #include <utility>
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 // In the order of TraceEvent::What.

@@ -19,6 +19,9 @@
 
 namespace gwq::terminal::test {
 
+using namespace protocol;
+using namespace device;
+
 using namespace std::chrono_literals;
 
 inline constexpr std::size_t kReport = 1024;

@@ -5,6 +5,8 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 TEST(Version, IsAnsweredBetweenStxAndEtx) {

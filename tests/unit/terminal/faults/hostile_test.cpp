@@ -13,6 +13,9 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace faults;
 namespace {
 
 constexpr Time kNever{1'000'000};

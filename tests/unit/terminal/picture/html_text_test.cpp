@@ -8,6 +8,8 @@
 
 namespace gwq::terminal {
 
+using namespace picture;
+
 namespace {
 
 using namespace std::string_literals;

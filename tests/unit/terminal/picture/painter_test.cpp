@@ -11,6 +11,9 @@
 #include "picture/signature.h"
 
 namespace gwq::terminal {
+
+using namespace device;
+using namespace picture;
 namespace {
 
 using Role = ScreenKey::Role;

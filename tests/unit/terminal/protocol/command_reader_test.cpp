@@ -7,6 +7,8 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
 namespace {
 
 // Everything that a reader made of what it was fed, one word for each command.

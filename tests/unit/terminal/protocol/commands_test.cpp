@@ -14,6 +14,9 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 using testing::ElementsAre;

@@ -9,6 +9,9 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 TEST(Pattern, WithoutArgumentsFitsOnlyItself) {

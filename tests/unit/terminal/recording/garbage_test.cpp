@@ -14,6 +14,8 @@
 #include "unit/terminal/recording/samples.h"
 
 namespace gwq::terminal::test {
+
+using namespace recording;
 namespace {
 
 using gwq::test::ReadFile;

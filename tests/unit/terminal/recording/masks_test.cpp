@@ -9,6 +9,8 @@
 #include "unit/terminal/recording/samples.h"
 
 namespace gwq::terminal::test {
+
+using namespace recording;
 namespace {
 
 using namespace std::string_literals;

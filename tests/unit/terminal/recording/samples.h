@@ -12,6 +12,8 @@
 
 namespace gwq::terminal {
 
+using namespace recording;
+
 inline void PrintTo(const MaskedSpan& span, std::ostream* out) {
   *out << span.offset << "+" << span.size;
 }

@@ -8,6 +8,9 @@
 #include "scenarios/report.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace scenarios;
 namespace {
 
 using Kind = Event::Kind;
@@ -57,7 +60,7 @@ TEST(Expectation, OfTheExitStatus) {
 }
 
 TEST(Expectation, OfAFailureInGoodOrder) {
-  terminal::Run run;
+  scenarios::Run run;
   for (const int good : {1, 2, 125}) {
     run.exit_status = good;
     EXPECT_EQ(Verdict(R"({"exit_status": "failure"})", run), "") << good;

@@ -16,6 +16,12 @@
 #include "support/temp_dir.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
+using namespace customer;
+using namespace faults;
+using namespace scenarios;
 namespace {
 
 using testing::ElementsAre;

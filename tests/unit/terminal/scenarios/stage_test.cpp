@@ -11,6 +11,11 @@
 #include "wire/frames.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace faults;
+using namespace store;
+using namespace scenarios;
 namespace {
 
 using testing::ElementsAre;

@@ -13,6 +13,9 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace store;
 namespace {
 
 namespace fs = std::filesystem;

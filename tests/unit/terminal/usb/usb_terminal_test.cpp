@@ -14,6 +14,11 @@
 #include "usb/usb_descriptors.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace customer;
+using namespace faults;
+using namespace usb;
 namespace {
 
 constexpr UsbId kId{0x1209, 0x0001};

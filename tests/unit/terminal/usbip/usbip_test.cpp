@@ -15,6 +15,10 @@
 #include "usbip/usbip_session.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace customer;
+using namespace usb;
 namespace {
 
 using namespace gwq::test::usbip;
@@ -25,7 +29,7 @@ const std::string kVersionReport = Padded("\x02V1.0.0|20240615\x03", kReport);
 class UsbIp : public testing::Test {
  protected:
   // What the session says to `bytes`.
-  static std::string Tell(UsbIpSession& session, const std::string& bytes) {
+  static std::string Tell(usbip::UsbIpSession& session, const std::string& bytes) {
     session.Receive(ToBytes(bytes));
     return ToText(session.TakeReplies());
   }
@@ -33,15 +37,15 @@ class UsbIp : public testing::Test {
   void Import() { ASSERT_EQ(Tell(ImportRequest()), ImportReply()); }
   void Reconnect() {
     session_.reset();
-    session_ = std::make_unique<UsbIpSession>(plug_);
+    session_ = std::make_unique<usbip::UsbIpSession>(plug_);
   }
 
   Clock clock_;
   AgreeableCustomer customer_;
   Device unit_{Line::kUsb, customer_};
   UsbTerminal terminal_{kId, {unit_}, clock_, [] {}};
-  UsbIpPlug plug_{kId, terminal_};
-  std::unique_ptr<UsbIpSession> session_ = std::make_unique<UsbIpSession>(plug_);
+  usbip::UsbIpPlug plug_{kId, terminal_};
+  std::unique_ptr<usbip::UsbIpSession> session_ = std::make_unique<usbip::UsbIpSession>(plug_);
 };
 
 TEST_F(UsbIp, ListsTheTerminalAndItsInterfaceAndIsDone) {
@@ -81,12 +85,12 @@ TEST_F(UsbIp, RefusesAnImportWhileUnplugged) {
 
 TEST_F(UsbIp, RefusesASecondImporterUntilTheFirstIsGone) {
   Import();
-  UsbIpSession second(plug_);
+  usbip::UsbIpSession second(plug_);
   EXPECT_EQ(Tell(second, ImportRequest()), ImportRefusal(2));
-  UsbIpSession third(plug_);
+  usbip::UsbIpSession third(plug_);
   EXPECT_EQ(Tell(third, ListRequest()), ListReply());
   session_->End();
-  UsbIpSession fourth(plug_);
+  usbip::UsbIpSession fourth(plug_);
   EXPECT_EQ(Tell(fourth, ImportRequest()), ImportReply());
 }
 
@@ -359,7 +363,7 @@ TEST_F(UsbIp, OutlivesAnyTalk) {
 }
 
 TEST_F(UsbIp, DoesNotWaitForEverForOneWhoSaysNothing) {
-  UsbIpServer server(0, plug_, clock_);
+  usbip::UsbIpServer server(0, plug_, clock_);
   EXPECT_FALSE(server.NextDeadline());
   const UniqueFd client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address{};

@@ -11,6 +11,10 @@
 #include "web/messages.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace faults;
+using namespace web;
 namespace {
 
 constexpr std::string_view kToken = "0123456789abcdef0123456789abcdef";

@@ -15,6 +15,8 @@
 #include "web/page_door.h"
 
 namespace gwq::terminal {
+
+using namespace web;
 namespace {
 
 using namespace std::chrono_literals;

@@ -10,6 +10,10 @@
 #include "web/page_requests.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace faults;
+using namespace web;
 namespace {
 
 using Json = nlohmann::json;

@@ -13,6 +13,10 @@
 #include "web/messages.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
+using namespace web;
 namespace {
 
 using Json = nlohmann::json;

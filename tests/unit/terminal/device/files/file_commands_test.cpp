@@ -5,6 +5,8 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 const std::string kPictures = "/mnt/internal_sd/media/picture/";

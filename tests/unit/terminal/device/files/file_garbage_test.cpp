@@ -12,6 +12,9 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace store;
 namespace {
 
 constexpr int kRounds = 150;

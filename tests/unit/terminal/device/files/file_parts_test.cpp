@@ -10,6 +10,9 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace faults;
 namespace {
 
 TEST(FileNames, AreGbkUnlessTheyAreUtf8) {

@@ -6,6 +6,9 @@
 #include <utility>
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 class MemoryReader final : public FileReader {

@@ -13,6 +13,8 @@
 
 namespace gwq::terminal::test {
 
+using namespace device;
+
 class MemoryFiles final : public FileSystem {
  public:
   std::unique_ptr<FileReader> Open(const std::string& path) override;

@@ -5,6 +5,9 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 const std::string kPullX = "\033[0PULLFILE\x02/tmp/x\x03";

@@ -7,6 +7,8 @@
 #include "unit/terminal/device/files/file_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 using Answers = std::vector<std::string>;

@@ -8,6 +8,9 @@
 #include "unit/terminal/device/pad/pad_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace protocol;
+using namespace device;
 namespace {
 
 constexpr std::string_view kUnknown = "\00200026=006=\x03";  // status 6D00

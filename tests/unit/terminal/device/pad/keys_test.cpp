@@ -7,6 +7,8 @@
 #include "unit/terminal/device/rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 constexpr std::string_view kSingle = "133457799BBCDFF1";

@@ -5,6 +5,8 @@
 #include "unit/terminal/device/pad/pad_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 constexpr std::string_view kCancelled = "\x01\x03";

@@ -8,6 +8,8 @@
 #include "unit/terminal/device/pad/pad_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 constexpr int kNoSuchKey = 0x6A88;

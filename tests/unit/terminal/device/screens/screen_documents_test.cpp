@@ -6,6 +6,9 @@
 #include "unit/terminal/device/screens/screen_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
+using namespace picture;
 namespace {
 
 using Kind = ScreenAction::Kind;

@@ -5,6 +5,8 @@
 
 namespace gwq::terminal::test {
 
+using namespace device;
+
 std::vector<std::uint8_t> TellingPainter::Signature(const std::vector<PenPoint>& points) const {
   return ToBytes("signature of " + std::to_string(points.size()) + " points");
 }

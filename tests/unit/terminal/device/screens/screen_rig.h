@@ -9,6 +9,8 @@
 
 namespace gwq::terminal::test {
 
+using namespace device;
+
 // Pictures that tell what they show.
 class TellingPainter final : public Painter {
  public:

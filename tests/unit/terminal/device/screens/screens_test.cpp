@@ -8,6 +8,8 @@
 #include "unit/terminal/device/screens/screen_rig.h"
 
 namespace gwq::terminal::test {
+
+using namespace device;
 namespace {
 
 using Kind = ScreenAction::Kind;
