@@ -9,6 +9,7 @@ Pointers in its place would be one relocation each whenever the library is loade
 import json
 import pathlib
 import sys
+from collections.abc import Iterator
 
 sys.dont_write_bytecode = True
 import status_texts  # noqa: E402
@@ -17,32 +18,32 @@ import status_texts  # noqa: E402
 class Texts:
     """Texts one behind the other, each once, with a terminator. The empty one is at 0."""
 
-    def __init__(self):
-        self.places = {}
+    def __init__(self) -> None:
+        self.places: dict[str, int] = {}
         self.size = 0
         self.place('')
 
-    def place(self, text):
+    def place(self, text: str) -> int:
         if text not in self.places:
             self.places[text] = self.size
             self.size += len(text.encode()) + 1
         return self.places[text]
 
-    def literals(self):
+    def literals(self) -> list[str]:
         return [f'    {json.dumps(text, ensure_ascii=False)[:-1]}\\0"' for text in self.places]
 
 
-def remedies(source):
+def remedies(source: pathlib.Path) -> Iterator[tuple[int, str, tuple[str, ...]]]:
     for status, functions, _, remedy in status_texts.of_functions(source):
         yield status, ' '.join(functions), remedy
     for status, _, _, remedy in status_texts.general(source):
         yield status, '', remedy
 
 
-def main(source, output):
+def main(source: pathlib.Path, output: str) -> None:
     texts = Texts()
 
-    def row(status, functions, remedy):
+    def row(status: int, functions: str, remedy: tuple[str, ...]) -> str:
         return f'{{{status}, {texts.place(functions)}, {{{texts.place(remedy[0])}, {texts.place(remedy[1])}}}}}'
 
     rows = [f'    {row(*remedy)},' for remedy in remedies(source)]

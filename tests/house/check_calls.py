@@ -14,13 +14,13 @@ EXPORTED = 'calls.cpp.o'
 SYMBOL = re.compile(r'(.+\.o): ([A-Za-z]\w*) ')
 
 
-def c_names(nm, kind, objects):
+def c_names(nm: str, kind: str, objects: list[str]) -> list[tuple[str, str]]:
     """[(object, C name), ...]"""
     listed = subprocess.run([nm, '-A', kind, '--format=posix', *objects], check=True, capture_output=True, text=True).stdout
     return [(pathlib.Path(file).name, name) for file, name in SYMBOL.findall(listed)]
 
 
-def main(nm, *objects):
+def main(nm: str, *objects: str) -> None:
     exporting = [o for o in objects if pathlib.Path(o).name == EXPORTED]
     inner = [o for o in objects if pathlib.Path(o).name != EXPORTED]
     exported = {name for _, name in c_names(nm, '--defined-only', exporting)} if exporting else set()
