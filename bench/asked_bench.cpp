@@ -343,6 +343,19 @@ void PrintRow(const Function& function, int repetitions, std::FILE* table) {
   std::fflush(table);
 }
 
+// How long it takes to list the terminals, which depends on how many processes there are.
+double FindMs() {
+  constexpr int kCalls = 101;
+  GwqTerminalPlace place{};
+  return Repeated(kCalls,
+                  [&place] {
+                    const Clock::time_point start = Clock::now();
+                    Require(GWQ_FindTerminals(&place, 1) == 1, "the terminal is not found");
+                    return MsSince(start);
+                  })
+      .median;
+}
+
 // For the functions that encipher a PIN.
 void LoadKeys() {
   constexpr int kMaster = 3;
@@ -368,6 +381,7 @@ int Run(const char* path, int repetitions) {
       " the contract's pauses | aim |\n|---|---:|---:|---:|---:|---:|\n",
       kDrainMs);
   for (const Function& function : Functions(directory, *out)) PrintRow(function, repetitions, table);
+  std::fprintf(table, "\n- GWQ_FindTerminals, one terminal: %.2f ms\n", FindMs());
   std::fclose(table);
   fs::remove_all(directory);
   return 0;
