@@ -26,7 +26,7 @@ namespace {
 // How long a command that was asked to end may take.
 constexpr Time kGrace{2000};
 constexpr std::chrono::seconds kServerStartLimit{10};
-constexpr Time kServerExitLimit{2000};
+constexpr Time kServerExitLimit{10'000};  // long enough for what sanitizers do at the end
 constexpr std::string_view kFailed = "failed ";
 
 std::string EndText(int status) {
