@@ -87,7 +87,8 @@ NodePath UsbNode(int bus, int address, const char* root) {
 
 Holder FindHolder(const char* node) {
   struct stat status {};
-  const Directory processes(stat(node, &status) == 0 ? opendir("/proc") : nullptr);
+  DIR* const found = stat(node, &status) == 0 ? opendir("/proc") : nullptr;
+  const Directory processes(found);
   if (!processes) return {};
   const int own = getpid();
   while (const char* const name = NextEntry(processes.get())) {

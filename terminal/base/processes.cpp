@@ -23,8 +23,6 @@
 namespace gwq::terminal {
 namespace {
 
-using namespace std::chrono_literals;
-
 // GLib's errors as those of the system, in whose words users know them.
 constexpr std::array kStartErrors = {
     std::pair{G_SPAWN_ERROR_ACCES, EACCES},   std::pair{G_SPAWN_ERROR_PERM, EPERM},
@@ -209,7 +207,7 @@ bool SignalProcessesOf(const std::string& dir, int signal) {
 }
 
 void KillProcessesOf(const std::string& dir) {
-  constexpr Time kLimit = 5s;
+  constexpr Time kLimit{5000};
   const Clock clock;
   for (std::vector<pid_t> found; clock.Now() < kLimit && !(found = ProcessesOf(dir)).empty();) {
     for (const pid_t pid : found) kill(pid, SIGKILL);
@@ -221,7 +219,7 @@ void EndProcessesOf(const std::string& dir) {
   const std::vector<pid_t> found = ProcessesOf(dir);
   if (found.empty()) return;
   for (const pid_t pid : found) kill(pid, SIGTERM);
-  AwaitEnd(found, 500ms);
+  AwaitEnd(found, Time{500});
   KillProcessesOf(dir);
 }
 
