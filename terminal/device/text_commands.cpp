@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "device/text_commands.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace gwq::terminal::device {
@@ -15,14 +16,13 @@ bool IsPrintable(char c) {
 }  // namespace
 
 bool TextCommands::CarryOut(std::string_view command, const OnCommand& on_command) const {
-  for (const Handler& handler : handlers_) {
+  return std::any_of(handlers_.begin(), handlers_.end(), [&](const Handler& handler) {
     const auto match = protocol::MatchPattern(handler.row->pattern, command);
-    if (!match) continue;
+    if (!match) return false;
     on_command(*handler.row);
     handler.run(*match);
     return true;
-  }
-  return false;
+  });
 }
 
 // Behind "ESC letter" the data follows at once, and may be a key.
