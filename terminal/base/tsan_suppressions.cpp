@@ -22,7 +22,7 @@ extern "C" const char* __tsan_default_suppressions() {
          "called_from_lib:libpango-1.0.so.0\n"
          "called_from_lib:libpangocairo-1.0.so.0\n"
          "called_from_lib:libpangoft2-1.0.so.0\n"
-         "race:gwq::terminal::UsbfsHandler::OnConnected\n";
+         "race:UsbfsHandler::OnConnected\n";
 }
 
 #endif
