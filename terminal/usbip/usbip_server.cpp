@@ -7,9 +7,6 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
 #include <utility>
 
 #include "base/errors.h"
@@ -18,8 +15,6 @@ namespace gwq::terminal::usbip {
 namespace {
 
 constexpr std::size_t kMaxConnections = 32;
-constexpr Time kPatience{10'000};                            // with who imports nothing
-constexpr std::size_t kMaxUnsent = std::size_t{256} << 10U;  // no more is read until there is less
 
 sockaddr* Generic(sockaddr_in& address) {
   return reinterpret_cast<sockaddr*>(&address);
@@ -40,19 +35,6 @@ UniqueFd Listen(std::uint16_t port) {
 }
 
 }  // namespace
-
-struct UsbIpServer::Connection {
-  Connection(UniqueFd fd, UsbIpPlug& plug, Time impatient_at)
-      : socket(std::move(fd)), session(plug), deadline(impatient_at) {}
-
-  [[nodiscard]] bool MayBeLate() const { return session.IsImported(); }
-
-  UniqueFd socket;
-  UsbIpSession session;
-  Time deadline;
-  Bytes unsent;
-  EventLoop::Watch watch;
-};
 
 UsbIpServer::UsbIpServer(std::uint16_t port, UsbIpPlug& plug, const Clock& clock)
     : plug_(plug), clock_(clock), listener_(Listen(port)) {}
@@ -76,14 +58,16 @@ void UsbIpServer::Join(EventLoop& loop) {
 std::optional<Time> UsbIpServer::NextDeadline() {
   std::optional<Time> nearest;
   for (const auto& connection : connections_) {
-    if (!connection->MayBeLate()) nearest = std::min(nearest.value_or(Time::max()), connection->deadline);
+    const std::optional<Time> deadline = connection->Deadline();
+    if (deadline) nearest = std::min(nearest.value_or(Time::max()), *deadline);
   }
   return nearest;
 }
 
 void UsbIpServer::Advance(Time now) {
   std::erase_if(connections_, [now](const auto& connection) {
-    return !connection->MayBeLate() && connection->deadline <= now;
+    const std::optional<Time> deadline = connection->Deadline();
+    return deadline && *deadline <= now;
   });
 }
 
@@ -92,52 +76,11 @@ void UsbIpServer::Accept() {
   if (!socket || connections_.size() >= kMaxConnections) return;
   const int on = 1;
   setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  auto connection = std::make_unique<Connection>(std::move(socket), plug_, clock_.Now() + kPatience);
-  connection->watch = loop_->OnReady(connection->socket.Get(), [this, at = connection.get()](unsigned ready) {
-    if ((ready & ~EventLoop::kOut) != 0) Read(*at);
-  });
-  connections_.push_back(std::move(connection));
-}
-
-void UsbIpServer::Read(Connection& connection) const {
-  std::array<std::uint8_t, 65536> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-  const ssize_t count = recv(connection.socket.Get(), buffer.data(), buffer.size(), 0);
-  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  if (count <= 0) return connection.session.End();
-  const bool was_imported = connection.session.IsImported();
-  connection.session.Receive(std::span(buffer).first(static_cast<std::size_t>(count)));
-  if (was_imported && !connection.session.IsImported()) connection.deadline = clock_.Now() + kPatience;
-  if (!connection.session.Complaint().empty())
-    std::fprintf(stderr, "gwq-terminal: USB/IP connection closed: %s\n",
-                 connection.session.Complaint().c_str());
+  connections_.push_back(std::make_unique<UsbIpConnection>(std::move(socket), plug_, *loop_, clock_));
 }
 
 void UsbIpServer::Settle() {
-  std::erase_if(connections_, [](const auto& owned) {
-    Connection& connection = *owned;
-    const Bytes replies = connection.session.TakeReplies();
-    connection.unsent.insert(connection.unsent.end(), replies.begin(), replies.end());
-    if (!Send(connection) || (connection.session.IsOver() && connection.unsent.empty())) return true;
-    WatchAsNeeded(connection);
-    return false;
-  });
-}
-
-// False when the client is gone.
-bool UsbIpServer::Send(Connection& connection) {
-  while (!connection.unsent.empty()) {
-    const ssize_t count =
-        send(connection.socket.Get(), connection.unsent.data(), connection.unsent.size(), MSG_NOSIGNAL);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno == EAGAIN;
-    connection.unsent.erase(connection.unsent.begin(), connection.unsent.begin() + count);
-  }
-  return true;
-}
-
-void UsbIpServer::WatchAsNeeded(Connection& connection) {
-  const bool reads = !connection.session.IsOver() && connection.unsent.size() < kMaxUnsent;
-  connection.watch.Want((reads ? EventLoop::kIn : 0U) | (connection.unsent.empty() ? 0U : EventLoop::kOut));
+  std::erase_if(connections_, [](const auto& connection) { return !connection->Settle(); });
 }
 
 }  // namespace gwq::terminal::usbip

@@ -12,6 +12,7 @@
 #include "base/clock.h"
 #include "base/event_loop.h"
 #include "base/unique_fd.h"
+#include "usbip/usbip_connection.h"
 #include "usbip/usbip_session.h"
 
 namespace gwq::terminal::usbip {
@@ -32,22 +33,16 @@ class UsbIpServer final : public Timed {
   void Advance(Time now) override;
 
  private:
-  struct Connection;
-  using Connections = std::vector<std::unique_ptr<Connection>>;
-
   void Accept();
-  void Read(Connection& connection) const;
   // Sends what the sessions have to say, and closes those that are over.
   void Settle();
-  [[nodiscard]] static bool Send(Connection& connection);
-  static void WatchAsNeeded(Connection& connection);
 
   UsbIpPlug& plug_;
   const Clock& clock_;
   UniqueFd listener_;
   EventLoop* loop_ = nullptr;
   EventLoop::Watch watch_;
-  Connections connections_;
+  std::vector<std::unique_ptr<UsbIpConnection>> connections_;
 };
 
 }  // namespace gwq::terminal::usbip
