@@ -197,7 +197,9 @@ std::optional<int> WaitFor(pid_t pid, Time limit) {
 }
 
 std::vector<pid_t> ProcessesOf(const std::string& dir) {
-  return ProcessesWith(std::string(kRunDirVariable) + "=" + dir + '\0');
+  std::string entry(kRunDirVariable);
+  entry.append("=").append(dir).push_back('\0');
+  return ProcessesWith(entry);
 }
 
 bool SignalProcessesOf(const std::string& dir, int signal) {
