@@ -17,6 +17,8 @@ class UsbIpConnection {
   // The socket must not block. What else is given must outlive the connection.
   UsbIpConnection(UniqueFd socket, UsbIpPlug& plug, EventLoop& loop, const Clock& clock);
 
+  // For a client that needs no handshake. False when it cannot have the terminal.
+  [[nodiscard]] bool Import() { return session_.Import(); }
   // When an import must have come; nothing while there is one.
   [[nodiscard]] std::optional<Time> Deadline() const;
   // Sends what the session has to say, before each wait of the loop. False when the connection is over.

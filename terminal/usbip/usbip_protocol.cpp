@@ -14,7 +14,6 @@ constexpr const char* kSysPath = "/sys/devices/usb1/1-1";  // shown to people, a
 constexpr std::uint16_t kListReply = 0x0005;
 constexpr std::uint16_t kImportReply = 0x0003;
 constexpr std::size_t kPathSize = 256;
-constexpr std::uint32_t kHighSpeed = 3;
 constexpr std::size_t kDeviceSize = 18;  // of the device descriptor
 
 constexpr std::uint32_t kSubmitCommand = 1;

@@ -70,8 +70,9 @@ using Command = std::variant<Submit, Unlink, Malformed>;
                                 std::span<const std::uint8_t> data);
 [[nodiscard]] Bytes UnlinkReply(std::uint32_t sequence, int status);
 
-// How the device is called, and its numbers as sent with every command.
+// How the device is called, its speed, and its numbers as sent with every command.
 inline constexpr const char* kBusId = "1-1";
+inline constexpr std::uint32_t kHighSpeed = 3;
 inline constexpr std::uint32_t kBusNumber = 1;
 inline constexpr std::uint32_t kDeviceNumber = 5;
 inline constexpr std::uint32_t kDeviceId = kBusNumber << 16U | kDeviceNumber;

@@ -76,16 +76,25 @@ std::size_t UsbIpSession::ServeOperation(std::span<const std::uint8_t> bytes) {
     Fail("an unknown request");
   } else {
     if (bytes.size() < usbip::kOperationSize + usbip::kBusIdSize) return 0;
-    Import(usbip::ParseBusId(bytes.subspan<usbip::kOperationSize, usbip::kBusIdSize>()));
+    ServeImport(usbip::ParseBusId(bytes.subspan<usbip::kOperationSize, usbip::kBusIdSize>()));
     return usbip::kOperationSize + usbip::kBusIdSize;
   }
   return usbip::kOperationSize;
 }
 
-void UsbIpSession::Import(const std::string& bus_id) {
-  const usbip::ImportStatus status =
-      bus_id == usbip::kBusId ? plug_.Import(client_) : usbip::ImportStatus::kNoDevice;
+bool UsbIpSession::Import() {
+  over_ = TryImport() != usbip::ImportStatus::kDone;
+  return imported_;
+}
+
+usbip::ImportStatus UsbIpSession::TryImport() {
+  const usbip::ImportStatus status = plug_.Import(client_);
   imported_ = status == usbip::ImportStatus::kDone;
+  return status;
+}
+
+void UsbIpSession::ServeImport(const std::string& bus_id) {
+  const usbip::ImportStatus status = bus_id == usbip::kBusId ? TryImport() : usbip::ImportStatus::kNoDevice;
   over_ = !imported_;
   Reply(imported_ ? usbip::ImportReply(plug_.Id()) : usbip::ImportRefusal(status));
 }

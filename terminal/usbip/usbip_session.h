@@ -49,6 +49,8 @@ class UsbIpSession {
   UsbIpSession& operator=(const UsbIpSession&) = delete;
   ~UsbIpSession() { End(); }
 
+  // For a client that needs no handshake: commands come at once. False when it cannot have the terminal.
+  [[nodiscard]] bool Import();
   // Any bytes at all are allowed, in pieces of any size.
   void Receive(std::span<const std::uint8_t> bytes);
   // The client is gone.
@@ -69,7 +71,8 @@ class UsbIpSession {
   std::size_t ServeCommand(std::span<const std::uint8_t> bytes);
   std::size_t ServeSubmit(const usbip::Submit& submit, std::span<const std::uint8_t> data);
 
-  void Import(const std::string& bus_id);
+  void ServeImport(const std::string& bus_id);
+  [[nodiscard]] usbip::ImportStatus TryImport();
   void SubmitTransfer(const usbip::Submit& submit, std::span<const std::uint8_t> data);
   void UnlinkTransfer(const usbip::Unlink& unlink);
   void Collect();
