@@ -25,6 +25,8 @@ leaves the USB one out. COMMAND finds this program's process id in GWQ_TERMINAL_
 SIGUSR1 to it unplugs the USB terminal, SIGUSR2 plugs it in again. The serial port's
 path is in GWQ_TERMINAL_SERIAL. With --pty this is a pseudo-terminal, which every
 program can open; umockdev, which shows COMMAND the other terminals, is not used.
+With --usbip the terminal is a USB device of this machine's own kernel, which every
+program can open too. That takes root, and the module vhci-hcd: modprobe vhci-hcd
 
 The exit status is COMMAND's, or 128 and the signal's number if it died by a signal;
 127 if it was not found, 126 if it could not be started, 2 for a wrong command line,
@@ -224,11 +226,20 @@ CLI::Option* AddPtyOption(CLI::App& app, bool& pty) {
                       "The terminal at a pseudo-terminal instead, at the path in GWQ_TERMINAL_SERIAL");
 }
 
+// After that of the pseudo-terminal.
+CLI::Option* AddKernelOption(CLI::App& app, bool& usbip) {
+  return app
+      .add_flag("--usbip", usbip,
+                "The terminal on USB of this machine's kernel, for any program; as root, with vhci-hcd")
+      ->excludes("--pty");
+}
+
 void AddLinkOptions(CLI::App& app, RawOptions& raw) {
   AddUsbIdOption(app, raw);
   AddSerialOption(app, raw);
   app.add_flag("--no-usb", raw.no_usb, "No terminal on USB");
   AddPtyOption(app, raw.terminal.pty)->excludes("--serial");
+  AddKernelOption(app, raw.terminal.usbip)->excludes("--serial")->excludes("--no-usb");
 }
 
 void AddServeOptions(CLI::App& app, RawOptions& raw) {
@@ -248,6 +259,7 @@ void AddCheckOptions(CLI::App& app, CheckCommand& command) {
       ->type_name("");
   app.add_flag("--list", command.list, "List those that come with the program");
   AddPtyOption(app, check.pty);
+  AddKernelOption(app, check.usbip);
   app.add_option("--junit", check.junit_file, "Write the results to FILE too, as JUnit does")
       ->type_name("FILE");
   app.add_option("--timeout", check.time_limit_s, "End the command after this time, whatever a scenario says")
@@ -296,6 +308,7 @@ Parser::Parser() {
   AddReplayOptions(*replay, raw.recording);
   AddSerialOption(*replay, raw);
   AddPtyOption(*replay, raw.terminal.pty)->excludes("--serial");
+  AddKernelOption(*replay, raw.terminal.usbip)->excludes("--serial");
   AddRecordOptions(*replay, raw.recording);
 
   check = app.add_subcommand("check",

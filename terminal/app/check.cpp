@@ -19,6 +19,7 @@
 #include "scenarios/scenario.h"
 #include "scenarios/shipped.h"
 #include "store/file_store.h"
+#include "usbip/vhci.h"
 
 namespace gwq::terminal::app {
 namespace {
@@ -98,6 +99,7 @@ ExecOptions OptionsFor(const CheckRequest& request, const Chosen& chosen, const 
   options.terminal.scenario_file = chosen.file;
   options.terminal.history_file = places.history;
   if (request.pty) options.terminal = OnPseudoTerminal(options.terminal);
+  if (request.usbip) options.terminal = AtKernel(options.terminal, request.usb);
   options.command = request.command;
   options.time_limit = request.time_limit_s > 0 ? std::chrono::seconds(request.time_limit_s)
                                                 : chosen.scenario.time_limit.value_or(kUsualLimit);
@@ -211,6 +213,7 @@ int RunCheck(const CheckRequest& request) {
     std::fprintf(stderr, "gwq-terminal: %s\n", error.what());
     return kUsageError;
   }
+  if (request.usbip) usbip::Vhci().Check();  // once for all
   const std::vector<scenarios::ScenarioResult> results = PlayAll(request, all);
   Print(scenarios::SummaryText(results));
   if (junit.is_open() && !(junit << scenarios::JunitText(results) << std::flush))

@@ -14,6 +14,7 @@ struct CheckRequest {
   std::vector<std::string> command;
   usb::UsbId usb;          // where a scenario names no identity
   bool pty = false;        // at a pseudo-terminal, and not where the scenarios say
+  bool usbip = false;      // on USB of this machine's kernel, and not where the scenarios say
   std::string junit_file;  // empty: none
   int time_limit_s = 0;    // 0: as the scenarios say
 };

@@ -30,9 +30,10 @@ class CommandView {
   [[nodiscard]] virtual Variables Environment() const = 0;
 };
 
-// What umockdev shows to the command and its children alone. A pseudo-terminal needs none of it.
+// What umockdev shows to the command and its children alone. A pseudo-terminal needs none of it, nor does a
+// device of this machine's kernel.
 [[nodiscard]] inline bool NeedsTestbed(const TerminalOptions& options) {
-  return !options.pty;
+  return !options.pty && !options.usbip;
 }
 // Throws when it is not to be had.
 void CheckTestbed();

@@ -77,12 +77,14 @@ TerminalOptions DeviceFactory::AdaptToRecording(TerminalOptions options) {
   if (replay_.file.empty()) return options;
   recording_ = recording::LoadRecording(replay_.file, replay_.device);
   const bool serial = recording_.Has(recording::Wire::kSerial);
-  if (serial && !options.serial_port && !options.pty)
+  if (serial && !options.serial_port && !options.pty && !options.usbip)
     throw std::runtime_error(
         "the recording has a serial line; say with --serial N at which port it is to be, or --pty");
   if (!serial && (options.serial_port || options.pty))
     throw std::runtime_error("the recording has no serial line; leave --serial and --pty out");
   if (!recording_.Has(recording::Wire::kUsb)) options.usb.reset();
+  if (options.usbip && !options.usb)
+    throw std::runtime_error("the recording has no USB terminal; leave --usbip out");
   if (!serial && !options.usb) throw std::runtime_error("there is nothing in the recording");
   if (options.usb && recording_.identity)
     options.usb = usb::UsbId{recording_.identity->vendor, recording_.identity->product};

@@ -9,7 +9,7 @@ namespace gwq::terminal::app {
 void CheckTestbed() {
   throw std::runtime_error(
       "this program was built without umockdev, which shows a command the terminal on USB and at serial "
-      "ports: use --pty, or gwq-terminal serve --usbip");
+      "ports: use --pty, or --usbip as root");
 }
 
 std::unique_ptr<CommandView> MakeTestbedView(TerminalHost&, std::optional<int>) {

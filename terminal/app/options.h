@@ -18,6 +18,7 @@ struct TerminalOptions {
   std::optional<usb::UsbId> usb;              // nothing: no terminal on USB
   std::optional<int> serial_port;             // n: a terminal at /dev/ttyS(n-1)
   bool pty = false;                           // a terminal at a pseudo-terminal
+  bool usbip = false;                         // the one on USB is plugged into this machine's kernel
   std::string customer_file;                  // empty: the agreeable customer
   std::string storage_dir;                    // the terminals' files; empty: fresh ones, gone at the end
   std::string keys_dir;                       // their PIN pads' key pairs; empty: new each time
@@ -38,6 +39,7 @@ void VisitOptions(Options& options, Visitor&& visit) {
   visit("usb", options.usb);
   visit("serial_port", options.serial_port);
   visit("pty", options.pty);
+  visit("usbip", options.usbip);
   visit("customer_file", options.customer_file);
   visit("storage_dir", options.storage_dir);
   visit("keys_dir", options.keys_dir);
@@ -65,6 +67,14 @@ struct ServeOptions {
   options.usb.reset();
   options.serial_port.reset();
   options.pty = true;
+  return options;
+}
+
+// A terminal on USB of this machine's kernel and nowhere else.
+[[nodiscard]] inline TerminalOptions AtKernel(TerminalOptions options, usb::UsbId usual) {
+  options.usb = options.usb.value_or(usual);
+  options.serial_port.reset();
+  options.usbip = true;
   return options;
 }
 

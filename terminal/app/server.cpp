@@ -19,6 +19,7 @@
 #include "app/terminal_host.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
+#include "usbip/kernel_plug.h"
 
 namespace gwq::terminal::app {
 namespace {
@@ -84,7 +85,23 @@ class PtyView final : public CommandView {
   const TerminalHost& host_;
 };
 
+// A USB device of this machine's kernel, which every program can open.
+class KernelView final : public CommandView {
+ public:
+  explicit KernelView(TerminalHost& host)
+      : plug_(usbip::Vhci(), host.Identity(), *host.Usb(), host.Loop(), host.SharedClock()) {
+    plug_.PlugIn();
+    plug_.AwaitReady();
+  }
+  [[nodiscard]] usb::UsbPlug* Plug() override { return &plug_; }
+  [[nodiscard]] Variables Environment() const override { return {}; }
+
+ private:
+  usbip::KernelPlug plug_;
+};
+
 std::unique_ptr<CommandView> MakeView(const TerminalOptions& options, TerminalHost& host) {
+  if (options.usbip) return std::make_unique<KernelView>(host);
   if (NeedsTestbed(options)) return MakeTestbedView(host, options.serial_port);
   return std::make_unique<PtyView>(host);
 }

@@ -19,13 +19,16 @@
 #include "base/event_loop.h"
 #include "base/private_dir.h"
 #include "base/processes.h"
+#include "usbip/kernel_plug.h"
+#include "usbip/vhci.h"
 
 namespace gwq::terminal::app {
 namespace {
 
 // How long a command that was asked to end may take.
 constexpr Time kGrace{2000};
-constexpr std::chrono::seconds kServerStartLimit{10};
+// The server itself tells of a kernel that takes too long.
+constexpr std::chrono::seconds kServerStartLimit = usbip::kKernelLimit + std::chrono::seconds{5};
 constexpr Time kServerExitLimit{10'000};  // long enough for what sanitizers do at the end
 constexpr std::string_view kFailed = "failed ";
 
@@ -256,6 +259,7 @@ SignalWatch WatchSignals() {
 CommandOutcome RunWatched(const ExecOptions& options, const SignalWatch& signals, const PrivateDir& dir) {
   CheckDescriptors();
   if (NeedsTestbed(options.terminal)) CheckTestbed();
+  if (options.terminal.usbip) usbip::Vhci().Check();
   dir.CheckRoom();
   ServerProcess server(options, dir, signals);
   const Variables variables = server.AwaitReady();

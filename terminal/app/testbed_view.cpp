@@ -38,7 +38,7 @@ void CheckTestbed() {
     dlclose(library);
     return;
   }
-  throw std::runtime_error(std::string(dlerror()) + " (install umockdev, or use --pty)");
+  throw std::runtime_error(std::string(dlerror()) + " (install umockdev, or use --pty or --usbip)");
 }
 
 std::unique_ptr<CommandView> MakeTestbedView(TerminalHost& host, std::optional<int> serial_port) {

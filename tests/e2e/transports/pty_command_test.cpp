@@ -68,7 +68,7 @@ TEST(WithoutUmockdev, SaysWhatServesInstead) {
     Child child(arguments);
     const std::string output = child.ReadRest();
     EXPECT_EQ(child.Wait(), 1);
-    EXPECT_NE((output + child.Errors()).find("use --pty, or gwq-terminal serve --usbip"), std::string::npos)
+    EXPECT_NE((output + child.Errors()).find("use --pty, or --usbip as root"), std::string::npos)
         << output << child.Errors();
   }
 }

@@ -23,6 +23,7 @@ TerminalOptions AllChanged() {
   options.usb = UsbId{0x1209, 0xffff};
   options.serial_port = 256;
   options.pty = true;
+  options.usbip = true;
   options.customer_file = "/tmp/\xB9\xF1/customer.json";  // a path need not be UTF-8
   options.storage_dir = std::string(4095, 'd');
   options.keys_dir = "/keys with spaces";
@@ -46,6 +47,7 @@ TEST(OptionsMessage, TellsEachOption) {
   EXPECT_EQ(got.usb->product, 0xffff);
   EXPECT_EQ(got.serial_port, 256);
   EXPECT_TRUE(got.pty);
+  EXPECT_TRUE(got.usbip);
   EXPECT_EQ(got.customer_file, sent.customer_file);
   EXPECT_EQ(got.storage_dir, sent.storage_dir);
   EXPECT_EQ(got.keys_dir, sent.keys_dir);
@@ -69,6 +71,7 @@ TEST(OptionsMessage, TellsWhichOptionsThereAreNot) {
   EXPECT_FALSE(got.usb || got.serial_port || got.hostile || got.page_port || got.trace || got.replay.device);
   EXPECT_TRUE(got.tzg);
   EXPECT_FALSE(got.pty);
+  EXPECT_FALSE(got.usbip);
   EXPECT_EQ(got.customer_file, "");
 }
 
