@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -175,6 +176,13 @@ TEST(TerminalPlaces, TellWhetherThisUserMayOpen) {
   EXPECT_EQ(others.at(2).may_open, 1);
 }
 
+// As the system cuts it; under an emulator it is the emulator's.
+std::string OwnName() {
+  std::string name;
+  std::getline(std::ifstream("/proc/self/comm"), name);
+  return name;
+}
+
 TEST(TerminalPlaces, TellWhoHasThemOpen) {
   System system;
   system.PlugTerminal("1-1", 1, 5);
@@ -184,7 +192,7 @@ TEST(TerminalPlaces, TellWhoHasThemOpen) {
   EXPECT_EQ(places.at(0).holder, 0);
   EXPECT_STREQ(places.at(0).holder_name, "");
   EXPECT_EQ(places.at(1).holder, other.Pid());
-  EXPECT_EQ(std::string(places.at(1).holder_name), std::string("terminal_places_test").substr(0, 15));
+  EXPECT_EQ(places.at(1).holder_name, OwnName());
 }
 
 TEST(TerminalPlaces, ArgumentsThatAreNone) {
